@@ -1,0 +1,57 @@
+# Sourced by ./tour and ./check: installs what the build needs and builds the preset "dev".
+
+# The one package list. Compilers and tools first, then the libraries.
+packages=(
+  g++ cmake ninja-build ccache
+  clang-14 libclang-rt-14-dev clang-format-14
+  binutils python3 zip unzip valgrind
+  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
+)
+
+install_line="apt-get install --no-install-recommends -y ${packages[*]}"
+
+missing_packages() {
+  local package
+  for package in "${packages[@]}"; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || echo "$package"
+  done
+}
+
+# Installs the packages that are missing; with --no-install prints the line that would do it instead.
+install_packages() {
+  local missing
+  if ! command -v dpkg-query >/dev/null; then
+    echo "This is no Debian system; what is needed is what these packages hold: ${packages[*]}"
+    return 0
+  fi
+  missing=$(missing_packages)
+  if [ "${1:-}" = --no-install ]; then
+    echo "$install_line"
+    if [ -n "$missing" ]; then
+      echo "Not installed:" $missing >&2
+      exit 1
+    fi
+    return 0
+  fi
+  [ -n "$missing" ] || return 0
+  local as_root=()
+  [ "$(id -u)" = 0 ] || as_root=(sudo)
+  echo "Installing:" $missing
+  "${as_root[@]}" apt-get update -qq
+  # shellcheck disable=SC2086
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install --no-install-recommends -y -qq $missing >/dev/null
+}
+
+# build_preset <preset> [target...]: configures on the first run, then builds only what changed. Quiet unless it fails.
+build_preset() {
+  local preset=$1 log
+  shift
+  log=$(mktemp)
+  if ! { { [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset"; } &&
+         cmake --build --preset "$preset" --target "${@:-all}"; } >"$log" 2>&1; then
+    cat "$log"
+    rm -f "$log"
+    exit 1
+  fi
+  rm -f "$log"
+}

@@ -1,0 +1,41 @@
+#ifndef TOOLKIT_FORWARD_H
+#define TOOLKIT_FORWARD_H
+
+// Declares the library's classes for headers that only name them.
+
+namespace Toolkit
+{
+
+template <class C>
+class TString;
+struct smart_ptr_policy;
+struct smart_ptr_array_policy;
+template <class T, class Policy>
+class smart_ptr;
+
+class ConsoleLogger;
+class DebuggerLogger;
+class EventObject;
+class FFile;
+class ILogger;
+class LogLine;
+class LogText;
+class Mutex;
+class MutexInternal;
+class MutexLock;
+class NullLogger;
+class PathManager;
+struct SetSeverity;
+class Thread;
+class UTF7;
+class UTF8;
+
+namespace Threading
+{
+class IRunnable;
+class Threadable;
+} // namespace Threading
+
+} // namespace Toolkit
+
+#endif

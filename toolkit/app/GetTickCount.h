@@ -1,0 +1,15 @@
+#ifndef TOOLKIT_APP_GETTICKCOUNT_H
+#define TOOLKIT_APP_GETTICKCOUNT_H
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+// Milliseconds since an arbitrary moment, wrapping at 2^32. Any thread may ask.
+// Quirk: it advances in clock ticks, of 10 ms as a rule.
+TOOLKIT_API unsigned int GetTickCount();
+
+} // namespace Toolkit
+
+#endif

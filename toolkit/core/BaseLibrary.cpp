@@ -1,0 +1,136 @@
+#include "toolkit/core/BaseLibrary.h"
+
+#include <cstring>
+#include <mutex>
+#include <optional>
+#include <typeinfo>
+
+#include <wx/app.h>
+#include <wx/init.h>
+#include <wx/log.h>
+#include <wx/thread.h>
+
+namespace Toolkit
+{
+
+namespace
+{
+
+// Constant-initialised and trivially destroyed, so that they may be used before and after any static object.
+std::mutex s_startMutex;
+unsigned int s_uStarts = 0;
+unsigned int s_uStopsOwed = 0;
+
+std::mutex s_silenceMutex;
+unsigned int s_uSilences = 0;
+bool s_bLogged = true;
+
+// Starting and stopping would delete the active log target, which belongs to the host.
+class KeptLogTarget
+{
+public:
+    KeptLogTarget() : m_pTarget(wxLog::SetActiveTarget(nullptr)) {}
+    ~KeptLogTarget()
+    {
+        if (m_pTarget != nullptr)
+            delete wxLog::SetActiveTarget(m_pTarget);
+    }
+    KeptLogTarget(const KeptLogTarget&) = delete;
+    KeptLogTarget& operator=(const KeptLogTarget&) = delete;
+
+private:
+    wxLog* const m_pTarget;
+};
+
+bool StartOnce()
+{
+    std::optional<KeptLogTarget> kept;
+    if (!BaseLibrary::IsStarted())
+        kept.emplace();
+    if (!wxInitialize())
+        return false;
+    ++s_uStarts;
+    return true;
+}
+
+void StopOnce()
+{
+    std::optional<KeptLogTarget> kept;
+    if (--s_uStarts == 0)
+        kept.emplace();
+    wxUninitialize();
+}
+
+// Only the last stop needs the thread that started the base library, the one it calls main.
+void StopWhatIsOwed()
+{
+    while (s_uStopsOwed > 0 && (s_uStarts > 1 || wxThread::IsMain()))
+    {
+        --s_uStopsOwed;
+        StopOnce();
+    }
+}
+
+// True when the base library counts its starts. A host that brought it up with an application object of its
+// own has not been counted, and one more start would begin anew.
+bool IsCounted()
+{
+    const wxAppConsole* const app = wxAppConsole::GetInstance();
+    return app == nullptr || s_uStarts > 0 ||
+           std::strstr(typeid(*app).name(), "wxDummyConsoleApp") != nullptr;
+}
+
+} // namespace
+
+bool BaseLibrary::IsStarted()
+{
+    return wxAppConsole::GetInstance() != nullptr;
+}
+
+bool BaseLibrary::Start()
+{
+    const std::lock_guard<std::mutex> lock(s_startMutex);
+    const bool started = StartOnce();
+    StopWhatIsOwed();
+    return started;
+}
+
+void BaseLibrary::Stop()
+{
+    const std::lock_guard<std::mutex> lock(s_startMutex);
+    if (s_uStarts > s_uStopsOwed)
+        ++s_uStopsOwed;
+    StopWhatIsOwed();
+}
+
+bool BaseLibrary::Hold()
+{
+    const std::lock_guard<std::mutex> lock(s_startMutex);
+    return IsCounted() && StartOnce();
+}
+
+BaseLibrary::Silence::Silence() : m_bThread(!wxThread::IsMain())
+{
+    if (m_bThread)
+    {
+        m_bThreadLogged = wxLog::EnableLogging(false);
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(s_silenceMutex);
+    if (s_uSilences++ == 0)
+        s_bLogged = wxLog::EnableLogging(false);
+}
+
+BaseLibrary::Silence::~Silence()
+{
+    if (m_bThread)
+    {
+        wxLog::EnableLogging(m_bThreadLogged);
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(s_silenceMutex);
+    if (--s_uSilences == 0)
+        wxLog::EnableLogging(s_bLogged);
+}
+
+} // namespace Toolkit

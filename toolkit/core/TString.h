@@ -1,0 +1,79 @@
+#ifndef TOOLKIT_CORE_TSTRING_H
+#define TOOLKIT_CORE_TSTRING_H
+
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+template <class C>
+class TString;
+
+namespace Detail
+{
+TOOLKIT_API bool HasSubstring(const wchar_t* text, std::size_t length, const wchar_t* what,
+                              std::size_t count);
+TOOLKIT_API bool HasSubstring(const char* text, std::size_t length, const char* what, std::size_t count);
+TOOLKIT_API int CompareNoCase(const wchar_t* a, std::size_t aLength, const wchar_t* b, std::size_t bLength);
+TOOLKIT_API int CompareNoCase(const char* a, std::size_t aLength, const char* b, std::size_t bLength);
+TOOLKIT_API void Replace(std::wstring& text, const std::wstring& what, const std::wstring& with);
+} // namespace Detail
+
+// The library's string: a standard string of C with a few operations more and no data of its own.
+// TString<wchar_t> holds text, one code point per element; TString<char> holds bytes, as a rule UTF-8.
+// It converts to and from the standard string freely, and is as safe across threads as that is.
+template <class C>
+class TString : public std::basic_string<C>
+{
+    static_assert(std::is_same_v<C, char> || std::is_same_v<C, wchar_t>, "bytes or wide text only");
+
+public:
+    using Base = std::basic_string<C>;
+
+    TString() = default;
+    // A null pointer gives an empty string.
+    TString(const C* text) : Base(text != nullptr ? Base(text) : Base()) {}
+    TString(const Base& text) : Base(text) {}
+    TString(Base&& text) noexcept : Base(std::move(text)) {}
+
+    // One empty instance per character type, the same object in every library of the process.
+    static const TString& Empty();
+
+    // True when `text` occurs in this string exactly as it is; an empty `text` always does.
+    bool Contains(const TString& text) const { return this->find(text) != Base::npos; }
+
+    // `Contains` without regard to case. Both character types fold through the narrow `tolower` of the
+    // current locale, so wide letters beyond it compare exactly.
+    bool HasSubstring(const TString& text) const
+    {
+        return Detail::HasSubstring(this->data(), this->size(), text.data(), text.size());
+    }
+
+    // -1, 0 or 1: three-way comparison without regard to case. Wide elements fold through `towlower`, bytes,
+    // taken as signed, through `tolower`; a string that another one continues comes before it.
+    int compareNoCase(const TString& other) const
+    {
+        return Detail::CompareNoCase(this->data(), this->size(), other.data(), other.size());
+    }
+
+    // Replaces every occurrence of `what` by `with`, those that a replacement creates included (wide text
+    // only). Quirk: a `with` that contains `what`, or an empty `what`, never ends.
+    template <class D = C, class = std::enable_if_t<std::is_same_v<D, wchar_t>>>
+    void Replace(const TString& what, const TString& with)
+    {
+        Detail::Replace(*this, what, with);
+    }
+};
+
+template <>
+TOOLKIT_API const TString<char>& TString<char>::Empty();
+template <>
+TOOLKIT_API const TString<wchar_t>& TString<wchar_t>::Empty();
+
+} // namespace Toolkit
+
+#endif

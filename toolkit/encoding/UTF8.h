@@ -1,0 +1,26 @@
+#ifndef TOOLKIT_ENCODING_UTF8_H
+#define TOOLKIT_ENCODING_UTF8_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+
+namespace Toolkit
+{
+
+// The library-wide conversion between wide text and UTF-8 bytes (RFC 3629), strict in both directions: a text
+// that holds an overlong form, a surrogate or a value above 10FFFF converts to an empty one. Each conversion
+// ends at the first zero. Any thread may call it.
+class TOOLKIT_API UTF8
+{
+public:
+    static TString<wchar_t> ToUNICODE(const TString<char>& text);
+    static TString<char> ToUTF8(const TString<wchar_t>& text);
+
+    // True when the UTF-8 form has another length than the text: some character needs more than one byte, the
+    // text goes on behind a zero, or it has no UTF-8 form.
+    static bool HasToBeUTF8(const TString<wchar_t>& text);
+};
+
+} // namespace Toolkit
+
+#endif

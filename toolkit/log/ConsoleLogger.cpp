@@ -1,0 +1,17 @@
+#include "toolkit/log/ConsoleLogger.h"
+
+#include "toolkit/log/WideOutput.h"
+
+namespace Toolkit
+{
+
+ConsoleLogger::ConsoleLogger(LogSeverity level) : ILogger(level) {}
+
+ConsoleLogger::~ConsoleLogger() = default;
+
+void ConsoleLogger::Write(const TString<wchar_t>& text)
+{
+    WriteToWideOutput(text);
+}
+
+} // namespace Toolkit

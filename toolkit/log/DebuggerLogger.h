@@ -1,0 +1,23 @@
+#ifndef TOOLKIT_LOG_DEBUGGERLOGGER_H
+#define TOOLKIT_LOG_DEBUGGERLOGGER_H
+
+#include "toolkit/log/ILogger.h"
+
+namespace Toolkit
+{
+
+// A sink for debugging hosts.
+// Quirk: it has no debugger channel of its own; it writes to the standard wide output stream as ConsoleLogger
+// does.
+class TOOLKIT_API DebuggerLogger : public ILogger
+{
+public:
+    explicit DebuggerLogger(LogSeverity level);
+    ~DebuggerLogger() override;
+
+    void Write(const TString<wchar_t>& text) override;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,85 @@
+#ifndef TOOLKIT_LOG_ILOGGER_H
+#define TOOLKIT_LOG_ILOGGER_H
+
+#include <atomic>
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/log/LogSeverity.h"
+#include "toolkit/log/LogText.h"
+#include "toolkit/log/SetSeverity.h"
+
+namespace Toolkit
+{
+
+// The process-wide logger: the interface of every sink, and the stream through which text reaches the
+// installed one. Each streamed value is one piece, written at once by one `Write` when the selected severity
+// is at most the sink's threshold; the selected severity stays until the next SetSeverity. The stream takes
+// no lock: pieces that several threads stream at once interleave, while TOOLKIT_LOG writes whole lines.
+// Failures of a sink are not reported.
+class TOOLKIT_API ILogger
+{
+public:
+    virtual ~ILogger();
+
+    // The sink's output of one piece. A sink that several threads use protects its own output.
+    virtual void Write(const TString<wchar_t>& text) = 0;
+
+    ILogger(const ILogger&) = delete;
+    ILogger& operator=(const ILogger&) = delete;
+
+    // A new NullLogger.
+    static smart_ptr<ILogger> Create();
+
+    // Installs `logger`, shared with the caller, or a new NullLogger for a null one, and gives up the
+    // previous sink. For start-up and shutdown: nothing may be logged at the same time. Does nothing while no
+    // logger exists.
+    static void SetLogger(smart_ptr<ILogger> logger);
+
+    LogSeverity GetThreshold() const { return m_threshold; }
+    LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
+
+    // All operators answer the installed logger, which need not be this one.
+    ILogger& operator<<(const SetSeverity& selection);
+    ILogger& operator<<(const TString<wchar_t>& text);
+    // `text` is UTF-8.
+    ILogger& operator<<(const TString<char>& text);
+    ILogger& operator<<(short value);
+    ILogger& operator<<(int value);
+    ILogger& operator<<(long long value);
+    ILogger& operator<<(unsigned short value);
+    ILogger& operator<<(unsigned int value);
+    ILogger& operator<<(unsigned long long value);
+    // Everything else, in the form that LogText gives it.
+    template <class T>
+    ILogger& operator<<(const T& value)
+    {
+        if (Passes())
+            Write(LogText::Of(value));
+        return Installed();
+    }
+
+    // The installed sink; null before the modules are initialised and after they are released. Never holds
+    // null.
+    static smart_ptr<ILogger>* s_pInstance;
+
+    // The separators of a log line: " ", " : " and a line feed.
+    static const TString<wchar_t> c_strLogToken1;
+    static const TString<wchar_t> c_strLogToken2;
+    static const TString<wchar_t> c_strLogToken3;
+
+protected:
+    explicit ILogger(LogSeverity threshold);
+
+private:
+    bool Passes() const { return GetSeverity() <= m_threshold; }
+    ILogger& Installed();
+
+    const LogSeverity m_threshold;
+    std::atomic<LogSeverity> m_severity{LogSeverity::Verbose};
+};
+
+} // namespace Toolkit
+
+#endif

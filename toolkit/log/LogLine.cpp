@@ -1,0 +1,57 @@
+#include "toolkit/log/LogLine.h"
+
+#include "toolkit/app/GetTickCount.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+// Hands the fields before the message, one by one and in their order, to `take`.
+template <class Take>
+void ForEachField(LogSeverity severity, unsigned int line, const TString<char>& function, Take take)
+{
+    take(severity);
+    take(ILogger::c_strLogToken1);
+    take(GetTickCount());
+    take(ILogger::c_strLogToken2);
+    take(line);
+    take(ILogger::c_strLogToken2);
+    take(function);
+    take(ILogger::c_strLogToken2);
+}
+
+} // namespace
+
+void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char>& function,
+                     const TString<wchar_t>& message)
+{
+    if (ILogger::s_pInstance == nullptr)
+        return;
+    **ILogger::s_pInstance << SetSeverity(severity);
+    ForEachField(severity, line, function, [](const auto& field) { **ILogger::s_pInstance << field; });
+    **ILogger::s_pInstance << message << ILogger::c_strLogToken3;
+}
+
+LogLine::LogLine(LogSeverity severity, unsigned int line, const char* function)
+{
+    m_strText.reserve(128);
+    ForEachField(severity, line, function, [this](const auto& field) { *this << field; });
+}
+
+LogLine::~LogLine()
+{
+    try
+    {
+        m_strText += ILogger::c_strLogToken3;
+        if (ILogger::s_pInstance != nullptr)
+            (*ILogger::s_pInstance)->Write(m_strText);
+    }
+    catch (...)
+    {
+        // A line that cannot be written is lost; it must not end the process.
+    }
+}
+
+} // namespace Toolkit

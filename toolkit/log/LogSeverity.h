@@ -1,0 +1,21 @@
+#ifndef TOOLKIT_LOG_LOGSEVERITY_H
+#define TOOLKIT_LOG_LOGSEVERITY_H
+
+#include <cstdint>
+
+namespace Toolkit
+{
+
+// How serious a log line is; lower is more serious. A sink passes what is at most its threshold.
+enum LogSeverity : std::uint32_t
+{
+    Error = 0,
+    Warning = 1,
+    Info = 2,
+    Debug = 3,
+    Verbose = 4
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef TOOLKIT_LOG_NULLLOGGER_H
+#define TOOLKIT_LOG_NULLLOGGER_H
+
+#include "toolkit/log/ILogger.h"
+
+namespace Toolkit
+{
+
+// The sink that discards everything: installed until the host sets its own, and again during the teardown.
+// Its threshold is Error. Any thread may use it.
+class TOOLKIT_API NullLogger : public ILogger
+{
+public:
+    NullLogger();
+    ~NullLogger() override;
+
+    void Write(const TString<wchar_t>& text) override;
+};
+
+} // namespace Toolkit
+
+#endif

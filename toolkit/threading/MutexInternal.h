@@ -1,0 +1,37 @@
+#ifndef TOOLKIT_THREADING_MUTEXINTERNAL_H
+#define TOOLKIT_THREADING_MUTEXINTERNAL_H
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+// A recursive mutex: the thread that holds it may lock it again and unlocks as often as it locked.
+// Any thread may use it; a time-out is kept by polling. Failures are answered, never thrown, and a caller
+// that got false goes on without the lock and does not unlock (see MutexLock).
+class TOOLKIT_API MutexInternal
+{
+public:
+    // With `lockNow` the constructing thread holds the mutex at once.
+    explicit MutexInternal(bool lockNow);
+    // Does not unlock first; destroying a mutex that somebody holds is the caller's error and is survived.
+    virtual ~MutexInternal();
+
+    MutexInternal(const MutexInternal&) = delete;
+    MutexInternal& operator=(const MutexInternal&) = delete;
+
+    // True when the caller holds the mutex now. `timeout` is in milliseconds; 4294967295 waits without limit.
+    // Any other value is timeout / 10 + 1 tries with a pause of 10 ms after each that found the mutex busy.
+    bool Lock(unsigned int timeout);
+
+    // True when the caller held the mutex.
+    bool Unlock();
+
+private:
+    class BaseMutex;
+    BaseMutex* m_pMutex;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,127 @@
+#include "toolkit/threading/Thread.h"
+
+#include <chrono>
+#include <thread>
+
+#include <unistd.h>
+
+#include "toolkit/core/BaseLibrary.h"
+
+namespace Toolkit
+{
+
+ThreadBaseLibraryHold::ThreadBaseLibraryHold() : m_bHeld(BaseLibrary::Hold()) {}
+
+ThreadBaseLibraryHold::~ThreadBaseLibraryHold()
+{
+    if (m_bHeld)
+        BaseLibrary::Stop();
+}
+
+void ThreadBaseLibraryHold::HoldForDestruction()
+{
+    if (!m_bHeld && !BaseLibrary::IsStarted())
+        m_bHeld = BaseLibrary::Start();
+}
+
+const unsigned long Thread::UndefinedThread;
+
+Thread::Thread() : wxThread(wxTHREAD_JOINABLE)
+{
+    const BaseLibrary::Silence silence;
+    m_bCreated = Create(0) == wxTHREAD_NO_ERROR;
+}
+
+Thread::~Thread()
+{
+    StopAndWait();
+}
+
+bool Thread::Run()
+{
+    if (!m_bCreated || m_bStarted)
+        return false;
+    const BaseLibrary::Silence silence;
+    m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
+    return m_bStarted;
+}
+
+bool Thread::Pause()
+{
+    return wxThread::IsRunning() && wxThread::Pause() == wxTHREAD_NO_ERROR;
+}
+
+bool Thread::Resume()
+{
+    return IsPaused() && wxThread::Resume() == wxTHREAD_NO_ERROR;
+}
+
+wxThreadError Thread::Kill()
+{
+    if (!IsRunning())
+        return wxTHREAD_NOT_RUNNING;
+    if (GetCurrentId() == GetId())
+        return wxTHREAD_MISC_ERROR;
+    const BaseLibrary::Silence silence;
+    const wxThreadError answer = wxThread::Kill();
+    m_bKilled = answer == wxTHREAD_NO_ERROR;
+    return answer;
+}
+
+wxThread::ExitCode Thread::Wait()
+{
+    if (!m_bStarted || GetCurrentId() == GetId())
+        return nullptr;
+    return wxThread::Wait();
+}
+
+bool Thread::IsRunning() const
+{
+    return !m_bKilled && IsAlive();
+}
+
+bool Thread::IsPaused() const
+{
+    return !m_bKilled && wxThread::IsPaused();
+}
+
+unsigned long Thread::GetId() const
+{
+    return wxThread::GetId();
+}
+
+unsigned long Thread::GetCurrentId()
+{
+    return wxThread::GetCurrentId();
+}
+
+bool Thread::IsMainThread()
+{
+    return getpid() == gettid();
+}
+
+void Thread::Sleep(unsigned int milliseconds)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+void Thread::StopAndWait()
+{
+    HoldForDestruction();
+    if (!m_bCreated)
+        return;
+    // A thread that was never started can be ended only by starting it; Entry then returns at once.
+    m_bAbandoned = true;
+    if (!m_bStarted)
+        m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
+    Delete();
+    // Delete does not join a thread that has finished by itself.
+    wxThread::Wait();
+}
+
+wxThread::ExitCode Thread::Entry()
+{
+    return m_bAbandoned ? nullptr : DoWork();
+}
+
+} // namespace Toolkit

@@ -1,0 +1,90 @@
+#ifndef TOOLKIT_THREADING_THREAD_H
+#define TOOLKIT_THREADING_THREAD_H
+
+#include <atomic>
+
+#include <wx/thread.h>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+// Keeps the base library running for as long as a thread object exists; destroyed after everything that needs
+// it.
+class TOOLKIT_API ThreadBaseLibraryHold
+{
+protected:
+    ThreadBaseLibraryHold();
+    ~ThreadBaseLibraryHold();
+
+    ThreadBaseLibraryHold(const ThreadBaseLibraryHold&) = delete;
+    ThreadBaseLibraryHold& operator=(const ThreadBaseLibraryHold&) = delete;
+
+    // Called while the thread object goes: starts the base library once more if it was stopped too early.
+    void HoldForDestruction();
+
+private:
+    bool m_bHeld;
+};
+
+// A joinable worker thread; a subclass puts its work into DoWork. Its owner constructs it, runs it and
+// destroys it, never the thread itself, and calls every operation but DoWork. The destructor asks the thread
+// to stop (TestDestroy answers true from then on) and waits for it, so DoWork must return by itself or watch
+// TestDestroy. Each leaf class does the same in its own destructor, with StopAndWait, while its DoWork and
+// members still exist. Failures are answered, not logged.
+class TOOLKIT_API Thread : private ThreadBaseLibraryHold, public wxThread
+{
+public:
+    // The identifier that stands for no thread.
+    static const unsigned long UndefinedThread = 4294967295UL;
+
+    // Creates the operating system's thread, which does nothing until Run.
+    Thread();
+    ~Thread() override;
+
+    // True when the thread was started; a thread is started once.
+    bool Run();
+    // True when a running thread was asked to pause. It pauses at its next call of TestDestroy.
+    bool Pause();
+    // True when a paused thread goes on.
+    bool Resume();
+    // Ends the thread at its next cancellation point, without running the rest of DoWork.
+    wxThreadError Kill();
+
+    // Blocks until a started thread has ended and returns its exit code; null for a thread that was never
+    // started and on the thread itself.
+    ExitCode Wait();
+
+    // Started and not finished yet, paused or not.
+    bool IsRunning() const;
+    bool IsPaused() const;
+
+    unsigned long GetId() const;
+    static unsigned long GetCurrentId();
+    // True on the process's first thread, whether or not the base library runs.
+    static bool IsMainThread();
+
+    // Suspends the calling thread for at least that long; a signal does not cut it short.
+    static void Sleep(unsigned int milliseconds);
+
+protected:
+    // Asks the thread to stop and blocks until it has ended, whatever its state; afterwards it cannot be
+    // started.
+    void StopAndWait();
+
+    ExitCode Entry() override;
+
+    // The work of the thread, called once on it; the result becomes the exit code.
+    virtual ExitCode DoWork() = 0;
+
+private:
+    bool m_bCreated;
+    bool m_bStarted = false;
+    bool m_bKilled = false;
+    std::atomic<bool> m_bAbandoned{false};
+};
+
+} // namespace Toolkit
+
+#endif

@@ -13,8 +13,11 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
+class CmdLineOption;
+class CmdLineParser;
 class ConsoleLogger;
 class DebuggerLogger;
+class DynamicLibrary;
 class EventObject;
 class FFile;
 class ILogger;
@@ -23,9 +26,11 @@ class LogText;
 class Mutex;
 class MutexInternal;
 class MutexLock;
+class Network;
 class NullLogger;
 class PathManager;
 struct SetSeverity;
+class SystemInfo;
 class Thread;
 class UTF7;
 class UTF8;

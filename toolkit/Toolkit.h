@@ -3,8 +3,13 @@
 
 // Everything that a host needs, in one header. The library itself never includes it.
 
+#include "toolkit/app/CmdLineOption.h"
+#include "toolkit/app/CmdLineParser.h"
+#include "toolkit/app/DynamicLibrary.h"
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/Network.h"
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/SystemInfo.h"
 #include "toolkit/core/Export.h"
 #include "toolkit/core/TString.h"
 #include "toolkit/core/smart_ptr.h"

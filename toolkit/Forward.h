@@ -21,6 +21,8 @@ class DynamicLibrary;
 class EventObject;
 class FFile;
 class ILogger;
+class LibModule;
+class LibModuleManager;
 class LogLine;
 class LogText;
 class Mutex;
@@ -32,6 +34,8 @@ class PathManager;
 struct SetSeverity;
 class SystemInfo;
 class Thread;
+class ToolkitModule;
+class ToolkitSession;
 class UTF7;
 class UTF8;
 

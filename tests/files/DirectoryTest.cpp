@@ -187,9 +187,10 @@ TEST(Directory, ListsNothingThatTheUserMayNotSee)
 {
     const TemporaryFolder folder;
     WriteBytes(folder.Path("file"), "");
-    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0700));
     EXPECT_THAT(Both(folder.Wide(), L""), ElementsAre(L"file"));
-    EXPECT_TRUE(AsNobody([&] { return geteuid() == 0 || Both(folder.Wide(), L"").empty(); }));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0300));
+    EXPECT_TRUE(AsNobody([&] { return geteuid() != 0 && Both(folder.Wide(), L"").empty(); }));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0700));
 }
 
 TEST(Directory, TakesLinksForWhatTheyLeadTo)
@@ -441,8 +442,9 @@ TEST(Directory, CreatesNothingWhereNothingCanBe)
 TEST(Directory, CreatesNothingInAFolderThatMayNotBeWritten)
 {
     const TemporaryFolder folder;
-    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0755));
     MakeFolder(folder.Path("there"));
+    ASSERT_EQ(0, chmod(folder.Path("there").c_str(), 0555));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0555));
     EXPECT_TRUE(AsNobody(
         [&]
         {
@@ -450,6 +452,7 @@ TEST(Directory, CreatesNothingInAFolderThatMayNotBeWritten)
                    !Directory::Create(folder.Wide("there/new/below")) &&
                    Directory::Create(folder.Wide("there"));
         }));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0755));
 }
 
 TEST(Directory, SeveralMayCreateTheSameAtOnce)
@@ -520,9 +523,10 @@ TEST(Directory, RemovesNoFolderAndNothingThatIsNotThere)
 TEST(Directory, RemovesNothingInAFolderThatMayNotBeWritten)
 {
     const TemporaryFolder folder;
-    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0755));
     WriteBytes(folder.Path("file"), "");
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0555));
     EXPECT_TRUE(AsNobody([&] { return geteuid() != 0 && !Directory::RemoveFile(folder.Wide("file")); }));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0755));
     EXPECT_TRUE(std::filesystem::exists(folder.Path("file")));
 }
 

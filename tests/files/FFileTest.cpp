@@ -549,11 +549,11 @@ TEST(FFile, StreamWithoutADescriptorHasNoLength)
 TEST(FFile, OpensOnlyWhatTheUserMay)
 {
     const TemporaryFolder folder;
-    std::filesystem::permissions(folder.Path(), std::filesystem::perms(0755));
     WriteBytes(folder.Path("secret"), "abc");
     WriteBytes(folder.Path("public"), "abc");
-    std::filesystem::permissions(folder.Path("secret"), std::filesystem::perms(0600));
-    std::filesystem::permissions(folder.Path("public"), std::filesystem::perms(0644));
+    ASSERT_EQ(0, chmod(folder.Path("secret").c_str(), 0));
+    ASSERT_EQ(0, chmod(folder.Path("public").c_str(), 0444));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0555));
     EXPECT_TRUE(AsNobody(
         [&]
         {
@@ -562,6 +562,7 @@ TEST(FFile, OpensOnlyWhatTheUserMay)
                    !file.Open(folder.Wide("public"), L"w") && !file.Open(folder.Wide("public"), L"r+") &&
                    !file.Open(folder.Wide("secret"), L"r") && !file.Open(folder.Wide("new"), L"w");
         }));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0755));
     EXPECT_EQ("abc", ReadBytes(folder.Path("public")));
 }
 

@@ -622,7 +622,7 @@ TEST(TextFile, FileThatMayNotBeWrittenStaysAsItWas)
 TEST(TextFile, FolderThatMayNotBeWrittenStaysAsItWas)
 {
     Opened opened("one\n");
-    ASSERT_EQ(0, chmod(opened.m_folder.Path().c_str(), 0755));
+    ASSERT_EQ(0, chmod(opened.m_folder.Path().c_str(), 0555));
     ASSERT_EQ(0, chmod(opened.Path().c_str(), 0666));
     EXPECT_TRUE(ToolkitTest::AsNobody(
         [&]
@@ -630,6 +630,7 @@ TEST(TextFile, FolderThatMayNotBeWrittenStaysAsItWas)
             opened.m_file.AddLine(L"two");
             return !opened.m_file.Write();
         }));
+    ASSERT_EQ(0, chmod(opened.m_folder.Path().c_str(), 0755));
     EXPECT_EQ("one\n", opened.Content());
     EXPECT_EQ(1, opened.Entries());
 }

@@ -35,9 +35,12 @@ bool SeparateMounts()
     if (geteuid() == 0)
         return unshare(CLONE_NEWNS) == 0;
     const std::string user = "0 " + std::to_string(geteuid()) + " 1";
+    const std::string group = "0 " + std::to_string(getegid()) + " 1";
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
         return false;
     WriteBytes("/proc/self/uid_map", user);
+    WriteBytes("/proc/self/setgroups", "deny");
+    WriteBytes("/proc/self/gid_map", group);
     return true;
 }
 

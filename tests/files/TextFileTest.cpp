@@ -273,6 +273,7 @@ TEST(TextFile, OpensNoPathThatNamesNoFile)
         folder.Wide("text") + L"/",
         L"/dev/null",
         L"/dev/zero",
+        L"/proc/self/mem",
     };
     for (const TString<wchar_t>& path : paths)
     {
@@ -461,6 +462,9 @@ TEST(TextFile, LineWithoutUtf8IsNotWritten)
         EXPECT_FALSE(opened.m_file.Write());
         EXPECT_EQ("one\n", opened.Content());
         EXPECT_EQ(1, opened.Entries());
+        opened.m_file.Clear();
+        opened.m_file.AddLine(s_strZero + static_cast<wchar_t>(value));
+        EXPECT_FALSE(opened.m_file.Write());
         opened.m_file.Clear();
         EXPECT_TRUE(opened.m_file.Write());
     }

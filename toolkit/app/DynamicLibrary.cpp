@@ -12,11 +12,12 @@ namespace Toolkit
 namespace
 {
 
-// The loader would wait at a FIFO for a writer.
+// The loader would wait at a FIFO for a writer. A name without a folder is searched for elsewhere.
 bool IsReadyToOpen(const TString<char>& path)
 {
     struct stat status = {};
-    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+    return path.find('/') == TString<char>::npos || stat(path.c_str(), &status) != 0 ||
+           S_ISREG(status.st_mode);
 }
 
 bool HasExtension(const TString<char>& path)

@@ -36,16 +36,16 @@ TString<wchar_t> PathNames::MakeUniqueInstanceName(const TString<wchar_t>& folde
 void PathNames::Join(TString<wchar_t>& result, const TString<wchar_t>& base, const TString<wchar_t>& name,
                      wchar_t separator)
 {
+    if (&result == &name)
+        return Join(result, base, TString<wchar_t>(name), separator);
     const std::size_t separators = base.empty() || base.back() == separator ? 0 : 1;
-    if (&result == &base && &result != &name)
+    if (&result != &base)
     {
-        result.append(separators, separator).append(name);
-        return;
+        result.clear();
+        result.reserve(base.size() + separators + name.size());
+        result.append(base);
     }
-    TString<wchar_t> joined;
-    joined.reserve(base.size() + separators + name.size());
-    joined.append(base).append(separators, separator).append(name);
-    result = std::move(joined);
+    result.append(separators, separator).append(name);
 }
 
 TString<char> PathNames::ToNative(const TString<wchar_t>& path)

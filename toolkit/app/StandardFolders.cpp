@@ -57,18 +57,19 @@ TString<wchar_t> Home()
     return home.empty() ? FromWx(wxFileName::GetHomeDir()) : home;
 }
 
-// The name under which the application was started, without its folder and last extension.
-TString<wchar_t> StartedName()
+// The name that the base library gives an application without one: that of its file, without the last
+// extension.
+wxString ExecutableName()
 {
     wxString name;
-    wxFileName::SplitPath(ToWx(UTF8::ToUNICODE(TString<char>(program_invocation_name))), nullptr, &name,
-                          nullptr);
-    return FromWx(name);
+    wxFileName::SplitPath(ToWx(StandardFolders::Executable()), nullptr, &name, nullptr);
+    return name;
 }
 
 TString<wchar_t> SharedData()
 {
-    return StandardFolders::InstallPrefix(StandardFolders::Executable()) + L"/share/" + StartedName();
+    return StandardFolders::InstallPrefix(StandardFolders::Executable()) + L"/share/" +
+           FromWx(ExecutableName());
 }
 
 void EraseAll(std::string& text, std::string_view what)
@@ -133,7 +134,7 @@ TString<wchar_t> StandardFolders::Data()
 TString<wchar_t> StandardFolders::UserLocalData()
 {
     return CanAskBaseLibrary() ? FromWx(wxStandardPaths::Get().GetUserLocalDataDir())
-                               : TString<wchar_t>(Home() + L"/." + StartedName());
+                               : TString<wchar_t>(Home() + L"/." + FromWx(ExecutableName()));
 }
 
 TString<wchar_t> StandardFolders::Resources()

@@ -1,0 +1,115 @@
+#include "toolkit/app/Network.h"
+
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/RunProgram.h"
+#include "tests/support/TemporaryFolder.h"
+
+using ToolkitTest::ProgramResult;
+using ToolkitTest::Quoted;
+using ToolkitTest::RunProgram;
+using ToolkitTest::TemporaryFolder;
+
+namespace
+{
+
+const char* const c_callers[] = {"started", "plain", "thread"};
+
+struct Probe
+{
+    bool m_bAnswer;
+    long m_iMilliseconds;
+    std::string m_strReceived;
+};
+
+// One probe inside a network of its own, never in that of this machine; nothing where none can be made.
+std::optional<Probe> ProbeOf(const std::string& network, const std::string& caller, int seconds)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunProgram(Quoted(TOOLKIT_PROBE_NETWORK) + " " + network + " " + caller +
+                                            " " + std::to_string(seconds) + " " + Quoted(folder.Path()));
+    if (result.m_iExitCode == 77)
+    {
+        std::cout << "NOT TESTED: this system allows no network and mount namespaces\n";
+        return std::nullopt;
+    }
+    EXPECT_EQ(result.m_iExitCode, 0) << result.m_strOutput;
+    std::istringstream line(result.m_strOutput);
+    Probe probe = {};
+    std::string rest;
+    line >> probe.m_bAnswer >> probe.m_iMilliseconds >> probe.m_strReceived;
+    EXPECT_FALSE(line.fail()) << result.m_strOutput;
+    EXPECT_FALSE(line >> rest) << result.m_strOutput;
+    return probe;
+}
+
+void ExpectTimeoutOfASecond(const std::string& caller)
+{
+    if (const auto probe = ProbeOf("silent", caller, 1))
+    {
+        EXPECT_FALSE(probe->m_bAnswer);
+        EXPECT_GE(probe->m_iMilliseconds, 1000);
+        EXPECT_LT(probe->m_iMilliseconds, 3000);
+    }
+}
+
+} // namespace
+
+TEST(Network, IsThereWhenTheHostTakesAConnection)
+{
+    for (const char* const caller : c_callers)
+        if (const auto probe = ProbeOf("reachable", caller, 5))
+        {
+            EXPECT_TRUE(probe->m_bAnswer) << caller;
+            EXPECT_EQ(probe->m_strReceived, "0") << caller;
+        }
+}
+
+TEST(Network, IsNotThereWhenTheHostRefuses)
+{
+    for (const char* const caller : c_callers)
+        if (const auto probe = ProbeOf("refused", caller, 5))
+        {
+            EXPECT_FALSE(probe->m_bAnswer) << caller;
+        }
+}
+
+TEST(Network, IsNotThereWhenTheHostHasNoAddress)
+{
+    for (const char* const caller : c_callers)
+        if (const auto probe = ProbeOf("unresolvable", caller, 5))
+        {
+            EXPECT_FALSE(probe->m_bAnswer) << caller;
+        }
+}
+
+TEST(NetworkTiming, KeepsTheTimeout)
+{
+    ExpectTimeoutOfASecond("started");
+}
+
+TEST(NetworkTiming, KeepsTheTimeoutWithoutTheBaseLibrary)
+{
+    ExpectTimeoutOfASecond("plain");
+}
+
+TEST(NetworkTiming, KeepsTheTimeoutOnAnotherThread)
+{
+    ExpectTimeoutOfASecond("thread");
+}
+
+TEST(NetworkTiming, DoesNotWaitWithoutATimeout)
+{
+    for (const char* const caller : c_callers)
+        for (const int seconds : {0, -1, -2147483647 - 1})
+            if (const auto probe = ProbeOf("silent", caller, seconds))
+            {
+                EXPECT_FALSE(probe->m_bAnswer) << caller;
+                EXPECT_LT(probe->m_iMilliseconds, 900) << caller;
+            }
+}

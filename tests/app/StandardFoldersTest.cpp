@@ -1,0 +1,41 @@
+#include "toolkit/app/StandardFolders.h"
+
+#include <gtest/gtest.h>
+
+using Toolkit::StandardFolders;
+
+TEST(StandardFolders, TakesTheKernelsMarkFromADeletedExecutable)
+{
+    const struct
+    {
+        const char* link;
+        bool isRealName;
+        const char* path;
+    } rows[] = {
+        {"/bin/tool", true, "/bin/tool"},
+        {"/bin/tool", false, "/bin/tool"},
+        {"/bin/tool (deleted)", false, "/bin/tool"},
+        {"/bin/tool (deleted)", true, "/bin/tool (deleted)"},
+        {"/bin/tool (deleted) (deleted)", false, "/bin/tool (deleted)"},
+        {"/bin/tool(deleted)", false, "/bin/tool(deleted)"},
+        {"", false, ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(StandardFolders::Unmark(row.link, row.isRealName), row.path) << row.link;
+}
+
+TEST(StandardFolders, FindsTheInstallationAroundTheLastBinFolder)
+{
+    const struct
+    {
+        const wchar_t* executable;
+        const wchar_t* prefix;
+    } rows[] = {
+        {L"/usr/bin/tool", L"/usr"},   {L"/opt/bin/x/bin/tool", L"/opt/bin/x"},
+        {L"/opt/bin/x/tool", L"/opt"}, {L"/bin/tool", L"/usr/local"},
+        {L"/opt/tool", L"/usr/local"}, {L"/opt/sbin/tool", L"/usr/local"},
+        {L"", L"/usr/local"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(StandardFolders::InstallPrefix(row.executable), row.prefix);
+}

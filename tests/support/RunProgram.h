@@ -1,0 +1,24 @@
+#ifndef TOOLKIT_TESTS_SUPPORT_RUNPROGRAM_H
+#define TOOLKIT_TESTS_SUPPORT_RUNPROGRAM_H
+
+#include <string>
+
+namespace ToolkitTest
+{
+
+struct ProgramResult
+{
+    int m_iExitCode;
+    // What it wrote to its standard output and its standard error output.
+    std::string m_strOutput;
+};
+
+// Runs a command of the shell to its end; an exit code of -1 tells that a signal ended it.
+ProgramResult RunProgram(const std::string& command);
+
+// The text as one word of the shell.
+std::string Quoted(const std::string& text);
+
+} // namespace ToolkitTest
+
+#endif

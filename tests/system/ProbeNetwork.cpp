@@ -1,0 +1,134 @@
+// Asks for the network inside a network of its own, in which nothing but this process exists.
+//   ProbeNetwork <network> <caller> <seconds> <folder>
+// network: reachable (a server listens), refused (none does), silent (a server that takes no more
+// connections), unresolvable (the host has no address); caller: started (main thread of the base library),
+// plain (base library not started), thread (another thread); folder: for files of this program. Prints the
+// answer, the milliseconds, and what the server received. Ends with 77 where no network can be made.
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <thread>
+
+#include <arpa/inet.h>
+#include <net/if.h>
+#include <poll.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <wx/init.h>
+
+#include "toolkit/app/Network.h"
+#include "toolkit/encoding/UTF8.h"
+
+using Toolkit::Network;
+
+namespace
+{
+
+bool Cover(const std::string& file, const std::string& content, const char* target)
+{
+    std::ofstream(file) << content;
+    return access(target, F_OK) != 0 || mount(file.c_str(), target, nullptr, MS_BIND, nullptr) == 0;
+}
+
+bool BringLoopbackUp()
+{
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    ifreq request = {};
+    std::string("lo").copy(request.ifr_name, sizeof request.ifr_name - 1);
+    request.ifr_flags = IFF_UP | IFF_RUNNING;
+    const bool up = ioctl(descriptor, SIOCSIFFLAGS, &request) == 0;
+    close(descriptor);
+    return up;
+}
+
+bool EnterOwnNetwork(const std::string& folder, bool resolvable)
+{
+    const int spaces = CLONE_NEWNET | CLONE_NEWNS;
+    if (unshare(spaces) != 0 && unshare(spaces | CLONE_NEWUSER) != 0)
+        return false;
+    const std::string host = Toolkit::UTF8::ToUTF8(Network::c_strProbedHost);
+    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           Cover(folder + "/hosts", resolvable ? "127.0.0.1 " + host + "\n" : "\n", "/etc/hosts") &&
+           Cover(folder + "/nsswitch", "hosts: files\n", "/etc/nsswitch.conf") && BringLoopbackUp();
+}
+
+sockaddr_in ServerAddress()
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(80);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+int Listen()
+{
+    const sockaddr_in address = ServerAddress();
+    const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (bind(server, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(server, 0) != 0)
+        return -1;
+    return server;
+}
+
+// Makes connections that nobody takes until one more is not answered.
+void FillServer()
+{
+    const sockaddr_in address = ServerAddress();
+    for (bool full = false; !full;)
+    {
+        const int client = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        pollfd waited = {client, POLLOUT, 0};
+        full = poll(&waited, 1, 100) == 0;
+    }
+}
+
+// The number of bytes that came over the connection, "none" without a connection.
+std::string ReceivedBy(int server)
+{
+    pollfd waited = {server, POLLIN, 0};
+    if (server == -1 || poll(&waited, 1, 0) != 1)
+        return "none";
+    const int connection = accept(server, nullptr, nullptr);
+    char buffer[16];
+    const ssize_t count = recv(connection, buffer, sizeof buffer, 0);
+    close(connection);
+    return std::to_string(count);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 5)
+        return 1;
+    const std::string network = argv[1];
+    const std::string caller = argv[2];
+    if (!EnterOwnNetwork(argv[4], network != "unresolvable"))
+        return 77;
+    const int server = network == "reachable" || network == "silent" ? Listen() : -1;
+    if (network == "silent")
+        FillServer();
+    if (caller != "plain" && !wxInitialize())
+        return 1;
+    bool answer = false;
+    const auto start = std::chrono::steady_clock::now();
+    const auto ask = [&] { answer = Network::TestNetwork(std::atoi(argv[3])); };
+    if (caller == "thread")
+        std::thread(ask).join();
+    else
+        ask();
+    const auto passed = std::chrono::steady_clock::now() - start;
+    if (caller != "plain")
+        wxUninitialize();
+    std::cout << answer << " " << std::chrono::duration_cast<std::chrono::milliseconds>(passed).count() << " "
+              << (network == "reachable" ? ReceivedBy(server) : "none") << "\n";
+    return 0;
+}

@@ -17,6 +17,7 @@ class ConsoleLogger;
 class DebuggerLogger;
 class EventObject;
 class FFile;
+class FileLogger;
 class ILogger;
 class LogLine;
 class LogText;
@@ -29,6 +30,7 @@ struct SetSeverity;
 class Thread;
 class UTF7;
 class UTF8;
+class WxLogForwarder;
 
 namespace Threading
 {

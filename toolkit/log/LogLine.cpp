@@ -8,6 +8,8 @@ namespace Toolkit
 namespace
 {
 
+thread_local LogSeverity s_begunSeverity = LogSeverity::Verbose;
+
 // Hands the fields before the message, one by one and in their order, to `take`.
 template <class Take>
 void ForEachField(LogSeverity severity, unsigned int line, const TString<char>& function, Take take)
@@ -24,12 +26,19 @@ void ForEachField(LogSeverity severity, unsigned int line, const TString<char>& 
 
 } // namespace
 
+LogSeverity LogLine::BegunSeverity()
+{
+    return s_begunSeverity;
+}
+
 void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char>& function,
                      const TString<wchar_t>& message)
 {
     if (ILogger::s_pInstance == nullptr)
         return;
     **ILogger::s_pInstance << SetSeverity(severity);
+    if (!IsWanted(severity))
+        return;
     ForEachField(severity, line, function, [](const auto& field) { **ILogger::s_pInstance << field; });
     **ILogger::s_pInstance << message << ILogger::c_strLogToken3;
 }
@@ -52,6 +61,11 @@ LogLine::~LogLine()
     {
         // A line that cannot be written is lost; it must not end the process.
     }
+}
+
+void LogLine::Begin(LogSeverity severity)
+{
+    s_begunSeverity = severity;
 }
 
 } // namespace Toolkit

@@ -5,15 +5,13 @@
 
 // A host's log line: TOOLKIT_LOG(LogSeverity::Info) << "opened " << path; writes one whole line with the
 // caller's line number and function in a single `Write` of the installed sink. When the line would be
-// dropped, or while no logger exists, nothing to the right is evaluated.
+// dropped, or while no logger exists, nothing to the right is evaluated. It is one expression of type void
+// and names nothing, so that it may stand wherever an expression may, within another log line too.
 #define TOOLKIT_LOG(severity)                                                                                \
-    switch (const ::Toolkit::LogSeverity toolkitSeverity = (severity); 0)                                    \
-    case 0:                                                                                                  \
-    default:                                                                                                 \
-        if (!::Toolkit::LogLine::IsWanted(toolkitSeverity))                                                  \
-            ;                                                                                                \
-        else                                                                                                 \
-            ::Toolkit::LogLine(toolkitSeverity, __LINE__, __func__)
+    !::Toolkit::LogLine::Begins(severity)                                                                    \
+        ? static_cast<void>(0)                                                                               \
+        : ::Toolkit::LogLine::End() &                                                                        \
+              ::Toolkit::LogLine(::Toolkit::LogLine::BegunSeverity(), __LINE__, __func__)
 
 namespace Toolkit
 {
@@ -29,6 +27,22 @@ public:
     {
         return ILogger::s_pInstance != nullptr && severity <= (*ILogger::s_pInstance)->GetThreshold();
     }
+
+    // For TOOLKIT_LOG: IsWanted, and when it is, keeps the severity for this thread until `BegunSeverity`.
+    static bool Begins(LogSeverity severity)
+    {
+        if (!IsWanted(severity))
+            return false;
+        Begin(severity);
+        return true;
+    }
+    static LogSeverity BegunSeverity();
+
+    // For TOOLKIT_LOG: makes a line, streamed or not, an expression of type void.
+    struct End
+    {
+        void operator&(const LogLine&) const {}
+    };
 
     // The library's own lines: streams the line piece by piece into the installed logger. `function` is
     // narrow text.
@@ -49,6 +63,8 @@ public:
     }
 
 private:
+    static void Begin(LogSeverity severity);
+
     TString<wchar_t> m_strText;
 };
 

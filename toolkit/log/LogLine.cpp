@@ -1,5 +1,8 @@
 #include "toolkit/log/LogLine.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "toolkit/app/GetTickCount.h"
 
 namespace Toolkit
@@ -9,6 +12,15 @@ namespace
 {
 
 thread_local LogSeverity s_begunSeverity = LogSeverity::Verbose;
+
+const wchar_t s_replacement = L'\uFFFD';
+
+// True for what would keep a file from holding the line: a zero, or no Unicode character.
+bool IsUnwritable(wchar_t character)
+{
+    const std::uint32_t value = static_cast<std::uint32_t>(character);
+    return value == 0 || (value >= 0xD800 && value <= 0xDFFF) || value > 0x10FFFF;
+}
 
 // Hands the fields before the message, one by one and in their order, to `take`.
 template <class Take>
@@ -53,6 +65,7 @@ LogLine::~LogLine()
 {
     try
     {
+        std::replace_if(m_strText.begin(), m_strText.end(), IsUnwritable, s_replacement);
         m_strText += ILogger::c_strLogToken3;
         if (ILogger::s_pInstance != nullptr)
             (*ILogger::s_pInstance)->Write(m_strText);

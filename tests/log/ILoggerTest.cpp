@@ -81,8 +81,8 @@ TEST(ILogger, StartsWithTheVerboseSeverity)
 
 TEST(ILogger, SetLoggerSharesTheSink)
 {
-    const InstalledLogger installed;
     int deaths = 0;
+    const InstalledLogger installed;
     {
         const smart_ptr<ILogger> logger(new MortalLogger(deaths));
         ILogger::SetLogger(logger);

@@ -223,7 +223,10 @@ TEST(LogText, StandardStringsAreTakenAsTStrings)
     EXPECT_EQ(L"wide \u20AC", LogText::Of(std::wstring(L"wide \u20AC")));
     EXPECT_EQ(L"\u20AC", LogText::Of(std::string("\xE2\x82\xAC")));
     EXPECT_EQ(L"\u20AC", LogText::Of(TString<char>("\xE2\x82\xAC")));
+    EXPECT_EQ(L"\u20AC", LogText::Of(std::string_view("\xE2\x82\xAC")));
+    EXPECT_EQ(L"", LogText::Of(std::string_view()));
     EXPECT_EQ(L"", LogText::Of(std::string("\xE2\x82")));
+    EXPECT_EQ(L"cut", LogText::Of(std::string("cut\0off", 7)));
 }
 
 TEST(LogText, AnyOtherStreamableTypeIsStreamedInTheClassicLocale)

@@ -101,7 +101,16 @@ class WideOutputTest : public testing::Test
 };
 
 using Loggers = testing::Types<ConsoleLogger, DebuggerLogger>;
-TYPED_TEST_SUITE(WideOutputTest, Loggers);
+class LoggerNames
+{
+public:
+    template <class Logger>
+    static std::string GetName(int)
+    {
+        return std::is_same_v<Logger, ConsoleLogger> ? "ConsoleLogger" : "DebuggerLogger";
+    }
+};
+TYPED_TEST_SUITE(WideOutputTest, Loggers, LoggerNames);
 
 } // namespace
 

@@ -90,11 +90,15 @@ FileLogger::~FileLogger()
 void FileLogger::Write(const TString<wchar_t>& text)
 {
     TString<wchar_t> piece(text);
+    bool wasEmpty = false;
     {
         const MutexLock lock(m_mutex);
+        wasEmpty = m_pending.empty();
         m_pending.push_back(std::move(piece));
     }
-    m_pWorkEvent->Signal();
+    // The first of several pieces has told the thread, which takes all of them.
+    if (wasEmpty)
+        m_pWorkEvent->Signal();
 }
 
 wxThread::ExitCode FileLogger::DoWork()

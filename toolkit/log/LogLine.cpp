@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 
 #include "toolkit/app/GetTickCount.h"
 
@@ -23,8 +24,8 @@ bool IsUnwritable(wchar_t character)
 }
 
 // Hands the fields before the message, one by one and in their order, to `take`.
-template <class Take>
-void ForEachField(LogSeverity severity, unsigned int line, const TString<char>& function, Take take)
+template <class Function, class Take>
+void ForEachField(LogSeverity severity, unsigned int line, const Function& function, Take take)
 {
     take(severity);
     take(ILogger::c_strLogToken1);
@@ -58,7 +59,8 @@ void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char
 LogLine::LogLine(LogSeverity severity, unsigned int line, const char* function)
 {
     m_strText.reserve(128);
-    ForEachField(severity, line, function, [this](const auto& field) { *this << field; });
+    ForEachField(severity, line, std::string_view(function != nullptr ? function : ""),
+                 [this](const auto& field) { *this << field; });
 }
 
 LogLine::~LogLine()

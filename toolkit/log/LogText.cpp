@@ -1,5 +1,6 @@
 #include "toolkit/log/LogText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <cwchar>
@@ -12,12 +13,26 @@ namespace Toolkit
 namespace
 {
 
+// Appends the bytes as characters of their values.
+void AppendAscii(TString<wchar_t>& text, const char* bytes, std::size_t length)
+{
+    const std::size_t before = text.size();
+    text.resize(before + length);
+    std::copy(bytes, bytes + length, text.data() + before);
+}
+
+// True when no conversion changes the bytes; a zero may end one.
+bool IsPlain(const char* bytes, std::size_t length)
+{
+    return std::all_of(bytes, bytes + length, [](char byte) { return byte > 0; });
+}
+
 template <class T>
 void AppendDecimal(TString<wchar_t>& text, T value)
 {
     char digits[24];
     const std::to_chars_result end = std::to_chars(digits, digits + sizeof(digits), value);
-    text.append(digits, end.ptr);
+    AppendAscii(text, digits, static_cast<std::size_t>(end.ptr - digits));
 }
 
 } // namespace
@@ -32,13 +47,32 @@ void LogText::AppendNumber(TString<wchar_t>& text, unsigned long long value)
     AppendDecimal(text, value);
 }
 
-void LogText::AppendUtf8(TString<wchar_t>& text, const TString<char>& bytes)
+void LogText::AppendUtf8(TString<wchar_t>& text, std::string_view bytes)
 {
-    text += UTF8::ToUNICODE(bytes);
+    if (IsPlain(bytes.data(), bytes.size()))
+        AppendAscii(text, bytes.data(), bytes.size());
+    else
+        text += UTF8::ToUNICODE(std::string(bytes));
+}
+
+wchar_t LogText::Widened(char byte)
+{
+    return std::use_facet<std::ctype<wchar_t>>(std::locale::classic()).widen(byte);
+}
+
+void LogText::AppendCharacter(TString<wchar_t>& text, wchar_t character)
+{
+    if (static_cast<wint_t>(character) != WEOF)
+        text += character;
 }
 
 void LogText::AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length)
 {
+    if (IsPlain(bytes, length))
+    {
+        AppendAscii(text, bytes, length);
+        return;
+    }
     const std::size_t before = text.size();
     text.resize(before + length);
     std::use_facet<std::ctype<wchar_t>>(std::locale::classic())

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <locale>
 #include <sstream>
+#include <string_view>
 #include <type_traits>
 
 #include "toolkit/core/Export.h"
@@ -14,7 +15,7 @@ namespace Toolkit
 
 // The text form of a logged value: that of a wide stream with its default flags in the classic locale,
 // whatever the host's global locale. Numbers are decimal, a bool is 1 or 0, narrow characters are widened one
-// by one; a TString<char> is UTF-8. Any thread may call it.
+// by one; a TString<char> or std::string_view is UTF-8. Any thread may call it.
 class TOOLKIT_API LogText
 {
 public:
@@ -30,9 +31,9 @@ public:
     static void Append(TString<wchar_t>& text, const T& value)
     {
         if constexpr (std::is_same_v<T, char>)
-            AppendNarrow(text, &value, 1);
+            AppendCharacter(text, Widened(value));
         else if constexpr (std::is_same_v<T, wchar_t>)
-            text += value;
+            AppendCharacter(text, value);
         else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>)
             AppendNumber(text, static_cast<long long>(value));
         else if constexpr (std::is_integral_v<T> || std::is_same_v<T, bool>)
@@ -41,7 +42,7 @@ public:
             Append(text, static_cast<std::underlying_type_t<T>>(value));
         else if constexpr (std::is_base_of_v<std::wstring, T>)
             text += value;
-        else if constexpr (std::is_base_of_v<std::string, T>)
+        else if constexpr (std::is_base_of_v<std::string, T> || std::is_same_v<T, std::string_view>)
             AppendUtf8(text, value);
         else
             AppendOther(text, value);
@@ -50,7 +51,10 @@ public:
 private:
     static void AppendNumber(TString<wchar_t>& text, long long value);
     static void AppendNumber(TString<wchar_t>& text, unsigned long long value);
-    static void AppendUtf8(TString<wchar_t>& text, const TString<char>& bytes);
+    static void AppendUtf8(TString<wchar_t>& text, std::string_view bytes);
+    static wchar_t Widened(char byte);
+    // A byte that is no character of the locale, widened, is left out as a stream leaves it out.
+    static void AppendCharacter(TString<wchar_t>& text, wchar_t character);
     static void AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length);
     // Up to the first zero, at most `limit` elements; a null pointer appends nothing.
     static void AppendArray(TString<wchar_t>& text, const wchar_t* characters, std::size_t limit);

@@ -13,20 +13,29 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
+class CmdLineOption;
+class CmdLineParser;
 class ConsoleLogger;
 class DebuggerLogger;
+class DynamicLibrary;
 class EventObject;
 class FFile;
 class ILogger;
+class LibModule;
+class LibModuleManager;
 class LogLine;
 class LogText;
 class Mutex;
 class MutexInternal;
 class MutexLock;
+class Network;
 class NullLogger;
 class PathManager;
 struct SetSeverity;
+class SystemInfo;
 class Thread;
+class ToolkitModule;
+class ToolkitSession;
 class UTF7;
 class UTF8;
 

@@ -3,10 +3,22 @@
 
 // Everything that a host needs, in one header. The library itself never includes it.
 
+#include "toolkit/app/CmdLineOption.h"
+#include "toolkit/app/CmdLineParser.h"
+#include "toolkit/app/DynamicLibrary.h"
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/Network.h"
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/core/DllToolkit.h"
 #include "toolkit/core/Export.h"
+#include "toolkit/core/LibModule.h"
+#include "toolkit/core/LibModuleManager.h"
+#include "toolkit/core/MacAutoreleasePool.h"
+#include "toolkit/core/MacInitCocoa.h"
 #include "toolkit/core/TString.h"
+#include "toolkit/core/ToolkitModule.h"
+#include "toolkit/core/ToolkitSession.h"
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/encoding/UTF7.h"
 #include "toolkit/encoding/UTF8.h"

@@ -1,0 +1,68 @@
+#include "Host.h"
+
+#include <algorithm>
+
+#include "Text.h"
+
+namespace Desk
+{
+
+namespace
+{
+
+const unsigned int s_uLogSize = 1024 * 1024;
+
+using PluginEntry = Plugin* (*)();
+
+} // namespace
+
+Host::Host(const Text& logName) : m_session(new Toolkit::ToolkitSession)
+{
+    Toolkit::smart_ptr<Toolkit::PathManager> paths = *Toolkit::PathManager::s_pInstance;
+    paths->SetApplicationRessourcesPath(
+        Join(paths->GetApplicationPath(), Toolkit::PathManager::c_strRessourcesFolderName));
+    m_strOutputFolder = Join(paths->GetApplicationDataPath(), L"output");
+    Toolkit::Directory::Create(m_strOutputFolder);
+
+    m_strLogPath = Join(paths->GetTempDir(), logName + Toolkit::FileLogger::c_strLogExtension);
+    Toolkit::ILogger::SetLogger(new Toolkit::FileLogger(Toolkit::LogSeverity::Info, logName, s_uLogSize));
+    TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: started as " << paths->GetUniqueInstanceName();
+}
+
+Host::~Host()
+{
+    ShutDown();
+}
+
+void Host::LoadPlugins()
+{
+    const Text folder = (*Toolkit::PathManager::s_pInstance)->GetPluginsPath();
+    std::vector<Text> names;
+    Toolkit::Directory(folder).GetFiles(L"*.so", names);
+    std::sort(names.begin(), names.end());
+    for (const Text& name : names)
+    {
+        auto library = std::make_unique<Toolkit::DynamicLibrary>(Join(folder, name));
+        const auto entry = reinterpret_cast<PluginEntry>(library->GetSymbol(L"DeskPluginLoad"));
+        if (entry == nullptr)
+        {
+            TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"desk: no plug-in in " << name;
+            continue;
+        }
+        TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: loading " << name;
+        m_plugins.push_back(entry());
+        m_libraries.push_back(std::move(library));
+    }
+}
+
+void Host::ShutDown()
+{
+    if (m_session == nullptr)
+        return;
+    TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: shutting down";
+    m_session.reset();
+    m_plugins.clear();
+    m_libraries.clear();
+}
+
+} // namespace Desk

@@ -1,0 +1,48 @@
+#ifndef DESK_HOST_H
+#define DESK_HOST_H
+
+#include <memory>
+#include <vector>
+
+#include "Plugin.h"
+#include "toolkit/Toolkit.h"
+
+namespace Desk
+{
+
+// The application: the toolkit's session, the log, and the plug-ins of its plug-in folder. It knows nothing
+// of how its results are shown.
+class Host
+{
+public:
+    // Brings the toolkit up and lets the log go to a file called `logName` in the temporary folder.
+    explicit Host(const Text& logName);
+    ~Host();
+
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    // Loads every library of the plug-in folder, in the order of their names; each registers its module.
+    void LoadPlugins();
+    // In the order in which they were loaded.
+    const std::vector<Plugin*>& GetPlugins() const { return m_plugins; }
+
+    // Releases the modules, the last one first, closes the log and unloads the plug-ins. Done once.
+    void ShutDown();
+
+    // A folder for what the plug-ins write.
+    const Text& GetOutputFolder() const { return m_strOutputFolder; }
+    const Text& GetLogPath() const { return m_strLogPath; }
+
+private:
+    // Unloaded in the order of destruction: the libraries must outlive the session that calls their modules.
+    std::vector<std::unique_ptr<Toolkit::DynamicLibrary>> m_libraries;
+    std::unique_ptr<Toolkit::ToolkitSession> m_session;
+    std::vector<Plugin*> m_plugins;
+    Text m_strOutputFolder;
+    Text m_strLogPath;
+};
+
+} // namespace Desk
+
+#endif

@@ -1,0 +1,33 @@
+#ifndef DESK_PLUGIN_H
+#define DESK_PLUGIN_H
+
+#include <vector>
+
+#include "toolkit/Toolkit.h"
+
+namespace Desk
+{
+
+using Text = Toolkit::TString<wchar_t>;
+
+// What a plug-in library offers to the host: a module, which the toolkit brings up and down, that works on
+// files. The library owns it; the host calls it from one thread.
+class TOOLKIT_API Plugin : public Toolkit::LibModule
+{
+public:
+    virtual Text GetName() const = 0;
+
+    // True for a file that this plug-in wants to work on.
+    virtual bool Takes(const Text& fileName) const = 0;
+
+    // Works on the file at `path`; what it writes goes into `folder`. Lines for the user are appended to
+    // `report`. False when the file cannot be worked on.
+    virtual bool Work(const Text& path, const Text& folder, std::vector<Text>& report) = 0;
+};
+
+// The entry point of every plug-in library: registers its module with the toolkit and answers it.
+extern "C" TOOLKIT_API Plugin* DeskPluginLoad();
+
+} // namespace Desk
+
+#endif

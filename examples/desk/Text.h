@@ -1,0 +1,22 @@
+#ifndef DESK_TEXT_H
+#define DESK_TEXT_H
+
+#include "toolkit/Toolkit.h"
+
+namespace Desk
+{
+
+using Text = Toolkit::TString<wchar_t>;
+
+// The decimal form of a number.
+Text ToText(unsigned long long number);
+
+// Folder and name with one separator in between.
+Text Join(const Text& folder, const Text& name);
+
+// Writes UTF-8 to the standard output, with a line feed.
+void PrintLine(const Text& line = Text());
+
+} // namespace Desk
+
+#endif

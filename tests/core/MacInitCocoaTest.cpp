@@ -1,0 +1,8 @@
+#include "toolkit/core/MacInitCocoa.h"
+
+#include <gtest/gtest.h>
+
+TEST(MacInitCocoa, AnswersFalseWithoutTheDesktop)
+{
+    EXPECT_FALSE(MacInitCocoa());
+}

@@ -1,0 +1,256 @@
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include "tests/plugin/Library.h"
+#include "tests/plugin/Plugin.h"
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TOOLKIT_TEST_SANITIZER_HEAP
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TOOLKIT_TEST_SANITIZER_HEAP
+#endif
+#if defined(TOOLKIT_TEST_SANITIZER_HEAP)
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
+                                                         void (*onFree)(const volatile void*));
+extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* memory);
+#endif
+
+using namespace ToolkitTest;
+
+// This program is not linked with the library: it opens it, and plug-ins that are, at run time, and
+// everything is gone again when it closes them.
+
+namespace
+{
+
+using Journal = std::vector<std::string>;
+
+Journal s_journal;
+
+void Record(const char* event)
+{
+    s_journal.push_back(event);
+}
+
+#if defined(TOOLKIT_TEST_SANITIZER_HEAP)
+
+// A sanitizer's heap keeps freed memory for a while, so the blocks that are not freed yet are counted. Left
+// out are the C library's tables of exit functions, which the sanitizer's own entries keep from being used
+// again.
+std::atomic<long long> s_lBlocks{0};
+
+const std::size_t s_uExitTable = 1040;
+
+const bool s_bCounting = __sanitizer_install_malloc_and_free_hooks(
+                             [](const volatile void*, std::size_t size)
+                             {
+                                 if (size != s_uExitTable)
+                                     ++s_lBlocks;
+                             },
+                             [](const volatile void* memory)
+                             {
+                                 if (__sanitizer_get_allocated_size(memory) != s_uExitTable)
+                                     --s_lBlocks;
+                             }) != 0;
+
+long long HeapInUse()
+{
+    EXPECT_TRUE(s_bCounting);
+    return s_lBlocks;
+}
+
+const long long s_lHeapBound = 100;
+const std::size_t s_uResidentBound = 64U << 20U;
+
+#else
+
+long long HeapInUse()
+{
+    return static_cast<long long>(mallinfo2().uordblks);
+}
+
+// One small block lost by each of two hundred lives would be 6,400 bytes.
+const long long s_lHeapBound = 4096;
+const std::size_t s_uResidentBound = 256U << 10U;
+
+#endif
+
+std::size_t ResidentBytes()
+{
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// True when code of the library is in the address space.
+bool IsMapped(const std::string& name)
+{
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.find(" r-xp ") != line.npos && line.find(name) != line.npos)
+            return true;
+    return false;
+}
+
+// One life of the library with its two plug-ins, in one of eight orders: which plug-in registers first, which
+// unregisters first, and which is closed first.
+class Life
+{
+public:
+    explicit Life(unsigned int order)
+        : m_bRegister(order & 1U), m_bUnregister(order & 2U), m_bClose(order & 4U)
+    {
+        m_plugins[0] = std::make_unique<Library>(PLUGIN_A);
+        m_plugins[1] = std::make_unique<Library>(PLUGIN_B);
+    }
+
+    void Run()
+    {
+        m_toolkit->Find<Action>("DllToolkitLoad")();
+        Call<PluginAttach>(m_bRegister, "PluginAttach", &Record);
+        Call<PluginAttach>(!m_bRegister, "PluginAttach", &Record);
+        m_host->Find<HostInitialize>("HostInitialize")(true);
+        Call<PluginInstallSink>(m_bRegister, "PluginInstallSink");
+        Call<PluginLog>(!m_bRegister, "PluginLog", L"running");
+        Call<PluginEmpty>(m_bRegister, "PluginEmpty", true);
+        m_host->Find<HostRelease>("HostRelease")(true);
+        Call<PluginDetach>(m_bUnregister, "PluginDetach");
+        Call<PluginDetach>(!m_bUnregister, "PluginDetach");
+        m_toolkit->Find<Action>("DllToolkitUnload")();
+        EXPECT_FALSE(m_host->Find<HostHasManager>("HostHasManager")());
+        EXPECT_FALSE(m_host->Find<HostHasSingletons>("HostHasSingletons")());
+    }
+
+    void Close()
+    {
+        m_plugins[m_bClose].reset();
+        m_plugins[!m_bClose].reset();
+        m_host.reset();
+        m_toolkit.reset();
+    }
+
+    Journal Expected() const
+    {
+        const std::string first = m_bRegister ? "b" : "a";
+        const std::string second = m_bRegister ? "a" : "b";
+        return {"+" + first, "+" + second, "-" + second, "-" + first};
+    }
+
+private:
+    template <class Function, class... Arguments>
+    void Call(bool second, const char* name, Arguments... arguments)
+    {
+        m_plugins[second]->Find<Function>(name)(arguments...);
+    }
+
+    const bool m_bRegister;
+    const bool m_bUnregister;
+    const bool m_bClose;
+    std::unique_ptr<Library> m_toolkit = std::make_unique<Library>(TOOLKIT_LIBRARY);
+    std::unique_ptr<Library> m_host = std::make_unique<Library>(HOST_CORE);
+    std::unique_ptr<Library> m_plugins[2];
+};
+
+const unsigned int s_uOrders = 8;
+
+void LiveInEveryOrder()
+{
+    for (unsigned int order = 0; order < s_uOrders; ++order)
+    {
+        s_journal.clear();
+        Life life(order);
+        life.Run();
+        EXPECT_EQ(life.Expected(), s_journal);
+        life.Close();
+        ASSERT_FALSE(Library::IsLoaded(TOOLKIT_LIBRARY));
+    }
+}
+
+// A home folder of the test's own.
+class Reload : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_NE(nullptr, mkdtemp(m_home));
+        setenv("HOME", m_home, 1);
+    }
+    void TearDown() override { std::filesystem::remove_all(m_home); }
+
+private:
+    char m_home[32] = "/tmp/toolkit-test-XXXXXX";
+};
+
+} // namespace
+
+TEST_F(Reload, ProgramIsNotLinkedWithTheLibrary)
+{
+    EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+    const Library toolkit(TOOLKIT_LIBRARY);
+    EXPECT_TRUE(IsMapped("/libtoolkit.so"));
+}
+
+TEST_F(Reload, LibraryIsGoneWhenItIsClosedUnused)
+{
+    {
+        const Library toolkit(TOOLKIT_LIBRARY);
+    }
+    EXPECT_FALSE(Library::IsLoaded(TOOLKIT_LIBRARY));
+    EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+}
+
+TEST_F(Reload, EntryPointsAloneBringTheLibraryUpAndDown)
+{
+    for (int i = 0; i < 2; ++i)
+    {
+        {
+            const Library toolkit(TOOLKIT_LIBRARY);
+            const Library host(HOST_CORE);
+            toolkit.Find<Action>("DllToolkitLoad")();
+            EXPECT_TRUE(host.Find<HostHasManager>("HostHasManager")());
+            EXPECT_FALSE(host.Find<HostHasSingletons>("HostHasSingletons")());
+            host.Find<HostInitialize>("HostInitialize")(false);
+            EXPECT_TRUE(host.Find<HostHasSingletons>("HostHasSingletons")());
+            toolkit.Find<Action>("DllToolkitUnload")();
+            EXPECT_FALSE(host.Find<HostHasManager>("HostHasManager")());
+            EXPECT_FALSE(host.Find<HostHasSingletons>("HostHasSingletons")());
+        }
+        EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+    }
+}
+
+TEST_F(Reload, LibraryIsGoneAfterALifeInEveryOrder)
+{
+    LiveInEveryOrder();
+    EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+    EXPECT_FALSE(IsMapped(PLUGIN_A));
+    EXPECT_FALSE(IsMapped(PLUGIN_B));
+}
+
+TEST_F(Reload, TwoHundredLivesLeaveNoMemoryBehind)
+{
+    const auto liveTwoHundredTimes = []
+    {
+        for (unsigned int lives = 0; lives < 200; lives += s_uOrders)
+            LiveInEveryOrder();
+    };
+    // The first lives fill the allocator's caches.
+    liveTwoHundredTimes();
+    const long long heap = HeapInUse();
+    const std::size_t resident = ResidentBytes();
+    liveTwoHundredTimes();
+    EXPECT_LE(HeapInUse(), heap + s_lHeapBound);
+    EXPECT_LE(ResidentBytes(), resident + s_uResidentBound);
+}

@@ -1,0 +1,94 @@
+#include "toolkit/app/Network.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <memory>
+
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <wx/socket.h>
+#include <wx/thread.h>
+
+#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/encoding/WxText.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const unsigned short s_uPort = 80;
+
+// The base library's sockets keep a graphical host alive while they wait; they work on its main thread only.
+bool ConnectOnMainThread(int timeoutSeconds)
+{
+    const BaseLibrary::Silence silence;
+    wxIPV4address address;
+    if (!address.Hostname(ToWx(Network::c_strProbedHost)) || !address.Service(s_uPort))
+        return false;
+    wxSocketClient client(wxSOCKET_NONE);
+    client.SetTimeout(timeoutSeconds);
+    return client.Connect(address, true);
+}
+
+using AddressList = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
+
+AddressList Resolve()
+{
+    addrinfo hints = {};
+    hints.ai_family = AF_INET;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* list = nullptr;
+    const TString<char> host = UTF8::ToUTF8(Network::c_strProbedHost);
+    getaddrinfo(host.c_str(), std::to_string(s_uPort).c_str(), &hints, &list);
+    return AddressList(list, &freeaddrinfo);
+}
+
+// True when the connection under way on `descriptor` is made before the time-out.
+bool IsConnectedWithin(int descriptor, int timeoutSeconds)
+{
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point deadline = Clock::now() + std::chrono::seconds(timeoutSeconds);
+    pollfd waited = {descriptor, POLLOUT, 0};
+    int answer = 0;
+    do
+    {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        answer = poll(&waited, 1, static_cast<int>(std::clamp<long long>(left, 0, 3600 * 1000)));
+    } while (answer <= 0 && (answer == 0 || errno == EINTR) && Clock::now() < deadline);
+    int error = 0;
+    socklen_t size = sizeof error;
+    return answer > 0 && getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+}
+
+bool ConnectOnAnyThread(int timeoutSeconds)
+{
+    const AddressList address = Resolve();
+    if (address == nullptr)
+        return false;
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (descriptor == -1)
+        return false;
+    const bool connected = connect(descriptor, address->ai_addr, address->ai_addrlen) == 0 ||
+                           (errno == EINPROGRESS && IsConnectedWithin(descriptor, timeoutSeconds));
+    close(descriptor);
+    return connected;
+}
+
+} // namespace
+
+const TString<wchar_t> Network::c_strProbedHost = L"www.example.com";
+
+bool Network::TestNetwork(int timeoutSeconds)
+{
+    const int timeout = std::max(timeoutSeconds, 0);
+    return BaseLibrary::IsStarted() && wxThread::IsMain() ? ConnectOnMainThread(timeout)
+                                                          : ConnectOnAnyThread(timeout);
+}
+
+} // namespace Toolkit

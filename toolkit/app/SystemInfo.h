@@ -1,0 +1,66 @@
+#ifndef TOOLKIT_APP_SYSTEMINFO_H
+#define TOOLKIT_APP_SYSTEMINFO_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+
+namespace Toolkit
+{
+
+// What system the library runs on, and the start of child processes. Every operation is static and may be
+// called on any thread, with or without the instance, which the library's module owns. The answers about the
+// system cannot fail; each is found out once.
+class TOOLKIT_API SystemInfo
+{
+public:
+    enum Platform : unsigned int
+    {
+        PlatformUnknown = 0,
+        PlatformWindows = 1,
+        PlatformMac = 2,
+        PlatformUnix = 3
+    };
+
+    enum Endian : unsigned int
+    {
+        EndianUnknown = 0,
+        EndianBig = 1,
+        EndianLittle = 2,
+        EndianMiddle = 3
+    };
+
+    // Null before the modules are initialised and after they are released.
+    static smart_ptr<SystemInfo, smart_ptr_policy>* s_pInstance;
+
+    SystemInfo();
+    ~SystemInfo();
+
+    SystemInfo(const SystemInfo&) = delete;
+    SystemInfo& operator=(const SystemInfo&) = delete;
+
+    // The first two numbers of the kernel's release; 0 when unknown.
+    static unsigned int GetOSMajorVersion();
+    static unsigned int GetOSMinorVersion();
+    // Major * 100 + minor * 10. Quirk: a minor version of ten reads as the next major one.
+    static unsigned int GetOperatingSystemId();
+    static Platform GetPlatform();
+    static Endian GetEndian();
+
+    // Quirk: fixed answers on this platform: no, no, yes.
+    static bool HasAdministratorCredentials();
+    static bool HasPowerUserCredentials();
+    static bool CanElevateCredentialsUsingUAC();
+
+    // Runs the executable at `path`, not searched for, with `path` and what `CmdLineParser::Tokenize` finds
+    // in `arguments` as its UTF-8 argument vector; each text is cut at its first zero. The answer is the
+    // child's process id; with `wait` the call blocks until the child ends, and -1 tells that it could not be
+    // waited for. Without `wait` the caller reaps the child.
+    // Quirk: when no child can be made the answer is the positive error number; when the executable cannot be
+    // run, only the child's exit code tells the error number.
+    static int StartProcess(const TString<wchar_t>& path, const TString<wchar_t>& arguments, bool wait);
+};
+
+} // namespace Toolkit
+
+#endif

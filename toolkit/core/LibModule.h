@@ -1,0 +1,23 @@
+#ifndef TOOLKIT_CORE_LIBMODULE_H
+#define TOOLKIT_CORE_LIBMODULE_H
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+// What the library, and every plug-in library built on it, registers with LibModuleManager to be brought up
+// and down with all the others. Its creator owns it and unregisters it before it goes. Both operations are
+// called with the manager locked, on the thread that calls the manager; an exception passes to that caller.
+class TOOLKIT_API LibModule
+{
+public:
+    virtual ~LibModule() = default;
+
+    virtual void Initialize() = 0;
+    virtual void Release() = 0;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,162 @@
+#include "toolkit/core/LibModuleManager.h"
+
+#include <algorithm>
+
+#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/core/LibModule.h"
+#include "toolkit/threading/MutexLock.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+// How often the base library was started here and not stopped again. It outlives the manager as the started
+// base library does; the mutex of the one manager guards it.
+unsigned int s_uBaseLibraryStarts = 0;
+
+void StartBaseLibrary()
+{
+    if (BaseLibrary::Hold())
+        ++s_uBaseLibraryStarts;
+}
+
+void StopBaseLibrary()
+{
+    if (s_uBaseLibraryStarts == 0)
+        return;
+    --s_uBaseLibraryStarts;
+    BaseLibrary::Stop();
+}
+
+} // namespace
+
+LibModuleManager* LibModuleManager::s_pInstance = nullptr;
+
+// A call into modules; the end of the outermost one frees the containers that were removed meanwhile.
+class LibModuleManager::ModuleCall
+{
+public:
+    explicit ModuleCall(LibModuleManager& manager) : m_manager(manager) { ++m_manager.m_uCalls; }
+    ~ModuleCall()
+    {
+        if (--m_manager.m_uCalls == 0)
+            m_manager.m_modules.remove_if([](const LibModuleContainer& container)
+                                          { return container.m_pModule == nullptr; });
+    }
+
+    ModuleCall(const ModuleCall&) = delete;
+    ModuleCall& operator=(const ModuleCall&) = delete;
+
+private:
+    LibModuleManager& m_manager;
+};
+
+LibModuleManager::LibModuleManager() = default;
+
+LibModuleManager::~LibModuleManager() = default;
+
+void LibModuleManager::Register(LibModule* module)
+{
+    if (module == nullptr)
+        return;
+    const MutexLock lock(m_mutex);
+    const Modules::iterator found = Find(module);
+    if (found != m_modules.end())
+    {
+        ++found->m_iCount;
+        return;
+    }
+    m_modules.push_back({module, 1});
+    if (m_bInitialized)
+    {
+        const ModuleCall call(*this);
+        module->Initialize();
+    }
+}
+
+void LibModuleManager::Unregister(LibModule* module)
+{
+    if (module == nullptr)
+        return;
+    const MutexLock lock(m_mutex);
+    const Modules::iterator found = Find(module);
+    // Without a count left its removal is already under way.
+    if (found == m_modules.end() || found->m_iCount < 1 || --found->m_iCount >= 1)
+        return;
+    if (m_bReleasing)
+        m_pendingRemovals.push_back(found);
+    else
+        ReleaseAndRemove(found);
+}
+
+void LibModuleManager::Initialize(bool initializeBaseLibrary)
+{
+    const MutexLock lock(m_mutex);
+    if (initializeBaseLibrary)
+        StartBaseLibrary();
+    {
+        const ModuleCall call(*this);
+        for (const LibModuleContainer& container : m_modules)
+            if (container.m_pModule != nullptr)
+                container.m_pModule->Initialize();
+    }
+    m_bInitialized = true;
+}
+
+void LibModuleManager::Release(bool uninitializeBaseLibrary)
+{
+    const MutexLock lock(m_mutex);
+    m_bReleasing = true;
+    {
+        const ModuleCall call(*this);
+        for (Modules::iterator position = m_modules.end(); position != m_modules.begin();)
+            if ((--position)->m_pModule != nullptr)
+                position->m_pModule->Release();
+        m_bReleasing = false;
+        RemovePending();
+    }
+    if (uninitializeBaseLibrary)
+        StopBaseLibrary();
+    m_bInitialized = false;
+}
+
+bool LibModuleManager::IsInitialized() const
+{
+    const MutexLock lock(m_mutex);
+    return m_bInitialized;
+}
+
+LibModuleManager::Modules::iterator LibModuleManager::Find(const LibModule* module)
+{
+    return std::find_if(m_modules.begin(), m_modules.end(),
+                        [module](const LibModuleContainer& container)
+                        { return container.m_pModule == module; });
+}
+
+void LibModuleManager::ReleaseAndRemove(Modules::iterator position)
+{
+    const ModuleCall call(*this);
+    if (m_bInitialized)
+        try
+        {
+            position->m_pModule->Release();
+        }
+        catch (...)
+        {
+            position->m_iCount = 1;
+            throw;
+        }
+    m_pendingRemovals.remove(position);
+    position->m_pModule = nullptr;
+}
+
+void LibModuleManager::RemovePending()
+{
+    for (const Modules::iterator position : m_pendingRemovals)
+        position->m_pModule = nullptr;
+    m_pendingRemovals.clear();
+}
+
+} // namespace Toolkit

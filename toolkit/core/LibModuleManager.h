@@ -1,0 +1,81 @@
+#ifndef TOOLKIT_CORE_LIBMODULEMANAGER_H
+#define TOOLKIT_CORE_LIBMODULEMANAGER_H
+
+#include <cstdint>
+#include <list>
+
+#include "toolkit/core/Export.h"
+#include "toolkit/threading/Mutex.h"
+
+namespace Toolkit
+{
+
+class LibModule;
+
+// The process-wide registry of modules: brings them up in the order of their registration and down in the
+// reverse one. DllToolkitLoad makes the one instance, DllToolkitUnload destroys it; the modules belong to
+// whoever registered them. Any thread may call; a recursive mutex is held while modules are called, so a
+// module may call back into the manager. Nothing is reported: an exception that a module throws passes to the
+// caller, with the mutex unlocked and the manager's state as it was at that point.
+class TOOLKIT_API LibModuleManager
+{
+public:
+    // Null before the first DllToolkitLoad and after DllToolkitUnload.
+    static LibModuleManager* s_pInstance;
+
+    // A registered module, not owned, and how often it is registered.
+    struct LibModuleContainer
+    {
+        LibModule* m_pModule;
+        std::int32_t m_iCount;
+    };
+
+    LibModuleManager();
+    // Forgets the modules that are still registered; none of them is released.
+    ~LibModuleManager();
+
+    LibModuleManager(const LibModuleManager&) = delete;
+    LibModuleManager& operator=(const LibModuleManager&) = delete;
+
+    // Appends `module`, and initialises it at once if the manager is initialised. A module that is registered
+    // already is only counted. Null is ignored.
+    void Register(LibModule* module);
+
+    // Takes back one registration. The last one releases the module, if the manager is initialised, and
+    // removes it; while `Release` walks the modules the removal waits for its end. A module that is not
+    // registered is ignored. An exception of the module leaves it registered.
+    // Quirk: a module registered again while its removal waits is removed all the same.
+    void Unregister(LibModule* module);
+
+    // Starts the base library if asked to, then initialises every module, those included that are registered
+    // meanwhile. A second call initialises every module again.
+    void Initialize(bool initializeBaseLibrary);
+
+    // Releases every module, whether initialised or not; they stay registered. Then stops the base library if
+    // asked to, unless no `Initialize` started it.
+    void Release(bool uninitializeBaseLibrary);
+
+    // True from the end of `Initialize` to the end of the next `Release`.
+    bool IsInitialized() const;
+
+private:
+    using Modules = std::list<LibModuleContainer>;
+    class ModuleCall;
+
+    Modules::iterator Find(const LibModule* module);
+    void ReleaseAndRemove(Modules::iterator position);
+    void RemovePending();
+
+    Modules m_modules;
+    mutable Mutex m_mutex;
+    bool m_bInitialized = false;
+    bool m_bReleasing = false;
+    std::list<Modules::iterator> m_pendingRemovals;
+    // How many calls into modules are under way. Meanwhile no container is freed, as a walk may stand on it;
+    // a removed one holds no module any more.
+    unsigned int m_uCalls = 0;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,5 @@
+#include "toolkit/core/MacAutoreleasePool.h"
+
+MacAutoreleasePool::MacAutoreleasePool() = default;
+
+MacAutoreleasePool::~MacAutoreleasePool() = default;

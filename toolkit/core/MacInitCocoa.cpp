@@ -1,0 +1,6 @@
+#include "toolkit/core/MacInitCocoa.h"
+
+bool MacInitCocoa()
+{
+    return false;
+}

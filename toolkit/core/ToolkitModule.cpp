@@ -1,0 +1,62 @@
+#include "toolkit/core/ToolkitModule.h"
+
+#include "toolkit/app/PathManager.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/log/ILogger.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+template <class T>
+smart_ptr<T> New()
+{
+    return smart_ptr<T>(new T);
+}
+
+template <class T>
+void Create(smart_ptr<T> (*make)() = &New<T>)
+{
+    if (T::s_pInstance == nullptr)
+        T::s_pInstance = new smart_ptr<T>(make());
+}
+
+template <class T>
+void Destroy()
+{
+    if (T::s_pInstance == nullptr)
+        return;
+    T::s_pInstance->Reset();
+    delete T::s_pInstance;
+    T::s_pInstance = nullptr;
+}
+
+} // namespace
+
+ToolkitModule::ToolkitModule() = default;
+
+ToolkitModule::~ToolkitModule() = default;
+
+// The order of creation: what logs comes after the logger, what asks for folders after the path manager. A
+// new singleton gets one line here and one in `Release`, where the order is another.
+void ToolkitModule::Initialize()
+{
+    Create<ILogger>(&ILogger::Create);
+    Create<SystemInfo>();
+    Create<PathManager>();
+}
+
+// The order of destruction, which hosts rely on: SingleApplicationInstance, PathManager, Version, SystemInfo,
+// RestartManagment, ILogger. The logger goes last, after the host's sink was replaced first.
+void ToolkitModule::Release()
+{
+    ILogger::SetLogger(smart_ptr<ILogger>());
+    Destroy<PathManager>();
+    Destroy<SystemInfo>();
+    Destroy<ILogger>();
+}
+
+} // namespace Toolkit

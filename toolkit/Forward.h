@@ -20,6 +20,7 @@ class DebuggerLogger;
 class DynamicLibrary;
 class EventObject;
 class FFile;
+class FileLogger;
 class ILogger;
 class LibModule;
 class LibModuleManager;
@@ -38,6 +39,7 @@ class ToolkitModule;
 class ToolkitSession;
 class UTF7;
 class UTF8;
+class WxLogForwarder;
 
 namespace Threading
 {

@@ -5,22 +5,21 @@
 
 // A host's log line: TOOLKIT_LOG(LogSeverity::Info) << "opened " << path; writes one whole line with the
 // caller's line number and function in a single `Write` of the installed sink. When the line would be
-// dropped, or while no logger exists, nothing to the right is evaluated.
+// dropped, or while no logger exists, nothing to the right is evaluated. It is one expression of type void
+// and names nothing, so that it may stand wherever an expression may, within another log line too.
 #define TOOLKIT_LOG(severity)                                                                                \
-    switch (const ::Toolkit::LogSeverity toolkitSeverity = (severity); 0)                                    \
-    case 0:                                                                                                  \
-    default:                                                                                                 \
-        if (!::Toolkit::LogLine::IsWanted(toolkitSeverity))                                                  \
-            ;                                                                                                \
-        else                                                                                                 \
-            ::Toolkit::LogLine(toolkitSeverity, __LINE__, __func__)
+    !::Toolkit::LogLine::Begins(severity)                                                                    \
+        ? static_cast<void>(0)                                                                               \
+        : ::Toolkit::LogLine::End() &                                                                        \
+              ::Toolkit::LogLine(::Toolkit::LogLine::BegunSeverity(), __LINE__, __func__)
 
 namespace Toolkit
 {
 
 // The one place that knows how a log line is laid out: severity, " ", tick count, " : ", source line, " : ",
-// function, " : ", message, line feed. An object collects one line and writes it when it goes; it belongs to
-// one thread and reports no failure. It leaves the severity selected in the sink alone.
+// function, " : ", message, line feed. An object collects one line and writes it when it goes, with U+FFFD
+// for zeros and for what is no Unicode character; it belongs to one thread and reports no failure. It leaves
+// the severity selected in the sink alone.
 class TOOLKIT_API LogLine
 {
 public:
@@ -29,6 +28,22 @@ public:
     {
         return ILogger::s_pInstance != nullptr && severity <= (*ILogger::s_pInstance)->GetThreshold();
     }
+
+    // For TOOLKIT_LOG: IsWanted, and when it is, keeps the severity for this thread until `BegunSeverity`.
+    static bool Begins(LogSeverity severity)
+    {
+        if (!IsWanted(severity))
+            return false;
+        Begin(severity);
+        return true;
+    }
+    static LogSeverity BegunSeverity();
+
+    // For TOOLKIT_LOG: makes a line, streamed or not, an expression of type void.
+    struct End
+    {
+        void operator&(const LogLine&) const {}
+    };
 
     // The library's own lines: streams the line piece by piece into the installed logger. `function` is
     // narrow text.
@@ -49,6 +64,8 @@ public:
     }
 
 private:
+    static void Begin(LogSeverity severity);
+
     TString<wchar_t> m_strText;
 };
 

@@ -37,6 +37,17 @@ void LogText::AppendUtf8(TString<wchar_t>& text, const TString<char>& bytes)
     text += UTF8::ToUNICODE(bytes);
 }
 
+wchar_t LogText::Widened(char byte)
+{
+    return std::use_facet<std::ctype<wchar_t>>(std::locale::classic()).widen(byte);
+}
+
+void LogText::AppendCharacter(TString<wchar_t>& text, wchar_t character)
+{
+    if (static_cast<wint_t>(character) != WEOF)
+        text += character;
+}
+
 void LogText::AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length)
 {
     const std::size_t before = text.size();

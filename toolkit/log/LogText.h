@@ -30,9 +30,9 @@ public:
     static void Append(TString<wchar_t>& text, const T& value)
     {
         if constexpr (std::is_same_v<T, char>)
-            AppendNarrow(text, &value, 1);
+            AppendCharacter(text, Widened(value));
         else if constexpr (std::is_same_v<T, wchar_t>)
-            text += value;
+            AppendCharacter(text, value);
         else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>)
             AppendNumber(text, static_cast<long long>(value));
         else if constexpr (std::is_integral_v<T> || std::is_same_v<T, bool>)
@@ -51,6 +51,9 @@ private:
     static void AppendNumber(TString<wchar_t>& text, long long value);
     static void AppendNumber(TString<wchar_t>& text, unsigned long long value);
     static void AppendUtf8(TString<wchar_t>& text, const TString<char>& bytes);
+    static wchar_t Widened(char byte);
+    // A byte that is no character of the locale, widened, is left out as a stream leaves it out.
+    static void AppendCharacter(TString<wchar_t>& text, wchar_t character);
     static void AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length);
     // Up to the first zero, at most `limit` elements; a null pointer appends nothing.
     static void AppendArray(TString<wchar_t>& text, const wchar_t* characters, std::size_t limit);

@@ -1,0 +1,699 @@
+#include "toolkit/log/FileLogger.h"
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/InstalledLogger.h"
+#include "tests/support/LogFile.h"
+#include "tests/support/TemporaryFolder.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/log/LogLine.h"
+#include "toolkit/threading/MutexLock.h"
+
+using namespace Toolkit;
+using ToolkitTest::ChildProcess;
+using ToolkitTest::InstalledLogger;
+using ToolkitTest::LogFile;
+using ToolkitTest::ReadBytes;
+using ToolkitTest::RunWithOwnTmp;
+using ToolkitTest::TemporaryFolder;
+using ToolkitTest::WaitUntil;
+using ToolkitTest::WriteBytes;
+
+namespace
+{
+
+// The queue's mutex and the stop event, which only the logger itself reaches: an explicit instantiation may
+// name them.
+template <class Tag, typename Tag::Member pointer>
+struct Reach
+{
+    friend typename Tag::Member MemberOf(Tag) { return pointer; }
+};
+struct QueueMutex
+{
+    using Member = Mutex FileLogger::*;
+    friend Member MemberOf(QueueMutex);
+};
+struct StopEvent
+{
+    using Member = const smart_ptr<EventObject> FileLogger::*;
+    friend Member MemberOf(StopEvent);
+};
+template struct Reach<QueueMutex, &FileLogger::m_mutex>;
+template struct Reach<StopEvent, &FileLogger::m_pStopEvent>;
+
+const unsigned int s_uLarge = 1000000000;
+
+long long MillisecondsSince(std::chrono::steady_clock::time_point start)
+{
+    using std::chrono::duration_cast;
+    return duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
+}
+
+// A logger of that name that writes the text and goes.
+void LogOnce(const LogFile& file, const TString<wchar_t>& text, unsigned int maxSize = s_uLarge)
+{
+    FileLogger(LogSeverity::Info, file.WideName(), maxSize).Write(text);
+}
+
+// Hands over several pieces so that the logger sees them at once.
+void WriteAtOnce(FileLogger& logger, const std::vector<std::wstring>& pieces)
+{
+    const MutexLock lock(logger.*MemberOf(QueueMutex()));
+    for (const std::wstring& piece : pieces)
+        logger.Write(piece);
+}
+
+// Logs while something else lies at the log's place: the text goes to a time-stamped file.
+void ExpectFallback(const LogFile& file)
+{
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        logger.Write(L"elsewhere");
+        EXPECT_TRUE(WaitUntil([&file] { return !file.FallbackPaths().empty(); }));
+    }
+    EXPECT_EQ("elsewhere", file.FallbackBytes());
+}
+
+smart_ptr<PathManager>* InstallPathManager()
+{
+    return PathManager::s_pInstance = new smart_ptr<PathManager>(new PathManager);
+}
+
+void RemovePathManager()
+{
+    delete PathManager::s_pInstance;
+    PathManager::s_pInstance = nullptr;
+}
+
+} // namespace
+
+TEST(FileLogger, ConstantsHaveTheirValues)
+{
+    EXPECT_EQ(L"w", FileLogger::c_strOpenMode);
+    EXPECT_EQ(L".vxlog", FileLogger::c_strLogExtension);
+    EXPECT_EQ(L"-", FileLogger::c_strTickSeparator);
+}
+
+TEST(FileLogger, IsALoggerAndAThread)
+{
+    const LogFile file;
+    const FileLogger logger(LogSeverity::Warning, file.WideName(), s_uLarge);
+    EXPECT_EQ(LogSeverity::Warning, logger.GetThreshold());
+    EXPECT_EQ(LogSeverity::Verbose, logger.GetSeverity());
+    EXPECT_EQ(static_cast<const void*>(&logger), static_cast<const ILogger*>(&logger));
+    EXPECT_TRUE(static_cast<const Thread&>(logger).IsRunning());
+}
+
+TEST(FileLogger, WritesThePiecesAsTheyAre)
+{
+    const LogFile file;
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        for (const wchar_t* const piece : {L"1", L" ", L"", L"two\n", L"caf\u00E9 \u20AC \U0001F600", L"\n"})
+            logger.Write(piece);
+    }
+    EXPECT_EQ("1 two\ncaf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80\n", file.Bytes());
+    EXPECT_TRUE(file.FallbackPaths().empty());
+}
+
+TEST(FileLogger, PieceThatHasNoUtf8IsLeftOut)
+{
+    const LogFile file;
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        logger.Write(L"a");
+        logger.Write(std::wstring(3, static_cast<wchar_t>(0xD800)));
+        logger.Write(std::wstring(L"b\0c", 3));
+        logger.Write(L"d");
+    }
+    EXPECT_EQ("abd", file.Bytes());
+}
+
+TEST(FileLogger, WriteDoesNotFilter)
+{
+    const LogFile file;
+    {
+        FileLogger logger(LogSeverity::Error, file.WideName(), s_uLarge);
+        logger.Write(L"written");
+    }
+    EXPECT_EQ("written", file.Bytes());
+}
+
+TEST(FileLogger, TheFrontEndFilters)
+{
+    const LogFile file;
+    {
+        const InstalledLogger installed(new FileLogger(LogSeverity::Info, file.WideName(), s_uLarge));
+        for (const LogSeverity severity : {LogSeverity::Info, LogSeverity::Debug, LogSeverity::Error})
+            **ILogger::s_pInstance << SetSeverity(severity) << severity << L" line\n";
+    }
+    EXPECT_EQ("2 line\n0 line\n", file.Bytes());
+}
+
+TEST(FileLogger, StartsAtOnceAndMakesItsFileWithoutAnyPiece)
+{
+    const LogFile file;
+    const FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+    EXPECT_TRUE(WaitUntil([&file] { return std::filesystem::exists(file.Path()); }));
+}
+
+TEST(FileLogger, PiecesReachTheFileWhileTheLoggerLives)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+    std::string expected;
+    for (int i = 0; i < 4; ++i)
+    {
+        logger.Write(std::to_wstring(i));
+        expected += std::to_string(i);
+        EXPECT_TRUE(WaitUntil([&] { return file.Bytes() == expected; })) << file.Bytes();
+    }
+}
+
+TEST(FileLogger, TruncatesThePreviousLog)
+{
+    const LogFile file;
+    LogOnce(file, L"the previous run's log");
+    LogOnce(file, L"new");
+    EXPECT_EQ("new", file.Bytes());
+    EXPECT_TRUE(file.FallbackPaths().empty());
+}
+
+TEST(FileLogger, WritesABurstBeforeItGoes)
+{
+    const LogFile file;
+    std::string expected;
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        for (int i = 0; i < 20000; ++i)
+        {
+            logger.Write(L"line " + std::to_wstring(i) + L"\n");
+            expected += "line " + std::to_string(i) + "\n";
+        }
+    }
+    EXPECT_TRUE(file.Bytes() == expected);
+}
+
+TEST(FileLogger, WritesThePieceOfTheLastMoment)
+{
+    // The pieces fall at all moments around the end of the loggers' half second of waiting.
+    const int loggerCount = 40;
+    const LogFile files[loggerCount];
+    std::vector<std::unique_ptr<FileLogger>> loggers;
+    std::vector<std::thread> threads;
+    for (const LogFile& file : files)
+        loggers.push_back(std::make_unique<FileLogger>(LogSeverity::Info, file.WideName(), s_uLarge));
+    for (int i = 0; i < loggerCount; ++i)
+        threads.emplace_back(
+            [i, &logger = loggers[static_cast<std::size_t>(i)]]
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(480 + i));
+                logger->Write(L"last");
+                logger.reset();
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const LogFile& file : files)
+        EXPECT_EQ("last", file.Bytes());
+}
+
+TEST(FileLogger, ManyThreadsLoseNothingAndKeepTheirOrder)
+{
+    const int threadCount = 8;
+    const int pieceCount = 3000;
+    const LogFile file;
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < threadCount; ++thread)
+            threads.emplace_back(
+                [thread, &logger]
+                {
+                    for (int i = 0; i < pieceCount; ++i)
+                        logger.Write(std::to_wstring(thread) + L" " + std::to_wstring(i) + L"\n");
+                });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    std::vector<int> next(threadCount, 0);
+    std::istringstream lines(file.Bytes());
+    std::size_t thread = 0;
+    for (int number = 0; lines >> thread >> number;)
+        ASSERT_EQ(next.at(thread)++, number) << thread;
+    EXPECT_EQ(std::vector<int>(threadCount, pieceCount), next);
+}
+
+TEST(FileLogger, LogsWholeLinesOfTheHostAndItsThreads)
+{
+    const LogFile file;
+    {
+        const InstalledLogger installed;
+        ILogger::SetLogger(smart_ptr<ILogger>(new FileLogger(LogSeverity::Info, file.WideName(), s_uLarge)));
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < 4; ++thread)
+            threads.emplace_back(
+                [thread]
+                {
+                    for (int i = 0; i < 500; ++i)
+                        TOOLKIT_LOG(LogSeverity::Info) << "thread " << thread << " line " << i;
+                });
+        for (int i = 0; i < 500; ++i)
+        {
+            TOOLKIT_LOG(LogSeverity::Warning) << "host line " << i;
+            TOOLKIT_LOG(LogSeverity::Verbose) << "dropped";
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        ILogger::SetLogger(smart_ptr<ILogger>());
+    }
+    const std::regex form("[12] \\d+ : \\d+ : \\S+ : (thread \\d line \\d+|host line \\d+)");
+    std::set<std::string> messages;
+    std::istringstream lines(file.Bytes());
+    for (std::string line; std::getline(lines, line);)
+    {
+        std::smatch match;
+        ASSERT_TRUE(std::regex_match(line, match, form)) << line;
+        messages.insert(match[1]);
+    }
+    EXPECT_EQ(2500U, messages.size());
+}
+
+TEST(FileLogger, GoesOverTheOldestTextOnceTheFileIsFull)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), 100);
+    WriteAtOnce(logger, {std::wstring(50, L'a'), std::wstring(50, L'b'), std::wstring(50, L'c')});
+    const std::string full = std::string(50, 'a') + std::string(50, 'b') + std::string(50, 'c');
+    ASSERT_TRUE(WaitUntil([&] { return file.Bytes() == full; })) << file.Bytes();
+    logger.Write(L"new");
+    EXPECT_TRUE(WaitUntil([&] { return file.Bytes() == "new" + full.substr(3); })) << file.Bytes();
+    logger.Write(L"er");
+    EXPECT_TRUE(WaitUntil([&] { return file.Bytes() == "newer" + full.substr(5); })) << file.Bytes();
+}
+
+TEST(FileLogger, GoesBackExactlyAtTheMaximumSize)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), 10);
+    logger.Write(L"123456789");
+    ASSERT_TRUE(WaitUntil([&file] { return file.Bytes() == "123456789"; }));
+    logger.Write(L"A");
+    ASSERT_TRUE(WaitUntil([&file] { return file.Bytes() == "123456789A"; }));
+    logger.Write(L"B");
+    EXPECT_TRUE(WaitUntil([&file] { return file.Bytes() == "B23456789A"; })) << file.Bytes();
+}
+
+TEST(FileLogger, GoesBackMoreThanOnce)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), 4);
+    for (const char* const text : {"aaaa", "bbbb", "cccc"})
+    {
+        logger.Write(std::wstring(text, text + 4));
+        ASSERT_TRUE(WaitUntil([&] { return file.Bytes() == text; })) << file.Bytes();
+    }
+}
+
+TEST(FileLogger, MaximumSizeOfNothingStartsOverAfterEachWriting)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), 0);
+    WriteAtOnce(logger, {L"old", L"er"});
+    ASSERT_TRUE(WaitUntil([&file] { return file.Bytes() == "older"; }));
+    logger.Write(L"new");
+    EXPECT_TRUE(WaitUntil([&file] { return file.Bytes() == "newer"; })) << file.Bytes();
+}
+
+TEST(FileLogger, LargestMaximumSizeIsNotReachedBySmallFiles)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), 4294967295U);
+    logger.Write(L"one ");
+    ASSERT_TRUE(WaitUntil([&file] { return file.Bytes() == "one "; }));
+    logger.Write(L"two");
+    EXPECT_TRUE(WaitUntil([&file] { return file.Bytes() == "one two"; }));
+}
+
+TEST(FileLogger, SecondLoggerOfTheNameTakesATimeStampedName)
+{
+    const LogFile file;
+    {
+        FileLogger first(LogSeverity::Info, file.WideName(), s_uLarge);
+        first.Write(L"first");
+        ASSERT_TRUE(WaitUntil([&file] { return file.Bytes() == "first"; }));
+        FileLogger second(LogSeverity::Info, file.WideName(), s_uLarge);
+        second.Write(L"second");
+        ASSERT_TRUE(WaitUntil([&file] { return !file.FallbackPaths().empty(); }));
+    }
+    EXPECT_EQ("first", file.Bytes());
+    EXPECT_EQ("second", file.FallbackBytes());
+}
+
+TEST(FileLogger, ManyLoggersOfOneNameNeverShareAFile)
+{
+    const LogFile file;
+    {
+        std::vector<std::unique_ptr<FileLogger>> loggers;
+        for (int i = 0; i < 6; ++i)
+        {
+            loggers.push_back(std::make_unique<FileLogger>(LogSeverity::Info, file.WideName(), s_uLarge));
+            for (int piece = 0; piece < 50; ++piece)
+                loggers.back()->Write(std::to_wstring(i));
+        }
+        ASSERT_TRUE(WaitUntil([&file] { return file.FallbackPaths().size() == 5; }));
+        std::vector<std::thread> threads;
+        for (std::unique_ptr<FileLogger>& logger : loggers)
+            threads.emplace_back([&logger] { logger.reset(); });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    std::multiset<std::string> contents{file.Bytes()};
+    for (const std::string& path : file.FallbackPaths())
+        contents.insert(ReadBytes(path));
+    std::multiset<std::string> expected;
+    for (char digit = '0'; digit < '6'; ++digit)
+        expected.insert(std::string(50, digit));
+    EXPECT_EQ(expected, contents);
+}
+
+TEST(FileLogger, SymbolicLinkIsNotFollowed)
+{
+    const LogFile file;
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("target"), "precious");
+    std::filesystem::create_symlink(folder.Path("target"), file.Path());
+    ExpectFallback(file);
+    EXPECT_EQ("precious", ReadBytes(folder.Path("target")));
+    EXPECT_TRUE(std::filesystem::is_symlink(file.Path()));
+}
+
+TEST(FileLogger, DanglingSymbolicLinkCreatesNothing)
+{
+    const LogFile file;
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink(folder.Path("target"), file.Path());
+    ExpectFallback(file);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("target")));
+}
+
+TEST(FileLogger, HardLinkIsLeftAlone)
+{
+    const LogFile file;
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("target"), "precious");
+    std::filesystem::create_hard_link(folder.Path("target"), file.Path());
+    ExpectFallback(file);
+    EXPECT_EQ("precious", ReadBytes(folder.Path("target")));
+}
+
+TEST(FileLogger, PipeWithoutAReaderDoesNotHoldTheLogger)
+{
+    const LogFile file;
+    ASSERT_EQ(0, mkfifo(file.Path().c_str(), 0600));
+    ExpectFallback(file);
+    EXPECT_TRUE(std::filesystem::is_fifo(file.Path()));
+}
+
+TEST(FileLogger, PipeWithAReaderGetsNothing)
+{
+    const LogFile file;
+    ASSERT_EQ(0, mkfifo(file.Path().c_str(), 0600));
+    const int reader = open(file.Path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_NE(-1, reader);
+    ExpectFallback(file);
+    char byte = 0;
+    EXPECT_EQ(0, read(reader, &byte, 1));
+    close(reader);
+}
+
+TEST(FileLogger, FolderIsLeftAlone)
+{
+    const LogFile file;
+    std::filesystem::create_directory(file.Path());
+    WriteBytes(file.Path() + "/inside", "precious");
+    ExpectFallback(file);
+    EXPECT_EQ("precious", ReadBytes(file.Path() + "/inside"));
+}
+
+TEST(FileLogger, FileOfAnotherUserIsLeftAlone)
+{
+    const LogFile file;
+    WriteBytes(file.Path(), "precious");
+    if (chmod(file.Path().c_str(), 0666) != 0 || chown(file.Path().c_str(), 65534, 65534) != 0)
+    {
+        std::cout << "[ NOT RUN  ] no file of another user: " << std::strerror(errno) << std::endl;
+        return;
+    }
+    ExpectFallback(file);
+    EXPECT_EQ("precious", file.Bytes());
+}
+
+TEST(FileLogger, FileThatAnotherHoldsIsNotTruncated)
+{
+    const LogFile file;
+    WriteBytes(file.Path(), "in use");
+    const int holder = open(file.Path().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(0, flock(holder, LOCK_EX | LOCK_NB));
+    ExpectFallback(file);
+    EXPECT_EQ("in use", file.Bytes());
+    close(holder);
+}
+
+TEST(FileLogger, FileIsClosedWhenAProcessIsReplaced)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+    ASSERT_TRUE(WaitUntil([&file] { return std::filesystem::exists(file.Path()); }));
+    int found = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+    {
+        std::error_code ignored;
+        if (std::filesystem::read_symlink(entry.path(), ignored) != file.Path())
+            continue;
+        ++found;
+        EXPECT_NE(0, fcntl(std::stoi(entry.path().filename()), F_GETFD) & FD_CLOEXEC);
+    }
+    EXPECT_EQ(1, found);
+}
+
+TEST(FileLogger, FileIsGivenUpWithTheLogger)
+{
+    const LogFile file;
+    LogOnce(file, L"text");
+    const int descriptor = open(file.Path().c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(0, flock(descriptor, LOCK_EX | LOCK_NB));
+    close(descriptor);
+}
+
+TEST(FileLogger, EndsWithZeroOnceItHadAFile)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+    logger.Write(L"text");
+    (logger.*MemberOf(StopEvent()))->Signal();
+    EXPECT_EQ(nullptr, logger.Wait());
+    EXPECT_EQ("text", file.Bytes());
+}
+
+TEST(FileLogger, NameThatNoFileCanHaveEndsWithOne)
+{
+    const std::wstring names[] = {std::wstring(L"toolkit\0test", 12), std::wstring(300, L'x'),
+                                  std::wstring(1, static_cast<wchar_t>(0xD800)), L"no such folder/name"};
+    for (const std::wstring& name : names)
+    {
+        FileLogger logger(LogSeverity::Info, name, s_uLarge);
+        logger.Write(L"lost");
+        (logger.*MemberOf(StopEvent()))->Signal();
+        EXPECT_EQ(reinterpret_cast<wxThread::ExitCode>(1), logger.Wait());
+    }
+}
+
+TEST(FileLogger, FailuresAreSilent)
+{
+    ToolkitTest::CapturedOutput errors(2);
+    const LogFile file;
+    std::filesystem::create_directory(file.Path());
+    ExpectFallback(file);
+    FileLogger(LogSeverity::Info, std::wstring(300, L'x'), s_uLarge).Write(L"lost");
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(FileLogger, EmptyNameIsTheApplicationsInTheTemporaryFolder)
+{
+    const auto run = []() -> std::string
+    {
+        const std::string application = InstallPathManager()->get()->GetApplicationName() == L"test_log"
+                                            ? ""
+                                            : "another application name";
+        FileLogger(LogSeverity::Info, L"", s_uLarge).Write(L"text");
+        RemovePathManager();
+        return application + (ReadBytes("/tmp/test_log.vxlog") == "text" ? "" : "no such file");
+    };
+    EXPECT_EQ("", RunWithOwnTmp(1 << 20, run));
+}
+
+TEST(FileLogger, AsksThePathManagerForItsFolder)
+{
+    const LogFile file;
+    InstallPathManager();
+    LogOnce(file, L"text");
+    RemovePathManager();
+    EXPECT_EQ("text", file.Bytes());
+}
+
+TEST(FileLogger, FolderThatCannotBeWrittenEndsWithOne)
+{
+    const auto run = []() -> std::string
+    {
+        if (!ToolkitTest::RemountOwnTmp(true))
+            return "no remount";
+        FileLogger logger(LogSeverity::Info, L"name", s_uLarge);
+        logger.Write(L"lost");
+        (logger.*MemberOf(StopEvent()))->Signal();
+        const bool one = logger.Wait() == reinterpret_cast<wxThread::ExitCode>(1);
+        return one && std::filesystem::is_empty("/tmp") ? "" : "not as expected";
+    };
+    EXPECT_EQ("", RunWithOwnTmp(1 << 20, run));
+}
+
+TEST(FileLogger, WritesWhatWasQueuedOnceAFileOpens)
+{
+    const auto run = []() -> std::string
+    {
+        const LogFile file;
+        if (!ToolkitTest::RemountOwnTmp(true))
+            return "no remount";
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        logger.Write(L"queued ");
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        logger.Write(L"early");
+        if (!ToolkitTest::RemountOwnTmp(false))
+            return "no remount";
+        const auto written = [&file]
+        {
+            const std::vector<std::string> paths = file.FallbackPaths();
+            return paths.size() == 1 && ReadBytes(paths[0]) == "queued early";
+        };
+        return WaitUntil(written) && !std::filesystem::exists(file.Path()) ? "" : "not written";
+    };
+    EXPECT_EQ("", RunWithOwnTmp(1 << 20, run));
+}
+
+TEST(FileLogger, FullDiskLosesOnlyWhatItDoesNotTake)
+{
+    const auto run = []() -> std::string
+    {
+        ToolkitTest::CapturedOutput errors(2);
+        std::string answer;
+        {
+            FileLogger logger(LogSeverity::Info, L"name", s_uLarge);
+            logger.Write(L"before ");
+            if (!WaitUntil([] { return ReadBytes("/tmp/name.vxlog") == "before "; }))
+                return "nothing written";
+            // One page is the log's; its rest takes a part of the large piece.
+            std::ofstream("/tmp/filler") << std::string(1 << 20, 'x') << std::flush;
+            logger.Write(std::wstring(100000, L'y'));
+            for (int i = 0; i < 100; ++i)
+                logger.Write(L"lost");
+            if (!WaitUntil([] { return std::filesystem::file_size("/tmp/name.vxlog") == 4096; }))
+                return "the disk was not filled";
+            // No more than one look later all of them are lost.
+            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+            std::filesystem::remove("/tmp/filler");
+            logger.Write(L" after");
+        }
+        answer =
+            ReadBytes("/tmp/name.vxlog") == "before " + std::string(4089, 'y') + " after" ? "" : "wrong text";
+        return answer + errors.Stop();
+    };
+    EXPECT_EQ("", RunWithOwnTmp(1 << 17, run));
+}
+
+TEST(FileLogger, WithoutAThreadWritesItsQueueWhenItGoes)
+{
+    const LogFile file;
+    ChildProcess child(
+        [&file]() -> std::string
+        {
+            const rlimit none = {0, 0};
+            if (setuid(65534) != 0 || setrlimit(RLIMIT_NPROC, &none) != 0)
+                return "no limit";
+            FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+            logger.Write(L"one ");
+            logger.Write(L"two");
+            return static_cast<Thread&>(logger).IsRunning() ? "it has a thread" : "";
+        });
+    EXPECT_EQ("", child.Wait());
+    EXPECT_EQ("one two", file.Bytes());
+}
+
+TEST(FileLoggerTiming, GoesAfterHalfASecondOfQuiet)
+{
+    const LogFile file;
+    std::optional<FileLogger> logger;
+    logger.emplace(LogSeverity::Info, file.WideName(), s_uLarge);
+    logger->Write(L"text");
+    const auto start = std::chrono::steady_clock::now();
+    logger.reset();
+    EXPECT_GE(MillisecondsSince(start), 500);
+    EXPECT_LE(MillisecondsSince(start), 5000);
+}
+
+TEST(FileLoggerTiming, PiecesAfterTheStopKeepItGoing)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+    (logger.*MemberOf(StopEvent()))->Signal();
+    std::string expected;
+    for (int i = 0; i < 12; ++i)
+    {
+        logger.Write(L"x");
+        expected += 'x';
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(nullptr, logger.Wait());
+    EXPECT_GE(MillisecondsSince(start), 200);
+    EXPECT_LE(MillisecondsSince(start), 5000);
+    EXPECT_EQ(expected, file.Bytes());
+}
+
+TEST(FileLoggerTiming, GoesAtOnceWhenNoFileCouldBeOpened)
+{
+    std::optional<FileLogger> logger;
+    logger.emplace(LogSeverity::Info, std::wstring(300, L'x'), s_uLarge);
+    const auto start = std::chrono::steady_clock::now();
+    logger.reset();
+    EXPECT_LE(MillisecondsSince(start), 400);
+}
+
+TEST(FileLoggerTiming, WriteDoesNotWaitForAStoppedDisk)
+{
+    const LogFile file;
+    FileLogger logger(LogSeverity::Info, std::wstring(300, L'x'), s_uLarge);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 1000; ++i)
+        logger.Write(L"no file takes this");
+    EXPECT_LE(MillisecondsSince(start), 200);
+}

@@ -1,0 +1,185 @@
+#include "toolkit/log/FileLogger.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/FFile.h"
+#include "toolkit/files/NativePath.h"
+#include "toolkit/threading/MutexLock.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const unsigned int s_uRetryInterval = 10;
+const unsigned int s_uQuietTime = 500;
+
+// The path manager, held for as long as the caller asks it; null outside the modules' life.
+smart_ptr<PathManager> Paths()
+{
+    return PathManager::s_pInstance != nullptr ? *PathManager::s_pInstance : smart_ptr<PathManager>();
+}
+
+TString<wchar_t> NameOrApplication(const TString<wchar_t>& name)
+{
+    const smart_ptr<PathManager> paths = Paths();
+    return name.empty() && !paths.IsNull() ? paths->GetApplicationName() : name;
+}
+
+// True for a regular file of this user that has no other name.
+bool IsOwnFile(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
+           status.st_nlink == 1;
+}
+
+// Everyone may write where the log lies: whatever lies there instead of a log is left as it is. The lock is
+// what two loggers of one name tell each other by; it goes with the descriptor. -1 on failure.
+int OpenLogDescriptor(const TString<wchar_t>& path)
+{
+    const int descriptor = NativePath(path).Open(O_WRONLY | O_CREAT | O_NOFOLLOW);
+    // The links are counted again under the lock: who held it before may have removed the file.
+    if (descriptor != -1 && !(IsOwnFile(descriptor) && flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
+                              IsOwnFile(descriptor) && ftruncate(descriptor, 0) == 0))
+    {
+        close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+} // namespace
+
+const TString<wchar_t> FileLogger::c_strOpenMode(L"w");
+const TString<wchar_t> FileLogger::c_strLogExtension(L".vxlog");
+const TString<wchar_t> FileLogger::c_strTickSeparator(L"-");
+
+FileLogger::FileLogger(LogSeverity level, const TString<wchar_t>& name, unsigned int maxSize)
+    : ILogger(level),
+      m_pWorkEvent(new EventObject(true, false)),
+      m_pStopEvent(new EventObject(false, false)),
+      m_strName(NameOrApplication(name)),
+      m_uMaxSize(maxSize),
+      m_bRuns(false)
+{
+    m_bRuns = Run();
+}
+
+FileLogger::~FileLogger()
+{
+    m_pStopEvent->Signal();
+    if (m_bRuns)
+        Wait();
+    else
+        FileLogger::DoWork();
+    StopAndWait();
+}
+
+void FileLogger::Write(const TString<wchar_t>& text)
+{
+    TString<wchar_t> piece(text);
+    {
+        const MutexLock lock(m_mutex);
+        m_pending.push_back(std::move(piece));
+    }
+    m_pWorkEvent->Signal();
+}
+
+wxThread::ExitCode FileLogger::DoWork()
+{
+    m_pFile = new FFile;
+    for (TString<wchar_t> path = PrimaryPath(); !OpenFile(path); path = FallbackPath())
+        if (m_pStopEvent->Wait(s_uRetryInterval))
+            return reinterpret_cast<ExitCode>(std::intptr_t{1});
+
+    m_pFile->SeekEnd(0);
+    while (HasMoreToDo())
+    {
+        DrainQueue();
+        WrapAround();
+    }
+    m_pFile->Close();
+    return nullptr;
+}
+
+bool FileLogger::OpenFile(const TString<wchar_t>& path)
+{
+    const int descriptor = OpenLogDescriptor(path);
+    if (descriptor == -1)
+        return false;
+    std::FILE* const stream = fdopen(descriptor, UTF8::ToUTF8(c_strOpenMode).c_str());
+    if (stream == nullptr)
+    {
+        close(descriptor);
+        return false;
+    }
+    // Unbuffered: each piece is one write, and what the disk did not take is not tried again later.
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    m_pFile->Attach(stream);
+    return true;
+}
+
+TString<wchar_t> FileLogger::PathWithoutExtension() const
+{
+    const smart_ptr<PathManager> paths = Paths();
+    const TString<wchar_t> folder = paths.IsNull() ? L"/tmp" : paths->GetTempDir();
+    const TString<wchar_t> separator = paths.IsNull() ? L"/" : paths->GetPathSeparator();
+    return folder + separator + m_strName;
+}
+
+TString<wchar_t> FileLogger::PrimaryPath() const
+{
+    return PathWithoutExtension() + c_strLogExtension;
+}
+
+TString<wchar_t> FileLogger::FallbackPath() const
+{
+    return PathWithoutExtension() + c_strTickSeparator + LogText::Of(GetTickCount()) + c_strLogExtension;
+}
+
+bool FileLogger::HasMoreToDo()
+{
+    // Asked once more after the stop: a piece may have come between the wait and the stop.
+    return m_pWorkEvent->Wait(s_uQuietTime) || !m_pStopEvent->Wait(0) || m_pWorkEvent->Wait(0);
+}
+
+void FileLogger::DrainQueue()
+{
+    std::deque<TString<wchar_t>> pieces;
+    for (TakePending(pieces); !pieces.empty(); TakePending(pieces))
+    {
+        for (const TString<wchar_t>& piece : pieces)
+        {
+            m_pFile->Write(piece);
+            m_pFile->Flush();
+        }
+        pieces.clear();
+    }
+}
+
+void FileLogger::TakePending(std::deque<TString<wchar_t>>& pieces)
+{
+    const MutexLock lock(m_mutex);
+    m_pending.swap(pieces);
+}
+
+void FileLogger::WrapAround()
+{
+    const long long offset = m_pFile->GetOffset();
+    if (offset >= 0 && offset >= static_cast<long long>(m_uMaxSize))
+        m_pFile->Seek(0, true);
+}
+
+} // namespace Toolkit

@@ -1,0 +1,69 @@
+#ifndef TOOLKIT_LOG_FILELOGGER_H
+#define TOOLKIT_LOG_FILELOGGER_H
+
+#include <deque>
+
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/log/ILogger.h"
+#include "toolkit/threading/EventObject.h"
+#include "toolkit/threading/Mutex.h"
+#include "toolkit/threading/Thread.h"
+
+namespace Toolkit
+{
+
+class FFile;
+
+// The sink that writes a file in the temporary folder: a piece is queued, and the logger's own thread writes
+// it. The file is `name`.vxlog, emptied when it is opened; while that one cannot be had, another time-stamped
+// name is tried every 10 ms. Any thread may call `Write`; no other thread may still do so when the owner
+// destroys the logger. No failure is reported: a piece that the disk does not take is lost, and so is what is
+// queued when the logger goes before any file could be opened.
+class TOOLKIT_API FileLogger : public ILogger, public Thread
+{
+public:
+    static const TString<wchar_t> c_strOpenMode;
+    static const TString<wchar_t> c_strLogExtension;
+    // Stands between the name and the tick count in a time-stamped file name.
+    static const TString<wchar_t> c_strTickSeparator;
+
+    // An empty `name` stands for the application's. Quirk: the file is not ended at `maxSize` bytes: what is
+    // written after that goes over the oldest text, from the start of the file, and the last writing before
+    // that may go past it.
+    FileLogger(LogSeverity level, const TString<wchar_t>& name, unsigned int maxSize);
+    // Writes all that is queued. Quirk: it takes half a second without a `Write` at least.
+    ~FileLogger() override;
+
+    // Queues a copy of `text`; never waits for the disk. The file is up to 200 ms behind.
+    void Write(const TString<wchar_t>& text) override;
+
+protected:
+    // Opens the file and writes the queue to it until the logger goes. The exit code is 0, or 1 if no file
+    // could be opened until then.
+    ExitCode DoWork() override;
+
+private:
+    bool OpenFile(const TString<wchar_t>& path);
+    TString<wchar_t> PathWithoutExtension() const;
+    TString<wchar_t> PrimaryPath() const;
+    TString<wchar_t> FallbackPath() const;
+    bool HasMoreToDo();
+    void DrainQueue();
+    // Swaps the queue with `pieces`.
+    void TakePending(std::deque<TString<wchar_t>>& pieces);
+    void WrapAround();
+
+    std::deque<TString<wchar_t>> m_pending;
+    Mutex m_mutex;
+    const smart_ptr<EventObject> m_pWorkEvent;
+    const smart_ptr<EventObject> m_pStopEvent;
+    const TString<wchar_t> m_strName;
+    smart_ptr<FFile> m_pFile;
+    const unsigned int m_uMaxSize;
+    bool m_bRuns;
+};
+
+} // namespace Toolkit
+
+#endif

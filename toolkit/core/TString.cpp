@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <cwctype>
-#include <vector>
+#include <type_traits>
+#include <utility>
 
 namespace Toolkit
 {
@@ -34,78 +38,167 @@ namespace
 
 const int s_iFirstNarrow = -128;
 const int s_iLastNarrow = 255;
+const std::size_t s_uNarrow = 384;
 
-// The narrow `tolower` of the current locale. It is defined for bytes only; every other element stays as it
+// The narrow `tolower` of the current locale. It is defined from -128 to 255; every other element stays as it
 // is.
-int FoldNarrow(int element)
+class NarrowFold
 {
-    if (element < s_iFirstNarrow || element > s_iLastNarrow || element == EOF)
-        return element;
-    return std::tolower(element);
-}
+public:
+#ifdef __GLIBC__
+    NarrowFold() : m_pTable(*__ctype_tolower_loc() + s_iFirstNarrow) {}
+#else
+    NarrowFold() : m_pTable(m_table)
+    {
+        for (std::size_t i = 0; i < s_uNarrow; ++i)
+            m_table[i] = ToLower(static_cast<int>(i) + s_iFirstNarrow);
+    }
+#endif
+    NarrowFold(const NarrowFold&) = delete;
+    NarrowFold& operator=(const NarrowFold&) = delete;
 
-wchar_t FoldForSearch(wchar_t element)
-{
-    return static_cast<wchar_t>(FoldNarrow(element));
-}
+    wchar_t operator()(wchar_t element) const
+    {
+        return element < s_iFirstNarrow || element > s_iLastNarrow ? element
+                                                                   : m_pTable[element - s_iFirstNarrow];
+    }
+    // A byte counts as signed.
+    int operator()(char byte) const
+    {
+        return m_pTable[static_cast<signed char>(byte) - s_iFirstNarrow];
+    }
 
-char FoldForSearch(char byte)
-{
-    return static_cast<char>(FoldNarrow(static_cast<signed char>(byte)));
-}
+    // The results for s_iFirstNarrow and what follows, s_uNarrow of them.
+    const std::int32_t* Table() const
+    {
+        return m_pTable;
+    }
 
-int FoldForOrder(wchar_t element)
+private:
+#ifndef __GLIBC__
+    static int ToLower(int element)
+    {
+        const bool negative = element < 0 && element != EOF;
+        return std::tolower(negative ? static_cast<unsigned char>(element) : element);
+    }
+
+    std::int32_t m_table[s_uNarrow];
+#endif
+    const std::int32_t* const m_pTable;
+};
+
+int FoldForOrder(wchar_t element, const NarrowFold&)
 {
     return static_cast<int>(std::towlower(static_cast<std::wint_t>(element)));
 }
 
-int FoldForOrder(char byte)
+int FoldForOrder(char byte, const NarrowFold& fold)
 {
-    return FoldNarrow(static_cast<signed char>(byte));
+    return fold(byte);
 }
 
 // ---- substring without case
 // ----------------------------------------------------------------------------------
 
-// The elements that fold to the same one as `element`.
+// A few neighbouring elements, compared at once.
 template <class C>
-std::vector<C> SameFold(C element)
+struct Lanes
 {
-    const C folded = FoldForSearch(element);
-    std::vector<C> same;
-    for (int candidate = s_iFirstNarrow; candidate <= s_iLastNarrow; ++candidate)
-        if (static_cast<C>(candidate) == candidate && FoldForSearch(static_cast<C>(candidate)) == folded)
-            same.push_back(static_cast<C>(candidate));
-    if (std::find(same.begin(), same.end(), folded) == same.end())
-        same.push_back(folded);
-    return same;
-}
+    using Element = std::conditional_t<sizeof(C) == 1, signed char, std::int32_t>;
+    typedef Element Vector __attribute__((vector_size(16)));
 
-// The first position from `position` on where one of the two elements stands; `length` if there is none.
-template <class C>
-std::size_t FindEither(const C* text, std::size_t position, std::size_t length, C a, C b)
-{
-    const std::size_t block = 16;
-    for (; length - position >= block; position += block)
+    static const std::size_t s_uCount = sizeof(Vector) / sizeof(C);
+
+    // All ones where the element is `a` or `b`.
+    static Vector Either(const C* text, C a, C b)
     {
-        int found = 0;
-        for (std::size_t i = 0; i < block; ++i)
-            found |= static_cast<int>(text[position + i] == a) | static_cast<int>(text[position + i] == b);
-        if (found != 0)
-            break;
+        Vector elements;
+        std::memcpy(&elements, text, sizeof elements);
+        return (elements == (Vector{} + static_cast<Element>(a))) |
+               (elements == (Vector{} + static_cast<Element>(b)));
     }
-    while (position < length && text[position] != a && text[position] != b)
-        ++position;
-    return position;
+
+    static bool Any(Vector mask)
+    {
+        std::uint64_t halves[2];
+        std::memcpy(halves, &mask, sizeof halves);
+        return (halves[0] | halves[1]) != 0;
+    }
+};
+
+// Two elements; a third one that would belong to them makes the pair incomplete.
+template <class C>
+struct Pair
+{
+    C a;
+    C b;
+    bool complete;
+
+    bool Has(C element) const { return element == a || element == b; }
+};
+
+// The elements that fold to `folded`, with `folded` itself.
+template <class C>
+Pair<C> SameFold(C folded, const NarrowFold& fold)
+{
+    using Table = Lanes<std::int32_t>;
+    // The table knows a byte by its unsigned value, but for the one that is EOF.
+    const std::int32_t a = std::is_same_v<C, char> ? static_cast<unsigned char>(folded) : folded;
+    const std::int32_t b = folded;
+    const std::size_t candidates = std::is_same_v<C, char> ? s_uNarrow - 128 : s_uNarrow;
+    Pair<C> pair{folded, folded, true};
+    for (std::size_t block = 0; block < candidates; block += Table::s_uCount)
+    {
+        if (!Table::Any(Table::Either(fold.Table() + block, a, b)))
+            continue;
+        for (std::size_t i = block; i < block + Table::s_uCount; ++i)
+        {
+            const C candidate = static_cast<C>(static_cast<int>(i) + s_iFirstNarrow);
+            if (static_cast<C>(fold.Table()[i]) != folded || candidate == folded)
+                continue;
+            pair.complete = pair.complete && pair.b == folded;
+            pair.b = candidate;
+        }
+    }
+    return pair;
 }
 
 template <class C>
-bool SameFolded(const C* text, const C* folded, std::size_t count)
+bool SameFolded(const C* text, const C* what, std::size_t count, const NarrowFold& fold)
 {
     for (std::size_t i = 0; i < count; ++i)
-        if (text[i] != folded[i] && FoldForSearch(text[i]) != folded[i])
+        if (text[i] != what[i] && static_cast<C>(fold(text[i])) != static_cast<C>(fold(what[i])))
             return false;
     return true;
+}
+
+template <class C>
+bool SearchEach(const C* text, std::size_t starts, const C* what, std::size_t count, const NarrowFold& fold)
+{
+    for (std::size_t at = 0; at < starts; ++at)
+        if (SameFolded(text + at, what, count, fold))
+            return true;
+    return false;
+}
+
+// Only where the first and the last element fit can there be an occurrence.
+template <class C>
+bool SearchEnds(const C* text, std::size_t starts, const C* what, std::size_t count, const Pair<C>& first,
+                const Pair<C>& last, const NarrowFold& fold)
+{
+    using Text = Lanes<C>;
+    const std::size_t toLast = count - 1;
+    std::size_t at = 0;
+    for (; starts - at >= Text::s_uCount; at += Text::s_uCount)
+    {
+        if (!Text::Any(Text::Either(text + at, first.a, first.b) &
+                       Text::Either(text + at + toLast, last.a, last.b)))
+            continue;
+        for (std::size_t i = at; i < at + Text::s_uCount; ++i)
+            if (first.Has(text[i]) && last.Has(text[i + toLast]) && SameFolded(text + i, what, count, fold))
+                return true;
+    }
+    return SearchEach(text + at, starts - at, what, count, fold);
 }
 
 template <class C>
@@ -115,23 +208,18 @@ bool Search(const C* text, std::size_t length, const C* what, std::size_t count)
         return true;
     if (count > length)
         return false;
-    std::vector<C> folded(what, what + count);
-    std::transform(folded.begin(), folded.end(), folded.begin(),
-                   [](C element) { return FoldForSearch(element); });
-
-    const std::vector<C> first = SameFold(what[0]);
+    const NarrowFold fold;
     const std::size_t starts = length - count + 1;
-    // Some locales fold more than two elements into one: their starts are looked for pair by pair.
-    for (std::size_t pair = 0; pair < first.size(); pair += 2)
-    {
-        const C a = first[pair];
-        const C b = first[std::min(pair + 1, first.size() - 1)];
-        for (std::size_t at = FindEither(text, 0, starts, a, b); at < starts;
-             at = FindEither(text, at + 1, starts, a, b))
-            if (SameFolded(text + at, folded.data(), count))
-                return true;
-    }
-    return false;
+    // The preparation pays for itself in a long text only.
+    const std::size_t worthwhile = 256;
+    if (starts < worthwhile)
+        return SearchEach(text, starts, what, count, fold);
+    const Pair<C> first = SameFold(static_cast<C>(fold(what[0])), fold);
+    const Pair<C> last = SameFold(static_cast<C>(fold(what[count - 1])), fold);
+    // Some locales fold three elements and more into one.
+    if (!first.complete || !last.complete)
+        return SearchEach(text, starts, what, count, fold);
+    return SearchEnds(text, starts, what, count, first, last, fold);
 }
 
 // ---- comparison without case
@@ -158,11 +246,12 @@ std::size_t FindDifference(const C* a, const C* b, std::size_t position, std::si
 template <class C>
 int Compare(const C* a, std::size_t aLength, const C* b, std::size_t bLength)
 {
+    const NarrowFold fold;
     const std::size_t common = std::min(aLength, bLength);
     for (std::size_t i = FindDifference(a, b, 0, common); i < common; i = FindDifference(a, b, i + 1, common))
     {
-        const int x = FoldForOrder(a[i]);
-        const int y = FoldForOrder(b[i]);
+        const int x = FoldForOrder(a[i], fold);
+        const int y = FoldForOrder(b[i], fold);
         if (x != y)
             return x < y ? -1 : 1;
     }
@@ -205,16 +294,32 @@ void ReplaceIndependent(std::wstring& text, const std::wstring& what, const std:
     text = std::move(result);
 }
 
+// Moves the text element by element to its front and takes each match away as it ends there. The replacement,
+// which is no longer than the match, goes back in front of what is still to be moved.
+void ReplaceShrinking(std::wstring& text, const std::wstring& what, const std::wstring& with)
+{
+    std::size_t done = text.find(what);
+    std::size_t next = done;
+    while (next < text.size())
+    {
+        text[done++] = text[next++];
+        if (done < what.size() || text[done - 1] != what.back() ||
+            text.compare(done - what.size(), what.size(), what) != 0)
+            continue;
+        done -= what.size();
+        next -= with.size();
+        with.copy(&text[next], with.size());
+    }
+    text.resize(done);
+}
+
 // The next match can begin at the earliest where its last element is the first one replaced.
 void ReplaceResuming(std::wstring& text, const std::wstring& what, const std::wstring& with)
 {
-    std::size_t from = 0;
-    for (std::size_t found = text.find(what); found != text.npos; found = text.find(what, from))
-    {
+    const std::size_t overlap = what.empty() ? 0 : what.size() - 1;
+    for (std::size_t found = text.find(what); found != text.npos;
+         found = text.find(what, found - std::min(found, overlap)))
         text.replace(found, what.size(), with);
-        const std::size_t overlap = what.empty() ? 0 : what.size() - 1;
-        from = found - std::min(found, overlap);
-    }
 }
 
 } // namespace
@@ -241,8 +346,14 @@ int CompareNoCase(const char* a, std::size_t aLength, const char* b, std::size_t
 
 void Replace(std::wstring& text, const std::wstring& what, const std::wstring& with)
 {
-    if (IsIndependent(what, with))
+    if (&what == &text || &with == &text)
+        Replace(text, std::wstring(what), std::wstring(with));
+    else if (text.find(what) == text.npos)
+        return;
+    else if (IsIndependent(what, with))
         ReplaceIndependent(text, what, with);
+    else if (with.size() <= what.size() && with != what)
+        ReplaceShrinking(text, what, with);
     else
         ReplaceResuming(text, what, with);
 }

@@ -3,8 +3,6 @@
 namespace Toolkit
 {
 
-const unsigned int Mutex::s_uInfinite;
-
 Mutex::Mutex(bool lockNow) : MutexInternal(lockNow) {}
 
 Mutex::~Mutex() = default;

@@ -10,9 +10,6 @@ namespace Toolkit
 class TOOLKIT_API Mutex : public MutexInternal
 {
 public:
-    // The time-out that waits without limit, in every operation of the library that takes one.
-    static const unsigned int s_uInfinite = 4294967295U;
-
     explicit Mutex(bool lockNow = false);
     ~Mutex() override;
 };

@@ -2,11 +2,9 @@
 
 #include <atomic>
 
-#include <pthread.h>
 #include <wx/thread.h>
 
 #include "toolkit/core/BaseLibrary.h"
-#include "toolkit/threading/Mutex.h"
 #include "toolkit/threading/Thread.h"
 
 namespace Toolkit
@@ -23,29 +21,53 @@ class MutexInternal::BaseMutex : public wxMutex
 public:
     BaseMutex() : wxMutex(wxMUTEX_RECURSIVE) {}
 
-    bool IsHeld() const { return m_holder.load(std::memory_order_relaxed) != 0; }
-    bool IsHeldByCaller() const { return m_holder.load(std::memory_order_relaxed) == pthread_self(); }
+    bool IsHeld() const { return m_pHolder.load(std::memory_order_relaxed) != nullptr; }
+    bool IsHeldByCaller() const { return m_pHolder.load(std::memory_order_relaxed) == Caller(); }
+
+    // Kept out of line, for the sake of the lock without a limit.
+    [[gnu::noinline]] wxMutexError LockWithin(unsigned int timeout);
 
     void CountLock()
     {
-        m_holder.store(pthread_self(), std::memory_order_relaxed);
-        ++m_uDepth;
+        if (IsHeldByCaller())
+            ++m_uNested;
+        else
+            m_pHolder.store(Caller(), std::memory_order_relaxed);
     }
     void CountUnlock()
     {
-        if (--m_uDepth == 0)
-            m_holder.store(0, std::memory_order_relaxed);
+        if (m_uNested != 0)
+            --m_uNested;
+        else
+            m_pHolder.store(nullptr, std::memory_order_relaxed);
     }
 
 private:
-    std::atomic<pthread_t> m_holder{0};
-    unsigned int m_uDepth = 0;
+    // What identifies the calling thread at the lowest price.
+    static const void* Caller() { return __builtin_thread_pointer(); }
+
+    std::atomic<const void*> m_pHolder{nullptr};
+    unsigned int m_uNested = 0;
 };
+
+wxMutexError MutexInternal::BaseMutex::LockWithin(unsigned int timeout)
+{
+    wxMutexError answer = wxMUTEX_BUSY;
+    for (unsigned int tries = timeout / s_uTryInterval + 1; tries > 0 && answer == wxMUTEX_BUSY; --tries)
+    {
+        answer = TryLock();
+        if (answer == wxMUTEX_BUSY)
+            Thread::Sleep(s_uTryInterval);
+    }
+    return answer;
+}
+
+const unsigned int MutexInternal::s_uInfinite;
 
 MutexInternal::MutexInternal(bool lockNow) : m_pMutex(new BaseMutex)
 {
     if (lockNow)
-        Lock(Mutex::s_uInfinite);
+        Lock(s_uInfinite);
 }
 
 MutexInternal::~MutexInternal()
@@ -62,28 +84,21 @@ MutexInternal::~MutexInternal()
 
 bool MutexInternal::Lock(unsigned int timeout)
 {
-    wxMutexError answer = wxMUTEX_BUSY;
-    if (timeout == Mutex::s_uInfinite)
-        answer = m_pMutex->Lock();
-    else
-        for (unsigned int tries = timeout / s_uTryInterval + 1; tries > 0 && answer == wxMUTEX_BUSY; --tries)
-        {
-            answer = m_pMutex->TryLock();
-            if (answer == wxMUTEX_BUSY)
-                Thread::Sleep(s_uTryInterval);
-        }
+    BaseMutex& mutex = *m_pMutex;
+    const wxMutexError answer = timeout == s_uInfinite ? mutex.Lock() : mutex.LockWithin(timeout);
     if (answer != wxMUTEX_NO_ERROR)
         return false;
-    m_pMutex->CountLock();
+    mutex.CountLock();
     return true;
 }
 
 bool MutexInternal::Unlock()
 {
-    if (!m_pMutex->IsHeldByCaller())
+    BaseMutex& mutex = *m_pMutex;
+    if (!mutex.IsHeldByCaller())
         return false;
-    m_pMutex->CountUnlock();
-    return m_pMutex->Unlock() == wxMUTEX_NO_ERROR;
+    mutex.CountUnlock();
+    return mutex.Unlock() == wxMUTEX_NO_ERROR;
 }
 
 } // namespace Toolkit

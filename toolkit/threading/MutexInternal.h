@@ -12,8 +12,11 @@ namespace Toolkit
 class TOOLKIT_API MutexInternal
 {
 public:
+    // The time-out that waits without limit, in every operation of the library that takes one.
+    static const unsigned int s_uInfinite = 4294967295U;
+
     // With `lockNow` the constructing thread holds the mutex at once.
-    explicit MutexInternal(bool lockNow);
+    explicit MutexInternal(bool lockNow = false);
     // Does not unlock first; destroying a mutex that somebody holds is the caller's error and is survived.
     virtual ~MutexInternal();
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <thread>
+#include <typeinfo>
 
 #include <unistd.h>
 
@@ -48,19 +49,25 @@ bool Thread::Run()
 
 bool Thread::Pause()
 {
-    return wxThread::IsRunning() && wxThread::Pause() == wxTHREAD_NO_ERROR;
+    if (m_bKilled || IsCurrent() || !wxThread::IsRunning())
+        return false;
+    const BaseLibrary::Silence silence;
+    return wxThread::Pause() == wxTHREAD_NO_ERROR;
 }
 
 bool Thread::Resume()
 {
-    return IsPaused() && wxThread::Resume() == wxTHREAD_NO_ERROR;
+    if (IsCurrent() || !IsPaused())
+        return false;
+    const BaseLibrary::Silence silence;
+    return wxThread::Resume() == wxTHREAD_NO_ERROR;
 }
 
 wxThreadError Thread::Kill()
 {
     if (!IsRunning())
         return wxTHREAD_NOT_RUNNING;
-    if (GetCurrentId() == GetId())
+    if (IsCurrent())
         return wxTHREAD_MISC_ERROR;
     const BaseLibrary::Silence silence;
     const wxThreadError answer = wxThread::Kill();
@@ -70,7 +77,7 @@ wxThreadError Thread::Kill()
 
 wxThread::ExitCode Thread::Wait()
 {
-    if (!m_bStarted || GetCurrentId() == GetId())
+    if (!m_bStarted || IsCurrent())
         return nullptr;
     return wxThread::Wait();
 }
@@ -107,11 +114,11 @@ void Thread::Sleep(unsigned int milliseconds)
 
 void Thread::StopAndWait()
 {
+    m_bAbandoned = true;
     HoldForDestruction();
     if (!m_bCreated)
         return;
     // A thread that was never started can be ended only by starting it; Entry then returns at once.
-    m_bAbandoned = true;
     if (!m_bStarted)
         m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
     Delete();
@@ -121,7 +128,16 @@ void Thread::StopAndWait()
 
 wxThread::ExitCode Thread::Entry()
 {
-    return m_bAbandoned ? nullptr : DoWork();
+    // A subclass that does not wait in its destructor may be gone before its thread gets here: there is no
+    // DoWork left then. The identity is compared without a call, so that one look at the object decides both.
+    if (m_bAbandoned || &typeid(*this) == &typeid(Thread))
+        return nullptr;
+    return DoWork();
+}
+
+bool Thread::IsCurrent() const
+{
+    return GetCurrentId() == GetId();
 }
 
 } // namespace Toolkit

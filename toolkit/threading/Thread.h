@@ -79,6 +79,8 @@ protected:
     virtual ExitCode DoWork() = 0;
 
 private:
+    bool IsCurrent() const;
+
     bool m_bCreated;
     bool m_bStarted = false;
     bool m_bKilled = false;

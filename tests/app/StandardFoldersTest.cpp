@@ -1,8 +1,16 @@
 #include "toolkit/app/StandardFolders.h"
 
 #include <gtest/gtest.h>
+#include <wx/init.h>
+#include <wx/stdpaths.h>
 
+#include "tests/support/TemporaryFolder.h"
+#include "toolkit/encoding/WxText.h"
+
+using Toolkit::FromWx;
 using Toolkit::StandardFolders;
+using ToolkitTest::CapturedOutput;
+using ToolkitTest::ScopedEnvironment;
 
 TEST(StandardFolders, TakesTheKernelsMarkFromADeletedExecutable)
 {
@@ -38,4 +46,19 @@ TEST(StandardFolders, FindsTheInstallationAroundTheLastBinFolder)
     };
     for (const auto& row : rows)
         EXPECT_EQ(StandardFolders::InstallPrefix(row.executable), row.prefix);
+}
+
+TEST(StandardFolders, FindsAHomeWhereTheEnvironmentNamesNone)
+{
+    CapturedOutput errors(2);
+    for (const char* const home : {static_cast<const char*>(nullptr), "", "\xFF"})
+    {
+        const ScopedEnvironment environment("HOME", home);
+        const auto local = StandardFolders::UserLocalData();
+        const auto documents = StandardFolders::Documents();
+        const wxInitializer started;
+        EXPECT_EQ(local, FromWx(wxStandardPaths::Get().GetUserLocalDataDir()));
+        EXPECT_EQ(documents, FromWx(wxStandardPaths::Get().GetDocumentsDir()));
+    }
+    EXPECT_EQ(errors.Stop(), "");
 }

@@ -46,7 +46,7 @@ int main(int argc, char** argv)
         if (std::strcmp(argv[i], "started") == 0)
             start = true;
         else if (std::strcmp(argv[i], "deleted") == 0)
-            unlink("/proc/self/exe") == 0 || unlink(argv[0]);
+            unlink(argv[0]);
         else if (std::strcmp(argv[i], "nobody") == 0 && setuid(54321) != 0)
             return 1;
     if (start && !wxInitialize())

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <memory>
+#include <string>
 
 #include <netdb.h>
 #include <poll.h>

@@ -35,9 +35,9 @@ SystemInfo::Platform SystemCodes::PlatformOf(unsigned int systemId)
     case wxOS_MAC_OSX_DARWIN:
     case wxOS_MAC:
         return SystemInfo::PlatformMac;
-    case 4: // Windows 9x
+    case wxOS_WINDOWS_9X:
     case wxOS_WINDOWS_NT:
-    case 60: // any Windows, the small variants counted in
+    case wxOS_WINDOWS:
         return SystemInfo::PlatformWindows;
     case wxOS_UNIX_LINUX:
     case wxOS_UNIX_FREEBSD:

@@ -123,7 +123,7 @@ char Continuation(std::uint32_t value, int shift)
     return static_cast<char>(0x80U | ((value >> shift) & 0x3FU));
 }
 
-void Encode(const wchar_t* text, std::size_t length, char* to)
+void EncodeRest(const wchar_t* text, std::size_t length, char* to)
 {
     for (std::size_t i = 0; i < length; ++i)
     {
@@ -176,18 +176,24 @@ TString<wchar_t> UTF8::ToUNICODE(const TString<char>& text)
 
 TString<char> UTF8::ToUTF8(const TString<wchar_t>& text)
 {
+    TString<char> bytes;
+    Encode(text, bytes);
+    return bytes;
+}
+
+void UTF8::Encode(const TString<wchar_t>& text, TString<char>& bytes)
+{
     const std::size_t zero = text.find(L'\0');
     const std::size_t length = zero == text.npos ? text.size() : zero;
     const std::size_t ascii = AsciiPrefix(text.data(), length);
-    const std::size_t bytes = CountBytes(text.data() + ascii, length - ascii);
+    const std::size_t rest = CountBytes(text.data() + ascii, length - ascii);
 
-    TString<char> narrow;
-    if (bytes == s_uInvalid)
-        return narrow;
-    narrow.resize(ascii + bytes);
-    CopyAscii(text.data(), ascii, narrow.data());
-    Encode(text.data() + ascii, length - ascii, narrow.data() + ascii);
-    return narrow;
+    bytes.clear();
+    if (rest == s_uInvalid)
+        return;
+    bytes.resize(ascii + rest);
+    CopyAscii(text.data(), ascii, bytes.data());
+    EncodeRest(text.data() + ascii, length - ascii, bytes.data() + ascii);
 }
 
 bool UTF8::HasToBeUTF8(const TString<wchar_t>& text)

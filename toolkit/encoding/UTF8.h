@@ -15,6 +15,8 @@ class TOOLKIT_API UTF8
 public:
     static TString<wchar_t> ToUNICODE(const TString<char>& text);
     static TString<char> ToUTF8(const TString<wchar_t>& text);
+    // ToUTF8 into `bytes`, whose memory is used again.
+    static void Encode(const TString<wchar_t>& text, TString<char>& bytes);
 
     // True when the UTF-8 form has another length than the text: some character needs more than one byte, the
     // text goes on behind a zero, or it has no UTF-8 form.

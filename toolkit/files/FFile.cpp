@@ -94,13 +94,13 @@ void FFile::Write(const TString<wchar_t>& text)
 {
     if (!IsOpened())
         return;
-    const TString<char> bytes = UTF8::ToUTF8(text);
-    std::fwrite(bytes.data(), 1, bytes.size(), m_pFile->fp());
+    UTF8::Encode(text, m_strBytes);
+    fwrite_unlocked(m_strBytes.data(), 1, m_strBytes.size(), m_pFile->fp());
 }
 
 bool FFile::Flush()
 {
-    return IsOpened() && std::fflush(m_pFile->fp()) == 0 && std::ferror(m_pFile->fp()) == 0;
+    return IsOpened() && fflush_unlocked(m_pFile->fp()) == 0 && ferror_unlocked(m_pFile->fp()) == 0;
 }
 
 bool FFile::Close()

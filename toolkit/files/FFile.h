@@ -62,6 +62,8 @@ public:
 
 private:
     wxFFile* m_pFile;
+    // What is being written; kept for its memory.
+    TString<char> m_strBytes;
 };
 
 } // namespace Toolkit

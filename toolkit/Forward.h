@@ -13,11 +13,19 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
+class B64;
+class Bytes;
 class ConsoleLogger;
 class DebuggerLogger;
 class EventObject;
 class FFile;
+class FSInputSerializer;
+class FSOutputSerializer;
+class FSSerializer;
+class FSStream;
 class ILogger;
+class ISerialize;
+class IStream;
 class LogLine;
 class LogText;
 class Mutex;
@@ -25,10 +33,13 @@ class MutexInternal;
 class MutexLock;
 class NullLogger;
 class PathManager;
+class QP;
+class Serializer;
 struct SetSeverity;
 class Thread;
 class UTF7;
 class UTF8;
+class Version;
 
 namespace Threading
 {

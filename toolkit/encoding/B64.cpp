@@ -17,7 +17,7 @@ namespace Toolkit
 namespace
 {
 
-const char c_strAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char c_strAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 const unsigned char s_uPad = '=';
 const std::size_t s_uGroupBytes = 3;
 const std::size_t s_uGroupCharacters = 4;

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/BytesContent.h"
 #include "tests/support/PlainBase64.h"
 #include "toolkit/encoding/Bytes.h"
 
@@ -19,6 +20,8 @@ using Toolkit::GetCodeLength;
 using Toolkit::GetDataLength;
 using Toolkit::smart_ptr;
 using Toolkit::TString;
+using ToolkitTest::ContentOf;
+using ToolkitTest::Raw;
 namespace PlainBase64 = ToolkitTest::PlainBase64;
 
 namespace
@@ -55,17 +58,7 @@ std::string Decoded(const std::string& text)
 
 smart_ptr<Bytes> BytesOf(const std::string& bytes)
 {
-    return smart_ptr<Bytes>(new Bytes(reinterpret_cast<const unsigned char*>(bytes.data()),
-                                      static_cast<unsigned int>(bytes.size())));
-}
-
-std::string ContentOf(const Bytes& bytes)
-{
-    unsigned char* out = nullptr;
-    unsigned int size = 0;
-    bytes.GetBytes(&out, &size);
-    const std::unique_ptr<unsigned char[]> owner(out);
-    return std::string(out, out + size);
+    return smart_ptr<Bytes>(new Bytes(Raw(bytes), static_cast<unsigned int>(bytes.size())));
 }
 
 } // namespace

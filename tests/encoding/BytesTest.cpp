@@ -9,32 +9,21 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/BytesContent.h"
 #include "tests/support/PlainStream.h"
 
 using Toolkit::Bytes;
 using Toolkit::IsError;
 using Toolkit::StreamResult;
 using Toolkit::TString;
+using ToolkitTest::ContentOf;
 using ToolkitTest::PlainStream;
+using ToolkitTest::Raw;
 
 namespace
 {
 
 const unsigned int s_uMebibyte = 1U << 20;
-
-const unsigned char* Raw(const std::string& bytes)
-{
-    return reinterpret_cast<const unsigned char*>(bytes.data());
-}
-
-std::string ContentOf(const Bytes& bytes)
-{
-    unsigned char* out = nullptr;
-    unsigned int size = 0;
-    bytes.GetBytes(&out, &size);
-    const std::unique_ptr<unsigned char[]> owner(out);
-    return std::string(out, out + size);
-}
 
 std::string Counted(unsigned int count, const std::string& bytes)
 {

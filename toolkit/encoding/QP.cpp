@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #ifdef __SSE2__
@@ -31,6 +32,7 @@ constexpr unsigned char s_uLineEnd = 254;
 constexpr unsigned char s_uNoDigit = 255;
 // Quirk: one more than a hexadecimal digit can be.
 constexpr unsigned char s_uLargestDigit = 16;
+constexpr unsigned char s_uBadDigit = 128;
 
 constexpr int s_iNoByte = -1;
 
@@ -104,6 +106,17 @@ constexpr std::array<unsigned char, 256> MakeDigitValues()
 
 constexpr std::array<Code, 256> s_codes = MakeCodes();
 constexpr std::array<unsigned char, 256> CHARVAL = MakeDigitValues();
+
+// The same for the digits of an escape; s_uBadDigit for everything else.
+constexpr std::array<unsigned char, 256> MakeDigits()
+{
+    std::array<unsigned char, 256> digits{};
+    for (std::size_t i = 0; i < digits.size(); ++i)
+        digits[i] = CHARVAL[i] > s_uLargestDigit ? s_uBadDigit : CHARVAL[i];
+    return digits;
+}
+
+constexpr std::array<unsigned char, 256> s_digits = MakeDigits();
 
 // ---- encoding
 
@@ -198,15 +211,18 @@ TString<wchar_t> Encode(const TString<wchar_t>& text, Lines lines)
 
 // ---- decoding
 
-// The byte that the two digits make; s_iNoByte if one of them is none.
+// The byte that two digits make; s_iNoByte if one of them is none, as nothing beyond ASCII is.
 template <class C>
-int ByteOf(const C* digits)
+int ByteOf(C highDigit, C lowDigit)
 {
-    const unsigned int high = CHARVAL[static_cast<unsigned char>(digits[0])];
-    const unsigned int low = CHARVAL[static_cast<unsigned char>(digits[1])];
-    if (high > s_uLargestDigit || low > s_uLargestDigit)
+    using Unsigned = std::make_unsigned_t<C>;
+    const auto both =
+        static_cast<Unsigned>(static_cast<Unsigned>(highDigit) | static_cast<Unsigned>(lowDigit));
+    if (both > s_uLargestOfOne)
         return s_iNoByte;
-    return static_cast<int>((high * 16 + low) & 0xFFU);
+    const unsigned int high = s_digits[static_cast<unsigned char>(highDigit)];
+    const unsigned int low = s_digits[static_cast<unsigned char>(lowDigit)];
+    return (high | low) >= s_uBadDigit ? s_iNoByte : static_cast<int>((high * 16 + low) & 0xFFU);
 }
 
 // Decodes any bytes in place: the result is never longer. Answers its length.
@@ -216,7 +232,7 @@ std::size_t DecodeBytes(char* bytes, std::size_t size)
     for (std::size_t i = 0; i < size;)
     {
         const bool escape = bytes[i] == '=' && size - i >= s_uEscape;
-        const int byte = escape ? ByteOf(bytes + i + 1) : s_iNoByte;
+        const int byte = escape ? ByteOf(bytes[i + 1], bytes[i + 2]) : s_iNoByte;
         if (byte != s_iNoByte)
             bytes[to++] = static_cast<char>(byte);
         else if (!escape)
@@ -276,9 +292,9 @@ inline void CopyTo(Cursor& cursor, const wchar_t* end)
 // The byte of the escape that begins at `position`; s_iNoByte if none does.
 int EscapeAt(const wchar_t* position, const wchar_t* end)
 {
-    if (end - position < s_iEscape || *position != L'=' || !IsPlain(position[1]) || !IsPlain(position[2]))
+    if (end - position < s_iEscape || *position != L'=')
         return s_iNoByte;
-    return ByteOf(position + 1);
+    return ByteOf(position[1], position[2]);
 }
 
 // Decodes the escapes of one character whose first byte is `lead`; false if they are not that.

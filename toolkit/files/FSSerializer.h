@@ -15,14 +15,14 @@ namespace Toolkit
 class TOOLKIT_API FSSerializer : public Serializer
 {
 public:
-    // The same values as those of FSStream.
+    // Those of FSStream.
     enum OpenMode : std::uint32_t
     {
-        ModeRead = 0,
-        ModeWrite = 1,
-        ModeReadWrite = 2,
-        ModeAppend = 3,
-        ModeCreate = 4
+        ModeRead = FSStream::ModeRead,
+        ModeWrite = FSStream::ModeWrite,
+        ModeReadWrite = FSStream::ModeReadWrite,
+        ModeAppend = FSStream::ModeAppend,
+        ModeCreate = FSStream::ModeCreate
     };
 
     FSSerializer(const TString<wchar_t>& path, OpenMode mode);

@@ -297,26 +297,24 @@ int EscapeAt(const wchar_t* position, const wchar_t* end)
     return ByteOf(position[1], position[2]);
 }
 
-// Decodes the escapes of one character whose first byte is `lead`; false if they are not that.
-bool DecodeSequence(Cursor& cursor, unsigned int lead)
+// Decodes the character whose escapes begin at `from`, the first one being `lead`. Answers their number; 0 if
+// they are no character of more than one byte.
+int DecodeSequence(const wchar_t* from, const wchar_t* end, unsigned int lead, wchar_t* to)
 {
     const std::uint32_t below[] = {0, s_uLargestOfOne, s_uLargestOfTwo, s_uLargestOfThree};
     const int rest = lead < 0xC0 || lead > 0xF7 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+    if (rest == 0 || end - from < (rest + 1) * s_iEscape)
+        return 0;
     std::uint32_t value = lead & (0x3FU >> rest);
     for (int i = 1; i <= rest; ++i)
     {
-        if (cursor.m_pEnd - cursor.m_pFrom < (i + 1) * s_iEscape)
-            return false;
-        const int next = EscapeAt(cursor.m_pFrom + i * s_iEscape, cursor.m_pEnd);
+        const int next = EscapeAt(from + i * s_iEscape, end);
         if (next == s_iNoByte || (next & 0xC0) != 0x80)
-            return false;
+            return 0;
         value = value << 6 | (static_cast<std::uint32_t>(next) & 0x3FU);
     }
-    if (rest == 0 || value <= below[rest] || !IsCharacter(value))
-        return false;
-    *cursor.m_pTo++ = static_cast<wchar_t>(value);
-    cursor.m_pFrom += (rest + 1) * s_iEscape;
-    return true;
+    *to = static_cast<wchar_t>(value);
+    return value > below[rest] && IsCharacter(value) ? rest + 1 : 0;
 }
 
 // Decodes what the "=" here begins; false where the bytes must be looked at as a whole.
@@ -330,7 +328,13 @@ inline bool DecodeEscape(Cursor& cursor)
         return true;
     }
     if (byte != s_iNoByte)
-        return DecodeSequence(cursor, static_cast<unsigned int>(byte));
+    {
+        const int count =
+            DecodeSequence(cursor.m_pFrom, cursor.m_pEnd, static_cast<unsigned int>(byte), cursor.m_pTo);
+        cursor.m_pFrom += count * s_iEscape;
+        ++cursor.m_pTo;
+        return count != 0;
+    }
     if (cursor.m_pEnd - cursor.m_pFrom < s_iEscape)
         return false;
     ++cursor.m_pFrom;
@@ -351,8 +355,11 @@ bool DecodeBlock(Cursor& cursor, const wchar_t* block)
         if (found < here.m_pFrom)
             continue;
         CopyTo(here, found);
-        if (!DecodeEscape(here))
-            return false;
+        do
+        {
+            if (!DecodeEscape(here))
+                return false;
+        } while (here.m_pFrom < block + s_uBlock && *here.m_pFrom == L'=');
     }
     if (here.m_pFrom < block + s_uBlock)
         CopyTo(here, block + s_uBlock);

@@ -15,6 +15,8 @@ class smart_ptr;
 
 class CmdLineOption;
 class CmdLineParser;
+class B64;
+class Bytes;
 class ConsoleLogger;
 class DebuggerLogger;
 class DynamicLibrary;
@@ -27,8 +29,14 @@ class LibModuleManager;
 class Directory;
 class EventObject;
 class FFile;
+class FSInputSerializer;
+class FSOutputSerializer;
+class FSSerializer;
+class FSStream;
 class ILogger;
 class InputStream;
+class ISerialize;
+class IStream;
 class LogLine;
 class LogText;
 class Mutex;
@@ -37,6 +45,8 @@ class MutexLock;
 class Network;
 class NullLogger;
 class PathManager;
+class QP;
+class Serializer;
 struct SetSeverity;
 class SystemInfo;
 class TextFile;
@@ -47,6 +57,7 @@ class ToolkitSession;
 class UTF7;
 class UTF8;
 class WxLogForwarder;
+class Version;
 
 namespace Threading
 {

@@ -1,0 +1,245 @@
+#include "toolkit/encoding/UTF8.h"
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <wx/strconv.h>
+#include <wx/string.h>
+
+using Toolkit::TString;
+using Toolkit::UTF8;
+
+namespace
+{
+
+bool IsSurrogate(std::uint32_t value)
+{
+    return value >= 0xD800 && value <= 0xDFFF;
+}
+
+std::wstring Wide(std::uint32_t value)
+{
+    return std::wstring(1, static_cast<wchar_t>(value));
+}
+
+// A value in as many bytes as told, whether or not that is a valid form.
+std::string Form(std::uint32_t value, int bytes)
+{
+    if (bytes == 1)
+        return std::string(1, static_cast<char>(value));
+    static const unsigned int s_uLeads[] = {0, 0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC};
+    std::string form(1, static_cast<char>(s_uLeads[bytes] | (value >> (6 * (bytes - 1)))));
+    for (int i = bytes - 2; i >= 0; --i)
+        form += static_cast<char>(0x80U | ((value >> (6 * i)) & 0x3FU));
+    return form;
+}
+
+int ShortestForm(std::uint32_t value)
+{
+    return value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4;
+}
+
+std::uint32_t RandomCharacter(std::mt19937& random)
+{
+    static const std::uint32_t s_uLimits[] = {0x80, 0x800, 0x10000, 0x110000};
+    std::uint32_t value = 0;
+    while (value == 0 || IsSurrogate(value))
+        value = static_cast<std::uint32_t>(random()) % s_uLimits[random() % 4];
+    return value;
+}
+
+} // namespace
+
+TEST(UTF8, ConvertsBothWays)
+{
+    struct Row
+    {
+        const wchar_t* wide;
+        const char* narrow;
+    };
+    const Row rows[] = {
+        {L"", ""},
+        {L"abc", "abc"},
+        {L"\u00E9", "\xC3\xA9"},
+        {L"\u20AC", "\xE2\x82\xAC"},
+        {L"\U0001F600", "\xF0\x9F\x98\x80"},
+        {L"\uFEFF", "\xEF\xBB\xBF"},
+        {L"\uFFFF", "\xEF\xBF\xBF"},
+        {L"\U0010FFFF", "\xF4\x8F\xBF\xBF"},
+        {L"a\u00E9\u20AC\U0001F600z", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z"},
+    };
+    for (const Row& row : rows)
+    {
+        EXPECT_EQ(row.narrow, UTF8::ToUTF8(row.wide));
+        EXPECT_EQ(row.wide, UTF8::ToUNICODE(row.narrow)) << row.narrow;
+    }
+}
+
+TEST(UTF8, ConvertsEveryCharacterBothWays)
+{
+    for (std::uint32_t value = 1; value <= 0x10FFFF; ++value)
+    {
+        if (IsSurrogate(value))
+            continue;
+        const std::wstring wide = Wide(value);
+        const TString<char> narrow = UTF8::ToUTF8(wide);
+        ASSERT_EQ(Form(value, ShortestForm(value)), narrow) << value;
+        ASSERT_EQ(wide, UTF8::ToUNICODE(narrow)) << value;
+    }
+}
+
+TEST(UTF8, RejectsALoneByteFromEightyOn)
+{
+    for (int byte = 0x80; byte < 0x100; ++byte)
+        EXPECT_TRUE(UTF8::ToUNICODE(std::string(1, static_cast<char>(byte))).empty()) << byte;
+}
+
+TEST(UTF8, TellsEveryPairOfBytes)
+{
+    for (unsigned int first = 1; first < 0x100; ++first)
+        for (unsigned int second = 1; second < 0x100; ++second)
+        {
+            const std::string pair{static_cast<char>(first), static_cast<char>(second)};
+            std::wstring expected;
+            if (first < 0x80 && second < 0x80)
+                expected = {static_cast<wchar_t>(first), static_cast<wchar_t>(second)};
+            else if (first >= 0xC2 && first <= 0xDF && second >= 0x80 && second <= 0xBF)
+                expected = Wide(((first & 0x1FU) << 6) | (second & 0x3FU));
+            ASSERT_EQ(expected, UTF8::ToUNICODE(pair)) << first << " " << second;
+        }
+}
+
+TEST(UTF8, TellsEverySecondByteOfLongForms)
+{
+    for (unsigned int lead = 0xE0; lead < 0x100; ++lead)
+        for (unsigned int second = 1; second < 0x100; ++second)
+        {
+            const bool three = lead < 0xF0;
+            std::string bytes{static_cast<char>(lead), static_cast<char>(second), '\x80'};
+            std::uint32_t value = ((lead & 0x0FU) << 12) | ((second & 0x3FU) << 6);
+            if (!three)
+            {
+                bytes += '\x80';
+                value = ((lead & 0x07U) << 18) | ((second & 0x3FU) << 12);
+            }
+            const bool valid = second >= 0x80 && second <= 0xBF && lead <= 0xF4 &&
+                               value >= (three ? 0x800U : 0x10000U) && value <= 0x10FFFF &&
+                               !IsSurrogate(value);
+            ASSERT_EQ(valid ? Wide(value) : std::wstring(), UTF8::ToUNICODE(bytes)) << lead << " " << second;
+        }
+}
+
+TEST(UTF8, RejectsOverlongForms)
+{
+    for (const std::uint32_t value :
+         {0U, 1U, 0x2FU, 0x7FU, 0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U, 0x10FFFFU})
+        for (int bytes = ShortestForm(value) + 1; bytes <= 6; ++bytes)
+            EXPECT_TRUE(UTF8::ToUNICODE("a" + Form(value, bytes)).empty()) << value << " in " << bytes;
+}
+
+TEST(UTF8, RejectsSurrogatesBothWays)
+{
+    for (std::uint32_t value = 0xD800; value <= 0xDFFF; ++value)
+    {
+        ASSERT_TRUE(UTF8::ToUTF8(Wide(value)).empty()) << value;
+        ASSERT_TRUE(UTF8::ToUNICODE(Form(value, 3)).empty()) << value;
+    }
+    EXPECT_TRUE(UTF8::ToUTF8(Wide(0xD83D) + Wide(0xDE00)).empty());
+    EXPECT_TRUE(UTF8::ToUNICODE(Form(0xD83D, 3) + Form(0xDE00, 3)).empty());
+}
+
+TEST(UTF8, RejectsValuesAboveTheLastCharacter)
+{
+    for (const std::uint32_t value : {0x110000U, 0x13FFFFU, 0x140000U, 0x1FFFFFU})
+        EXPECT_TRUE(UTF8::ToUNICODE(Form(value, 4)).empty()) << value;
+    EXPECT_TRUE(UTF8::ToUNICODE(Form(0x200000, 5)).empty());
+    EXPECT_TRUE(UTF8::ToUNICODE(Form(0x4000000, 6)).empty());
+    for (const std::uint32_t value :
+         {0x110000U, 0x200000U, 0x7FFFFFFFU, 0x80000000U, 0x80000041U, 0xFFFFFFFFU})
+        EXPECT_TRUE(UTF8::ToUTF8(L"a" + Wide(value)).empty()) << value;
+}
+
+TEST(UTF8, RejectsCutSequences)
+{
+    for (const char* const whole : {"\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"})
+        for (std::size_t count = 1; count < std::string(whole).size(); ++count)
+        {
+            const std::string cut = std::string(whole).substr(0, count);
+            EXPECT_TRUE(UTF8::ToUNICODE(cut).empty());
+            EXPECT_TRUE(UTF8::ToUNICODE("abc" + cut).empty());
+            EXPECT_TRUE(UTF8::ToUNICODE(cut + "abc").empty());
+            EXPECT_TRUE(UTF8::ToUNICODE(cut + std::string("\0\x80", 2)).empty());
+        }
+}
+
+TEST(UTF8, SeesOneBadByteAnywhereInLongText)
+{
+    for (std::size_t length : {1U, 15U, 16U, 17U, 24U, 32U, 41U})
+        for (std::size_t at = 0; at < length; ++at)
+        {
+            std::string bytes(length, 'k');
+            bytes[at] = '\xFF';
+            ASSERT_TRUE(UTF8::ToUNICODE(bytes).empty()) << length << " at " << at;
+            std::wstring wide(length, L'k');
+            wide[at] = static_cast<wchar_t>(0xD800);
+            ASSERT_TRUE(UTF8::ToUTF8(wide).empty()) << length << " at " << at;
+        }
+}
+
+TEST(UTF8, ConvertsOneLongCharacterAnywhereInLongText)
+{
+    for (std::size_t length = 1; length <= 41; ++length)
+        for (std::size_t at = 0; at < length; ++at)
+        {
+            std::wstring wide(length, L'k');
+            wide[at] = L'\u20AC';
+            const std::string narrow =
+                std::string(at, 'k') + "\xE2\x82\xAC" + std::string(length - at - 1, 'k');
+            ASSERT_EQ(narrow, UTF8::ToUTF8(wide));
+            ASSERT_EQ(wide, UTF8::ToUNICODE(narrow));
+        }
+}
+
+TEST(UTF8, EndsAtTheFirstZero)
+{
+    EXPECT_EQ("ab", UTF8::ToUTF8(std::wstring(L"ab\0c", 4)));
+    EXPECT_EQ(L"ab", UTF8::ToUNICODE(std::string("ab\0c", 4)));
+    EXPECT_EQ("", UTF8::ToUTF8(std::wstring(L"\0a", 2)));
+    EXPECT_EQ(L"", UTF8::ToUNICODE(std::string("\0a", 2)));
+}
+
+TEST(UTF8, IgnoresBadTextBehindAZero)
+{
+    EXPECT_EQ("a", UTF8::ToUTF8(L"a" + std::wstring(1, L'\0') + Wide(0xD800)));
+    EXPECT_EQ(L"a", UTF8::ToUNICODE(std::string("a\0\xFF", 3)));
+}
+
+TEST(UTF8, HasToBeUTF8WhenTheLengthChanges)
+{
+    EXPECT_FALSE(UTF8::HasToBeUTF8(L""));
+    EXPECT_FALSE(UTF8::HasToBeUTF8(L"abc"));
+    EXPECT_FALSE(UTF8::HasToBeUTF8(L"\u007F"));
+    EXPECT_TRUE(UTF8::HasToBeUTF8(L"\u0080"));
+    EXPECT_TRUE(UTF8::HasToBeUTF8(L"ab\u00E9"));
+    EXPECT_TRUE(UTF8::HasToBeUTF8(Wide(0xD800)));
+    EXPECT_TRUE(UTF8::HasToBeUTF8(std::wstring(L"a\0b", 3)));
+    EXPECT_TRUE(UTF8::HasToBeUTF8(std::wstring(1, L'\0')));
+}
+
+TEST(UTF8, AgreesWithTheBaseLibraryOnValidText)
+{
+    std::mt19937 random(99);
+    for (int round = 0; round < 3000; ++round)
+    {
+        std::wstring wide;
+        for (std::size_t left = random() % 60; left > 0; --left)
+            wide += static_cast<wchar_t>(random() % 2 == 0 ? 'a' + random() % 26 : RandomCharacter(random));
+        const wxString base(wide);
+        const wxScopedCharBuffer bytes = base.mb_str(wxConvUTF8);
+        const std::string narrow(bytes.data(), bytes.length());
+        ASSERT_EQ(narrow, UTF8::ToUTF8(wide));
+        ASSERT_EQ(wxString(narrow.c_str(), wxConvUTF8).ToStdWstring(), UTF8::ToUNICODE(narrow));
+    }
+}

@@ -1,0 +1,175 @@
+#include "toolkit/threading/EventObject.h"
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using Toolkit::EventObject;
+using Toolkit::Mutex;
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+struct WaitRow
+{
+    unsigned int timeout;
+    long long least;
+};
+
+class EventObjectTiming : public testing::TestWithParam<WaitRow>
+{
+};
+
+long long MillisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+}
+
+} // namespace
+
+TEST(EventObject, PollsEvery200Milliseconds)
+{
+    EXPECT_EQ(200U, EventObject::s_uMinSlice);
+}
+
+TEST(EventObject, StartsAsItIsTold)
+{
+    EXPECT_TRUE(EventObject(false, true).Wait(0));
+    EXPECT_FALSE(EventObject(false, false).Wait(0));
+    EXPECT_TRUE(EventObject(true, true).Wait(0));
+    EXPECT_FALSE(EventObject(true, false).Wait(0));
+}
+
+TEST(EventObject, ManualResetStaysSignalled)
+{
+    EventObject event(false, false);
+    event.Signal();
+    EXPECT_TRUE(event.Wait(0));
+    EXPECT_TRUE(event.Wait(0));
+    event.Reset();
+    EXPECT_FALSE(event.Wait(0));
+}
+
+TEST(EventObject, AutomaticResetIsConsumedByOneWait)
+{
+    EventObject event(true, false);
+    event.Signal();
+    EXPECT_TRUE(event.Wait(0));
+    EXPECT_FALSE(event.Wait(0));
+}
+
+TEST(EventObject, SignalsDoNotAddUp)
+{
+    EventObject event(true, true);
+    event.Signal();
+    event.Signal();
+    EXPECT_TRUE(event.Wait(0));
+    EXPECT_FALSE(event.Wait(0));
+}
+
+TEST(EventObject, SignalWithoutAWaiterStaysUntilReset)
+{
+    EventObject event(true, false);
+    event.Signal();
+    event.Reset();
+    EXPECT_FALSE(event.Wait(0));
+    event.Reset();
+    EXPECT_FALSE(event.Wait(0));
+}
+
+TEST(EventObject, WaitTakesASignalledEventWithoutALimit)
+{
+    EventObject event(false, true);
+    EXPECT_TRUE(event.Wait(Mutex::s_uInfinite));
+}
+
+TEST(EventObject, WaitWithoutALimitEndsWithTheSignal)
+{
+    EventObject event(false, false);
+    std::atomic<bool> done{false};
+    std::thread waiter(
+        [&]
+        {
+            event.Wait(Mutex::s_uInfinite);
+            done = true;
+        });
+    EXPECT_FALSE(done);
+    event.Signal();
+    waiter.join();
+    EXPECT_TRUE(done);
+}
+
+TEST(EventObject, AutomaticResetWakesOneWaiterForEachSignal)
+{
+    EventObject event(true, false);
+    std::atomic<int> woken{0};
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 3; ++i)
+        waiters.emplace_back([&] { woken += event.Wait(900) ? 1 : 0; });
+    event.Signal();
+    for (std::thread& waiter : waiters)
+        waiter.join();
+    EXPECT_EQ(1, woken);
+}
+
+TEST(EventObject, ManualResetWakesEveryWaiter)
+{
+    EventObject event(false, false);
+    std::atomic<int> woken{0};
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 3; ++i)
+        waiters.emplace_back([&] { woken += event.Wait(60000) ? 1 : 0; });
+    event.Signal();
+    for (std::thread& waiter : waiters)
+        waiter.join();
+    EXPECT_EQ(3, woken);
+}
+
+TEST(EventObject, LooksOnceMoreWhenTheTimeIsOver)
+{
+    // Signalled during the only slice, which does not end early for it.
+    EventObject event(false, false);
+    bool seen = false;
+    std::thread waiter([&] { seen = event.Wait(200); });
+    event.Signal();
+    waiter.join();
+    EXPECT_TRUE(seen);
+}
+
+TEST_P(EventObjectTiming, WaitLastsAsLongAsItsTimeout)
+{
+    EventObject event(true, false);
+    const Clock::time_point start = Clock::now();
+    EXPECT_FALSE(event.Wait(GetParam().timeout));
+    const long long took = MillisecondsSince(start);
+    EXPECT_GE(took, GetParam().least);
+    EXPECT_LT(took, GetParam().least + 2000);
+}
+
+INSTANTIATE_TEST_SUITE_P(Timeouts, EventObjectTiming,
+                         testing::Values(WaitRow{0, 0}, WaitRow{1, 1}, WaitRow{200, 200}, WaitRow{201, 201},
+                                         WaitRow{450, 450}));
+
+TEST(EventObjectSignalTiming, WaiterSeesTheSignalAtItsNextLook)
+{
+    EventObject event(false, false);
+    const Clock::time_point start = Clock::now();
+    long long took = 0;
+    std::thread waiter(
+        [&]
+        {
+            event.Wait(10000);
+            took = MillisecondsSince(start);
+        });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    event.Signal();
+    waiter.join();
+    // Neither at once nor only when the time is over.
+    EXPECT_GE(took, 50);
+    EXPECT_LT(took, 5000);
+}

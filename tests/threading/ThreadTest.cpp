@@ -1,0 +1,632 @@
+#include "toolkit/threading/Thread.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <thread>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/time.h>
+#include <unistd.h>
+#include <wx/app.h>
+#include <wx/init.h>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
+
+using Toolkit::Thread;
+using ToolkitTest::CapturedOutput;
+using ToolkitTest::ChildProcess;
+using ToolkitTest::WaitUntil;
+
+namespace
+{
+
+using Work = std::function<wxThread::ExitCode(Thread&)>;
+
+const int s_iRounds = 3000;
+const std::size_t s_uGrowth = 100000;
+
+wxThread::ExitCode Code(int value)
+{
+    return reinterpret_cast<wxThread::ExitCode>(static_cast<std::intptr_t>(value));
+}
+
+// Does what it is told and waits as every leaf class does.
+class Worker : public Thread
+{
+public:
+    Worker() = default;
+    explicit Worker(Work work) : m_work(std::move(work)) {}
+    ~Worker() override { StopAndWait(); }
+
+protected:
+    ExitCode DoWork() override { return m_work ? m_work(*this) : nullptr; }
+
+private:
+    const Work m_work;
+};
+
+// Forgets to wait in its destructor.
+class Careless : public Thread
+{
+protected:
+    ExitCode DoWork() override { return nullptr; }
+};
+
+bool Finish(Thread& thread)
+{
+    return thread.Run() && WaitUntil([&] { return !thread.IsRunning(); });
+}
+
+Work LoopUntilStopped(std::atomic<int>& rounds)
+{
+    return [&rounds](Thread& thread)
+    {
+        while (!thread.TestDestroy())
+        {
+            ++rounds;
+            Thread::Sleep(1);
+        }
+        return Code(5);
+    };
+}
+
+std::ptrdiff_t ThreadCount()
+{
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return std::distance(begin(tasks), end(tasks));
+}
+
+// Runs `round` over and over in a process of its own; tells what it printed, what it left running and how
+// much memory it kept.
+std::string Repeat(const std::function<void()>& round)
+{
+    return ChildProcess(
+               [&round]() -> std::string
+               {
+                   CapturedOutput errors(2);
+                   round();
+                   const std::ptrdiff_t threads = ThreadCount();
+                   const std::size_t memory = mallinfo2().uordblks;
+                   for (int i = 0; i < s_iRounds; ++i)
+                       round();
+                   std::string wrong = errors.Stop();
+                   if (!WaitUntil([threads] { return ThreadCount() <= threads; }))
+                       wrong += " threads are left";
+                   if (mallinfo2().uordblks > memory + s_uGrowth)
+                       wrong += " memory is left";
+                   return wrong;
+               })
+        .Wait();
+}
+
+// The memory that many workers leave behind on the calling thread.
+std::size_t GrowthOverManyWorkers()
+{
+    const auto round = []
+    {
+        Worker worker;
+        worker.Run();
+    };
+    round();
+    const std::size_t before = mallinfo2().uordblks;
+    for (int i = 0; i < s_iRounds; ++i)
+        round();
+    return mallinfo2().uordblks - std::min(before, mallinfo2().uordblks);
+}
+
+// `Repeat` with the base library started by the host.
+std::string RepeatStarted(const std::function<void()>& round)
+{
+    return Repeat(
+        [&round]
+        {
+            static const bool s_bStarted = wxInitialize();
+            if (s_bStarted)
+                round();
+        });
+}
+
+} // namespace
+
+TEST(Thread, IsAnAbstractBaseThread)
+{
+    EXPECT_TRUE((std::is_base_of_v<wxThread, Thread>));
+    EXPECT_TRUE(std::is_abstract_v<Thread>);
+    EXPECT_TRUE(std::has_virtual_destructor_v<Thread>);
+    EXPECT_EQ(4294967295UL, Thread::UndefinedThread);
+}
+
+TEST(Thread, DoesNothingBeforeItIsRun)
+{
+    std::atomic<bool> worked{false};
+    {
+        Worker worker(
+            [&](Thread&)
+            {
+                worked = true;
+                return nullptr;
+            });
+        EXPECT_FALSE(worker.IsRunning());
+        EXPECT_FALSE(worker.IsPaused());
+    }
+    EXPECT_FALSE(worked);
+}
+
+TEST(Thread, RunsItsWorkOnceOnItsOwnThread)
+{
+    std::atomic<int> count{0};
+    std::atomic<unsigned long> id{0};
+    Worker worker(
+        [&](Thread&)
+        {
+            ++count;
+            id = Thread::GetCurrentId();
+            return Code(42);
+        });
+    EXPECT_TRUE(worker.Run());
+    EXPECT_EQ(Code(42), worker.Wait());
+    EXPECT_EQ(1, count);
+    EXPECT_EQ(worker.GetId(), id);
+    EXPECT_NE(Thread::GetCurrentId(), id);
+    EXPECT_NE(Thread::UndefinedThread, worker.GetId());
+}
+
+TEST(Thread, RunsOnlyOnce)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> count{0};
+    Worker worker(
+        [&](Thread&)
+        {
+            ++count;
+            return nullptr;
+        });
+    EXPECT_TRUE(worker.Run());
+    EXPECT_FALSE(worker.Run());
+    worker.Wait();
+    EXPECT_FALSE(worker.Run());
+    EXPECT_EQ(1, count);
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, WaitReturnsAtOnceWhenItWasNeverStarted)
+{
+    Worker worker;
+    EXPECT_EQ(nullptr, worker.Wait());
+    EXPECT_EQ(nullptr, worker.Wait());
+}
+
+TEST(Thread, WaitReturnsAtOnceWhenItHasFinished)
+{
+    Worker worker([](Thread&) { return Code(3); });
+    ASSERT_TRUE(Finish(worker));
+    EXPECT_EQ(Code(3), worker.Wait());
+    EXPECT_EQ(Code(3), worker.Wait());
+}
+
+TEST(Thread, WaitOnItselfReturnsAtOnce)
+{
+    std::atomic<bool> returned{false};
+    Worker worker(
+        [&](Thread& self)
+        {
+            returned = self.Wait() == nullptr;
+            return nullptr;
+        });
+    worker.Run();
+    worker.Wait();
+    EXPECT_TRUE(returned);
+}
+
+TEST(Thread, WaitLastsUntilTheWorkIsDone)
+{
+    std::atomic<bool> go{false};
+    std::atomic<bool> done{false};
+    Worker worker(
+        [&](Thread&)
+        {
+            while (!go)
+                Thread::Sleep(1);
+            done = true;
+            return nullptr;
+        });
+    EXPECT_TRUE(worker.Run());
+    EXPECT_TRUE(worker.IsRunning());
+    go = true;
+    worker.Wait();
+    EXPECT_TRUE(done);
+    EXPECT_FALSE(worker.IsRunning());
+}
+
+TEST(Thread, PausesAtTestDestroyAndGoesOn)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> rounds{0};
+    Worker worker(LoopUntilStopped(rounds));
+    EXPECT_FALSE(worker.Pause());
+    EXPECT_FALSE(worker.Resume());
+    ASSERT_TRUE(worker.Run());
+    ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+    EXPECT_FALSE(worker.Resume());
+    EXPECT_TRUE(worker.Pause());
+    EXPECT_FALSE(worker.Pause());
+    EXPECT_TRUE(worker.IsPaused());
+    EXPECT_TRUE(worker.IsRunning());
+    EXPECT_TRUE(WaitUntil(
+        [&]
+        {
+            const int before = rounds;
+            Thread::Sleep(50);
+            return rounds == before;
+        }));
+    const int paused = rounds;
+    EXPECT_TRUE(worker.Resume());
+    EXPECT_FALSE(worker.IsPaused());
+    EXPECT_TRUE(WaitUntil([&] { return rounds > paused; }));
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, PauseAndResumeOfAFinishedThreadAnswerFalse)
+{
+    CapturedOutput errors(2);
+    Worker worker;
+    ASSERT_TRUE(Finish(worker));
+    EXPECT_FALSE(worker.Pause());
+    EXPECT_FALSE(worker.Resume());
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, PauseResumeAndKillOnItselfAnswerFailure)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> failed{0};
+    Worker worker(
+        [&](Thread& self)
+        {
+            failed += !self.Pause();
+            failed += !self.Resume();
+            failed += self.Kill() != wxTHREAD_NO_ERROR;
+            return nullptr;
+        });
+    worker.Run();
+    worker.Wait();
+    EXPECT_EQ(3, failed);
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, DestructorStopsAPausedThread)
+{
+    std::atomic<int> rounds{0};
+    {
+        Worker worker(LoopUntilStopped(rounds));
+        ASSERT_TRUE(worker.Run());
+        ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+        EXPECT_TRUE(worker.Pause());
+    }
+    const int after = rounds;
+    Thread::Sleep(10);
+    EXPECT_EQ(after, rounds);
+}
+
+TEST(Thread, DestructorAsksTheThreadToStopAndWaitsForIt)
+{
+    std::atomic<int> rounds{0};
+    std::atomic<bool> left{false};
+    {
+        Worker worker(
+            [&](Thread& self)
+            {
+                LoopUntilStopped(rounds)(self);
+                left = true;
+                return nullptr;
+            });
+        ASSERT_TRUE(worker.Run());
+        ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+    }
+    EXPECT_TRUE(left);
+}
+
+TEST(Thread, KillEndsTheThread)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> rounds{0};
+    {
+        Worker worker(
+            [&](Thread&) -> wxThread::ExitCode
+            {
+                while (true)
+                {
+                    ++rounds;
+                    Thread::Sleep(1);
+                }
+            });
+        ASSERT_TRUE(worker.Run());
+        ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+        EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Kill());
+        EXPECT_FALSE(worker.IsRunning());
+        EXPECT_FALSE(worker.IsPaused());
+        EXPECT_FALSE(worker.Pause());
+        EXPECT_FALSE(worker.Run());
+        EXPECT_EQ(wxTHREAD_NOT_RUNNING, worker.Kill());
+    }
+    const int after = rounds;
+    Thread::Sleep(20);
+    EXPECT_EQ(after, rounds);
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, KillEndsAPausedThread)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> rounds{0};
+    {
+        Worker worker(LoopUntilStopped(rounds));
+        ASSERT_TRUE(worker.Run());
+        ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+        EXPECT_TRUE(worker.Pause());
+        EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Kill());
+        EXPECT_FALSE(worker.IsPaused());
+        EXPECT_FALSE(worker.Resume());
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, KillOfAThreadThatDoesNotRunAnswersFailure)
+{
+    CapturedOutput errors(2);
+    Worker worker;
+    EXPECT_EQ(wxTHREAD_NOT_RUNNING, worker.Kill());
+    ASSERT_TRUE(Finish(worker));
+    EXPECT_EQ(wxTHREAD_NOT_RUNNING, worker.Kill());
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, WaitAfterKillReturns)
+{
+    std::atomic<int> rounds{0};
+    Worker worker(LoopUntilStopped(rounds));
+    ASSERT_TRUE(worker.Run());
+    ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+    EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Kill());
+    worker.Wait();
+    worker.Wait();
+    EXPECT_FALSE(worker.IsRunning());
+}
+
+TEST(Thread, IsMainThreadOnTheFirstThreadOnly)
+{
+    EXPECT_TRUE(Thread::IsMainThread());
+    std::atomic<bool> main{true};
+    Worker worker(
+        [&](Thread&)
+        {
+            main = Thread::IsMainThread();
+            return nullptr;
+        });
+    EXPECT_TRUE(Thread::IsMainThread());
+    worker.Run();
+    worker.Wait();
+    EXPECT_FALSE(main);
+    std::thread([&] { main = Thread::IsMainThread(); }).join();
+    EXPECT_FALSE(main);
+}
+
+TEST(Thread, IsMainThreadEvenWhenAnotherThreadStartedTheBaseLibrary)
+{
+    EXPECT_EQ("", ChildProcess(
+                      []() -> std::string
+                      {
+                          bool started = false;
+                          bool main = true;
+                          std::thread(
+                              [&]
+                              {
+                                  started = wxInitialize();
+                                  main = Thread::IsMainThread();
+                              })
+                              .join();
+                          if (!started || main)
+                              return "the other thread takes itself for the main one";
+                          return Thread::IsMainThread() ? "" : "the main thread does not know itself";
+                      })
+                      .Wait());
+}
+
+TEST(Thread, IsMainThreadWithoutTheBaseLibrary)
+{
+    EXPECT_EQ("", ChildProcess(
+                      []() -> std::string
+                      {
+                          bool main = true;
+                          std::thread([&] { main = Thread::IsMainThread(); }).join();
+                          return Thread::IsMainThread() && !main ? "" : "the main thread is not told apart";
+                      })
+                      .Wait());
+}
+
+TEST(ThreadTiming, SleepIsNotCutShortBySignals)
+{
+    std::signal(SIGALRM, [](int) {});
+    const itimerval often{{0, 5000}, {0, 5000}};
+    const itimerval never{{0, 0}, {0, 0}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    const auto start = std::chrono::steady_clock::now();
+    Thread::Sleep(150);
+    const auto took = std::chrono::steady_clock::now() - start;
+    setitimer(ITIMER_REAL, &never, nullptr);
+    std::signal(SIGALRM, SIG_DFL);
+    EXPECT_GE(took, std::chrono::milliseconds(150));
+    EXPECT_LT(took, std::chrono::milliseconds(3000));
+}
+
+TEST(ThreadTiming, SleepOfNothingReturns)
+{
+    const auto start = std::chrono::steady_clock::now();
+    Thread::Sleep(0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST(ThreadLife, NeverRun)
+{
+    EXPECT_EQ("", RepeatStarted([] { Worker worker; }));
+}
+
+TEST(ThreadLife, NeverRunWithoutAWaitingDestructor)
+{
+    EXPECT_EQ("", RepeatStarted([] { Careless careless; }));
+}
+
+TEST(ThreadLife, RunAndDestroyedAtOnce)
+{
+    EXPECT_EQ("", RepeatStarted(
+                      []
+                      {
+                          Worker worker;
+                          worker.Run();
+                      }));
+}
+
+// ThreadSanitizer rightly sees the object go while its thread looks at it.
+#if !defined(__SANITIZE_THREAD__)
+TEST(ThreadLife, RunAndDestroyedAtOnceWithoutAWaitingDestructor)
+{
+    EXPECT_EQ("", RepeatStarted(
+                      []
+                      {
+                          Careless careless;
+                          careless.Run();
+                      }));
+}
+#endif
+
+TEST(ThreadLife, FinishedAndNotWaitedFor)
+{
+    EXPECT_EQ("", RepeatStarted(
+                      []
+                      {
+                          Worker worker;
+                          worker.Run();
+                          while (worker.IsRunning())
+                              std::this_thread::yield();
+                      }));
+}
+
+TEST(ThreadLife, WaitedForWithoutAWaitingDestructor)
+{
+    EXPECT_EQ("", RepeatStarted(
+                      []
+                      {
+                          Careless careless;
+                          careless.Run();
+                          careless.Wait();
+                      }));
+}
+
+TEST(ThreadLife, NeverRunAndBaseLibraryStoppedFirst)
+{
+    EXPECT_EQ("", Repeat(
+                      []
+                      {
+                          wxInitialize();
+                          const Worker worker;
+                          wxUninitialize();
+                      }));
+}
+
+TEST(ThreadLife, FinishedAndBaseLibraryStoppedFirst)
+{
+    EXPECT_EQ("", Repeat(
+                      []
+                      {
+                          wxInitialize();
+                          Worker worker;
+                          worker.Run();
+                          worker.Wait();
+                          wxUninitialize();
+                      }));
+}
+
+TEST(ThreadLife, RunningAndBaseLibraryStoppedFirst)
+{
+    EXPECT_EQ("", Repeat(
+                      []
+                      {
+                          wxInitialize();
+                          Worker worker;
+                          worker.Run();
+                          wxUninitialize();
+                      }));
+}
+
+TEST(ThreadLife, NeverRunWithoutTheBaseLibrary)
+{
+    EXPECT_EQ("", Repeat([] { const Worker worker; }));
+}
+
+TEST(ThreadLife, RunWithoutTheBaseLibrary)
+{
+    EXPECT_EQ("", Repeat(
+                      []
+                      {
+                          Worker worker;
+                          worker.Run();
+                      }));
+}
+
+TEST(ThreadLife, FinishedWithoutTheBaseLibrary)
+{
+    EXPECT_EQ("", Repeat(
+                      []
+                      {
+                          Worker worker;
+                          worker.Run();
+                          worker.Wait();
+                      }));
+}
+
+TEST(ThreadLife, MadeAndDestroyedOnAnotherThread)
+{
+    // The base library keeps a record of every foreign thread, so that there is only one here.
+    EXPECT_EQ("", ChildProcess(
+                      []() -> std::string
+                      {
+                          CapturedOutput errors(2);
+                          wxInitialize();
+                          std::size_t grown = 0;
+                          std::thread([&grown] { grown = GrowthOverManyWorkers(); }).join();
+                          wxUninitialize();
+                          return errors.Stop() + (grown < s_uGrowth ? "" : " memory is left");
+                      })
+                      .Wait());
+}
+
+TEST(ThreadLife, OneObjectOutlivesManyStartsOfTheBaseLibrary)
+{
+    EXPECT_EQ("", ChildProcess(
+                      []() -> std::string
+                      {
+                          CapturedOutput errors(2);
+                          {
+                              const Worker worker;
+                              for (int i = 0; i < 20; ++i)
+                              {
+                                  wxInitialize();
+                                  wxUninitialize();
+                              }
+                          }
+                          return errors.Stop() +
+                                 (wxAppConsole::GetInstance() == nullptr ? "" : " still started");
+                      })
+                      .Wait());
+}

@@ -7,6 +7,7 @@
 
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/SystemInfo.h"
+#include "toolkit/app/Version.h"
 #include "toolkit/core/ToolkitModule.h"
 #include "toolkit/log/ILogger.h"
 
@@ -14,6 +15,7 @@ using Toolkit::ILogger;
 using Toolkit::PathManager;
 using Toolkit::SystemInfo;
 using Toolkit::ToolkitModule;
+using Toolkit::Version;
 
 // The singletons' destructors cannot be replaced, so this program sees their memory go: it has an operator
 // delete of its own, which the library uses like everyone else.
@@ -21,7 +23,7 @@ using Toolkit::ToolkitModule;
 namespace
 {
 
-const std::size_t s_uLimit = 8;
+const std::size_t s_uLimit = 16;
 
 // The memory that is watched for, and the order in which it went, each once, as it may be used again. Plain
 // arrays, as nothing here may allocate.
@@ -76,7 +78,8 @@ TEST(TeardownOrder, SingletonsGoInTheirOwnOrderEachWithItsHolder)
     ToolkitModule module;
     module.Initialize();
     const std::vector<const void*> expected = {ILogger::s_pInstance->get(), PathManager::s_pInstance->get(),
-                                               PathManager::s_pInstance,    SystemInfo::s_pInstance->get(),
+                                               PathManager::s_pInstance,    Version::s_pInstance->get(),
+                                               Version::s_pInstance,        SystemInfo::s_pInstance->get(),
                                                SystemInfo::s_pInstance,     ILogger::s_pInstance};
     for (const void* memory : expected)
         Watch(memory);

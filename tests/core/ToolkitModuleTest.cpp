@@ -4,6 +4,7 @@
 
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/SystemInfo.h"
+#include "toolkit/app/Version.h"
 #include "toolkit/log/ILogger.h"
 #include "toolkit/log/LogLine.h"
 #include "toolkit/log/NullLogger.h"
@@ -16,6 +17,7 @@ using Toolkit::smart_ptr;
 using Toolkit::SystemInfo;
 using Toolkit::ToolkitModule;
 using Toolkit::TString;
+using Toolkit::Version;
 
 namespace
 {
@@ -27,6 +29,7 @@ struct Seen
     bool m_bLogger = false;
     bool m_bNullLogger = false;
     bool m_bSystemInfo = false;
+    bool m_bVersion = false;
     bool m_bPathManager = false;
 };
 
@@ -41,6 +44,7 @@ public:
         m_seen.m_bNullLogger =
             m_seen.m_bLogger && dynamic_cast<NullLogger*>(ILogger::s_pInstance->get()) != nullptr;
         m_seen.m_bSystemInfo = SystemInfo::s_pInstance != nullptr;
+        m_seen.m_bVersion = Version::s_pInstance != nullptr;
         m_seen.m_bPathManager = PathManager::s_pInstance != nullptr;
     }
 
@@ -76,6 +80,7 @@ TEST(ToolkitModule, ConstructionCreatesNothing)
     const ToolkitModule module;
     EXPECT_EQ(nullptr, ILogger::s_pInstance);
     EXPECT_EQ(nullptr, SystemInfo::s_pInstance);
+    EXPECT_EQ(nullptr, Version::s_pInstance);
     EXPECT_EQ(nullptr, PathManager::s_pInstance);
 }
 
@@ -87,6 +92,8 @@ TEST(ToolkitModule, InitializeCreatesEverySingleton)
     EXPECT_NE(nullptr, dynamic_cast<NullLogger*>(ILogger::s_pInstance->get()));
     ASSERT_NE(nullptr, SystemInfo::s_pInstance);
     EXPECT_FALSE(SystemInfo::s_pInstance->IsNull());
+    ASSERT_NE(nullptr, Version::s_pInstance);
+    EXPECT_EQ(L"1.0.865.8", (*Version::s_pInstance)->ToString());
     ASSERT_NE(nullptr, PathManager::s_pInstance);
     EXPECT_FALSE(PathManager::s_pInstance->IsNull());
     module.Release();
@@ -99,11 +106,13 @@ TEST(ToolkitModule, SecondInitializeChangesNothing)
     smart_ptr<ILogger>* const holder = ILogger::s_pInstance;
     const ILogger* const logger = ILogger::s_pInstance->get();
     const SystemInfo* const systemInfo = SystemInfo::s_pInstance->get();
+    const Version* const version = Version::s_pInstance->get();
     const PathManager* const pathManager = PathManager::s_pInstance->get();
     module.Initialize();
     EXPECT_EQ(holder, ILogger::s_pInstance);
     EXPECT_EQ(logger, ILogger::s_pInstance->get());
     EXPECT_EQ(systemInfo, SystemInfo::s_pInstance->get());
+    EXPECT_EQ(version, Version::s_pInstance->get());
     EXPECT_EQ(pathManager, PathManager::s_pInstance->get());
     module.Release();
 }
@@ -129,6 +138,7 @@ TEST(ToolkitModule, ReleaseDestroysEverySingletonAndMayBeRepeated)
         module.Release();
         EXPECT_EQ(nullptr, ILogger::s_pInstance);
         EXPECT_EQ(nullptr, SystemInfo::s_pInstance);
+        EXPECT_EQ(nullptr, Version::s_pInstance);
         EXPECT_EQ(nullptr, PathManager::s_pInstance);
     }
 }
@@ -165,6 +175,7 @@ TEST(ToolkitModule, HostsSinkGoesFirstAndLeavesANullLoggerBehind)
     EXPECT_EQ(1, seen.m_iTimes);
     EXPECT_TRUE(seen.m_bNullLogger);
     EXPECT_TRUE(seen.m_bSystemInfo);
+    EXPECT_TRUE(seen.m_bVersion);
     EXPECT_TRUE(seen.m_bPathManager);
 }
 
@@ -194,6 +205,7 @@ TEST(ToolkitModule, LoggerGoesLast)
     EXPECT_EQ(1, seen.m_iTimes);
     EXPECT_TRUE(seen.m_bLogger);
     EXPECT_FALSE(seen.m_bSystemInfo);
+    EXPECT_FALSE(seen.m_bVersion);
     EXPECT_FALSE(seen.m_bPathManager);
     EXPECT_EQ(nullptr, ILogger::s_pInstance);
 }

@@ -2,6 +2,7 @@
 
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/SystemInfo.h"
+#include "toolkit/app/Version.h"
 #include "toolkit/core/LibModuleManager.h"
 #include "toolkit/log/ILogger.h"
 
@@ -29,6 +30,6 @@ extern "C"
     TOOLKIT_API bool HostHasSingletons()
     {
         return Toolkit::ILogger::s_pInstance != nullptr || Toolkit::SystemInfo::s_pInstance != nullptr ||
-               Toolkit::PathManager::s_pInstance != nullptr;
+               Toolkit::Version::s_pInstance != nullptr || Toolkit::PathManager::s_pInstance != nullptr;
     }
 }

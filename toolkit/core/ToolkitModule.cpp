@@ -2,6 +2,7 @@
 
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/SystemInfo.h"
+#include "toolkit/app/Version.h"
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/log/ILogger.h"
 
@@ -12,13 +13,13 @@ namespace
 {
 
 template <class T>
-smart_ptr<T> New()
+T* New()
 {
-    return smart_ptr<T>(new T);
+    return new T;
 }
 
-template <class T>
-void Create(smart_ptr<T> (*make)() = &New<T>)
+template <class T, class Made = T*>
+void Create(Made (*make)() = &New<T>)
 {
     if (T::s_pInstance == nullptr)
         T::s_pInstance = new smart_ptr<T>(make());
@@ -46,6 +47,7 @@ void ToolkitModule::Initialize()
 {
     Create<ILogger>(&ILogger::Create);
     Create<SystemInfo>();
+    Create<Version>(&Version::Create);
     Create<PathManager>();
 }
 
@@ -55,6 +57,7 @@ void ToolkitModule::Release()
 {
     ILogger::SetLogger(smart_ptr<ILogger>());
     Destroy<PathManager>();
+    Destroy<Version>();
     Destroy<SystemInfo>();
     Destroy<ILogger>();
 }

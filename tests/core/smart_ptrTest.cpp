@@ -398,14 +398,14 @@ TEST(smart_ptr, DestroysAChain)
     int destroyed = 0;
     {
         smart_ptr<Node> head(new Node(destroyed));
-        for (int i = 0; i < 99; ++i)
+        for (int i = 0; i < 29; ++i)
         {
             smart_ptr<Node> longer(new Node(destroyed));
             longer->m_next = head;
             head = longer;
         }
     }
-    EXPECT_EQ(100, destroyed);
+    EXPECT_EQ(30, destroyed);
 }
 
 TEST(smart_ptr, IsCopiedAndDroppedOnManyThreads)

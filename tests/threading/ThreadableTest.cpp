@@ -44,6 +44,7 @@ class Stoppable : public Threadable
 public:
     using Threadable::TestDestroy;
     using Threadable::Threadable;
+    ~Stoppable() override { StopAndWait(); }
 };
 
 } // namespace

@@ -1,0 +1,125 @@
+#include "toolkit/files/Directory.h"
+
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <wx/filefn.h>
+
+#include "toolkit/app/PathManager.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/encoding/WxText.h"
+#include "toolkit/files/NativePath.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const mode_t s_uNewFolderMode = 0777;
+
+const unsigned int s_uFiles = 1;
+const unsigned int s_uFolders = 2;
+
+struct CloseFolder
+{
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+bool IsFolder(DIR* folder, const dirent& entry)
+{
+    struct stat status = {};
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
+        return entry.d_type == DT_DIR;
+    return fstatat(dirfd(folder), entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool IsWanted(DIR* folder, const dirent& entry, unsigned int kinds)
+{
+    return kinds == (s_uFiles | s_uFolders) || IsFolder(folder, entry) == (kinds == s_uFolders);
+}
+
+// The names are gathered apart, so that the folder and the filter may be elements of what the caller gives.
+std::vector<TString<wchar_t>> List(const TString<wchar_t>& path, const TString<wchar_t>& filter,
+                                   unsigned int kinds)
+{
+    std::vector<TString<wchar_t>> names;
+    const NativePath native(path);
+    // No name holds a zero, but the comparison would stop there.
+    if (!native.IsValid() || filter.find(L'\0') != filter.npos)
+        return names;
+    const std::unique_ptr<DIR, CloseFolder> folder(opendir(native.c_str()));
+    if (folder == nullptr)
+        return names;
+    const wxString pattern = ToWx(filter);
+    while (const dirent* const entry = readdir(folder.get()))
+    {
+        if (entry->d_name[0] == '.' || !IsWanted(folder.get(), *entry, kinds))
+            continue;
+        TString<wchar_t> name = UTF8::ToUNICODE(entry->d_name);
+        if (!name.empty() && (filter.empty() || wxMatchWild(pattern, ToWx(name), false)))
+            names.push_back(std::move(name));
+    }
+    return names;
+}
+
+} // namespace
+
+Directory::Directory(const TString<wchar_t>& path) : m_strPath(path)
+{
+    if (!path.empty() || PathManager::s_pInstance == nullptr)
+        return;
+    const smart_ptr<PathManager, smart_ptr_policy> manager(*PathManager::s_pInstance);
+    if (!manager.IsNull())
+        m_strPath = manager->GetApplicationPath();
+}
+
+bool Directory::Exist(const TString<wchar_t>& path)
+{
+    return NativePath(path).IsFolder();
+}
+
+bool Directory::Create(const TString<wchar_t>& path)
+{
+    const NativePath native(path);
+    if (!native.IsValid())
+        return false;
+    // Only the outcome counts: a parent may be there, or be made by another process at the same time.
+    TString<char> parent = native.GetBytes();
+    for (std::size_t end = parent.find('/', 1); end != parent.npos; end = parent.find('/', end + 1))
+    {
+        parent[end] = '\0';
+        mkdir(parent.c_str(), s_uNewFolderMode);
+        parent[end] = '/';
+    }
+    mkdir(native.c_str(), s_uNewFolderMode);
+    return native.IsFolder();
+}
+
+bool Directory::RemoveFile(const TString<wchar_t>& path)
+{
+    const NativePath native(path);
+    return native.IsValid() && unlink(native.c_str()) == 0;
+}
+
+void Directory::GetFiles(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const
+{
+    names = List(m_strPath, filter, s_uFiles);
+}
+
+void Directory::GetDirectories(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const
+{
+    names = List(m_strPath, filter, s_uFolders);
+}
+
+void Directory::EnumFilePaths(std::vector<TString<wchar_t>>& names, const TString<wchar_t>& folder,
+                              const TString<wchar_t>& filter)
+{
+    names = List(folder, filter, s_uFiles | s_uFolders);
+}
+
+} // namespace Toolkit

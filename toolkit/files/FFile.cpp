@@ -1,0 +1,152 @@
+#include "toolkit/files/FFile.h"
+
+#include <fcntl.h>
+#include <stdio_ext.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <wx/ffile.h>
+
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/NativePath.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const int s_iBadMode = -1;
+
+// The flags of `open` for a mode of `fopen`. Appending is left to `fdopen`, which also moves to the end.
+int ParseMode(const TString<wchar_t>& mode)
+{
+    if (mode.empty() || mode.find_first_not_of(L"+btexcm", 1) != mode.npos)
+        return s_iBadMode;
+    const bool both = mode.find(L'+') != mode.npos;
+    const int exclusive = mode.find(L'x') != mode.npos ? O_EXCL : 0;
+    const int writing = (both ? O_RDWR : O_WRONLY) | O_CREAT | exclusive;
+    switch (mode[0])
+    {
+    case L'r':
+        return both ? O_RDWR : O_RDONLY;
+    case L'w':
+        return writing | O_TRUNC;
+    case L'a':
+        return writing;
+    default:
+        return s_iBadMode;
+    }
+}
+
+std::FILE* OpenStream(const TString<wchar_t>& path, const TString<wchar_t>& mode)
+{
+    const int flags = ParseMode(mode);
+    const int descriptor = flags == s_iBadMode ? -1 : NativePath(path).Open(flags);
+    if (descriptor == -1)
+        return nullptr;
+    const char streamMode[] = {static_cast<char>(mode[0]), (flags & O_ACCMODE) == O_RDWR ? '+' : '\0', '\0'};
+    std::FILE* const stream = fdopen(descriptor, streamMode);
+    if (stream == nullptr)
+        close(descriptor);
+    return stream;
+}
+
+} // namespace
+
+FFile::FFile() : m_pFile(new wxFFile) {}
+
+FFile::~FFile()
+{
+    Close();
+    delete m_pFile;
+}
+
+bool FFile::Open(const TString<wchar_t>& path, const TString<wchar_t>& mode)
+{
+    Attach(nullptr);
+    Attach(OpenStream(path, mode));
+    return IsOpened();
+}
+
+void FFile::Attach(std::FILE* stream)
+{
+    if (stream != nullptr && stream == m_pFile->fp())
+        return;
+    Close();
+    m_pFile->Attach(stream);
+}
+
+bool FFile::IsOpened() const
+{
+    return m_pFile->IsOpened();
+}
+
+std::size_t FFile::Read(void* buffer, unsigned int count)
+{
+    // A stream that is not open for reading would keep an error that only belongs to lost text.
+    if (!IsOpened() || buffer == nullptr || __freadable(m_pFile->fp()) == 0)
+        return 0;
+    return std::fread(buffer, 1, count, m_pFile->fp());
+}
+
+void FFile::Write(const TString<wchar_t>& text)
+{
+    if (!IsOpened())
+        return;
+    const TString<char> bytes = UTF8::ToUTF8(text);
+    std::fwrite(bytes.data(), 1, bytes.size(), m_pFile->fp());
+}
+
+bool FFile::Flush()
+{
+    return IsOpened() && std::fflush(m_pFile->fp()) == 0 && std::ferror(m_pFile->fp()) == 0;
+}
+
+bool FFile::Close()
+{
+    // Detached first: the base library would keep a stream whose closing failed, and close it again.
+    std::FILE* const stream = m_pFile->Detach();
+    if (stream == nullptr)
+        return true;
+    const bool whole = std::ferror(stream) == 0;
+    return std::fclose(stream) == 0 && whole;
+}
+
+long long FFile::GetLength() const
+{
+    struct stat status = {};
+    if (!IsOpened())
+        return -1;
+    // Not measured by seeking, which would forget that the end was met.
+    if (__fpending(m_pFile->fp()) > 0)
+        std::fflush(m_pFile->fp());
+    return fstat(fileno(m_pFile->fp()), &status) == 0 ? status.st_size : -1;
+}
+
+long long FFile::GetOffset() const
+{
+    return IsOpened() ? ftello(m_pFile->fp()) : -1;
+}
+
+bool FFile::Seek(long long offset, bool fromStart)
+{
+    return IsOpened() && fseeko(m_pFile->fp(), offset, fromStart ? SEEK_SET : SEEK_CUR) == 0;
+}
+
+bool FFile::SeekEnd(long long offset)
+{
+    return IsOpened() && fseeko(m_pFile->fp(), offset, SEEK_END) == 0;
+}
+
+bool FFile::IsEOF() const
+{
+    return !IsOpened() || std::feof(m_pFile->fp()) != 0;
+}
+
+bool FFile::Exists(const TString<wchar_t>& path)
+{
+    return NativePath(path).IsFile();
+}
+
+} // namespace Toolkit

@@ -1,0 +1,12 @@
+#include "toolkit/files/InputStream.h"
+
+#include <wx/stream.h>
+
+namespace Toolkit
+{
+
+InputStream::InputStream(wxInputStream* stream) : m_pStream(stream) {}
+
+InputStream::~InputStream() = default;
+
+} // namespace Toolkit

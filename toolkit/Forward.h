@@ -13,12 +13,16 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
+struct ArchiveEntriesFlags;
+class ArchiveZip;
+class ArchiveZipEntry;
 class ConsoleLogger;
 class DebuggerLogger;
 class Directory;
 class EventObject;
 class FFile;
 class ILogger;
+class IniFile;
 class InputStream;
 class LogLine;
 class LogText;
@@ -33,6 +37,7 @@ class TextInputStream;
 class Thread;
 class UTF7;
 class UTF8;
+class ZipInputStream;
 
 namespace Threading
 {

@@ -1,0 +1,77 @@
+#include "toolkit/files/ZipEntryStream.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/files/ZipFile.h"
+#include "toolkit/files/ZipFileStream.h"
+#include "toolkit/files/ZipNameConverter.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const std::size_t s_uBlock = 65536;
+
+} // namespace
+
+ZipEntryStream::ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry)
+{
+    m_lasterror = wxSTREAM_READ_ERROR;
+    if (!file->MayBeArchive())
+        return;
+    const BaseLibrary::Silence silence;
+    // The base library writes into the entry that it opens; the caller's may be in use elsewhere.
+    wxZipEntry copy(entry);
+    auto decoder = std::make_unique<wxZipInputStream>(new ZipFileStream(file), ZipNameConverter::Instance());
+    if (!decoder->OpenEntry(copy))
+        return;
+    m_pDecoder = std::move(decoder);
+    m_lasterror = wxSTREAM_NO_ERROR;
+    if (file->IsConsistent(entry))
+        m_state = State::Open;
+}
+
+ZipEntryStream::~ZipEntryStream() = default;
+
+std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
+{
+    if (m_uBegin == m_uEnd && count >= s_uBlock)
+        return Decode(buffer, count);
+    if (m_uBegin == m_uEnd)
+    {
+        m_block.resize(s_uBlock);
+        m_uBegin = 0;
+        m_uEnd = Decode(m_block.data(), m_block.size());
+    }
+    const std::size_t read = std::min(count, m_uEnd - m_uBegin);
+    std::memcpy(buffer, m_block.data() + m_uBegin, read);
+    m_uBegin += read;
+    return read;
+}
+
+// Decodes up to `count` bytes, fewer only where the content ends; 0 and an error behind it and in damage.
+std::size_t ZipEntryStream::Decode(void* buffer, std::size_t count)
+{
+    std::size_t decoded = 0;
+    if (m_state == State::Open)
+    {
+        const BaseLibrary::Silence silence;
+        decoded = m_pDecoder->Read(buffer, count).LastRead();
+        const wxStreamError error = m_pDecoder->GetLastError();
+        if (error == wxSTREAM_EOF)
+            m_state = State::Complete;
+        else if (error != wxSTREAM_NO_ERROR || decoded == 0)
+            m_state = State::Damaged;
+        if (m_state == State::Damaged)
+            decoded = 0;
+    }
+    if (decoded == 0)
+        m_lasterror = m_state == State::Complete ? wxSTREAM_EOF : wxSTREAM_READ_ERROR;
+    return decoded;
+}
+
+} // namespace Toolkit

@@ -1,0 +1,97 @@
+#include "toolkit/files/ZipFileStream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "toolkit/files/ZipFile.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const std::size_t s_uBufferLength = 4096;
+
+// What the base library reads of a record at once, and where in it the length of the name lies.
+struct RecordRead
+{
+    std::size_t length;
+    std::size_t nameLength;
+};
+const RecordRead s_directoryRecord = {42, 24};
+const RecordRead s_localRecord = {26, 22};
+
+bool IsNameless(const RecordRead& record, const void* bytes, std::size_t count)
+{
+    return count == record.length &&
+           std::memcmp(static_cast<const char*>(bytes) + record.nameLength, "\0\0", 2) == 0;
+}
+
+} // namespace
+
+ZipFileStream::ZipFileStream(std::shared_ptr<const ZipFile> file) : m_pFile(std::move(file)) {}
+
+ZipFileStream::~ZipFileStream() = default;
+
+wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
+{
+    wxInputStream::Read(buffer, count);
+    const bool nameless =
+        IsNameless(s_directoryRecord, buffer, m_lastcount) || IsNameless(s_localRecord, buffer, m_lastcount);
+    m_iQuestionsToZero = nameless ? 2 : 0;
+    return *this;
+}
+
+std::size_t ZipFileStream::LastRead() const
+{
+    if (m_iQuestionsToZero > 0 && --m_iQuestionsToZero == 0)
+        return 0;
+    return m_lastcount;
+}
+
+wxFileOffset ZipFileStream::GetLength() const
+{
+    return m_pFile->GetLength();
+}
+
+std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
+{
+    const std::size_t read = count < s_uBufferLength ? ReadBuffered(static_cast<char*>(buffer), count)
+                                                     : m_pFile->ReadAt(m_iPosition, buffer, count);
+    m_iPosition += static_cast<long long>(read);
+    m_lasterror = read > 0 ? wxSTREAM_NO_ERROR : wxSTREAM_EOF;
+    return read;
+}
+
+wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
+{
+    const long long base = mode == wxFromStart     ? 0
+                           : mode == wxFromCurrent ? m_iPosition
+                                                   : m_pFile->GetLength();
+    long long position = 0;
+    if (__builtin_add_overflow(base, static_cast<long long>(offset), &position) || position < 0)
+        return wxInvalidOffset;
+    m_iPosition = position;
+    m_iLastSeek = position;
+    m_lasterror = wxSTREAM_NO_ERROR;
+    return position;
+}
+
+// Reads what the buffer holds from the position on, after filling it there if that is nothing.
+std::size_t ZipFileStream::ReadBuffered(char* buffer, std::size_t count)
+{
+    if (m_iPosition < m_iBufferOffset || m_iPosition - m_iBufferOffset >= static_cast<long long>(m_uBuffered))
+    {
+        m_buffer.resize(s_uBufferLength);
+        m_iBufferOffset = m_iPosition;
+        m_uBuffered = m_pFile->ReadAt(m_iPosition, m_buffer.data(), s_uBufferLength);
+    }
+    const std::size_t begin = static_cast<std::size_t>(m_iPosition - m_iBufferOffset);
+    const std::size_t read = std::min(count, m_uBuffered - begin);
+    std::memcpy(buffer, m_buffer.data() + begin, read);
+    return read;
+}
+
+} // namespace Toolkit

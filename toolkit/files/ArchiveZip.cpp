@@ -1,5 +1,6 @@
 #include "toolkit/files/ArchiveZip.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <memory>
@@ -95,22 +96,23 @@ private:
     int m_iDescriptor;
 };
 
-// Decodes block by block: memory follows neither the declared length nor the real one. The last block, the
-// only one of most entries, is written when all is verified.
+// Decodes block by block: memory follows neither the declared length nor the real one, and no more is asked
+// for than shows whether the content is longer than declared. The last block, the only one of most entries,
+// is written when all is verified.
 bool Extract(ZipEntryStream& content, long long length, Target& target)
 {
     const std::unique_ptr<char[]> block(new char[s_uBlock]);
-    long long total = 0;
-    std::size_t count = s_uBlock;
-    while (count == s_uBlock)
+    for (;;)
     {
-        count = content.Read(block.get(), s_uBlock).LastRead();
-        total += static_cast<long long>(count);
-        const bool right = count == s_uBlock ? total <= length : total == length && !content.IsDamaged();
-        if (!right || !target.Write(block.get(), count))
+        const std::size_t room = static_cast<std::size_t>(std::min<long long>(length, s_uBlock - 1)) + 1;
+        const std::size_t count = content.Read(block.get(), room).LastRead();
+        length -= static_cast<long long>(count);
+        const bool end = count < room;
+        if (length < 0 || (end && (length != 0 || content.IsDamaged())) || !target.Write(block.get(), count))
             return false;
+        if (end)
+            return true;
     }
-    return true;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "toolkit/core/BaseLibrary.h"
 #include "toolkit/files/ZipFile.h"
@@ -15,18 +16,22 @@ namespace
 {
 
 const std::size_t s_uBlock = 65536;
+// Decoded straight into the reader's memory.
+const std::size_t s_uLargeRead = 16;
 
 } // namespace
 
-ZipEntryStream::ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry)
+ZipEntryStream::ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry,
+                               std::unique_ptr<wxZipInputStream> decoder)
 {
     m_lasterror = wxSTREAM_READ_ERROR;
     if (!file->MayBeArchive())
         return;
     const BaseLibrary::Silence silence;
+    if (decoder == nullptr)
+        decoder = std::make_unique<wxZipInputStream>(new ZipFileStream(file), ZipNameConverter::Instance());
     // The base library writes into the entry that it opens; the caller's may be in use elsewhere.
     wxZipEntry copy(entry);
-    auto decoder = std::make_unique<wxZipInputStream>(new ZipFileStream(file), ZipNameConverter::Instance());
     if (!decoder->OpenEntry(copy))
         return;
     m_pDecoder = std::move(decoder);
@@ -37,18 +42,27 @@ ZipEntryStream::ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const
 
 ZipEntryStream::~ZipEntryStream() = default;
 
+std::unique_ptr<wxZipInputStream> ZipEntryStream::TakeDecoder()
+{
+    if (m_state != State::Complete)
+        m_pDecoder.reset();
+    m_state = State::Damaged;
+    return std::move(m_pDecoder);
+}
+
 std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
 {
-    if (m_uBegin == m_uEnd && count >= s_uBlock)
+    if (m_uBegin == m_uEnd && count >= s_uLargeRead)
         return Decode(buffer, count);
     if (m_uBegin == m_uEnd)
     {
-        m_block.resize(s_uBlock);
+        if (m_pBlock == nullptr)
+            m_pBlock.reset(new char[s_uBlock]);
         m_uBegin = 0;
-        m_uEnd = Decode(m_block.data(), m_block.size());
+        m_uEnd = Decode(m_pBlock.get(), s_uBlock);
     }
     const std::size_t read = std::min(count, m_uEnd - m_uBegin);
-    std::memcpy(buffer, m_block.data() + m_uBegin, read);
+    std::memcpy(buffer, m_pBlock.get() + m_uBegin, read);
     m_uBegin += read;
     return read;
 }

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 #include <wx/stream.h>
 #include <wx/zipstrm.h>
@@ -13,13 +12,15 @@ namespace Toolkit
 
 class ZipFile;
 
-// The content of one entry, decoded by a base library stream of its own, so that no other entry, damaged or
-// half read, has any part in it. It is decoded block by block. A block in which damage, a wrong length or a
-// wrong checksum shows is not yielded, and with it the content ends.
+// The content of one entry, decoded block by block. The base library's decoder keeps traces of an entry that
+// was damaged or half read; so only one that has come to a good end is used again. A block in which damage, a
+// wrong length or a wrong checksum shows is not yielded, and with it the content ends.
 class ZipEntryStream : public wxInputStream
 {
 public:
-    ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry);
+    // `decoder` is what another entry of the same file has left, or null.
+    ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry,
+                   std::unique_ptr<wxZipInputStream> decoder);
     ~ZipEntryStream() override;
 
     ZipEntryStream(const ZipEntryStream&) = delete;
@@ -30,6 +31,9 @@ public:
 
     // True when the content, met so far or not, cannot be read to its end.
     bool IsDamaged() const { return m_state == State::Damaged; }
+
+    // Gives the decoder away; null unless it may be used again. Nothing can be read afterwards.
+    std::unique_ptr<wxZipInputStream> TakeDecoder();
 
 protected:
     std::size_t OnSysRead(void* buffer, std::size_t count) override;
@@ -46,7 +50,7 @@ private:
 
     std::unique_ptr<wxZipInputStream> m_pDecoder;
     State m_state = State::Damaged;
-    std::vector<char> m_block;
+    std::unique_ptr<char[]> m_pBlock;
     std::size_t m_uBegin = 0;
     std::size_t m_uEnd = 0;
 };

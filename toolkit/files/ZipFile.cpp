@@ -1,5 +1,6 @@
 #include "toolkit/files/ZipFile.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -28,6 +29,9 @@ const std::size_t s_uLocalExtraLength = 28;
 
 const std::size_t s_uDirectoryRecordLength = 46;
 const std::size_t s_uDirectoryNameLength = 28;
+
+// Text seldom compresses better.
+const long long s_iUsualExpansion = 16;
 
 const unsigned int s_uDescriptorSignature = 0x08074B50;
 const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
@@ -108,6 +112,13 @@ bool ZipFile::IsConsistent(const wxZipEntry& entry) const
                                                     Get16(local + s_uLocalExtraLength));
     return entry.GetCompressedSize() >= 0 && entry.GetCompressedSize() <= m_iLength &&
            HasChecksum(entry.GetOffset() + header + entry.GetCompressedSize(), entry.GetCrc());
+}
+
+std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
+{
+    const long long compressed = std::clamp<long long>(entry.GetCompressedSize(), 0, m_iLength);
+    const long long expansion = entry.GetMethod() == wxZIP_METHOD_STORE ? 1 : s_iUsualExpansion;
+    return static_cast<std::size_t>(std::clamp<long long>(entry.GetSize(), 0, compressed * expansion));
 }
 
 std::string ZipFile::ReadDirectoryName(long long offset) const

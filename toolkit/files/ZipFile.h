@@ -38,6 +38,10 @@ public:
     // encrypted, the same method and the same checksum.
     bool IsConsistent(const wxZipEntry& entry) const;
 
+    // The declared length of the entry's content, as far as so much can reasonably come of what is in the
+    // file.
+    std::size_t GetCredibleLength(const wxZipEntry& entry) const;
+
     // The name, in bytes, in the record of the directory at `offset`.
     std::string ReadDirectoryName(long long offset) const;
 

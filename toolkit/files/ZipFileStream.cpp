@@ -37,7 +37,11 @@ ZipFileStream::~ZipFileStream() = default;
 
 wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
 {
-    wxInputStream::Read(buffer, count);
+    // The base library's own form fills the buffer with zeros first.
+    if (m_wback == nullptr)
+        m_lastcount = OnSysRead(buffer, count);
+    else
+        wxInputStream::Read(buffer, count);
     const bool nameless =
         IsNameless(s_directoryRecord, buffer, m_lastcount) || IsNameless(s_localRecord, buffer, m_lastcount);
     m_iQuestionsToZero = nameless ? 2 : 0;
@@ -61,7 +65,7 @@ std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
     const std::size_t read = count < s_uBufferLength ? ReadBuffered(static_cast<char*>(buffer), count)
                                                      : m_pFile->ReadAt(m_iPosition, buffer, count);
     m_iPosition += static_cast<long long>(read);
-    m_lasterror = read > 0 ? wxSTREAM_NO_ERROR : wxSTREAM_EOF;
+    m_lasterror = read == count ? wxSTREAM_NO_ERROR : wxSTREAM_EOF;
     return read;
 }
 
@@ -79,10 +83,11 @@ wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
     return position;
 }
 
-// Reads what the buffer holds from the position on, after filling it there if that is nothing.
+// Reads from the buffer, after filling it from the position on if it does not hold all of it.
 std::size_t ZipFileStream::ReadBuffered(char* buffer, std::size_t count)
 {
-    if (m_iPosition < m_iBufferOffset || m_iPosition - m_iBufferOffset >= static_cast<long long>(m_uBuffered))
+    const long long end = m_iBufferOffset + static_cast<long long>(m_uBuffered);
+    if (m_iPosition < m_iBufferOffset || m_iPosition > end - static_cast<long long>(count))
     {
         m_buffer.resize(s_uBufferLength);
         m_iBufferOffset = m_iPosition;

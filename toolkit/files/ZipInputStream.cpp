@@ -1,5 +1,6 @@
 #include "toolkit/files/ZipInputStream.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -60,10 +61,12 @@ ZipInputStream& ZipInputStream::operator>>(std::vector<unsigned char>& bytes)
         return *this;
     const std::size_t before = bytes.size();
     std::size_t end = before;
+    // One more than expected, so that the end is met without growing again.
+    bytes.reserve(before + m_uCredibleLength + 1);
     do
     {
-        bytes.resize(end + s_uBlock);
-        end += m_pContent->Read(bytes.data() + end, s_uBlock).LastRead();
+        bytes.resize(end + std::clamp<std::size_t>(bytes.capacity() - end, 1, s_uBlock));
+        end += m_pContent->Read(bytes.data() + end, bytes.size() - end).LastRead();
     } while (end == bytes.size());
     bytes.resize(m_pContent->IsDamaged() ? before : end);
     return *this;
@@ -120,7 +123,8 @@ std::unique_ptr<wxZipEntry> ZipInputStream::TakeNextEntry()
 ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)
 {
     CloseEntry();
-    m_pContent = std::make_unique<ZipEntryStream>(m_pFile, entry);
+    m_pContent = std::make_unique<ZipEntryStream>(m_pFile, entry, std::move(m_pDecoder));
+    m_uCredibleLength = m_pFile->GetCredibleLength(entry);
     m_pReader = std::make_unique<TextReader>(m_pContent.get());
     if (!m_pContent->IsFound())
         return nullptr;
@@ -131,6 +135,8 @@ ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)
 void ZipInputStream::CloseEntry()
 {
     m_pReader.reset();
+    if (m_pContent != nullptr)
+        m_pDecoder = m_pContent->TakeDecoder();
     m_pContent.reset();
 }
 

@@ -1,6 +1,7 @@
 #ifndef TOOLKIT_FILES_ZIPINPUTSTREAM_H
 #define TOOLKIT_FILES_ZIPINPUTSTREAM_H
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "toolkit/files/InputStream.h"
 
 class wxZipEntry;
+class wxZipInputStream;
 
 namespace Toolkit
 {
@@ -64,7 +66,9 @@ private:
     bool m_bAsked = false;
     bool m_bIsArchive = false;
     bool m_bListed = false;
+    std::unique_ptr<wxZipInputStream> m_pDecoder;
     std::unique_ptr<ZipEntryStream> m_pContent;
+    std::size_t m_uCredibleLength = 0;
     std::unique_ptr<TextReader> m_pReader;
 };
 

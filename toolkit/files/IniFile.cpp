@@ -1,9 +1,11 @@
 #include "toolkit/files/IniFile.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cwchar>
 #include <limits>
+#include <utility>
 
+#include "toolkit/files/NameTable.h"
 #include "toolkit/files/TextFile.h"
 #include "toolkit/log/LogLine.h"
 
@@ -61,9 +63,36 @@ Number ReadNumber(const TString<wchar_t>& text)
     return static_cast<Number>(negative ? 0 - value : value);
 }
 
+using Keys = NameTable<TString<wchar_t>>;
+
 } // namespace
 
-IniFile::IniFile(const TString<wchar_t>& path) : m_bLoaded(false)
+// Few ask for a section's keys in their order, but all look single ones up.
+struct IniFile::Sections
+{
+    void ParseLine(const TString<wchar_t>& line);
+
+    NameTable<Keys> m_table;
+    Keys* m_pCurrent = nullptr;
+};
+
+void IniFile::Sections::ParseLine(const TString<wchar_t>& line)
+{
+    if (line.empty())
+        return;
+    if (line.size() >= 2 && line.front() == L'[' && line.back() == L']')
+    {
+        m_pCurrent = &m_table.Add(TString<wchar_t>(line.substr(1, line.size() - 2)));
+        return;
+    }
+    if (line.front() == L';' || m_pCurrent == nullptr)
+        return;
+    const std::size_t equals = line.find(L'=');
+    if (equals != line.npos)
+        m_pCurrent->Add(Trimmed(line, 0, equals), Trimmed(line, equals + 1, line.size()));
+}
+
+IniFile::IniFile(const TString<wchar_t>& path) : m_pSections(std::make_unique<Sections>()), m_bLoaded(false)
 {
     m_bLoaded = Parse(path);
 }
@@ -74,23 +103,22 @@ bool IniFile::Parse(const TString<wchar_t>& path)
 {
     // Copied, for it may lie in the sections that go now.
     const TString<wchar_t> kept(path);
-    m_sections.clear();
+    *m_pSections = Sections();
     TextFile file;
     if (!file.Open(kept))
     {
         LogLine::Stream(LogSeverity::Error, s_uOpenFailedLine, "Parse", L"Unable to open file : " + kept);
         return false;
     }
-    Keys* current = nullptr;
     for (TString<wchar_t> line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
-        ParseLine(line, current);
+        m_pSections->ParseLine(line);
     file.Close();
     return true;
 }
 
 bool IniFile::HasSection(const TString<wchar_t>& section) const
 {
-    return m_sections.find(section) != m_sections.end();
+    return m_pSections->m_table.Find(section) != nullptr;
 }
 
 bool IniFile::HasValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const
@@ -124,38 +152,20 @@ bool IniFile::GetBool(const TString<wchar_t>& section, const TString<wchar_t>& k
 void IniFile::GetKeyList(const TString<wchar_t>& section, std::vector<TString<wchar_t>>& keys) const
 {
     // Found first, for `section` may lie in `keys`.
-    const auto found = m_sections.find(section);
+    const Keys* const found = m_pSections->m_table.Find(section);
     keys.clear();
-    if (found == m_sections.end())
+    if (found == nullptr)
         return;
-    keys.reserve(found->second.size());
-    for (const auto& pair : found->second)
-        keys.push_back(pair.first);
-}
-
-void IniFile::ParseLine(const TString<wchar_t>& line, Keys*& current)
-{
-    if (line.empty())
-        return;
-    if (line.size() >= 2 && line.front() == L'[' && line.back() == L']')
-    {
-        current = &m_sections[TString<wchar_t>(line.substr(1, line.size() - 2))];
-        return;
-    }
-    if (line.front() == L';' || current == nullptr)
-        return;
-    const std::size_t equals = line.find(L'=');
-    if (equals != line.npos)
-        current->try_emplace(Trimmed(line, 0, equals), Trimmed(line, equals + 1, line.size()));
+    keys.reserve(found->GetEntries().size());
+    for (const auto& entry : found->GetEntries())
+        keys.push_back(entry.first);
+    std::sort(keys.begin(), keys.end());
 }
 
 const TString<wchar_t>* IniFile::FindValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const
 {
-    const auto keys = m_sections.find(section);
-    if (keys == m_sections.end())
-        return nullptr;
-    const auto value = keys->second.find(key);
-    return value != keys->second.end() ? &value->second : nullptr;
+    const Keys* const keys = m_pSections->m_table.Find(section);
+    return keys != nullptr ? keys->Find(key) : nullptr;
 }
 
 template <class Number>

@@ -1,7 +1,7 @@
 #ifndef TOOLKIT_FILES_INIFILE_H
 #define TOOLKIT_FILES_INIFILE_H
 
-#include <map>
+#include <memory>
 #include <vector>
 
 #include "toolkit/core/Export.h"
@@ -20,6 +20,9 @@ public:
     // Parses `path`; `IsLoaded` tells the result.
     explicit IniFile(const TString<wchar_t>& path);
     ~IniFile();
+
+    IniFile(const IniFile&) = delete;
+    IniFile& operator=(const IniFile&) = delete;
 
     // True when the file given to the constructor was read; a later `Parse` does not change it.
     bool IsLoaded() const { return m_bLoaded; }
@@ -59,14 +62,13 @@ public:
     void GetKeyList(const TString<wchar_t>& section, std::vector<TString<wchar_t>>& keys) const;
 
 private:
-    using Keys = std::map<TString<wchar_t>, TString<wchar_t>>;
+    struct Sections;
 
-    void ParseLine(const TString<wchar_t>& line, Keys*& current);
     const TString<wchar_t>* FindValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const;
     template <class Number>
     Number GetNumber(const TString<wchar_t>& section, const TString<wchar_t>& key, Number defaultValue) const;
 
-    std::map<TString<wchar_t>, Keys> m_sections;
+    const std::unique_ptr<Sections> m_pSections;
     bool m_bLoaded;
 };
 

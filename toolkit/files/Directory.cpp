@@ -1,9 +1,10 @@
 #include "toolkit/files/Directory.h"
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,8 +20,6 @@ namespace Toolkit
 
 namespace
 {
-
-const mode_t s_uNewFolderMode = 0777;
 
 const unsigned int s_uFiles = 1;
 const unsigned int s_uFolders = 2;
@@ -86,17 +85,10 @@ bool Directory::Exist(const TString<wchar_t>& path)
 bool Directory::Create(const TString<wchar_t>& path)
 {
     const NativePath native(path);
-    if (!native.IsValid())
-        return false;
-    // Only the outcome counts: a parent may be there, or be made by another process at the same time.
-    TString<char> parent = native.GetBytes();
-    for (std::size_t end = parent.find('/', 1); end != parent.npos; end = parent.find('/', end + 1))
-    {
-        parent[end] = '\0';
-        mkdir(parent.c_str(), s_uNewFolderMode);
-        parent[end] = '/';
-    }
-    mkdir(native.c_str(), s_uNewFolderMode);
+    std::error_code ignored;
+    if (native.IsValid())
+        std::filesystem::create_directories(native.c_str(), ignored);
+    // Only the outcome counts: the folder may be there, or be made by another process at the same time.
     return native.IsFolder();
 }
 

@@ -47,8 +47,8 @@ class TextInputStream;
 class Thread;
 class UTF7;
 class UTF8;
-class ZipInputStream;
 class Version;
+class ZipInputStream;
 
 namespace Threading
 {

@@ -24,7 +24,8 @@ namespace
 
 const unsigned int s_uNotReadableLine = 99;
 const unsigned int s_uNotValidLine = 106;
-const std::size_t s_uBlock = 65536;
+const long long s_uBlock = 65536;
+const long long s_uSmallestRead = 64;
 
 int FailListing(unsigned int line, const wchar_t* message)
 {
@@ -104,7 +105,8 @@ bool Extract(ZipEntryStream& content, long long length, Target& target)
     const std::unique_ptr<char[]> block(new char[s_uBlock]);
     for (;;)
     {
-        const std::size_t room = static_cast<std::size_t>(std::min<long long>(length, s_uBlock - 1)) + 1;
+        const std::size_t room =
+            static_cast<std::size_t>(std::clamp<long long>(length, s_uSmallestRead, s_uBlock - 1)) + 1;
         const std::size_t count = content.Read(block.get(), room).LastRead();
         length -= static_cast<long long>(count);
         const bool end = count < room;

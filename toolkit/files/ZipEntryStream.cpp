@@ -21,22 +21,24 @@ const std::size_t s_uLargeRead = 16;
 
 } // namespace
 
-ZipEntryStream::ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry,
+ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry,
                                std::unique_ptr<wxZipInputStream> decoder)
+    : m_pFile(std::move(file)), m_entry(entry)
 {
     m_lasterror = wxSTREAM_READ_ERROR;
-    if (!file->MayBeArchive())
+    if (!m_pFile->MayBeArchive())
         return;
     const BaseLibrary::Silence silence;
     if (decoder == nullptr)
-        decoder = std::make_unique<wxZipInputStream>(new ZipFileStream(file), ZipNameConverter::Instance());
-    // The base library writes into the entry that it opens; the caller's may be in use elsewhere.
-    wxZipEntry copy(entry);
-    if (!decoder->OpenEntry(copy))
+        decoder =
+            std::make_unique<wxZipInputStream>(new ZipFileStream(m_pFile), ZipNameConverter::Instance());
+    const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
+    static_cast<ZipFileStream&>(*decoder->GetFilterInputStream()).Replace(record);
+    if (!decoder->OpenEntry(m_entry))
         return;
     m_pDecoder = std::move(decoder);
     m_lasterror = wxSTREAM_NO_ERROR;
-    if (file->IsConsistent(entry))
+    if (record.consistent)
         m_state = State::Open;
 }
 
@@ -60,11 +62,29 @@ std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
             m_pBlock.reset(new char[s_uBlock]);
         m_uBegin = 0;
         m_uEnd = Decode(m_pBlock.get(), s_uBlock);
+        if (m_uEnd == s_uBlock && !m_bVerified)
+            Verify();
     }
     const std::size_t read = std::min(count, m_uEnd - m_uBegin);
     std::memcpy(buffer, m_pBlock.get() + m_uBegin, read);
     m_uBegin += read;
     return read;
+}
+
+// Decodes all of the content once more, for itself, and takes back the block that was decoded if that fails.
+void ZipEntryStream::Verify()
+{
+    m_bVerified = true;
+    ZipEntryStream other(m_pFile, m_entry, nullptr);
+    const std::unique_ptr<char[]> block(new char[s_uBlock]);
+    while (other.Decode(block.get(), s_uBlock) > 0)
+    {
+    }
+    if (!other.IsDamaged())
+        return;
+    m_state = State::Damaged;
+    m_lasterror = wxSTREAM_READ_ERROR;
+    m_uEnd = 0;
 }
 
 // Decodes up to `count` bytes, fewer only where the content ends; 0 and an error behind it and in damage.

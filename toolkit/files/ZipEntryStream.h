@@ -13,13 +13,14 @@ namespace Toolkit
 class ZipFile;
 
 // The content of one entry, decoded block by block. The base library's decoder keeps traces of an entry that
-// was damaged or half read; so only one that has come to a good end is used again. A block in which damage, a
-// wrong length or a wrong checksum shows is not yielded, and with it the content ends.
+// was damaged or half read; so only one that has come to a good end is used again. Nothing is yielded of a
+// block in which damage, a wrong length or a wrong checksum shows, nor behind it; a reader of small pieces,
+// who cannot take back what he has used, gets nothing at all of a damaged entry.
 class ZipEntryStream : public wxInputStream
 {
 public:
     // `decoder` is what another entry of the same file has left, or null.
-    ZipEntryStream(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& entry,
+    ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry,
                    std::unique_ptr<wxZipInputStream> decoder);
     ~ZipEntryStream() override;
 
@@ -46,11 +47,16 @@ private:
         Damaged
     };
 
+    void Verify();
     std::size_t Decode(void* buffer, std::size_t count);
 
+    const std::shared_ptr<const ZipFile> m_pFile;
+    // A copy: the base library writes into the entry that it opens.
+    wxZipEntry m_entry;
     std::unique_ptr<wxZipInputStream> m_pDecoder;
     State m_state = State::Damaged;
     std::unique_ptr<char[]> m_pBlock;
+    bool m_bVerified = false;
     std::size_t m_uBegin = 0;
     std::size_t m_uEnd = 0;
 };

@@ -20,10 +20,11 @@ namespace
 // The record at the end, without which no file is an archive.
 const long long s_iEndRecordLength = 22;
 
-const std::size_t s_uLocalRecordLength = 30;
 const std::size_t s_uLocalFlags = 6;
 const std::size_t s_uLocalMethod = 8;
 const std::size_t s_uLocalChecksum = 14;
+const std::size_t s_uLocalCompressed = 18;
+const std::size_t s_uLocalLength = 22;
 const std::size_t s_uLocalNameLength = 26;
 const std::size_t s_uLocalExtraLength = 28;
 
@@ -44,6 +45,18 @@ unsigned int Get16(const unsigned char* bytes)
 unsigned int Get32(const unsigned char* bytes)
 {
     return Get16(bytes) | Get16(bytes + 2) << 16;
+}
+
+void Put32(unsigned char* bytes, unsigned int value)
+{
+    for (int i = 0; i < 4; ++i)
+        bytes[i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+// True for a length that needs no extra field.
+bool IsShort(long long length)
+{
+    return length >= 0 && length < 0xFFFFFFFF;
 }
 
 bool IsRegular(int descriptor, long long& length)
@@ -97,21 +110,23 @@ std::size_t ZipFile::ReadAt(long long offset, void* buffer, std::size_t count) c
     return have;
 }
 
-bool ZipFile::IsConsistent(const wxZipEntry& entry) const
+ZipFile::LocalRecord ZipFile::ReadLocalRecord(const wxZipEntry& entry) const
 {
-    unsigned char local[s_uLocalRecordLength];
-    if (ReadAt(entry.GetOffset(), local, sizeof local) != sizeof local)
-        return false;
-    const int flags = static_cast<int>(Get16(local + s_uLocalFlags));
-    if (((flags | entry.GetFlags()) & s_iEncrypted) != 0 ||
-        static_cast<int>(Get16(local + s_uLocalMethod)) != entry.GetMethod())
-        return false;
-    if ((flags & wxZIP_SUMS_FOLLOW) == 0)
-        return Get32(local + s_uLocalChecksum) == entry.GetCrc();
-    const long long header = static_cast<long long>(s_uLocalRecordLength + Get16(local + s_uLocalNameLength) +
-                                                    Get16(local + s_uLocalExtraLength));
-    return entry.GetCompressedSize() >= 0 && entry.GetCompressedSize() <= m_iLength &&
-           HasChecksum(entry.GetOffset() + header + entry.GetCompressedSize(), entry.GetCrc());
+    LocalRecord record;
+    record.offset = entry.GetOffset();
+    record.consistent =
+        ReadAt(record.offset, record.bytes.data(), record.bytes.size()) == record.bytes.size() &&
+        IsConsistent(entry, record);
+    record.completed = record.consistent && IsShort(entry.GetCompressedSize()) && IsShort(entry.GetSize()) &&
+                       (Get16(&record.bytes[s_uLocalFlags]) & wxZIP_SUMS_FOLLOW) != 0;
+    if (record.completed)
+    {
+        record.bytes[s_uLocalFlags] &= static_cast<unsigned char>(~wxZIP_SUMS_FOLLOW);
+        Put32(&record.bytes[s_uLocalChecksum], entry.GetCrc());
+        Put32(&record.bytes[s_uLocalCompressed], static_cast<unsigned int>(entry.GetCompressedSize()));
+        Put32(&record.bytes[s_uLocalLength], static_cast<unsigned int>(entry.GetSize()));
+    }
+    return record;
 }
 
 std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
@@ -129,6 +144,21 @@ std::string ZipFile::ReadDirectoryName(long long offset) const
     std::string name(Get16(record + s_uDirectoryNameLength), '\0');
     name.resize(ReadAt(offset + static_cast<long long>(sizeof record), name.data(), name.size()));
     return name;
+}
+
+bool ZipFile::IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const
+{
+    const auto get16 = [&](std::size_t place) { return Get16(&record.bytes[place]); };
+    const int flags = static_cast<int>(get16(s_uLocalFlags));
+    if (((flags | entry.GetFlags()) & s_iEncrypted) != 0 ||
+        static_cast<int>(get16(s_uLocalMethod)) != entry.GetMethod())
+        return false;
+    if ((flags & wxZIP_SUMS_FOLLOW) == 0)
+        return Get32(&record.bytes[s_uLocalChecksum]) == entry.GetCrc();
+    const std::size_t content = record.bytes.size() + get16(s_uLocalNameLength) + get16(s_uLocalExtraLength);
+    return entry.GetCompressedSize() >= 0 && entry.GetCompressedSize() <= m_iLength &&
+           HasChecksum(record.offset + static_cast<long long>(content) + entry.GetCompressedSize(),
+                       entry.GetCrc());
 }
 
 // What follows the content begins with the checksum, or with a signature in front of it.

@@ -1,6 +1,7 @@
 #ifndef TOOLKIT_FILES_ZIPFILE_H
 #define TOOLKIT_FILES_ZIPFILE_H
 
+#include <array>
 #include <cstddef>
 #include <string>
 
@@ -17,6 +18,20 @@ namespace Toolkit
 class ZipFile
 {
 public:
+    // The record in front of an entry's content.
+    struct LocalRecord
+    {
+        long long offset = 0;
+        std::array<unsigned char, 30> bytes = {};
+        // True when it and what follows the content say the same of it as the directory: nothing encrypted,
+        // the same method and the same checksum.
+        bool consistent = false;
+        // True when it left lengths and checksum to what follows the content, as an archive does that was
+        // written into a pipe, and now has them from the directory: the base library finds no stored content
+        // otherwise.
+        bool completed = false;
+    };
+
     explicit ZipFile(const TString<wchar_t>& path);
     ~ZipFile();
 
@@ -34,9 +49,7 @@ public:
     // The bytes read, less than `count` only at the end of the file or on an error.
     std::size_t ReadAt(long long offset, void* buffer, std::size_t count) const;
 
-    // True when the entry's own record says the same of its content as the archive's directory: nothing
-    // encrypted, the same method and the same checksum.
-    bool IsConsistent(const wxZipEntry& entry) const;
+    LocalRecord ReadLocalRecord(const wxZipEntry& entry) const;
 
     // The declared length of the entry's content, as far as so much can reasonably come of what is in the
     // file.
@@ -46,6 +59,7 @@ public:
     std::string ReadDirectoryName(long long offset) const;
 
 private:
+    bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
     bool HasChecksum(long long offset, unsigned int checksum) const;
 
     int m_iDescriptor;

@@ -4,8 +4,6 @@
 #include <cstring>
 #include <utility>
 
-#include "toolkit/files/ZipFile.h"
-
 namespace Toolkit
 {
 
@@ -14,7 +12,10 @@ namespace
 
 const std::size_t s_uBufferLength = 4096;
 
-// What the base library reads of a record at once, and where in it the length of the name lies.
+const long long s_iSignatureLength = 4;
+
+// What the base library reads of a record at once, behind the signature, and where in it the length of the
+// name lies.
 struct RecordRead
 {
     std::size_t length;
@@ -42,6 +43,8 @@ wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
         m_lastcount = OnSysRead(buffer, count);
     else
         wxInputStream::Read(buffer, count);
+    if (m_lastcount == s_directoryRecord.length)
+        m_iLastRecord = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
     const bool nameless =
         IsNameless(s_directoryRecord, buffer, m_lastcount) || IsNameless(s_localRecord, buffer, m_lastcount);
     m_iQuestionsToZero = nameless ? 2 : 0;
@@ -53,6 +56,13 @@ std::size_t ZipFileStream::LastRead() const
     if (m_iQuestionsToZero > 0 && --m_iQuestionsToZero == 0)
         return 0;
     return m_lastcount;
+}
+
+void ZipFileStream::Replace(const ZipFile::LocalRecord& record)
+{
+    if (record.completed || m_replaced.completed)
+        m_uBuffered = 0;
+    m_replaced = record;
 }
 
 wxFileOffset ZipFileStream::GetLength() const
@@ -78,9 +88,24 @@ wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
     if (__builtin_add_overflow(base, static_cast<long long>(offset), &position) || position < 0)
         return wxInvalidOffset;
     m_iPosition = position;
-    m_iLastSeek = position;
     m_lasterror = wxSTREAM_NO_ERROR;
     return position;
+}
+
+void ZipFileStream::FillBuffer()
+{
+    m_buffer.resize(s_uBufferLength);
+    m_iBufferOffset = m_iPosition;
+    m_uBuffered = m_pFile->ReadAt(m_iPosition, m_buffer.data(), s_uBufferLength);
+    if (!m_replaced.completed)
+        return;
+    long long place = m_replaced.offset - m_iBufferOffset;
+    for (const unsigned char byte : m_replaced.bytes)
+    {
+        if (place >= 0 && place < static_cast<long long>(m_uBuffered))
+            m_buffer[static_cast<std::size_t>(place)] = static_cast<char>(byte);
+        ++place;
+    }
 }
 
 // Reads from the buffer, after filling it from the position on if it does not hold all of it.
@@ -88,11 +113,7 @@ std::size_t ZipFileStream::ReadBuffered(char* buffer, std::size_t count)
 {
     const long long end = m_iBufferOffset + static_cast<long long>(m_uBuffered);
     if (m_iPosition < m_iBufferOffset || m_iPosition > end - static_cast<long long>(count))
-    {
-        m_buffer.resize(s_uBufferLength);
-        m_iBufferOffset = m_iPosition;
-        m_uBuffered = m_pFile->ReadAt(m_iPosition, m_buffer.data(), s_uBufferLength);
-    }
+        FillBuffer();
     const std::size_t begin = static_cast<std::size_t>(m_iPosition - m_iBufferOffset);
     const std::size_t read = std::min(count, m_uBuffered - begin);
     std::memcpy(buffer, m_buffer.data() + begin, read);

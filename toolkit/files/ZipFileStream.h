@@ -7,10 +7,10 @@
 
 #include <wx/stream.h>
 
+#include "toolkit/files/ZipFile.h"
+
 namespace Toolkit
 {
-
-class ZipFile;
 
 // What the base library's ZIP stream reads from: one place of its own in a shared file. Small reads come from
 // a buffer, which survives seeking; large ones go straight to the file.
@@ -23,8 +23,11 @@ public:
     ZipFileStream(const ZipFileStream&) = delete;
     ZipFileStream& operator=(const ZipFileStream&) = delete;
 
-    // Where the last seek went.
-    long long GetLastSeek() const { return m_iLastSeek; }
+    // Where the record of the directory begins that was read last.
+    long long GetLastRecord() const { return m_iLastRecord; }
+
+    // From now on answers the record, if it is completed, in place of the one in the file.
+    void Replace(const ZipFile::LocalRecord& record);
 
     wxInputStream& Read(void* buffer, std::size_t count) override;
     // Quirk: behind a record whose name is empty, the second question is answered with 0. The base library
@@ -40,6 +43,7 @@ protected:
     wxFileOffset OnSysTell() const override { return m_iPosition; }
 
 private:
+    void FillBuffer();
     std::size_t ReadBuffered(char* buffer, std::size_t count);
 
     const std::shared_ptr<const ZipFile> m_pFile;
@@ -47,7 +51,8 @@ private:
     long long m_iBufferOffset = 0;
     std::size_t m_uBuffered = 0;
     long long m_iPosition = 0;
-    long long m_iLastSeek = 0;
+    long long m_iLastRecord = 0;
+    ZipFile::LocalRecord m_replaced;
     mutable int m_iQuestionsToZero = 0;
 };
 

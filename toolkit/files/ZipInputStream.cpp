@@ -22,8 +22,7 @@ namespace
 {
 
 const std::size_t s_uBlock = 65536;
-// In front of what the base library seeks to.
-const long long s_iSignatureLength = 4;
+const std::size_t s_uSmallestRead = 64;
 
 wxInputStream* OpenDirectory(const std::shared_ptr<const ZipFile>& file)
 {
@@ -61,11 +60,11 @@ ZipInputStream& ZipInputStream::operator>>(std::vector<unsigned char>& bytes)
         return *this;
     const std::size_t before = bytes.size();
     std::size_t end = before;
-    // One more than expected, so that the end is met without growing again.
-    bytes.reserve(before + m_uCredibleLength + 1);
+    // More than expected, so that the end is met without growing again.
+    bytes.reserve(before + m_uCredibleLength + s_uSmallestRead);
     do
     {
-        bytes.resize(end + std::clamp<std::size_t>(bytes.capacity() - end, 1, s_uBlock));
+        bytes.resize(end + std::clamp(bytes.capacity() - end, s_uSmallestRead, s_uBlock));
         end += m_pContent->Read(bytes.data() + end, bytes.size() - end).LastRead();
     } while (end == bytes.size());
     bytes.resize(m_pContent->IsDamaged() ? before : end);
@@ -115,7 +114,7 @@ std::unique_ptr<wxZipEntry> ZipInputStream::TakeNextEntry()
     if (entry != nullptr && entry->GetInternalName().empty())
     {
         const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
-        RepairName(*entry, m_pFile->ReadDirectoryName(source.GetLastSeek() - s_iSignatureLength));
+        RepairName(*entry, m_pFile->ReadDirectoryName(source.GetLastRecord()));
     }
     return entry;
 }

@@ -403,9 +403,15 @@ TEST(ArchiveZipDamage, RefusesArchivesCutAnywhere)
 TEST(ArchiveZipDamage, ExtractsOnlyRightContentWhicheverByteIsChanged)
 {
     const TemporaryFolder folder;
-    MakeSmallArchive(folder, "a.zip");
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    add(z, 's', 'content')
+    add(z, 'd', 'deflated ' * 9, zipfile.ZIP_DEFLATED)
+)");
     const std::string whole = ReadBytes(folder.Path("a.zip"));
-    const std::string right[] = {ContentOf("one.txt"), ContentOf("two.txt"), ContentOf("three.txt")};
+    std::string right[] = {"content", ""};
+    for (int i = 0; i < 9; ++i)
+        right[1] += "deflated ";
     CapturedOutput errors(2);
     std::size_t extracted = 0;
     for (std::size_t i = 0; i < whole.size(); ++i)
@@ -414,7 +420,7 @@ TEST(ArchiveZipDamage, ExtractsOnlyRightContentWhicheverByteIsChanged)
         changed[i] = static_cast<char>(changed[i] ^ (1 << i % 8));
         WriteBytes(folder.Path("b.zip"), changed);
         OpenArchive open(folder.Wide("b.zip"));
-        ASSERT_LE(open.count, 3) << i;
+        ASSERT_LE(open.count, 2) << i;
         for (const auto& pair : open.entries)
         {
             const bool done = open.UnZip(pair.first, folder.Wide("out"));
@@ -426,7 +432,7 @@ TEST(ArchiveZipDamage, ExtractsOnlyRightContentWhicheverByteIsChanged)
             }
         }
     }
-    EXPECT_GT(extracted, whole.size() * 2);
+    EXPECT_GT(extracted, whole.size());
     EXPECT_EQ(errors.Stop(), "");
 }
 

@@ -228,8 +228,17 @@ TEST(ArchiveZip, ListsMoreEntriesThanTheShortRecordCounts)
 {
     const TemporaryFolder folder;
     RunPython(folder, R"(
-with zipfile.ZipFile('a.zip', 'w') as z:
-    for i in range(65600): add(z, '%d' % i, '')
+count = 65600
+with open('a.zip', 'wb') as f:
+    f.write(b'PK\3\4' + struct.pack('<HHHHHIIIHH', 20, 0, 0, 0, 33, 0, 0, 0, 1, 0) + b'x')
+    start = f.tell()
+    for i in range(count):
+        f.write(b'PK\1\2' + struct.pack('<HHHHHHIIIHHHHHII', 20, 20, 0, 0, 0, 33, 0, 0, 0, 5, 0, 0, 0, 0, 0, 0))
+        f.write(b'%05d' % i)
+    end = f.tell()
+    f.write(b'PK\6\6' + struct.pack('<QHHIIQQQQ', 44, 45, 45, 0, 0, count, count, end - start, start))
+    f.write(b'PK\6\7' + struct.pack('<IQI', 0, end, 1))
+    f.write(b'PK\5\6' + struct.pack('<HHHHIIH', 0, 0, 0xFFFF, 0xFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0))
 )");
     EXPECT_EQ(OpenArchive(folder.Wide("a.zip")).count, 65600);
 }

@@ -5,7 +5,6 @@
 #include <limits>
 #include <locale>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,8 @@
 #include <sys/stat.h>
 
 #include "tests/support/InstalledLogger.h"
+#include "tests/support/PlainIni.h"
+#include "tests/support/PlainLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/log/ILogger.h"
 
@@ -23,6 +24,8 @@ using Toolkit::IniFile;
 using Toolkit::TString;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::InstalledLogger;
+using ToolkitTest::PlainIni;
+using ToolkitTest::PlainLines;
 using ToolkitTest::Record;
 using ToolkitTest::RecordingLogger;
 using ToolkitTest::TemporaryFolder;
@@ -69,16 +72,6 @@ public:
 private:
     const std::locale m_before;
 };
-
-template <class Number>
-Number StreamNumber(const std::wstring& text)
-{
-    std::wistringstream stream(text);
-    stream.imbue(std::locale::classic());
-    Number number = 0;
-    stream >> number;
-    return number;
-}
 
 TEST(IniFile, ReadsKeysOfSections)
 {
@@ -286,10 +279,11 @@ void ExpectNumbersOfAStream(const std::vector<std::wstring>& texts)
         const Text stored = settings.Get(L"n", key);
         if (stored.empty())
             continue;
-        EXPECT_EQ(settings.ini.GetInt32(L"n", key, 9), StreamNumber<int>(stored)) << std::wstring(stored);
-        EXPECT_EQ(settings.ini.GetUint32(L"n", key, 9), StreamNumber<unsigned int>(stored))
+        EXPECT_EQ(settings.ini.GetInt32(L"n", key, 9), PlainIni::ReadNumber<int>(stored))
             << std::wstring(stored);
-        EXPECT_EQ(settings.ini.GetBool(L"n", key, true), StreamNumber<unsigned int>(stored) == 1)
+        EXPECT_EQ(settings.ini.GetUint32(L"n", key, 9), PlainIni::ReadNumber<unsigned int>(stored))
+            << std::wstring(stored);
+        EXPECT_EQ(settings.ini.GetBool(L"n", key, true), PlainIni::ReadNumber<unsigned int>(stored) == 1)
             << std::wstring(stored);
     }
 }
@@ -368,6 +362,30 @@ TEST(IniFile, ConvertsEveryShortTextAsAStreamDoes)
         for (const wchar_t character : alphabet)
             texts.push_back(texts[i] + character);
     ExpectNumbersOfAStream(texts);
+}
+
+TEST(IniFile, ReadsRandomFilesAsThePlainFormDoes)
+{
+    std::mt19937 random(13);
+    const std::string alphabet = "[[]]==;; \t\n\n\n\rabA1";
+    const TemporaryFolder folder;
+    for (int i = 0; i < 300; ++i)
+    {
+        std::string content(random() % 400, ' ');
+        for (char& character : content)
+            character = alphabet[random() % alphabet.size()];
+        WriteBytes(folder.Path("random.ini"), content);
+        const IniFile ini(folder.Wide("random.ini"));
+        for (const auto& [section, plain] :
+             PlainIni(PlainLines(std::wstring(content.begin(), content.end()))).sections)
+        {
+            std::vector<Text> keys;
+            ini.GetKeyList(section, keys);
+            ASSERT_EQ(keys.size(), plain.size()) << content;
+            for (const auto& [key, value] : plain)
+                ASSERT_EQ(ini.GetValue(section, key, s_strNone), value) << content;
+        }
+    }
 }
 
 TEST(IniFile, StopsNumbersAtOtherDigitsAndZeros)

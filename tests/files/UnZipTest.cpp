@@ -20,6 +20,7 @@ using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ContentOf;
 using ToolkitTest::ForgedArchive;
+using ToolkitTest::MakeArchiveOfLengths;
 using ToolkitTest::MakeSmallArchive;
 using ToolkitTest::OnSmallDisk;
 using ToolkitTest::OpenArchive;
@@ -78,14 +79,7 @@ TEST(UnZip, ExtractsEveryEntryInAnyOrder)
 TEST(UnZip, ExtractsContentsOfEveryLengthAroundItsBlocks)
 {
     const TemporaryFolder folder;
-    RunPython(folder, R"(
-with zipfile.ZipFile('a.zip', 'w') as z:
-    for n in [1, 16, 4096, 65534, 65535, 65536, 65537, 131070, 131071, 131072, 1000000]:
-        data = bytes((i * i >> 3) & 255 for i in range(n))
-        open('plain%d' % n, 'wb').write(data)
-        add(z, 's%d' % n, data)
-        add(z, 'd%d' % n, data, zipfile.ZIP_DEFLATED)
-)");
+    MakeArchiveOfLengths(folder);
     OpenArchive open(folder.Wide("a.zip"));
     for (const auto& pair : open.entries)
     {

@@ -17,14 +17,16 @@ using Toolkit::smart_ptr;
 using Toolkit::TString;
 using Toolkit::ZipInputStream;
 using ToolkitTest::ContentOf;
+using ToolkitTest::MakeArchiveOfLengths;
 using ToolkitTest::MakeSmallArchive;
 using ToolkitTest::OpenArchive;
+using ToolkitTest::RunIn;
 using ToolkitTest::RunPython;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 using Text = TString<wchar_t>;
 
-// An archive of one deflated entry "text" of that content, and the stream at its beginning.
+// An archive of one entry "text" of that content, and the stream at its beginning.
 struct OneEntry
 {
     explicit OneEntry(const std::string& content) : open(Make(folder, content)), stream(Position()) {}
@@ -32,7 +34,7 @@ struct OneEntry
     static Text Make(const TemporaryFolder& folder, const std::string& content)
     {
         WriteBytes(folder.Path("text"), content);
-        RunPython(folder, "with zipfile.ZipFile('a.zip', 'w', zipfile.ZIP_DEFLATED) as z: z.write('text')");
+        RunIn(folder, "zip -q a.zip text");
         return folder.Wide("a.zip");
     }
 
@@ -95,14 +97,7 @@ TEST(ZipInputStream, AppendsNothingAtTheEnd)
 TEST(ZipInputStream, ReadsContentsOfEveryLengthAroundItsBlocks)
 {
     const TemporaryFolder folder;
-    RunPython(folder, R"(
-with zipfile.ZipFile('a.zip', 'w') as z:
-    for n in [0, 1, 15, 16, 17, 4095, 4096, 65535, 65536, 65537, 131071, 131072, 131073, 1000000]:
-        data = bytes((i * i >> 3) & 255 for i in range(n))
-        open('plain%d' % n, 'wb').write(data)
-        add(z, 's%d' % n, data)
-        add(z, 'd%d' % n, data, zipfile.ZIP_DEFLATED)
-)");
+    MakeArchiveOfLengths(folder);
     OpenArchive open(folder.Wide("a.zip"));
     for (const auto& pair : open.entries)
     {

@@ -51,6 +51,19 @@ void MakeSmallArchive(const TemporaryFolder& folder, const std::string& name)
 )");
 }
 
+void MakeArchiveOfLengths(const TemporaryFolder& folder)
+{
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    for n in [1, 15, 16, 17, 26, 42, 63, 64, 65, 4095, 4096, 65534, 65535, 65536, 65537, 131070, 131071, 131072, 131073,
+              1000000]:
+        data = bytes((i * i >> 3) & 255 if n > 50 else 0 for i in range(n))
+        open('plain%d' % n, 'wb').write(data)
+        add(z, 's%d' % n, data)
+        add(z, 'd%d' % n, data, zipfile.ZIP_DEFLATED)
+)");
+}
+
 std::string ContentOf(const std::string& entry)
 {
     if (entry == "one.txt")

@@ -30,6 +30,10 @@ void RunPython(const TemporaryFolder& folder, const std::string& script);
 void MakeSmallArchive(const TemporaryFolder& folder, const std::string& name);
 std::string ContentOf(const std::string& entry);
 
+// Makes the archive "a.zip" of entries "s<n>" (stored) and "d<n>" (deflated), each n bytes long, for lengths
+// around the blocks in which they are read; their contents lie in files "plain<n>".
+void MakeArchiveOfLengths(const TemporaryFolder& folder);
+
 // An archive open, and what is listed in it.
 struct OpenArchive
 {

@@ -10,10 +10,8 @@
 #include <unistd.h>
 
 #include "toolkit/encoding/WxText.h"
-#include "toolkit/files/ArchiveZipEntry.h"
 #include "toolkit/files/NativePath.h"
 #include "toolkit/files/ZipEntryStream.h"
-#include "toolkit/files/ZipInputStream.h"
 #include "toolkit/log/LogLine.h"
 
 namespace Toolkit

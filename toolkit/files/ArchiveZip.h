@@ -7,12 +7,11 @@
 #include "toolkit/core/TString.h"
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/files/ArchiveEntriesFlags.h"
+#include "toolkit/files/ArchiveZipEntry.h"
+#include "toolkit/files/ZipInputStream.h"
 
 namespace Toolkit
 {
-
-class ArchiveZipEntry;
-class ZipInputStream;
 
 // A ZIP file, read only: its entries, their content, and their extraction. An object and the streams that it
 // gives away belong to one thread at a time. What cannot be opened shows at the first use. Entries may also

@@ -33,6 +33,7 @@ const std::size_t s_uDirectoryNameLength = 28;
 
 // Text seldom compresses better.
 const long long s_iUsualExpansion = 16;
+const long long s_iMostCredible = 64LL << 20;
 
 const unsigned int s_uDescriptorSignature = 0x08074B50;
 const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
@@ -133,7 +134,8 @@ std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
 {
     const long long compressed = std::clamp<long long>(entry.GetCompressedSize(), 0, m_iLength);
     const long long expansion = entry.GetMethod() == wxZIP_METHOD_STORE ? 1 : s_iUsualExpansion;
-    return static_cast<std::size_t>(std::clamp<long long>(entry.GetSize(), 0, compressed * expansion));
+    return static_cast<std::size_t>(
+        std::clamp<long long>(entry.GetSize(), 0, std::min(compressed * expansion, s_iMostCredible)));
 }
 
 std::string ZipFile::ReadDirectoryName(long long offset) const

@@ -14,23 +14,18 @@ const std::size_t s_uBufferLength = 4096;
 
 const long long s_iSignatureLength = 4;
 
+} // namespace
+
 // What the base library reads of a record at once, behind the signature, and where in it the length of the
 // name lies.
-struct RecordRead
+struct ZipFileStream::RecordRead
 {
+    const char* signature;
     std::size_t length;
     std::size_t nameLength;
 };
-const RecordRead s_directoryRecord = {42, 24};
-const RecordRead s_localRecord = {26, 22};
-
-bool IsNameless(const RecordRead& record, const void* bytes, std::size_t count)
-{
-    return count == record.length &&
-           std::memcmp(static_cast<const char*>(bytes) + record.nameLength, "\0\0", 2) == 0;
-}
-
-} // namespace
+const ZipFileStream::RecordRead ZipFileStream::s_directoryRecord = {"PK\x01\x02", 42, 24};
+const ZipFileStream::RecordRead ZipFileStream::s_localRecord = {"PK\x03\x04", 26, 22};
 
 ZipFileStream::ZipFileStream(std::shared_ptr<const ZipFile> file) : m_pFile(std::move(file)) {}
 
@@ -45,8 +40,7 @@ wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
         wxInputStream::Read(buffer, count);
     if (m_lastcount == s_directoryRecord.length)
         m_iLastRecord = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
-    const bool nameless =
-        IsNameless(s_directoryRecord, buffer, m_lastcount) || IsNameless(s_localRecord, buffer, m_lastcount);
+    const bool nameless = IsNameless(s_directoryRecord, buffer) || IsNameless(s_localRecord, buffer);
     m_iQuestionsToZero = nameless ? 2 : 0;
     return *this;
 }
@@ -106,6 +100,17 @@ void ZipFileStream::FillBuffer()
             m_buffer[static_cast<std::size_t>(place)] = static_cast<char>(byte);
         ++place;
     }
+}
+
+// True when what was read last, into `bytes`, is such a record and has a name of no length.
+bool ZipFileStream::IsNameless(const RecordRead& record, const void* bytes) const
+{
+    char signature[s_iSignatureLength];
+    const long long begin = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
+    return m_lastcount == record.length &&
+           std::memcmp(static_cast<const char*>(bytes) + record.nameLength, "\0\0", 2) == 0 &&
+           m_pFile->ReadAt(begin, signature, sizeof signature) == sizeof signature &&
+           std::memcmp(signature, record.signature, sizeof signature) == 0;
 }
 
 // Reads from the buffer, after filling it from the position on if it does not hold all of it.

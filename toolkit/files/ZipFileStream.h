@@ -43,6 +43,11 @@ protected:
     wxFileOffset OnSysTell() const override { return m_iPosition; }
 
 private:
+    struct RecordRead;
+    static const RecordRead s_directoryRecord;
+    static const RecordRead s_localRecord;
+
+    bool IsNameless(const RecordRead& record, const void* bytes) const;
     void FillBuffer();
     std::size_t ReadBuffered(char* buffer, std::size_t count);
 

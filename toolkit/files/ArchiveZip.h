@@ -35,8 +35,8 @@ public:
     // Replaces `entries` by the entries from where the listing stands to its end, and answers how many those
     // are; -1, with a line in the log, when no archive is open, its listing is complete already, or the file
     // is no archive. A name is in the native format and stays as it is in the archive, ".." included; of two
-    // equal ones the first is kept. It is decoded as UTF-8 where the archive says so, else by the local
-    // character set, as UTF-8, or byte by byte, whichever is the first that fits.
+    // equal ones the first is kept. It is decoded as UTF-8, by the local character set or byte by
+    // byte, whichever is the first that fits.
     //
     // `pattern` keeps the names that begin, without regard to case, with its text before its last "*", or
     // with all of it if it has none; an empty one and "*.*" keep all names.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "toolkit/encoding/UTF7.h"
 #include "toolkit/files/TextEncoding.h"
 
 namespace Toolkit
@@ -41,7 +40,7 @@ TString<wchar_t> Widen(const TString<char>& name)
 TString<wchar_t> ZipNameConverter::Decode(const TString<char>& name)
 {
     TString<wchar_t> text;
-    if (!IsAscii(name) && (DecodeLocally(name, text) || TextEncoding().Decode(name, text)))
+    if (!IsAscii(name) && (TextEncoding().Decode(name, text) || DecodeLocally(name, text)))
         return text;
     return Widen(name);
 }

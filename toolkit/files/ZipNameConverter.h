@@ -10,8 +10,9 @@
 namespace Toolkit
 {
 
-// Decodes the names of an archive's entries by the local character set, else as UTF-8, else byte by byte, so
-// that two names that differ stay different whatever they are written in. Any thread may use it.
+// Decodes the names of an archive's entries as UTF-8, else by the local character set, else byte by byte, so
+// that two names that differ stay different whatever they are written in. What is well-formed UTF-8 is hardly
+// ever anything else, while the local character set depends on the environment. Any thread may use it.
 class ZipNameConverter : public wxMBConv
 {
 public:

@@ -294,6 +294,25 @@ TEST(ZipInputStream, KeepsEntriesApart)
     }
 }
 
+TEST(ZipInputStream, ReadsTheSameEntryAgainAndAgain)
+{
+    // Deflated content directly followed by the directory, which a used decoder goes on with.
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+zipfile.ZIP64_LIMIT = 4
+with zipfile.ZipFile('a.zip', 'w') as z:
+    add(z, 'stored', 'stored content')
+    add(z, 'deflated', '\u20ac' * 5, zipfile.ZIP_DEFLATED)
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_EQ(open.Read(L"deflated").size(), 15U);
+        EXPECT_EQ(open.Read(L"stored"), "stored content");
+        EXPECT_TRUE(open.UnZip(L"deflated", folder.Wide("out")));
+    }
+}
+
 TEST(ZipInputStream, YieldsNothingOfAnEntryThatIsNotFound)
 {
     OneEntry entry("content");

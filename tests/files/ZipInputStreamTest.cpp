@@ -296,20 +296,15 @@ TEST(ZipInputStream, KeepsEntriesApart)
 
 TEST(ZipInputStream, ReadsTheSameEntryAgainAndAgain)
 {
-    // Deflated content directly followed by the directory, which a used decoder goes on with.
+    // An archive on which a decoder that was used before goes on with what it has left.
+    OpenArchive open(L"" TOOLKIT_SOURCE_FOLDER "/tests/fuzz/seeds/Zip/again");
     const TemporaryFolder folder;
-    RunPython(folder, R"(
-zipfile.ZIP64_LIMIT = 4
-with zipfile.ZipFile('a.zip', 'w') as z:
-    add(z, 'stored', 'stored content')
-    add(z, 'deflated', '\u20ac' * 5, zipfile.ZIP_DEFLATED)
-)");
-    OpenArchive open(folder.Wide("a.zip"));
+    ASSERT_EQ(open.count, 2);
     for (int i = 0; i < 3; ++i)
     {
-        EXPECT_EQ(open.Read(L"deflated").size(), 15U);
-        EXPECT_EQ(open.Read(L"stored"), "stored content");
-        EXPECT_TRUE(open.UnZip(L"deflated", folder.Wide("out")));
+        EXPECT_EQ(open.Read(open.entries.begin()->first).size(), 15U);
+        EXPECT_TRUE(open.UnZip(open.entries.begin()->first, folder.Wide("out")));
+        EXPECT_EQ(open.Read(L"l"), "long record");
     }
 }
 

@@ -294,6 +294,20 @@ TEST(ZipInputStream, KeepsEntriesApart)
     }
 }
 
+TEST(ZipInputStream, ReadsTheSameEntryAgainAndAgain)
+{
+    // An archive on which a decoder that was used before goes on with what it has left.
+    OpenArchive open(L"" TOOLKIT_SOURCE_FOLDER "/tests/fuzz/seeds/Zip/again");
+    const TemporaryFolder folder;
+    ASSERT_EQ(open.count, 2);
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_EQ(open.Read(open.entries.begin()->first).size(), 15U);
+        EXPECT_TRUE(open.UnZip(open.entries.begin()->first, folder.Wide("out")));
+        EXPECT_EQ(open.Read(L"l"), "long record");
+    }
+}
+
 TEST(ZipInputStream, YieldsNothingOfAnEntryThatIsNotFound)
 {
     OneEntry entry("content");

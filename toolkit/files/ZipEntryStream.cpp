@@ -21,19 +21,17 @@ const std::size_t s_uLargeRead = 16;
 
 } // namespace
 
-ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry,
-                               std::unique_ptr<wxZipInputStream> decoder)
+ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry)
     : m_pFile(std::move(file)), m_entry(entry)
 {
     m_lasterror = wxSTREAM_READ_ERROR;
     if (!m_pFile->MayBeArchive())
         return;
     const BaseLibrary::Silence silence;
-    if (decoder == nullptr)
-        decoder =
-            std::make_unique<wxZipInputStream>(new ZipFileStream(m_pFile), ZipNameConverter::Instance());
+    auto source = std::make_unique<ZipFileStream>(m_pFile);
     const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
-    static_cast<ZipFileStream&>(*decoder->GetFilterInputStream()).Replace(record);
+    source->Replace(record);
+    auto decoder = std::make_unique<wxZipInputStream>(source.release(), ZipNameConverter::Instance());
     if (!decoder->OpenEntry(m_entry))
         return;
     m_pDecoder = std::move(decoder);
@@ -43,14 +41,6 @@ ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipE
 }
 
 ZipEntryStream::~ZipEntryStream() = default;
-
-std::unique_ptr<wxZipInputStream> ZipEntryStream::TakeDecoder()
-{
-    if (m_state != State::Complete)
-        m_pDecoder.reset();
-    m_state = State::Damaged;
-    return std::move(m_pDecoder);
-}
 
 std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
 {
@@ -75,7 +65,7 @@ std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
 void ZipEntryStream::Verify()
 {
     m_bVerified = true;
-    ZipEntryStream other(m_pFile, m_entry, nullptr);
+    ZipEntryStream other(m_pFile, m_entry);
     const std::unique_ptr<char[]> block(new char[s_uBlock]);
     while (other.Decode(block.get(), s_uBlock) > 0)
     {

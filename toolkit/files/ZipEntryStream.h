@@ -12,16 +12,14 @@ namespace Toolkit
 
 class ZipFile;
 
-// The content of one entry, decoded block by block. The base library's decoder keeps traces of an entry that
-// was damaged or half read; so only one that has come to a good end is used again. Nothing is yielded of a
-// block in which damage, a wrong length or a wrong checksum shows, nor behind it; a reader of small pieces,
-// who cannot take back what he has used, gets nothing at all of a damaged entry.
+// The content of one entry, decoded block by block by a decoder of its own: the base library's one keeps
+// traces of the entry before, even of a whole one. Nothing is yielded of a block in which damage, a wrong
+// length or a wrong checksum shows, nor behind it; a reader of small pieces, who cannot take back what he has
+// used, gets nothing at all of a damaged entry.
 class ZipEntryStream : public wxInputStream
 {
 public:
-    // `decoder` is what another entry of the same file has left, or null.
-    ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry,
-                   std::unique_ptr<wxZipInputStream> decoder);
+    ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry);
     ~ZipEntryStream() override;
 
     ZipEntryStream(const ZipEntryStream&) = delete;
@@ -32,9 +30,6 @@ public:
 
     // True when the content, met so far or not, cannot be read to its end.
     bool IsDamaged() const { return m_state == State::Damaged; }
-
-    // Gives the decoder away; null unless it may be used again. Nothing can be read afterwards.
-    std::unique_ptr<wxZipInputStream> TakeDecoder();
 
 protected:
     std::size_t OnSysRead(void* buffer, std::size_t count) override;

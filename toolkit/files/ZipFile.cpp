@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -111,12 +112,23 @@ std::size_t ZipFile::ReadAt(long long offset, void* buffer, std::size_t count) c
     return have;
 }
 
+std::size_t ZipFile::ReadRecord(long long offset, void* buffer, std::size_t count) const
+{
+    const Window& window = FindWindow(offset, count);
+    const std::size_t begin = static_cast<std::size_t>(offset - window.offset);
+    const std::size_t read = std::min(count, window.length - std::min(begin, window.length));
+    if (read > 0)
+        std::memcpy(buffer, window.bytes.data() + begin, read);
+    return read;
+}
+
 ZipFile::LocalRecord ZipFile::ReadLocalRecord(const wxZipEntry& entry) const
 {
     LocalRecord record;
     record.offset = entry.GetOffset();
     record.consistent =
-        ReadAt(record.offset, record.bytes.data(), record.bytes.size()) == record.bytes.size() &&
+        record.offset >= 0 &&
+        ReadRecord(record.offset, record.bytes.data(), record.bytes.size()) == record.bytes.size() &&
         IsConsistent(entry, record);
     record.completed = record.consistent && IsShort(entry.GetCompressedSize()) && IsShort(entry.GetSize()) &&
                        (Get16(&record.bytes[s_uLocalFlags]) & wxZIP_SUMS_FOLLOW) != 0;
@@ -148,6 +160,29 @@ std::string ZipFile::ReadDirectoryName(long long offset) const
     return name;
 }
 
+// The window that holds all of the bytes, or else the one that went unused the longest, now filled there.
+ZipFile::Window& ZipFile::FindWindow(long long offset, std::size_t count) const
+{
+    Window* oldest = &m_windows[0];
+    for (Window& window : m_windows)
+    {
+        const long long end = window.offset + static_cast<long long>(window.length);
+        if (offset >= window.offset && offset <= end - static_cast<long long>(count))
+        {
+            window.lastUse = ++m_uUses;
+            return window;
+        }
+        if (window.lastUse < oldest->lastUse)
+            oldest = &window;
+    }
+    const long long last = m_iLength - static_cast<long long>(s_uWindow);
+    oldest->bytes.resize(s_uWindow);
+    oldest->offset = last >= 0 && offset > last && offset < m_iLength ? last : offset;
+    oldest->length = ReadAt(oldest->offset, oldest->bytes.data(), s_uWindow);
+    oldest->lastUse = ++m_uUses;
+    return *oldest;
+}
+
 bool ZipFile::IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const
 {
     const auto get16 = [&](std::size_t place) { return Get16(&record.bytes[place]); };
@@ -167,7 +202,7 @@ bool ZipFile::IsConsistent(const wxZipEntry& entry, const LocalRecord& record) c
 bool ZipFile::HasChecksum(long long offset, unsigned int checksum) const
 {
     unsigned char bytes[8] = {};
-    const std::size_t have = ReadAt(offset, bytes, sizeof bytes);
+    const std::size_t have = ReadRecord(offset, bytes, sizeof bytes);
     return (have >= 4 && Get32(bytes) == checksum) ||
            (have == 8 && Get32(bytes) == s_uDescriptorSignature && Get32(bytes + 4) == checksum);
 }

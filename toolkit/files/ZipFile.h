@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "toolkit/core/TString.h"
 
@@ -14,7 +15,7 @@ namespace Toolkit
 
 // The open file of an archive, read at any place by as many streams as share it, and the few facts of the
 // format (APPNOTE.TXT of PKWARE) that the base library leaves unchecked. It waits for no FIFO. Failures are
-// answered.
+// answered. The streams belong to one thread at a time together.
 class ZipFile
 {
 public:
@@ -49,6 +50,10 @@ public:
     // The bytes read, less than `count` only at the end of the file or on an error.
     std::size_t ReadAt(long long offset, void* buffer, std::size_t count) const;
 
+    // The same for a few bytes, at most s_uWindow. They come out of windows on the file that are kept for the
+    // places that are read again and again: the end, the beginning of the directory, an entry's record.
+    std::size_t ReadRecord(long long offset, void* buffer, std::size_t count) const;
+
     LocalRecord ReadLocalRecord(const wxZipEntry& entry) const;
 
     // The declared length of the entry's content, as far as so much can reasonably come of what is in the
@@ -58,13 +63,26 @@ public:
     // The name, in bytes, in the record of the directory at `offset`.
     std::string ReadDirectoryName(long long offset) const;
 
+    static constexpr std::size_t s_uWindow = 4096;
+
 private:
+    struct Window
+    {
+        long long offset = 0;
+        std::size_t length = 0;
+        unsigned long long lastUse = 0;
+        std::vector<char> bytes;
+    };
+
+    Window& FindWindow(long long offset, std::size_t count) const;
     bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
     bool HasChecksum(long long offset, unsigned int checksum) const;
 
     int m_iDescriptor;
     long long m_iLength = 0;
     bool m_bExists;
+    mutable std::array<Window, 4> m_windows;
+    mutable unsigned long long m_uUses = 0;
 };
 
 } // namespace Toolkit

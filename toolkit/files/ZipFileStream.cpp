@@ -10,8 +10,6 @@ namespace Toolkit
 namespace
 {
 
-const std::size_t s_uBufferLength = 4096;
-
 const long long s_iSignatureLength = 4;
 
 } // namespace
@@ -54,8 +52,6 @@ std::size_t ZipFileStream::LastRead() const
 
 void ZipFileStream::Replace(const ZipFile::LocalRecord& record)
 {
-    if (record.completed || m_replaced.completed)
-        m_uBuffered = 0;
     m_replaced = record;
 }
 
@@ -66,8 +62,10 @@ wxFileOffset ZipFileStream::GetLength() const
 
 std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
 {
-    const std::size_t read = count < s_uBufferLength ? ReadBuffered(static_cast<char*>(buffer), count)
-                                                     : m_pFile->ReadAt(m_iPosition, buffer, count);
+    const std::size_t read = count <= ZipFile::s_uWindow ? m_pFile->ReadRecord(m_iPosition, buffer, count)
+                                                         : m_pFile->ReadAt(m_iPosition, buffer, count);
+    if (m_replaced.completed)
+        ShowReplaced(static_cast<char*>(buffer), read);
     m_iPosition += static_cast<long long>(read);
     m_lasterror = read == count ? wxSTREAM_NO_ERROR : wxSTREAM_EOF;
     return read;
@@ -86,22 +84,6 @@ wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
     return position;
 }
 
-void ZipFileStream::FillBuffer()
-{
-    m_buffer.resize(s_uBufferLength);
-    m_iBufferOffset = m_iPosition;
-    m_uBuffered = m_pFile->ReadAt(m_iPosition, m_buffer.data(), s_uBufferLength);
-    if (!m_replaced.completed)
-        return;
-    long long place = m_replaced.offset - m_iBufferOffset;
-    for (const unsigned char byte : m_replaced.bytes)
-    {
-        if (place >= 0 && place < static_cast<long long>(m_uBuffered))
-            m_buffer[static_cast<std::size_t>(place)] = static_cast<char>(byte);
-        ++place;
-    }
-}
-
 // True when what was read last, into `bytes`, is such a record and has a name of no length.
 bool ZipFileStream::IsNameless(const RecordRead& record, const void* bytes) const
 {
@@ -113,16 +95,16 @@ bool ZipFileStream::IsNameless(const RecordRead& record, const void* bytes) cons
            std::memcmp(signature, record.signature, sizeof signature) == 0;
 }
 
-// Reads from the buffer, after filling it from the position on if it does not hold all of it.
-std::size_t ZipFileStream::ReadBuffered(char* buffer, std::size_t count)
+// Puts those of the replaced bytes that belong to what was read at the position.
+void ZipFileStream::ShowReplaced(char* bytes, std::size_t count) const
 {
-    const long long end = m_iBufferOffset + static_cast<long long>(m_uBuffered);
-    if (m_iPosition < m_iBufferOffset || m_iPosition > end - static_cast<long long>(count))
-        FillBuffer();
-    const std::size_t begin = static_cast<std::size_t>(m_iPosition - m_iBufferOffset);
-    const std::size_t read = std::min(count, m_uBuffered - begin);
-    std::memcpy(buffer, m_buffer.data() + begin, read);
-    return read;
+    long long place = m_replaced.offset - m_iPosition;
+    for (const unsigned char byte : m_replaced.bytes)
+    {
+        if (place >= 0 && place < static_cast<long long>(count))
+            bytes[place] = static_cast<char>(byte);
+        ++place;
+    }
 }
 
 } // namespace Toolkit

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 #include <wx/stream.h>
 
@@ -12,8 +11,7 @@
 namespace Toolkit
 {
 
-// What the base library's ZIP stream reads from: one place of its own in a shared file. Small reads come from
-// a buffer, which survives seeking; large ones go straight to the file.
+// What the base library's ZIP stream reads from: one place of its own in a shared file.
 class ZipFileStream : public wxInputStream
 {
 public:
@@ -48,13 +46,9 @@ private:
     static const RecordRead s_localRecord;
 
     bool IsNameless(const RecordRead& record, const void* bytes) const;
-    void FillBuffer();
-    std::size_t ReadBuffered(char* buffer, std::size_t count);
+    void ShowReplaced(char* bytes, std::size_t count) const;
 
     const std::shared_ptr<const ZipFile> m_pFile;
-    std::vector<char> m_buffer;
-    long long m_iBufferOffset = 0;
-    std::size_t m_uBuffered = 0;
     long long m_iPosition = 0;
     long long m_iLastRecord = 0;
     ZipFile::LocalRecord m_replaced;

@@ -122,7 +122,7 @@ std::unique_ptr<wxZipEntry> ZipInputStream::TakeNextEntry()
 ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)
 {
     CloseEntry();
-    m_pContent = std::make_unique<ZipEntryStream>(m_pFile, entry, std::move(m_pDecoder));
+    m_pContent = std::make_unique<ZipEntryStream>(m_pFile, entry);
     m_uCredibleLength = m_pFile->GetCredibleLength(entry);
     m_pReader = std::make_unique<TextReader>(m_pContent.get());
     if (!m_pContent->IsFound())
@@ -134,8 +134,6 @@ ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)
 void ZipInputStream::CloseEntry()
 {
     m_pReader.reset();
-    if (m_pContent != nullptr)
-        m_pDecoder = m_pContent->TakeDecoder();
     m_pContent.reset();
 }
 

@@ -10,7 +10,6 @@
 #include "toolkit/files/InputStream.h"
 
 class wxZipEntry;
-class wxZipInputStream;
 
 namespace Toolkit
 {
@@ -66,7 +65,6 @@ private:
     bool m_bAsked = false;
     bool m_bIsArchive = false;
     bool m_bListed = false;
-    std::unique_ptr<wxZipInputStream> m_pDecoder;
     std::unique_ptr<ZipEntryStream> m_pContent;
     std::size_t m_uCredibleLength = 0;
     std::unique_ptr<TextReader> m_pReader;

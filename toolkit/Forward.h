@@ -13,22 +13,17 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
-class CmdLineOption;
-class CmdLineParser;
 class B64;
 class Bytes;
+class CmdLineOption;
+class CmdLineParser;
 class ConsoleLogger;
 class DebuggerLogger;
+class Directory;
 class DynamicLibrary;
 class EventObject;
 class FFile;
 class FileLogger;
-class ILogger;
-class LibModule;
-class LibModuleManager;
-class Directory;
-class EventObject;
-class FFile;
 class FSInputSerializer;
 class FSOutputSerializer;
 class FSSerializer;
@@ -37,8 +32,11 @@ class ILogger;
 class InputStream;
 class ISerialize;
 class IStream;
+class LibModule;
+class LibModuleManager;
 class LogLine;
 class LogText;
+class MacAutoreleasePool;
 class Mutex;
 class MutexInternal;
 class MutexLock;
@@ -56,8 +54,8 @@ class ToolkitModule;
 class ToolkitSession;
 class UTF7;
 class UTF8;
-class WxLogForwarder;
 class Version;
+class WxLogForwarder;
 
 namespace Threading
 {

@@ -2,9 +2,9 @@
 
 # The one package list. Compilers and tools first, then the libraries.
 packages=(
-  g++ cmake ninja-build ccache
+  g++ cmake ninja-build make ccache
   clang-14 libclang-rt-14-dev clang-format-14
-  binutils python3 zip unzip valgrind
+  binutils locales python3 zip unzip valgrind
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
 )
 
@@ -35,7 +35,14 @@ install_packages() {
   fi
   [ -n "$missing" ] || return 0
   local as_root=()
-  [ "$(id -u)" = 0 ] || as_root=(sudo)
+  if [ "$(id -u)" != 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "Packages are missing, and only root can install them; sudo is not there. As root, run:" >&2
+      echo "$install_line" >&2
+      exit 1
+    fi
+    as_root=(sudo)
+  fi
   echo "Installing:" $missing
   "${as_root[@]}" apt-get update -qq
   # shellcheck disable=SC2086

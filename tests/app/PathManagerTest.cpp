@@ -9,9 +9,11 @@
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <wx/app.h>
@@ -108,6 +110,24 @@ std::vector<Wide> FieldsOf(const PathManager& paths)
             paths.GetUniqueInstanceName(),
             paths.GetDataDir(),
             paths.GetUserLocalDataDir()};
+}
+
+// Login and id of a user whose full name is another one, as that of Debian's "list" is; of root if there is
+// none.
+std::pair<std::string, std::string> UserWithAFullName()
+{
+    std::pair<std::string, std::string> found("root", "0");
+    setpwent();
+    while (const passwd* const entry = getpwent())
+    {
+        const std::string fullName = entry->pw_gecos;
+        const std::string login = entry->pw_name;
+        const bool lower = login.find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ") == std::string::npos;
+        if (!fullName.empty() && fullName[0] != ',' && fullName != login && lower)
+            found = {login, std::to_string(entry->pw_uid)};
+    }
+    endpwent();
+    return found;
 }
 
 // The same program under another path, in a folder that it is started from.
@@ -595,23 +615,28 @@ TEST(PathManager, SurvivesAnExecutableWhosePathIsNotUtf8)
     }
 }
 
-TEST(PathManager, AppendsNoUserWithoutAPasswdEntry)
+TEST(PathManager, AppendsTheLoginNameOfTheUserAndNothingWithoutOne)
 {
     if (geteuid() != 0)
     {
-        std::cout << "NOT TESTED: only root can become a user without a passwd entry\n";
+        std::cout << "NOT TESTED: only root can become another user\n";
         return;
     }
     const TemporaryFolder folder;
     std::filesystem::permissions(folder.Path(), std::filesystem::perms::all);
     const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "tool");
-    const auto result =
-        RunProgram("USER=ann HOME=" + Quoted(folder.Path()) + " " + Quoted(program) + " nobody");
-    EXPECT_EQ(result.m_iExitCode, 0);
     std::string unique = folder.Path() + "tool";
     unique.erase(std::remove(unique.begin(), unique.end(), '/'), unique.end());
     std::transform(unique.begin(), unique.end(), unique.begin(), ::tolower);
-    EXPECT_THAT(result.m_strOutput, HasSubstr("unique=" + unique + "\n"));
+    const auto [login, id] = UserWithAFullName();
+    const std::pair<std::string, std::string> rows[] = {{"54321", ""}, {id, login}};
+    for (const auto& [user, name] : rows)
+    {
+        const auto result =
+            RunProgram("USER=ann HOME=" + Quoted(folder.Path()) + " " + Quoted(program) + " " + user);
+        EXPECT_EQ(result.m_iExitCode, 0);
+        EXPECT_THAT(result.m_strOutput, HasSubstr("unique=" + unique + name + "\n")) << user;
+    }
 }
 
 TEST(PathManager, IsNamedAsItsFileWhenStartedThroughALink)

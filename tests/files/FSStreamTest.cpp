@@ -628,6 +628,22 @@ TEST(FSStream, NamedPipeDoesNotOpenAndIsNotWaitedFor)
     }
 }
 
+TEST(FSStream, WritesToANamedPipeThatIsRead)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo(folder.Path("pipe").c_str(), 0600), 0);
+    const int reader = open(folder.Path("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_NE(reader, -1);
+    {
+        FSStream stream(folder.Wide("pipe"), FSStream::ModeWrite);
+        EXPECT_EQ(stream.Write("abc", 3), StreamResult::Ok);
+    }
+    char bytes[4] = {};
+    EXPECT_EQ(read(reader, bytes, sizeof bytes), 3);
+    EXPECT_STREQ(bytes, "abc");
+    close(reader);
+}
+
 TEST(FSStream, PathsThatNameNoFileDoNotOpen)
 {
     const TemporaryFolder folder;

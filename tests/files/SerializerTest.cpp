@@ -29,6 +29,10 @@ using ToolkitTest::ReadBytes;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
+static_assert(
+    std::is_same_v<decltype(&Serializer::Serialize), StreamResult (Serializer::*)(const ISerialize&) const>);
+static_assert(std::is_same_v<decltype(&Serializer::Deserialize), StreamResult (Serializer::*)(ISerialize&)>);
+
 namespace
 {
 
@@ -153,7 +157,7 @@ const char c_strDocument[] = TOOLKIT_SOURCE_FOLDER "/docs/file-formats.md";
 
 TEST(Serializer, HandsItsStreamToTheObjectAndAnswersWhatThatAnswers)
 {
-    const MemorySerializer serializer;
+    MemorySerializer serializer;
     for (const StreamResult result : {StreamResult::Ok, StreamResult::Empty, StreamResult::LengthWriteFailed})
     {
         Answering object(result);
@@ -176,7 +180,7 @@ TEST(Serializer, ObjectsComeBackInTheirOrder)
         EXPECT_EQ(output.Serialize(Bytes(data, 3)), StreamResult::Ok);
         EXPECT_EQ(output.Serialize(Person(L"", 7)), StreamResult::Ok);
     }
-    const FSInputSerializer input(folder.Wide("file"));
+    FSInputSerializer input(folder.Wide("file"));
     Person first;
     Toolkit::smart_ptr<Bytes> bytes(new Bytes);
     Person second(L"kept");
@@ -200,7 +204,7 @@ TEST(FSSerializer, PassesItsModeOn)
     EXPECT_EQ(ReadBytes(folder.Path("file")).size(), 16U);
     EXPECT_EQ(FSSerializer(folder.Wide("file"), FSSerializer::ModeCreate).Serialize(Person()),
               StreamResult::NotOpen);
-    const FSSerializer both(folder.Wide("file"), FSSerializer::ModeReadWrite);
+    FSSerializer both(folder.Wide("file"), FSSerializer::ModeReadWrite);
     Person person;
     EXPECT_EQ(both.Deserialize(person), StreamResult::Ok);
     EXPECT_EQ(person.m_uAge, 1U);
@@ -210,7 +214,7 @@ TEST(FSSerializer, PassesItsModeOn)
 TEST(FSInputSerializer, MissingFileAnswersNotOpen)
 {
     const TemporaryFolder folder;
-    const FSInputSerializer input(folder.Wide("missing"));
+    FSInputSerializer input(folder.Wide("missing"));
     Person person(L"old", 1);
     unsigned int value = 0;
     char block[4];
@@ -225,7 +229,7 @@ TEST(FSInputSerializer, MissingFileAnswersNotOpen)
 TEST(FSInputSerializer, BytesOfAMissingFileAreAShortTransfer)
 {
     const TemporaryFolder folder;
-    const FSInputSerializer input(folder.Wide("missing"));
+    FSInputSerializer input(folder.Wide("missing"));
     Bytes bytes;
     EXPECT_EQ(input.Deserialize(bytes), StreamResult::ShortTransfer);
 }
@@ -271,7 +275,7 @@ TEST(SerializedFile, DocumentedExampleIsReadBack)
 {
     const TemporaryFolder folder;
     WriteBytes(folder.Path("file"), DocumentedBytes(c_strDocument));
-    const FSInputSerializer input(folder.Wide("file"));
+    FSInputSerializer input(folder.Wide("file"));
     Example example;
     EXPECT_EQ(input.Deserialize(example), StreamResult::ShortTransfer);
 }

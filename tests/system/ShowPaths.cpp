@@ -1,8 +1,10 @@
 // Prints, a line each, what the path manager knows in this process: "name=value" as UTF-8.
-//   ShowPaths [started] [deleted] [nobody]
+//   ShowPaths [started] [deleted] [user id]
 // started: with the base library started; deleted: after its own executable was deleted;
-// nobody: as a user without a passwd entry.
+// user id: as that user.
 
+#include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 
@@ -47,7 +49,7 @@ int main(int argc, char** argv)
             start = true;
         else if (std::strcmp(argv[i], "deleted") == 0)
             unlink(argv[0]);
-        else if (std::strcmp(argv[i], "nobody") == 0 && setuid(54321) != 0)
+        else if (std::isdigit(argv[i][0]) != 0 && setuid(static_cast<uid_t>(std::atoi(argv[i]))) != 0)
             return 1;
     if (start && !wxInitialize())
         return 1;

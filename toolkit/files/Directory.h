@@ -12,11 +12,6 @@ namespace Toolkit
 // One folder, named at construction, and what it holds; besides, operations on folders and files named by
 // their paths. A relative path counts from the working folder. Any thread may call any operation. Failures
 // are answered by false or by an empty list, and not logged.
-//
-// A listing gives bare names in the system's order, never of entries that begin with ".". "*" in a filter
-// stands for any characters and "?" for one; an empty filter matches everything, "*.*" only what has a dot.
-// Links are what they lead to; a folder is a folder, and everything else a file. A name that is not UTF-8 is
-// left out.
 class TOOLKIT_API Directory
 {
 public:
@@ -31,6 +26,10 @@ public:
     // Removes one file; a link goes itself. False for a folder.
     static bool RemoveFile(const TString<wchar_t>& path);
 
+    // A listing replaces `names` by bare names in the system's order, never of entries that begin with ".".
+    // "*" in a filter stands for any characters and "?" for one; an empty filter matches everything, "*.*"
+    // only what has a dot. Links are what they lead to; a folder is a folder, and everything else a file. A
+    // name that is not UTF-8 is left out.
     void GetFiles(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
     void GetDirectories(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
     // Files and folders; nothing for an empty folder name.

@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/NativePath.h"
 
 namespace Toolkit
 {
@@ -22,7 +22,6 @@ const std::size_t s_uUnit = 4;
 const std::size_t s_uSlice = std::size_t{1} << 20;
 const std::size_t s_uLargest = std::numeric_limits<unsigned int>::max();
 const std::size_t s_uUnknown = std::numeric_limits<std::size_t>::max();
-const mode_t s_uPermissions = 0666;
 const int s_iNoFlags = -1;
 
 static_assert(sizeof(wchar_t) == s_uUnit && sizeof(unsigned int) == s_uUnit,
@@ -46,31 +45,11 @@ int OpenFlags(FSStream::OpenMode mode)
     return s_iNoFlags;
 }
 
-// True when the descriptor is neither a folder nor a pipe; it then waits for its data as usual.
-bool IsUsable(int descriptor)
-{
-    struct stat status;
-    if (fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode) || S_ISFIFO(status.st_mode))
-        return false;
-    const int flags = fcntl(descriptor, F_GETFL);
-    return flags >= 0 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0;
-}
-
-// A descriptor, or wxFile::fd_invalid. The path is opened by its UTF-8 bytes, whatever the locale.
+// A descriptor, or wxFile::fd_invalid.
 int OpenFile(const TString<wchar_t>& path, FSStream::OpenMode mode)
 {
-    const TString<char> name = UTF8::ToUTF8(path);
     const int flags = OpenFlags(mode);
-    if (flags == s_iNoFlags || name.empty() || path.find(L'\0') != path.npos)
-        return wxFile::fd_invalid;
-    // Without waiting, so that a named pipe is seen before it is waited for.
-    const int descriptor = open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, s_uPermissions);
-    if (descriptor >= 0 && !IsUsable(descriptor))
-    {
-        close(descriptor);
-        return wxFile::fd_invalid;
-    }
-    return descriptor;
+    return flags == s_iNoFlags ? static_cast<int>(wxFile::fd_invalid) : NativePath(path).Open(flags);
 }
 
 // Repeats `transfer`, which is `read` or `write`, until all is done, nothing more comes or an error is met;

@@ -30,8 +30,9 @@ public:
         ModeCreate = 4
     };
 
-    // A new file has permissions 0666 before the umask. A folder, a named pipe, a path that holds a zero or
-    // has no UTF-8 form, and an unknown mode do not open; none of them is waited for.
+    // A new file has permissions 0666 before the umask. A folder, a path that holds a zero or has no UTF-8
+    // form, and an unknown mode do not open; a named pipe opens for writing only, and only while it is read.
+    // Nothing is waited for.
     FSStream(const TString<wchar_t>& path, OpenMode mode);
     ~FSStream() override;
 

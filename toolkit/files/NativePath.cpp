@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/app/PathNames.h"
 
 namespace Toolkit
 {
@@ -32,11 +32,7 @@ bool LetWait(int descriptor)
 
 } // namespace
 
-NativePath::NativePath(const TString<wchar_t>& path)
-{
-    if (path.find(L'\0') == path.npos)
-        m_strBytes = UTF8::ToUTF8(path);
-}
+NativePath::NativePath(const TString<wchar_t>& path) : m_strBytes(PathNames::ToNative(path)) {}
 
 bool NativePath::IsFile() const
 {

@@ -12,7 +12,7 @@ StreamResult Serializer::Serialize(const ISerialize& object) const
     return object.Serialize(GetStream());
 }
 
-StreamResult Serializer::Deserialize(ISerialize& object) const
+StreamResult Serializer::Deserialize(ISerialize& object)
 {
     return object.Deserialize(GetStream());
 }

@@ -21,7 +21,7 @@ public:
     virtual IStream& GetStream() const = 0;
 
     StreamResult Serialize(const ISerialize& object) const;
-    StreamResult Deserialize(ISerialize& object) const;
+    StreamResult Deserialize(ISerialize& object);
 };
 
 } // namespace Toolkit

@@ -108,15 +108,11 @@ TString<char> RegExp::Replace(const TString<char>& replacement, const TString<ch
     if (record->m_iResult <= 0)
         return input;
 
-    GlobalReplacement work(input, replacement,
-                           RegExpBackend::GetReach(record->m_pCode, record->m_strPattern));
+    GlobalReplacement work(record->m_pCode, record->m_strPattern, record->m_iExecOptions, input, replacement);
     while (record->m_iResult > 0)
     {
-        work.Replace(record->m_offsets[0], record->m_offsets[1]);
-        record->m_iResult =
-            RegExpBackend::Execute(record->m_pCode, work.GetWindow(), work.GetWindowLength(), work.GetStart(),
-                                   record->m_iExecOptions | RegExpBackend::s_iCheckedOption,
-                                   record->m_offsets, record->m_iVectorSize);
+        work.Replace(record->m_offsets);
+        record->m_iResult = work.Search(record->m_offsets, record->m_iVectorSize);
         if (!RegExpFailure::IsResult(record->m_iResult))
             RegExpFailure::ThrowExecution(record->m_iResult);
     }

@@ -126,6 +126,8 @@ const pcre* ToPcre(const RegExpCode* code)
 
 } // namespace
 
+const int RegExpBackend::s_iNoMatch = PCRE_ERROR_NOMATCH;
+const int RegExpBackend::s_iPartial = PCRE_ERROR_PARTIAL;
 const int RegExpBackend::s_iNullArgument = PCRE_ERROR_NULL;
 const int RegExpBackend::s_iMatchLimit = PCRE_ERROR_MATCHLIMIT;
 const int RegExpBackend::s_iBadUtf8 = PCRE_ERROR_BADUTF8;
@@ -133,6 +135,7 @@ const int RegExpBackend::s_iBadUtf8Offset = PCRE_ERROR_BADUTF8_OFFSET;
 const int RegExpBackend::s_iBadLength = PCRE_ERROR_BADLENGTH;
 const int RegExpBackend::s_iWholeMatchOptions = PCRE_NOTBOL | PCRE_NOTEOL | PCRE_NOTEMPTY;
 const int RegExpBackend::s_iCheckedOption = PCRE_NO_UTF8_CHECK;
+const int RegExpBackend::s_iPartialOption = PCRE_PARTIAL_HARD;
 
 RegExpCode* RegExpBackend::Compile(const TString<char>& pattern, const char*& errorText, int& errorOffset)
 {
@@ -177,6 +180,18 @@ bool RegExpBackend::GetNameEntrySize(const RegExpCode* code, int& size)
 bool RegExpBackend::GetNameTable(const RegExpCode* code, const char*& table)
 {
     return pcre_fullinfo(ToPcre(code), nullptr, PCRE_INFO_NAMETABLE, &table) == 0;
+}
+
+bool RegExpBackend::MayBeginLater(const RegExpCode* code, const TString<char>& pattern)
+{
+    // Beside the place itself and verbs, line ends of two characters matter: a search does not stop in one.
+    if (pattern.Contains("\\G") || pattern.Contains("(*"))
+        return false;
+    unsigned long options = PCRE_ANCHORED;
+    int lineEnd = -1;
+    return pcre_fullinfo(ToPcre(code), nullptr, PCRE_INFO_OPTIONS, &options) == 0 &&
+           (options & PCRE_ANCHORED) == 0 && pcre_config(PCRE_CONFIG_NEWLINE, &lineEnd) == 0 &&
+           (lineEnd == '\n' || lineEnd == '\r');
 }
 
 std::size_t RegExpBackend::GetReach(const RegExpCode* code, const TString<char>& pattern)

@@ -17,6 +17,8 @@ struct RegExpCode;
 class RegExpBackend
 {
 public:
+    static const int s_iNoMatch;
+    static const int s_iPartial;
     static const int s_iNullArgument;
     static const int s_iMatchLimit;
     static const int s_iBadUtf8;
@@ -27,6 +29,9 @@ public:
     static const int s_iWholeMatchOptions;
     // The subject was found to be UTF-8 before, and `start` to begin a character.
     static const int s_iCheckedOption;
+    // A search that would have to look at the end of the subject ends there with s_iPartial: elements 0 and 2
+    // of the offsets are then where its attempt began and the first byte it looked at, in either order.
+    static const int s_iPartialOption;
 
     static const std::size_t s_uWholeText = static_cast<std::size_t>(-1);
 
@@ -43,6 +48,10 @@ public:
     static bool GetNameCount(const RegExpCode* code, int& count);
     static bool GetNameEntrySize(const RegExpCode* code, int& size);
     static bool GetNameTable(const RegExpCode* code, const char*& table);
+
+    // False when a search knows where it began and could end otherwise if it began at a later byte, even if
+    // no match begins before that.
+    static bool MayBeginLater(const RegExpCode* code, const TString<char>& pattern);
 
     // How many characters before the start of a search can decide its result; s_uWholeText without a bound.
     static std::size_t GetReach(const RegExpCode* code, const TString<char>& pattern);

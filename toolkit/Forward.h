@@ -13,13 +13,21 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
+class B64;
+class Bytes;
 class ConsoleLogger;
 class DebuggerLogger;
 class EventObject;
 class FFile;
 class Group;
 class GroupCollection;
+class FSInputSerializer;
+class FSOutputSerializer;
+class FSSerializer;
+class FSStream;
 class ILogger;
+class ISerialize;
+class IStream;
 class LogLine;
 class LogText;
 class MatchResult;
@@ -31,10 +39,13 @@ class PathManager;
 class RegExp;
 class RegExpException;
 struct RegExpOptions;
+class QP;
+class Serializer;
 struct SetSeverity;
 class Thread;
 class UTF7;
 class UTF8;
+class Version;
 
 namespace Threading
 {

@@ -1,0 +1,19 @@
+#ifndef TOOLKIT_FILES_FSOUTPUTSERIALIZER_H
+#define TOOLKIT_FILES_FSOUTPUTSERIALIZER_H
+
+#include "toolkit/files/FSSerializer.h"
+
+namespace Toolkit
+{
+
+// Writes objects into a file, which is created or emptied at construction.
+class TOOLKIT_API FSOutputSerializer : public FSSerializer
+{
+public:
+    explicit FSOutputSerializer(const TString<wchar_t>& path);
+    ~FSOutputSerializer() override;
+};
+
+} // namespace Toolkit
+
+#endif

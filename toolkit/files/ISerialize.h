@@ -1,0 +1,25 @@
+#ifndef TOOLKIT_FILES_ISERIALIZE_H
+#define TOOLKIT_FILES_ISERIALIZE_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/files/StreamResult.h"
+
+namespace Toolkit
+{
+
+class IStream;
+
+// An object that writes itself to a stream and reads itself back. `Deserialize` reads exactly the items that
+// `Serialize` wrote, in the same order; both answer the first failure that they meet.
+class TOOLKIT_API ISerialize
+{
+public:
+    virtual ~ISerialize() = default;
+
+    virtual StreamResult Serialize(IStream& stream) const = 0;
+    virtual StreamResult Deserialize(IStream& stream) = 0;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef TOOLKIT_FILES_SERIALIZER_H
+#define TOOLKIT_FILES_SERIALIZER_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/files/StreamResult.h"
+
+namespace Toolkit
+{
+
+class ISerialize;
+class IStream;
+
+// Binds objects to one stream: each call hands the stream to the object, adds nothing and answers what the
+// object answers. Objects are read in the order in which they were written. One thread at a time.
+class TOOLKIT_API Serializer
+{
+public:
+    virtual ~Serializer();
+
+    // The stream, which belongs to the serializer.
+    virtual IStream& GetStream() const = 0;
+
+    StreamResult Serialize(const ISerialize& object) const;
+    StreamResult Deserialize(ISerialize& object) const;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -14,6 +14,9 @@ namespace
 {
 
 const std::size_t s_uStarts = 65536;
+// How far a text may grow beyond what it can when no replacement is ever replaced: far enough for a start to
+// go round a few times, which can end in an exception of PCRE's.
+const std::size_t s_uMostGrowth = 4 * s_uStarts;
 const int s_iPartialOffsets = 60;
 
 bool IsContinuation(char byte)
@@ -39,7 +42,7 @@ GlobalReplacement::GlobalReplacement(const RegExpCode* code, const TString<char>
       m_bReplacementIsUtf8(IsUtf8(replacement)),
       m_uReach(RegExpBackend::GetReach(code, pattern)),
       m_bMayBeginLater(RegExpBackend::MayBeginLater(code, pattern)),
-      m_uMostLength((input.size() + 1) * (replacement.size() + 1)),
+      m_uMostLength((input.size() + 1) * (replacement.size() + 1) + s_uMostGrowth),
       m_uLeastRest(input.size())
 {
 }
@@ -154,8 +157,8 @@ void GlobalReplacement::ExtendVain(std::size_t start, std::size_t bound)
 }
 
 // A run ends as long as each replacement leaves less to search. One that leaves more must neither come back
-// to a text and position it had before, which repeats for ever, nor outgrow the longest text that can arise
-// when no replacement is ever replaced.
+// to a text and start it had before, which repeats for ever, nor outgrow by far the longest text that can
+// arise when no replacement is ever replaced.
 void GlobalReplacement::StopIfEndless()
 {
     const std::size_t rest = m_text.GetLength() - m_uStart;

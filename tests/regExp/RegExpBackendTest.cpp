@@ -389,8 +389,8 @@ TEST(RegExpBackend, NestedPatternsCompileWhereTheStackAllows)
 
 TEST(RegExpBackend, ChainsOfCallsCompileWhereTheStackAllows)
 {
-    const std::string pattern = Chain(1400);
-    EXPECT_EQ(0, Pattern(pattern).Match(TString<char>(Repeat("a", 1400)))->GetResult());
+    const std::string pattern = Chain(1200);
+    EXPECT_EQ(0, Pattern(pattern).Match(TString<char>(Repeat("a", 1200)))->GetResult());
     RunOnStack(s_uSmallStack,
                [&]
                {

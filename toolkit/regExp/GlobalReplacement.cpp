@@ -14,9 +14,9 @@ namespace
 {
 
 const std::size_t s_uStarts = 65536;
-// How far a text may grow beyond what it can when no replacement is ever replaced: far enough for a start to
-// go round a few times, which can end in an exception of PCRE's.
-const std::size_t s_uMostGrowth = 4 * s_uStarts;
+// A text that outgrows every run without replaced replacements may still do so for that many of them: a start
+// that goes round a few times can yet end the run in an exception of PCRE's.
+const std::size_t s_uMostReturns = 4096;
 const int s_iPartialOffsets = 60;
 
 bool IsContinuation(char byte)
@@ -42,7 +42,7 @@ GlobalReplacement::GlobalReplacement(const RegExpCode* code, const TString<char>
       m_bReplacementIsUtf8(IsUtf8(replacement)),
       m_uReach(RegExpBackend::GetReach(code, pattern)),
       m_bMayBeginLater(RegExpBackend::MayBeginLater(code, pattern)),
-      m_uMostLength((input.size() + 1) * (replacement.size() + 1) + s_uMostGrowth),
+      m_uMostLength((input.size() + 1) * (replacement.size() + 1)),
       m_uLeastRest(input.size())
 {
 }
@@ -157,8 +157,8 @@ void GlobalReplacement::ExtendVain(std::size_t start, std::size_t bound)
 }
 
 // A run ends as long as each replacement leaves less to search. One that leaves more must neither come back
-// to a text and start it had before, which repeats for ever, nor outgrow by far the longest text that can
-// arise when no replacement is ever replaced.
+// to a text and start it had before, which repeats for ever, nor outgrow the longest text that can arise when
+// no replacement is ever replaced.
 void GlobalReplacement::StopIfEndless()
 {
     const std::size_t rest = m_text.GetLength() - m_uStart;
@@ -168,7 +168,8 @@ void GlobalReplacement::StopIfEndless()
         return;
     }
     const bool repeats = m_uReturns > 0 && m_uStart == m_uRememberedStart && m_text.Equals(m_strRemembered);
-    if (repeats || m_text.GetLength() > m_uMostLength)
+    const bool outgrows = m_uReturns > s_uMostReturns && m_text.GetLength() > m_uMostLength;
+    if (repeats || outgrows)
         RegExpFailure::ThrowExecution(RegExpBackend::s_iMatchLimit);
     if (++m_uReturns == m_uNextRemembered)
     {

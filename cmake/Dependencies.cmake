@@ -1,5 +1,6 @@
 # What the library stands on. CMake 3.25 has no imported wxWidgets target, so one is made here from wx-config's answer:
 #   Toolkit::wx   wxWidgets base and net (never its graphical libraries)
+#   Toolkit::pcre PCRE's 8-bit library (not PCRE2)
 find_package(Threads REQUIRED)
 
 find_program(TOOLKIT_WX_CONFIG NAMES wx-config wx-config-3.2)
@@ -32,4 +33,18 @@ if(NOT TARGET Toolkit::wx)
   target_include_directories(Toolkit::wx SYSTEM INTERFACE ${wx_includes})
   target_compile_definitions(Toolkit::wx INTERFACE ${wx_definitions})
   target_link_libraries(Toolkit::wx INTERFACE ${wx_libraries} Threads::Threads)
+endif()
+
+if(NOT TARGET Toolkit::pcre)
+  find_path(TOOLKIT_PCRE_INCLUDE pcre.h)
+  find_library(TOOLKIT_PCRE_LIBRARY pcre)
+  if(NOT TOOLKIT_PCRE_INCLUDE OR NOT TOOLKIT_PCRE_LIBRARY)
+    message(FATAL_ERROR "PCRE was not found; './check --no-install' prints the packages that are needed")
+  endif()
+  mark_as_advanced(TOOLKIT_PCRE_INCLUDE TOOLKIT_PCRE_LIBRARY)
+
+  add_library(Toolkit::pcre UNKNOWN IMPORTED GLOBAL)
+  set_target_properties(
+    Toolkit::pcre PROPERTIES IMPORTED_LOCATION ${TOOLKIT_PCRE_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES
+                                                                       ${TOOLKIT_PCRE_INCLUDE})
 endif()

@@ -1,0 +1,73 @@
+#include <cstdint>
+#include <string>
+
+#include "tests/support/FuzzCheck.h"
+#include "tests/support/PlainReplacement.h"
+#include "tests/support/RegExpSupport.h"
+
+// The input is a pattern, a replacement and a subject, with a zero behind each of the first two.
+
+namespace
+{
+
+using namespace Toolkit;
+using namespace ToolkitTest;
+
+const std::size_t s_uMostBytes = 300;
+const int s_iMostReplacements = 500;
+
+std::string TakeText(std::string& input)
+{
+    const std::size_t end = input.find('\0');
+    const std::string text = input.substr(0, end);
+    input.erase(0, end == input.npos ? end : end + 1);
+    return text;
+}
+
+void CheckMatch(const RegExp& regExp, const TString<char>& subject)
+{
+    bool isMatch = false;
+    const std::string message = MessageOf([&] { isMatch = regExp.IsMatch(subject); });
+    smart_ptr<MatchResult, smart_ptr_policy> match;
+    TOOLKIT_FUZZ_CHECK(MessageOf([&] { match = regExp.Match(subject); }) == message);
+    if (match.IsNull())
+        return;
+    TOOLKIT_FUZZ_CHECK(isMatch == (match->GetResult() > 0));
+    TOOLKIT_FUZZ_CHECK(match->GetCount() ==
+                       static_cast<std::size_t>(match->GetResult() > 0 ? match->GetResult() : 0));
+    for (const auto& name : match->GetNames())
+        TOOLKIT_FUZZ_CHECK(name.second < 0 || match->Find(name.first)->GetName() == name.first);
+}
+
+void CheckReplacement(const RegExp& regExp, const TString<char>& replacement, const TString<char>& subject)
+{
+    try
+    {
+        TString<char> plain;
+        TString<char> fast;
+        const std::string message =
+            MessageOf([&] { plain = PlainReplace(regExp, replacement, subject, s_iMostReplacements); });
+        TOOLKIT_FUZZ_CHECK(MessageOf([&] { fast = regExp.Replace(replacement, subject, 0); }) == message);
+        TOOLKIT_FUZZ_CHECK(plain == fast);
+    }
+    catch (const TooManyReplacements&)
+    {
+        TOOLKIT_FUZZ_CHECK(MessageOf([&] { regExp.Replace(replacement, subject, 0); }) != MessageOf([] {}));
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size > s_uMostBytes)
+        return 0;
+    std::string input(reinterpret_cast<const char*>(data), size);
+    // Each search may take some steps only: what takes long is not what is looked for.
+    const RegExp regExp = Pattern("(*LIMIT_MATCH=5000)" + TakeText(input));
+    const TString<char> replacement(TakeText(input));
+    const TString<char> subject(input);
+    CheckMatch(regExp, subject);
+    CheckReplacement(regExp, replacement, subject);
+    return 0;
+}

@@ -1,0 +1,400 @@
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pcre.h>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <ucontext.h>
+
+#include "tests/support/RegExpSupport.h"
+#include "toolkit/regExp/RegExp.h"
+
+using namespace Toolkit;
+using namespace ToolkitTest;
+
+// This program stands between the library and PCRE: it sees the library's calls and can let one fail.
+
+namespace
+{
+
+struct Compilation
+{
+    int options;
+    const unsigned char* tables;
+};
+
+struct Execution
+{
+    unsigned long flags;
+    bool hasStudyData;
+    int start;
+    int options;
+    int vectorSize;
+};
+
+std::vector<Compilation> s_compilations;
+std::vector<Execution> s_executions;
+bool s_bRecord = false;
+int s_iFailingInfo = -1;
+
+template <class Function>
+Function* Real(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+class Recording
+{
+public:
+    Recording()
+    {
+        s_compilations.clear();
+        s_executions.clear();
+        s_bRecord = true;
+    }
+    ~Recording() { s_bRecord = false; }
+};
+
+class FailingInfo
+{
+public:
+    explicit FailingInfo(int what) { s_iFailingInfo = what; }
+    ~FailingInfo() { s_iFailingInfo = -1; }
+};
+
+// Counts what PCRE has allocated and not freed.
+class CountedMemory
+{
+public:
+    CountedMemory() : m_malloc(pcre_malloc), m_free(pcre_free)
+    {
+        s_iHeld = 0;
+        s_malloc = m_malloc;
+        s_free = m_free;
+        pcre_malloc = [](std::size_t size)
+        {
+            ++s_iHeld;
+            return s_malloc(size);
+        };
+        pcre_free = [](void* memory)
+        {
+            --s_iHeld;
+            s_free(memory);
+        };
+    }
+    ~CountedMemory()
+    {
+        pcre_malloc = m_malloc;
+        pcre_free = m_free;
+    }
+
+    int GetHeld() const { return s_iHeld; }
+
+private:
+    static int s_iHeld;
+    static void* (*s_malloc)(std::size_t);
+    static void (*s_free)(void*);
+
+    void* (*const m_malloc)(std::size_t);
+    void (*const m_free)(void*);
+};
+
+int CountedMemory::s_iHeld = 0;
+void* (*CountedMemory::s_malloc)(std::size_t) = nullptr;
+void (*CountedMemory::s_free)(void*) = nullptr;
+
+// Runs `work` on a thread whose stack has that many bytes; the system would hand out an old, larger one.
+void RunOnStack(std::size_t size, const std::function<void()>& work)
+{
+    void* const stack = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, stack);
+    pthread_attr_t attributes;
+    ASSERT_EQ(0, pthread_attr_init(&attributes));
+    ASSERT_EQ(0, pthread_attr_setstack(&attributes, stack, size));
+    pthread_t thread;
+    const auto entry = [](void* argument) -> void*
+    {
+        (*static_cast<const std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(0, pthread_create(&thread, &attributes, entry, const_cast<std::function<void()>*>(&work)));
+    ASSERT_EQ(0, pthread_join(thread, nullptr));
+    pthread_attr_destroy(&attributes);
+    munmap(stack, size);
+}
+
+const std::size_t s_uSmallStack = 256 * 1024;
+
+std::string Nested(std::size_t levels)
+{
+    return Repeat("(", levels) + "a" + Repeat(")", levels);
+}
+
+// Each group calls the next one, so that PCRE follows the whole chain when it compiles.
+std::string Chain(int groups)
+{
+    std::string pattern;
+    for (int i = 1; i < groups; ++i)
+        pattern += "((?" + std::to_string(i + 1) + "))";
+    return pattern + "(a)";
+}
+
+} // namespace
+
+extern "C" pcre* pcre_compile(const char* pattern, int options, const char** error, int* offset,
+                              const unsigned char* tables)
+{
+    if (s_bRecord)
+        s_compilations.push_back({options, tables});
+    return Real<decltype(pcre_compile)>("pcre_compile")(pattern, options, error, offset, tables);
+}
+
+extern "C" int pcre_exec(const pcre* code, const pcre_extra* extra, const char* subject, int length,
+                         int start, int options, int* offsets, int size)
+{
+    if (s_bRecord && code != nullptr)
+        s_executions.push_back({extra == nullptr ? 0 : extra->flags,
+                                extra != nullptr && extra->study_data != nullptr, start, options, size});
+    return Real<decltype(pcre_exec)>("pcre_exec")(code, extra, subject, length, start, options, offsets,
+                                                  size);
+}
+
+extern "C" int pcre_fullinfo(const pcre* code, const pcre_extra* extra, int what, void* where)
+{
+    if (what == s_iFailingInfo)
+        return PCRE_ERROR_BADMAGIC;
+    return Real<decltype(pcre_fullinfo)>("pcre_fullinfo")(code, extra, what, where);
+}
+
+// ---- what PCRE is asked
+
+TEST(RegExpBackend, CompilesInUtf8ModeAloneOnEachCall)
+{
+    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
+    const Recording recording;
+    regExp.IsMatch("a");
+    regExp.IsMatch("a");
+    regExp.Match("a");
+    regExp.Replace("b", "a", 0);
+    ASSERT_EQ(4U, s_compilations.size());
+    for (const Compilation& compilation : s_compilations)
+    {
+        EXPECT_EQ(PCRE_UTF8, compilation.options);
+        EXPECT_EQ(nullptr, compilation.tables);
+    }
+}
+
+TEST(RegExpBackend, ExecutesOnceFromTheStartWithoutOptionsOrStudyData)
+{
+    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
+    const Recording recording;
+    regExp.IsMatch("aa");
+    regExp.Match("aa");
+    ASSERT_EQ(2U, s_executions.size());
+    for (const Execution& execution : s_executions)
+    {
+        EXPECT_EQ(0, execution.options);
+        EXPECT_EQ(0, execution.start);
+        EXPECT_EQ(60, execution.vectorSize);
+        EXPECT_FALSE(execution.hasStudyData);
+        EXPECT_EQ(static_cast<unsigned long>(PCRE_EXTRA_MATCH_LIMIT_RECURSION), execution.flags);
+    }
+}
+
+TEST(RegExpBackend, GlobalReplacementExecutesOncePerMatchAndOnceMore)
+{
+    const RegExp regExp = Pattern("a");
+    const Recording recording;
+    regExp.Replace("b", "banana", 0);
+    ASSERT_EQ(4U, s_executions.size());
+    EXPECT_EQ(0x580, s_executions[0].options);
+    for (const Execution& execution : s_executions)
+    {
+        EXPECT_EQ(0x580, execution.options & ~PCRE_NO_UTF8_CHECK);
+        EXPECT_EQ(60, execution.vectorSize);
+        EXPECT_FALSE(execution.hasStudyData);
+    }
+}
+
+TEST(RegExpBackend, FailedNameQueriesThrowTheirMessages)
+{
+    const struct
+    {
+        int what;
+        const char* message;
+    } rows[] = {
+        {PCRE_INFO_NAMECOUNT, "pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error"},
+        {PCRE_INFO_NAMEENTRYSIZE, "pcre_fullinfo 'PCRE_INFO_NAMEENTRYSIZE' return error"},
+        {PCRE_INFO_NAMETABLE, "pcre_fullinfo 'PCRE_INFO_NAMETABLE' return error"},
+    };
+    for (const auto& row : rows)
+    {
+        const CountedMemory memory;
+        const FailingInfo failing(row.what);
+        EXPECT_EQ(row.message, MessageOf([] { Pattern("(?<n>a)").Match("a"); }));
+        EXPECT_EQ(0, memory.GetHeld()) << row.message;
+    }
+}
+
+TEST(RegExpBackend, NameTableIsAskedOnlyForNames)
+{
+    const FailingInfo failing(PCRE_INFO_NAMETABLE);
+    EXPECT_EQ(2U, Pattern("(a)").Match("a")->GetCount());
+    EXPECT_EQ(0U, Pattern("(?<n>a)").Match("b")->GetCount());
+}
+
+TEST(RegExpBackend, UnknownReachHandsOverTheWholeText)
+{
+    const FailingInfo failing(PCRE_INFO_MAXLOOKBEHIND);
+    EXPECT_EQ(Repeat("-", 50) + "abb",
+              Pattern("(?<=ab)a").Replace("b", TString<char>(Repeat("-", 50) + "aba"), 0));
+}
+
+// ---- who frees what was compiled
+
+TEST(RegExpBackend, NothingCompiledSurvivesACall)
+{
+    const CountedMemory memory;
+    const RegExp regExp = Pattern("(?<n>a)");
+    RegExp::ReplacementMappedStrings named;
+    regExp.IsMatch("a");
+    regExp.Match("a");
+    regExp.Replace("b", "aa", 0);
+    regExp.Replace(named, "a");
+    MessageOf([&] { regExp.IsMatch("\xFF"); });
+    MessageOf([&] { regExp.Match("\xFF"); });
+    MessageOf([&] { regExp.Replace("\xFF", "a", 0); });
+    MessageOf([&] { Pattern("(").Match("a"); });
+    EXPECT_EQ(0, memory.GetHeld());
+}
+
+TEST(RegExpBackend, RecordKeepsOneCompiledPatternToItsEnd)
+{
+    const CountedMemory memory;
+    const RegExp regExp = Pattern("a");
+    {
+        smart_ptr<MatchResult, smart_ptr_policy> record = regExp.Match("a");
+        const smart_ptr<MatchResult, smart_ptr_policy> other = record;
+        EXPECT_EQ(1, memory.GetHeld());
+        regExp.RegExp_compile(record);
+        EXPECT_EQ(1, memory.GetHeld());
+        record->SetPattern("(");
+        MessageOf([&] { regExp.RegExp_compile(record); });
+        EXPECT_EQ(0, memory.GetHeld());
+        record->SetPattern("a");
+        regExp.RegExp_compile(record);
+        EXPECT_EQ(1, memory.GetHeld());
+    }
+    EXPECT_EQ(0, memory.GetHeld());
+}
+
+// ---- the stack that is left
+
+TEST(RegExpBackend, DeepRecursionEndsInAnExceptionOnTheMainThread)
+{
+    const RegExp regExp = Pattern("^(a|b)*$");
+    EXPECT_TRUE(regExp.IsMatch(TString<char>(Repeat("ab", 1000))));
+    EXPECT_EQ(ExecutionMessage("-21"),
+              MessageOf([&] { regExp.IsMatch(TString<char>(Repeat("ab", 1000000))); }));
+    EXPECT_EQ(ExecutionMessage("-21"),
+              MessageOf([&] { regExp.Match(TString<char>(Repeat("ab", 1000000))); }));
+}
+
+TEST(RegExpBackend, DeepRecursionEndsInAnExceptionOnASmallStack)
+{
+    RunOnStack(
+        s_uSmallStack,
+        []
+        {
+            const RegExp regExp = Pattern("(a|b)*");
+            EXPECT_TRUE(regExp.IsMatch(TString<char>(Repeat("ab", 80))));
+            for (const std::size_t length : {300U, 500U, 1000U, 100000U})
+            {
+                const TString<char> subject(Repeat("ab", length));
+                EXPECT_EQ(ExecutionMessage("-21"), MessageOf([&] { regExp.IsMatch(subject); })) << length;
+                EXPECT_EQ(ExecutionMessage("-21"), MessageOf([&] { regExp.Match(subject); })) << length;
+                EXPECT_EQ(ExecutionMessage("-21"), MessageOf([&] { regExp.Replace("x", subject, 0); }));
+            }
+        });
+}
+
+TEST(RegExpBackend, EveryThreadHasItsOwnLimit)
+{
+    const RegExp regExp = Pattern("^(a|b)*$");
+    const TString<char> subject(Repeat("ab", 1000));
+    RunOnStack(s_uSmallStack,
+               [&] { EXPECT_EQ(ExecutionMessage("-21"), MessageOf([&] { regExp.IsMatch(subject); })); });
+    RunOnStack(16 * s_uSmallStack, [&] { EXPECT_TRUE(regExp.IsMatch(subject)); });
+    EXPECT_TRUE(regExp.IsMatch(subject));
+}
+
+TEST(RegExpBackend, StackThatTheSystemDoesNotKnowIsTrustedALittle)
+{
+    static const RegExp s_regExp = Pattern("(a|b)*");
+    static ucontext_t s_own;
+    static ucontext_t s_host;
+    static bool s_bMatched;
+    static std::string s_strMessage;
+    const std::size_t size = 4 * s_uSmallStack;
+    void* const stack = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, stack);
+    ASSERT_EQ(0, getcontext(&s_own));
+    s_own.uc_stack.ss_sp = stack;
+    s_own.uc_stack.ss_size = size;
+    s_own.uc_link = &s_host;
+    const auto work = []
+    {
+        s_bMatched = s_regExp.IsMatch("abab");
+        s_strMessage = MessageOf([] { s_regExp.IsMatch(TString<char>(Repeat("ab", 100000))); });
+    };
+    makecontext(&s_own, work, 0);
+    ASSERT_EQ(0, swapcontext(&s_host, &s_own));
+    munmap(stack, size);
+    EXPECT_TRUE(s_bMatched);
+    EXPECT_EQ(ExecutionMessage("-21"), s_strMessage);
+}
+
+TEST(RegExpBackend, LimitInThePatternStillCounts)
+{
+    EXPECT_EQ(
+        ExecutionMessage("-21"),
+        MessageOf([] { Pattern("(*LIMIT_RECURSION=5)(a|b)*").IsMatch(TString<char>(Repeat("a", 50))); }));
+    EXPECT_EQ(ExecutionMessage("-8"),
+              MessageOf([] { Pattern("(*LIMIT_MATCH=5)(a|b)*").IsMatch(TString<char>(Repeat("a", 50))); }));
+}
+
+TEST(RegExpBackend, NestedPatternsCompileWhereTheStackAllows)
+{
+    EXPECT_TRUE(Pattern(Nested(250)).IsMatch("a") || Pattern(Nested(250)).Match("a")->GetResult() == 0);
+    EXPECT_EQ(" : parentheses are too deeply nested (@offset: 251) " + Nested(251),
+              MessageOf([] { Pattern(Nested(251)).IsMatch("a"); }));
+    RunOnStack(s_uSmallStack,
+               []
+               {
+                   EXPECT_EQ(0, Pattern(Nested(250)).Match("a")->GetResult());
+                   EXPECT_FALSE(Pattern(Repeat("(a)", 1000)).IsMatch("a"));
+               });
+    RunOnStack(s_uSmallStack / 2,
+               []
+               {
+                   EXPECT_EQ(0, Pattern(Nested(100)).Match("a")->GetResult());
+                   EXPECT_EQ(" : parentheses are too deeply nested (stack check) (@offset: 0) " + Nested(250),
+                             MessageOf([] { Pattern(Nested(250)).IsMatch("a"); }));
+               });
+}
+
+TEST(RegExpBackend, ChainsOfCallsCompileWhereTheStackAllows)
+{
+    const std::string pattern = Chain(1200);
+    EXPECT_EQ(0, Pattern(pattern).Match(TString<char>(Repeat("a", 1200)))->GetResult());
+    RunOnStack(s_uSmallStack,
+               [&]
+               {
+                   EXPECT_EQ(" : parentheses are too deeply nested (stack check) (@offset: 0) " + pattern,
+                             MessageOf([&] { Pattern(pattern).IsMatch("a"); }));
+               });
+}

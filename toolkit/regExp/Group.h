@@ -1,0 +1,36 @@
+#ifndef TOOLKIT_REGEXP_GROUP_H
+#define TOOLKIT_REGEXP_GROUP_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+
+namespace Toolkit
+{
+
+// One captured piece of a text: its bytes, the name that the pattern gives it, and its number. Groups are
+// made by RegExp::Match and shared through smart_ptr; afterwards nothing changes them, so any thread may read
+// one.
+class TOOLKIT_API Group
+{
+public:
+    Group(const TString<char>& value, const TString<char>& name, unsigned short index);
+    virtual ~Group();
+
+    // Empty for a group that took no part in the match.
+    const TString<char>& GetValue() const { return m_strValue; }
+    // Empty for a group without a name.
+    const TString<char>& GetName() const { return m_strName; }
+    // 0 is the whole match.
+    unsigned short GetIndex() const { return m_uIndex; }
+
+private:
+    friend class GroupCollection;
+
+    TString<char> m_strValue;
+    TString<char> m_strName;
+    unsigned short m_uIndex;
+};
+
+} // namespace Toolkit
+
+#endif

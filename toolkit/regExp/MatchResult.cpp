@@ -1,0 +1,21 @@
+#include "toolkit/regExp/MatchResult.h"
+
+#include "toolkit/regExp/RegExpBackend.h"
+
+namespace Toolkit
+{
+
+MatchResult::MatchResult() = default;
+
+MatchResult::~MatchResult()
+{
+    FreeCode();
+}
+
+void MatchResult::FreeCode()
+{
+    RegExpBackend::Free(m_pCode);
+    m_pCode = nullptr;
+}
+
+} // namespace Toolkit

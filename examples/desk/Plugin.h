@@ -15,8 +15,8 @@ class TOOLKIT_API Plugin : public Toolkit::LibModule
 public:
     virtual Text GetName() const = 0;
 
-    // Takes over the settings of the plug-in's own section.
-    virtual void Configure(const Toolkit::IniFile& settings) = 0;
+    // Takes over the settings of the plug-in's own section; what is wrong with one is appended to `problems`.
+    virtual void Configure(const Toolkit::IniFile& settings, std::vector<Text>& problems) = 0;
 
     // True for a file that this plug-in wants to work on.
     virtual bool Takes(const Text& fileName) const = 0;

@@ -22,7 +22,8 @@ private:
     void System();
     void Settings();
     void Plugins();
-    void Folder(const Text& plugin, const Text& folder);
+    void Mails();
+    void Notes();
     void Archive();
     void ChangedSetting();
     void SavedState();
@@ -33,6 +34,9 @@ private:
     // Lets the plug-in work on the file and says what it reports; false when it does not take the file,
     // cannot work on it or has nothing to say.
     bool Work(Plugin& plugin, const Text& path) const;
+
+    // The same for every file in the folder `path`; false when there is none.
+    bool WorkOnFolder(const Text& plugin, const Text& path) const;
 
     // Prints the heading of the next step.
     void Begin(const Text& title);

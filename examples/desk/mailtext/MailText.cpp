@@ -35,7 +35,7 @@ public:
 
     Text GetName() const override { return L"mailtext"; }
 
-    void Configure(const Toolkit::IniFile& settings) override
+    void Configure(const Toolkit::IniFile& settings, std::vector<Text>&) override
     {
         m_uPreview = settings.GetUint32(GetName(), L"preview", s_uDefaultPreview);
     }

@@ -1,32 +1,13 @@
-// Plug-in "redact": copies text files and hides the mail addresses in them.
+// Plug-in "redact": copies text files and hides in them what the patterns of its settings find.
 
 #include "Plugin.h"
+#include "redact/Rule.h"
 
 namespace Desk
 {
 
 namespace
 {
-
-const wchar_t* const c_strHidden = L"***";
-const wchar_t* const c_strWordEnds = L" \t,;:<>()[]\"";
-
-// Hides the part before the "@" of every mail address; answers how many there were.
-std::size_t HideAddresses(Text& line)
-{
-    std::size_t hidden = 0;
-    for (std::size_t at = line.find(L'@'); at != line.npos; at = line.find(L'@', at + 1))
-    {
-        const std::size_t end = at == 0 ? line.npos : line.find_last_of(c_strWordEnds, at - 1);
-        const std::size_t start = end == line.npos ? 0 : end + 1;
-        if (start == at)
-            continue;
-        line.replace(start, at - start, c_strHidden);
-        at = start + Text(c_strHidden).size();
-        ++hidden;
-    }
-    return hidden;
-}
 
 class Redact : public Plugin
 {
@@ -36,7 +17,15 @@ public:
 
     Text GetName() const override { return L"redact"; }
 
-    void Configure(const Toolkit::IniFile&) override {}
+    // Every key of the section names a rule, its value is the pattern.
+    void Configure(const Toolkit::IniFile& settings, std::vector<Text>& problems) override
+    {
+        m_rules.clear();
+        std::vector<Text> names;
+        settings.GetKeyList(GetName(), names);
+        for (const Text& name : names)
+            AddRule(name, settings.GetValue(GetName(), name, Text::Empty()), problems);
+    }
 
     bool Takes(const Text& fileName) const override { return HasExtension(fileName, L".txt"); }
 
@@ -44,7 +33,7 @@ public:
     {
         Toolkit::TextFile source;
         Toolkit::FFile target;
-        const Text targetPath = TargetPath(path, folder);
+        const Text targetPath = Join(folder, path.substr(path.rfind(L'/') + 1));
         if (!source.Open(path) || !target.Open(targetPath, L"wb"))
         {
             TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"redact: cannot work on " << path;
@@ -55,26 +44,43 @@ public:
         for (Text line = source.GetFirstLine(); !source.Eof(); line = source.GetNextLine())
         {
             ++lines;
-            const std::size_t inLine = HideAddresses(line);
-            if (hidden == 0 && inLine > 0)
-                report.push_back(L"\"" + line + L"\"");
+            const std::size_t inLine = Hide(line);
+            if (inLine > 0)
+                report.push_back(line);
             hidden += inLine;
             target.Write(line + L"\n");
         }
-        TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"redact: hid " << hidden << L" addresses of " << path;
-        report.push_back(std::to_wstring(lines) + L" lines, " + std::to_wstring(hidden) +
-                         L" addresses hidden, in " + targetPath);
+        TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"redact: hid " << hidden << L" places of " << path;
+        report.push_back(ToText(lines) + L" lines, " + ToText(hidden) + L" places hidden, in " + targetPath);
         return target.Close();
     }
 
 private:
-    static Text TargetPath(const Text& path, const Text& folder)
+    void AddRule(const Text& name, const Text& pattern, std::vector<Text>& problems)
     {
-        Text volume, parent, name, extension, target;
-        Toolkit::PathManager::SplitPath(path, volume, parent, name, extension);
-        Toolkit::PathManager::AppendPath(target, folder, name + L"." + extension);
-        return target;
+        try
+        {
+            m_rules.emplace_back(name, pattern);
+        }
+        catch (const Toolkit::smart_ptr<Toolkit::RegExpException>& exception)
+        {
+            const Text problem = name + L": " + Toolkit::UTF8::ToUNICODE(exception->GetMessage());
+            TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"redact: " << problem;
+            problems.push_back(problem);
+        }
     }
+
+    std::size_t Hide(Text& line) const
+    {
+        std::size_t hidden = 0;
+        Toolkit::TString<char> bytes = Toolkit::UTF8::ToUTF8(line);
+        for (const Rule& rule : m_rules)
+            hidden += rule.Apply(bytes);
+        line = Toolkit::UTF8::ToUNICODE(bytes);
+        return hidden;
+    }
+
+    std::vector<Rule> m_rules;
 };
 
 } // namespace

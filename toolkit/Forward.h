@@ -15,6 +15,9 @@ class smart_ptr;
 
 class CmdLineOption;
 class CmdLineParser;
+struct ArchiveEntriesFlags;
+class ArchiveZip;
+class ArchiveZipEntry;
 class B64;
 class Bytes;
 class ConsoleLogger;
@@ -34,6 +37,7 @@ class FSOutputSerializer;
 class FSSerializer;
 class FSStream;
 class ILogger;
+class IniFile;
 class InputStream;
 class ISerialize;
 class IStream;
@@ -58,6 +62,7 @@ class UTF7;
 class UTF8;
 class WxLogForwarder;
 class Version;
+class ZipInputStream;
 
 namespace Threading
 {

@@ -55,6 +55,13 @@ void Host::LoadPlugins()
     }
 }
 
+Plugin* Host::FindPlugin(const Text& name) const
+{
+    const auto found = std::find_if(m_plugins.begin(), m_plugins.end(),
+                                    [&name](const Plugin* plugin) { return plugin->GetName() == name; });
+    return found != m_plugins.end() ? *found : nullptr;
+}
+
 void Host::ShutDown()
 {
     if (m_session == nullptr)

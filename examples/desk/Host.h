@@ -27,6 +27,9 @@ public:
     // In the order in which they were loaded.
     const std::vector<Plugin*>& GetPlugins() const { return m_plugins; }
 
+    // Null when none has that name.
+    Plugin* FindPlugin(const Text& name) const;
+
     // Releases the modules, the last one first, closes the log and unloads the plug-ins. Done once.
     void ShutDown();
 

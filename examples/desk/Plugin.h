@@ -3,12 +3,10 @@
 
 #include <vector>
 
-#include "toolkit/Toolkit.h"
+#include "Text.h"
 
 namespace Desk
 {
-
-using Text = Toolkit::TString<wchar_t>;
 
 // What a plug-in library offers to the host: a module, which the toolkit brings up and down, that works on
 // files. The library owns it; the host calls it from one thread.
@@ -16,6 +14,9 @@ class TOOLKIT_API Plugin : public Toolkit::LibModule
 {
 public:
     virtual Text GetName() const = 0;
+
+    // Takes over the settings of the plug-in's own section.
+    virtual void Configure(const Toolkit::IniFile& settings) = 0;
 
     // True for a file that this plug-in wants to work on.
     virtual bool Takes(const Text& fileName) const = 0;

@@ -17,6 +17,12 @@ Text Join(const Text& folder, const Text& name)
     return path;
 }
 
+bool HasExtension(const Text& fileName, const Text& extension)
+{
+    return fileName.size() > extension.size() &&
+           Text(fileName.substr(fileName.size() - extension.size())).compareNoCase(extension) == 0;
+}
+
 void PrintLine(const Text& line)
 {
     std::cout << Toolkit::UTF8::ToUTF8(line) << std::endl;

@@ -14,6 +14,9 @@ Text ToText(unsigned long long number);
 // Folder and name with one separator in between.
 Text Join(const Text& folder, const Text& name);
 
+// True when a file name ends in `extension`, which begins with a dot.
+bool HasExtension(const Text& fileName, const Text& extension);
+
 // Writes UTF-8 to the standard output, with a line feed.
 void PrintLine(const Text& line = Text());
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Archive.h"
+#include "State.h"
 #include "Text.h"
 
 namespace Desk
@@ -12,7 +14,7 @@ using namespace Toolkit;
 namespace
 {
 
-const std::size_t s_uShownLogLines = 8;
+const unsigned int s_uShownLogLines = 8;
 
 std::vector<Text> ReadLines(const Text& path)
 {
@@ -58,9 +60,13 @@ bool Tour::Play()
     Load();
     Folders();
     System();
+    Settings();
     Plugins();
-    for (const Plugin* plugin : m_host->GetPlugins())
-        Work(*plugin, plugin->GetName() == L"mailtext" ? L"mails" : L"notes");
+    Folder(L"mailtext", L"mails");
+    Folder(L"redact", L"notes");
+    Archive();
+    ChangedSetting();
+    SavedState();
     Child();
     ShutDown();
     Log();
@@ -75,10 +81,12 @@ void Tour::Load()
     m_host = std::make_unique<Host>(m_strLogName);
     m_strLogPath = m_host->GetLogPath();
     Say(L"the library registered its module, the base library was started, the module made its singletons:");
-    Say(L"logger, system information, path manager");
+    Say(L"logger, system information, version, path manager");
+    Say(L"version of the library: " + (*Version::s_pInstance)->ToString());
     Say(L"log file: " + m_strLogPath);
     End(LibModuleManager::s_pInstance != nullptr && ILogger::s_pInstance != nullptr &&
-        SystemInfo::s_pInstance != nullptr && PathManager::s_pInstance != nullptr);
+        SystemInfo::s_pInstance != nullptr && Version::s_pInstance != nullptr &&
+        PathManager::s_pInstance != nullptr);
 }
 
 void Tour::Folders()
@@ -107,36 +115,101 @@ void Tour::System()
         SystemInfo::GetEndian() != SystemInfo::EndianUnknown);
 }
 
+void Tour::Settings()
+{
+    const Text path = Join(m_strDataFolder, L"desk.ini");
+    Begin(L"The host reads its settings from " + path);
+    m_settings = std::make_unique<IniFile>(path);
+    for (const wchar_t* const section : {L"tour", L"archive", L"mailtext"})
+    {
+        std::vector<Text> keys;
+        m_settings->GetKeyList(section, keys);
+        for (const Text& key : keys)
+            Say(L"[" + Text(section) + L"] " + key + L" = " +
+                m_settings->GetValue(section, key, Text::Empty()));
+    }
+    End(m_settings->IsLoaded() && m_settings->HasValue(L"mailtext", L"preview"));
+}
+
 void Tour::Plugins()
 {
     Begin(L"The plug-ins are loaded; each registers a module, which is initialised at once");
     m_host->LoadPlugins();
-    for (const Plugin* plugin : m_host->GetPlugins())
+    for (Plugin* plugin : m_host->GetPlugins())
+    {
+        plugin->Configure(*m_settings);
         Say(plugin->GetName());
+    }
     End(m_host->GetPlugins().size() == 2);
 }
 
-void Tour::Work(const Plugin& plugin, const Text& folder)
+void Tour::Folder(const Text& plugin, const Text& folder)
 {
     const Text path = Join(m_strDataFolder, folder);
-    Begin(L"Plug-in " + plugin.GetName() + L" works on " + path);
+    Begin(L"Plug-in " + plugin + L" works on " + path);
     std::vector<Text> names;
     Directory(path).GetFiles(Text(), names);
     std::sort(names.begin(), names.end());
-    bool all = !names.empty();
-    for (const Text& name : names)
-    {
-        std::vector<Text> report;
-        const auto worker = std::find_if(m_host->GetPlugins().begin(), m_host->GetPlugins().end(),
-                                         [&name](const Plugin* candidate) { return candidate->Takes(name); });
-        const bool done = worker != m_host->GetPlugins().end() && *worker == &plugin &&
-                          (*worker)->Work(Join(path, name), m_host->GetOutputFolder(), report);
-        Say(name + (done ? L":" : L": cannot be worked on"));
-        for (const Text& line : report)
-            Say(L"  " + line);
-        all = all && done && !report.empty();
-    }
+    Plugin* const worker = m_host->FindPlugin(plugin);
+    bool all = !names.empty() && worker != nullptr;
+    for (std::size_t i = 0; worker != nullptr && i < names.size(); ++i)
+        all = Work(*worker, Join(path, names[i])) && all;
     End(all);
+}
+
+void Tour::Archive()
+{
+    const Text path = Join(m_strDataFolder, m_settings->GetValue(L"archive", L"file", Text::Empty()));
+    const Text pattern = m_settings->GetValue(L"archive", L"pattern", Text::Empty());
+    Begin(L"Mails are taken from the ZIP archive " + path + L", those that \"" + pattern + L"\" keeps");
+    std::vector<Text> report;
+    bool all = ExtractFiles(path, pattern, m_host->GetOutputFolder(), m_mails, report);
+    for (const Text& line : report)
+        Say(line);
+    Plugin* const mailtext = m_host->FindPlugin(L"mailtext");
+    for (const Text& mail : m_mails)
+        all = mailtext != nullptr && Work(*mailtext, mail) && all;
+    End(all && m_mails.size() == 2);
+}
+
+void Tour::ChangedSetting()
+{
+    Begin(L"A changed setting changes what is shown: [mailtext] preview = 12");
+    const Text path = Join(m_host->GetOutputFolder(), L"changed.ini");
+    FFile file;
+    file.Open(path, L"wb");
+    file.Write(L"[mailtext]\npreview = 12\n");
+    file.Close();
+    Plugin* const mailtext = m_host->FindPlugin(L"mailtext");
+    std::vector<Text> before;
+    std::vector<Text> after;
+    if (mailtext != nullptr && !m_mails.empty())
+    {
+        mailtext->Work(m_mails.front(), m_host->GetOutputFolder(), before);
+        mailtext->Configure(IniFile(path));
+        mailtext->Work(m_mails.front(), m_host->GetOutputFolder(), after);
+        mailtext->Configure(*m_settings);
+    }
+    const bool both = before.size() == 2 && after.size() == 2;
+    Say(both ? L"before: " + before.back() : Text(L"nothing was read"));
+    Say(both ? L"after:  " + after.back() : Text());
+    End(both && before.front() == after.front() && after.back().size() < before.back().size());
+}
+
+void Tour::SavedState()
+{
+    const Text path = Join(m_host->GetOutputFolder(), L"state.bin");
+    Begin(L"The host saves its state through the serializer and reads it back");
+    State saved;
+    saved.m_uRuns = 1;
+    saved.m_names = m_mails;
+    const StreamResult written = FSOutputSerializer(path).Serialize(saved);
+    State read;
+    const StreamResult readResult = FSInputSerializer(path).Deserialize(read);
+    Say(path + L", " + ToText(FSStream(path, FSStream::ModeRead).Length()) + L" bytes: " +
+        ToText(read.m_uRuns) + L" run, " + ToText(read.m_names.size()) + L" mails");
+    End(!IsError(written) && !IsError(readResult) && read.m_uRuns == saved.m_uRuns &&
+        read.m_names == saved.m_names);
 }
 
 void Tour::Child()
@@ -173,11 +246,23 @@ void Tour::Log()
           L"message");
     const std::vector<Text> lines = ReadLines(m_strLogPath);
     Say(m_strLogPath + L", " + ToText(lines.size()) + L" lines, the last ones:");
-    for (std::size_t i = lines.size() - std::min(lines.size(), s_uShownLogLines); i < lines.size(); ++i)
+    const std::size_t shown = m_settings->GetUint32(L"tour", L"loglines", s_uShownLogLines);
+    for (std::size_t i = lines.size() - std::min(lines.size(), shown); i < lines.size(); ++i)
         Say(L"  " + lines[i]);
     End(FindMessage(lines, L"desk: shutting down") < lines.size() &&
         FindMessage(lines, L"mailtext: ready") < FindMessage(lines, L"redact: ready") &&
         FindMessage(lines, L"redact: ready") < lines.size());
+}
+
+bool Tour::Work(Plugin& plugin, const Text& path) const
+{
+    const Text name(path.substr(path.rfind(L'/') + 1));
+    std::vector<Text> report;
+    const bool done = plugin.Takes(name) && plugin.Work(path, m_host->GetOutputFolder(), report);
+    Say(name + (done ? L":" : L": cannot be worked on"));
+    for (const Text& line : report)
+        Say(L"  " + line);
+    return done && !report.empty();
 }
 
 void Tour::Begin(const Text& title)

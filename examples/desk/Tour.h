@@ -10,7 +10,7 @@ namespace Desk
 class Tour
 {
 public:
-    // `dataFolder` holds the files that the plug-ins work on.
+    // `dataFolder` holds the settings and the files that the plug-ins work on.
     Tour(const Text& dataFolder, const Text& logName);
 
     // Plays every step; true when all of them hold.
@@ -20,11 +20,19 @@ private:
     void Load();
     void Folders();
     void System();
+    void Settings();
     void Plugins();
-    void Work(const Plugin& plugin, const Text& folder);
+    void Folder(const Text& plugin, const Text& folder);
+    void Archive();
+    void ChangedSetting();
+    void SavedState();
     void Child();
     void ShutDown();
     void Log();
+
+    // Lets the plug-in work on the file and says what it reports; false when it does not take the file,
+    // cannot work on it or has nothing to say.
+    bool Work(Plugin& plugin, const Text& path) const;
 
     // Prints the heading of the next step.
     void Begin(const Text& title);
@@ -35,6 +43,8 @@ private:
     const Text m_strDataFolder;
     const Text m_strLogName;
     std::unique_ptr<Host> m_host;
+    std::unique_ptr<Toolkit::IniFile> m_settings;
+    std::vector<Text> m_mails;
     Text m_strLogPath;
     unsigned int m_uSteps = 0;
     unsigned int m_uHolding = 0;

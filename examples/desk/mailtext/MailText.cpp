@@ -1,6 +1,7 @@
-// Plug-in "mailtext": reads mails (RFC 5322) and tells what is in them.
+// Plug-in "mailtext": reads mails and tells what is in them.
 
 #include "Plugin.h"
+#include "mailtext/Mail.h"
 
 namespace Desk
 {
@@ -8,43 +9,22 @@ namespace Desk
 namespace
 {
 
-const wchar_t* const c_strExtension = L".eml";
+const unsigned int s_uDefaultPreview = 60;
 
-// A mail's header fields that the user wants to see, and the size of its body.
-struct Mail
+// The beginning of a text as one line: white space becomes single spaces.
+Text Preview(const Text& text, std::size_t length)
 {
-    Text m_strFrom;
-    Text m_strSubject;
-    std::size_t m_uBodyLines = 0;
-};
-
-// The value of the field when `line` holds it; field names have no case.
-bool ReadField(const Text& line, const Text& field, Text& value)
-{
-    if (line.size() <= field.size() || Text(line.substr(0, field.size())).compareNoCase(field) != 0 ||
-        line[field.size()] != L':')
-        return false;
-    const std::size_t start = line.find_first_not_of(L" \t", field.size() + 1);
-    value = start == line.npos ? Text() : Text(line.substr(start));
-    return true;
-}
-
-bool ReadMail(const Text& path, Mail& mail)
-{
-    Toolkit::TextFile file;
-    if (!file.Open(path))
-        return false;
-    bool header = true;
-    for (Text line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
+    Text line;
+    for (const wchar_t character : text)
     {
-        if (!header)
-            ++mail.m_uBodyLines;
-        else if (line.empty())
-            header = false;
-        else if (!ReadField(line, L"From", mail.m_strFrom))
-            ReadField(line, L"Subject", mail.m_strSubject);
+        const bool space =
+            character == L' ' || character == L'\n' || character == L'\r' || character == L'\t';
+        if (!space)
+            line += character;
+        else if (!line.empty() && line.back() != L' ')
+            line += L' ';
     }
-    return true;
+    return line.size() <= length ? line : Text(line.substr(0, length) + L"...");
 }
 
 class MailText : public Plugin
@@ -55,25 +35,31 @@ public:
 
     Text GetName() const override { return L"mailtext"; }
 
-    bool Takes(const Text& fileName) const override
+    void Configure(const Toolkit::IniFile& settings) override
     {
-        const std::size_t length = Text(c_strExtension).size();
-        return fileName.size() > length && fileName.substr(fileName.size() - length) == c_strExtension;
+        m_uPreview = settings.GetUint32(GetName(), L"preview", s_uDefaultPreview);
     }
+
+    bool Takes(const Text& fileName) const override { return HasExtension(fileName, L".eml"); }
 
     bool Work(const Text& path, const Text&, std::vector<Text>& report) override
     {
         Mail mail;
-        if (!ReadMail(path, mail))
+        if (!mail.Read(path))
         {
             TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"mailtext: cannot read " << path;
             return false;
         }
         TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"mailtext: read " << path;
         report.push_back(L"\"" + mail.m_strSubject + L"\" from " + mail.m_strFrom + L", " +
-                         std::to_wstring(mail.m_uBodyLines) + L" lines of text");
+                         mail.m_strEncoding);
+        if (m_uPreview > 0)
+            report.push_back(Preview(mail.m_strText, m_uPreview));
         return true;
     }
+
+private:
+    unsigned int m_uPreview = s_uDefaultPreview;
 };
 
 } // namespace

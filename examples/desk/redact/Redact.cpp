@@ -8,7 +8,6 @@ namespace Desk
 namespace
 {
 
-const wchar_t* const c_strExtension = L".txt";
 const wchar_t* const c_strHidden = L"***";
 const wchar_t* const c_strWordEnds = L" \t,;:<>()[]\"";
 
@@ -37,11 +36,9 @@ public:
 
     Text GetName() const override { return L"redact"; }
 
-    bool Takes(const Text& fileName) const override
-    {
-        const std::size_t length = Text(c_strExtension).size();
-        return fileName.size() > length && fileName.substr(fileName.size() - length) == c_strExtension;
-    }
+    void Configure(const Toolkit::IniFile&) override {}
+
+    bool Takes(const Text& fileName) const override { return HasExtension(fileName, L".txt"); }
 
     bool Work(const Text& path, const Text& folder, std::vector<Text>& report) override
     {

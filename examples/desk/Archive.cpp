@@ -1,0 +1,44 @@
+#include "Archive.h"
+
+#include <map>
+
+namespace Desk
+{
+
+using namespace Toolkit;
+
+namespace
+{
+
+using Entries = std::map<Text, smart_ptr<ArchiveZipEntry>>;
+
+Text LastPart(const Text& name)
+{
+    return Text(name.substr(name.rfind(L'/') + 1));
+}
+
+} // namespace
+
+bool ExtractFiles(const Text& path, const Text& pattern, const Text& folder, std::vector<Text>& paths,
+                  std::vector<Text>& report)
+{
+    ArchiveZip archive;
+    archive.Open(path);
+    Entries entries;
+    if (archive.EntriesList(entries, pattern, ArchiveEntriesFlags::Files) < 1)
+        return false;
+    bool all = true;
+    for (const auto& [name, entry] : entries)
+    {
+        Text target = Join(folder, LastPart(name));
+        const bool done = archive.UnZip(entry, target);
+        report.push_back(name +
+                         (done ? L", " + ToText(static_cast<unsigned long long>(entry->GetSize())) + L" bytes"
+                               : Text(L": cannot be extracted")));
+        paths.push_back(target);
+        all = all && done;
+    }
+    return all;
+}
+
+} // namespace Desk

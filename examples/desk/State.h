@@ -1,0 +1,24 @@
+#ifndef DESK_STATE_H
+#define DESK_STATE_H
+
+#include <vector>
+
+#include "Text.h"
+
+namespace Desk
+{
+
+// What desk remembers from one run to the next: how often it ran, and what it worked on last.
+class State : public Toolkit::ISerialize
+{
+public:
+    Toolkit::StreamResult Serialize(Toolkit::IStream& stream) const override;
+    Toolkit::StreamResult Deserialize(Toolkit::IStream& stream) override;
+
+    unsigned int m_uRuns = 0;
+    std::vector<Text> m_names;
+};
+
+} // namespace Desk
+
+#endif

@@ -1,0 +1,183 @@
+#include "toolkit/files/ArchiveZip.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "toolkit/encoding/WxText.h"
+#include "toolkit/files/NativePath.h"
+#include "toolkit/files/ZipEntryStream.h"
+#include "toolkit/log/LogLine.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const unsigned int s_uNotReadableLine = 99;
+const unsigned int s_uNotValidLine = 106;
+const long long s_uBlock = 65536;
+const long long s_uSmallestRead = 64;
+
+int FailListing(unsigned int line, const wchar_t* message)
+{
+    LogLine::Stream(LogSeverity::Error, line, "EntriesList", message);
+    return -1;
+}
+
+bool IsWanted(const wxZipEntry& entry, ArchiveEntriesFlags::ArchiveEntriesType type)
+{
+    if (type == ArchiveEntriesFlags::All)
+        return true;
+    const bool unwantedFile = (type & ArchiveEntriesFlags::Folders) != 0 && !entry.IsDir();
+    const bool unwantedFolder = (type & ArchiveEntriesFlags::Files) != 0 && entry.IsDir();
+    return !unwantedFile && !unwantedFolder;
+}
+
+// What a name has to begin with; empty for every name.
+TString<wchar_t> PrefixOf(const TString<wchar_t>& pattern)
+{
+    return pattern == L"*.*" ? TString<wchar_t>() : TString<wchar_t>(pattern.substr(0, pattern.rfind(L'*')));
+}
+
+bool BeginsWith(const TString<wchar_t>& name, const TString<wchar_t>& prefix)
+{
+    return prefix.empty() || TString<wchar_t>(name.substr(0, prefix.size())).compareNoCase(prefix) == 0;
+}
+
+// The file that content is extracted into.
+class Target
+{
+public:
+    explicit Target(const TString<wchar_t>& path)
+        : m_iDescriptor(NativePath(path).Open(O_WRONLY | O_CREAT | O_TRUNC))
+    {
+    }
+
+    ~Target() { Close(); }
+
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    bool IsOpened() const { return m_iDescriptor != -1; }
+
+    bool Write(const char* bytes, std::size_t count)
+    {
+        while (count > 0)
+        {
+            const ssize_t written = write(m_iDescriptor, bytes, count);
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written <= 0)
+                return false;
+            bytes += written;
+            count -= static_cast<std::size_t>(written);
+        }
+        return true;
+    }
+
+    // Where it cannot be emptied, on a device, nothing can be taken back.
+    void Empty() { static_cast<void>(ftruncate(m_iDescriptor, 0) == 0); }
+
+    bool Close()
+    {
+        const int descriptor = std::exchange(m_iDescriptor, -1);
+        return descriptor == -1 || close(descriptor) == 0;
+    }
+
+private:
+    int m_iDescriptor;
+};
+
+// Decodes block by block: memory follows neither the declared length nor the real one, and no more is asked
+// for than shows whether the content is longer than declared. The last block, the only one of most entries,
+// is written when all is verified.
+bool Extract(ZipEntryStream& content, long long length, Target& target)
+{
+    const std::unique_ptr<char[]> block(new char[s_uBlock]);
+    for (;;)
+    {
+        const std::size_t room =
+            static_cast<std::size_t>(std::clamp<long long>(length, s_uSmallestRead, s_uBlock - 1)) + 1;
+        const std::size_t count = content.Read(block.get(), room).LastRead();
+        length -= static_cast<long long>(count);
+        const bool end = count < room;
+        if (length < 0 || (end && (length != 0 || content.IsDamaged())) || !target.Write(block.get(), count))
+            return false;
+        if (end)
+            return true;
+    }
+}
+
+} // namespace
+
+ArchiveZip::ArchiveZip() = default;
+
+ArchiveZip::~ArchiveZip() = default;
+
+void ArchiveZip::Open(const TString<wchar_t>& path)
+{
+    m_pStream.Reset();
+    m_pStream = new ZipInputStream(path);
+}
+
+void ArchiveZip::Close()
+{
+    m_pStream.Reset();
+}
+
+int ArchiveZip::EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>& entries,
+                            const TString<wchar_t>& pattern, ArchiveEntriesFlags::ArchiveEntriesType type)
+{
+    // Before the entries go: `pattern` may be one of their names.
+    const TString<wchar_t> prefix = PrefixOf(pattern);
+    entries.clear();
+    if (m_pStream.IsNull() || !m_pStream->IsOk())
+        return FailListing(s_uNotValidLine, L"  archive is not valid! ");
+    if (!m_pStream->CanRead())
+        return FailListing(s_uNotReadableLine, L"  archive format can't be read! ");
+    while (const std::unique_ptr<wxZipEntry> entry = m_pStream->TakeNextEntry())
+    {
+        if (!IsWanted(*entry, type))
+            continue;
+        TString<wchar_t> name = FromWx(entry->GetName());
+        if (!BeginsWith(name, prefix))
+            continue;
+        const auto place = entries.lower_bound(name);
+        if (place == entries.end() || place->first != name)
+            entries.emplace_hint(place, std::move(name),
+                                 smart_ptr<ArchiveZipEntry>(new ArchiveZipEntry(*entry)));
+    }
+    return static_cast<int>(entries.size());
+}
+
+smart_ptr<ZipInputStream> ArchiveZip::GetZipInputStream(smart_ptr<ArchiveZipEntry> entry)
+{
+    if (m_pStream.IsNull() || entry.IsNull())
+        return smart_ptr<ZipInputStream>();
+    m_pStream->OpenEntry(*entry);
+    return m_pStream;
+}
+
+bool ArchiveZip::UnZip(smart_ptr<ArchiveZipEntry> entry, TString<wchar_t>& target)
+{
+    ZipEntryStream* const content =
+        m_pStream.IsNull() || entry.IsNull() ? nullptr : m_pStream->OpenEntry(*entry);
+    if (content == nullptr)
+        return false;
+    Target file(target);
+    const long long length = entry->GetSize();
+    bool whole = file.IsOpened() && length > 0 && Extract(*content, length, file);
+    m_pStream->CloseEntry();
+    if (!whole)
+        file.Empty();
+    return file.Close() && whole;
+}
+
+} // namespace Toolkit

@@ -1,0 +1,10 @@
+#include "toolkit/files/ArchiveZipEntry.h"
+
+namespace Toolkit
+{
+
+ArchiveZipEntry::ArchiveZipEntry(const wxZipEntry& entry) : wxZipEntry(entry) {}
+
+ArchiveZipEntry::~ArchiveZipEntry() = default;
+
+} // namespace Toolkit

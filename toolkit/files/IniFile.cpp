@@ -1,0 +1,179 @@
+#include "toolkit/files/IniFile.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+#include "toolkit/files/NameTable.h"
+#include "toolkit/files/TextFile.h"
+#include "toolkit/log/LogLine.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const unsigned int s_uOpenFailedLine = 64;
+
+// What the C locale takes for white space in front of a number.
+bool IsSpace(wchar_t character)
+{
+    return character == L' ' || (character >= L'\t' && character <= L'\r');
+}
+
+bool IsDigit(wchar_t character)
+{
+    return character >= L'0' && character <= L'9';
+}
+
+// The part from `begin` up to `end` without the spaces and tabs at both of its ends.
+TString<wchar_t> Trimmed(const TString<wchar_t>& text, std::size_t begin, std::size_t end)
+{
+    const auto isBlank = [&](std::size_t i) { return text[i] == L' ' || text[i] == L'\t'; };
+    while (begin < end && isBlank(begin))
+        ++begin;
+    while (begin < end && isBlank(end - 1))
+        --end;
+    return TString<wchar_t>(text.substr(begin, end - begin));
+}
+
+// What `>>` of a wide stream in the classic locale leaves in a number that was 0.
+template <class Number>
+Number ReadNumber(const TString<wchar_t>& text)
+{
+    using Limits = std::numeric_limits<Number>;
+    // c_str() ends with a zero, which is neither space nor sign nor digit.
+    const wchar_t* next = text.c_str();
+    while (IsSpace(*next))
+        ++next;
+    const bool negative = *next == L'-';
+    if (negative || *next == L'+')
+        ++next;
+    const bool below = negative && Limits::is_signed;
+    const unsigned long long bound = static_cast<unsigned long long>(Limits::max()) + (below ? 1 : 0);
+    unsigned long long value = 0;
+    for (; IsDigit(*next); ++next)
+    {
+        value = value * 10 + static_cast<unsigned long long>(*next - L'0');
+        if (value > bound)
+            return below ? Limits::min() : Limits::max();
+    }
+    return static_cast<Number>(negative ? 0 - value : value);
+}
+
+using Keys = NameTable<TString<wchar_t>>;
+
+} // namespace
+
+// Few ask for a section's keys in their order, but all look single ones up.
+struct IniFile::Sections
+{
+    void ParseLine(const TString<wchar_t>& line);
+
+    NameTable<Keys> m_table;
+    Keys* m_pCurrent = nullptr;
+};
+
+void IniFile::Sections::ParseLine(const TString<wchar_t>& line)
+{
+    if (line.empty())
+        return;
+    if (line.size() >= 2 && line.front() == L'[' && line.back() == L']')
+    {
+        m_pCurrent = &m_table.Add(TString<wchar_t>(line.substr(1, line.size() - 2)));
+        return;
+    }
+    if (line.front() == L';' || m_pCurrent == nullptr)
+        return;
+    const std::size_t equals = line.find(L'=');
+    if (equals != line.npos)
+        m_pCurrent->Add(Trimmed(line, 0, equals), Trimmed(line, equals + 1, line.size()));
+}
+
+IniFile::IniFile(const TString<wchar_t>& path) : m_pSections(std::make_unique<Sections>()), m_bLoaded(false)
+{
+    m_bLoaded = Parse(path);
+}
+
+IniFile::~IniFile() = default;
+
+bool IniFile::Parse(const TString<wchar_t>& path)
+{
+    // Copied, for it may lie in the sections that go now.
+    const TString<wchar_t> kept(path);
+    *m_pSections = Sections();
+    TextFile file;
+    if (!file.Open(kept))
+    {
+        LogLine::Stream(LogSeverity::Error, s_uOpenFailedLine, "Parse", L"Unable to open file : " + kept);
+        return false;
+    }
+    for (TString<wchar_t> line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
+        m_pSections->ParseLine(line);
+    file.Close();
+    return true;
+}
+
+bool IniFile::HasSection(const TString<wchar_t>& section) const
+{
+    return m_pSections->m_table.Find(section) != nullptr;
+}
+
+bool IniFile::HasValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const
+{
+    return FindValue(section, key) != nullptr;
+}
+
+const TString<wchar_t>& IniFile::GetValue(const TString<wchar_t>& section, const TString<wchar_t>& key,
+                                          const TString<wchar_t>& defaultValue) const
+{
+    const TString<wchar_t>* const value = FindValue(section, key);
+    return value != nullptr ? *value : defaultValue;
+}
+
+unsigned int IniFile::GetUint32(const TString<wchar_t>& section, const TString<wchar_t>& key,
+                                unsigned int defaultValue) const
+{
+    return GetNumber<unsigned int>(section, key, defaultValue);
+}
+
+int IniFile::GetInt32(const TString<wchar_t>& section, const TString<wchar_t>& key, int defaultValue) const
+{
+    return GetNumber<int>(section, key, defaultValue);
+}
+
+bool IniFile::GetBool(const TString<wchar_t>& section, const TString<wchar_t>& key, bool defaultValue) const
+{
+    return GetNumber<unsigned int>(section, key, defaultValue ? 1 : 0) == 1;
+}
+
+void IniFile::GetKeyList(const TString<wchar_t>& section, std::vector<TString<wchar_t>>& keys) const
+{
+    // Found first, for `section` may lie in `keys`.
+    const Keys* const found = m_pSections->m_table.Find(section);
+    keys.clear();
+    if (found == nullptr)
+        return;
+    keys.reserve(found->GetEntries().size());
+    for (const auto& entry : found->GetEntries())
+        keys.push_back(entry.first);
+    std::sort(keys.begin(), keys.end());
+}
+
+const TString<wchar_t>* IniFile::FindValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const
+{
+    const Keys* const keys = m_pSections->m_table.Find(section);
+    return keys != nullptr ? keys->Find(key) : nullptr;
+}
+
+template <class Number>
+Number IniFile::GetNumber(const TString<wchar_t>& section, const TString<wchar_t>& key,
+                          Number defaultValue) const
+{
+    const TString<wchar_t>* const value = FindValue(section, key);
+    return value != nullptr && !value->empty() ? ReadNumber<Number>(*value) : defaultValue;
+}
+
+} // namespace Toolkit

@@ -1,0 +1,142 @@
+#include "toolkit/files/ZipInputStream.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <utility>
+
+#include <wx/zipstrm.h>
+
+#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/encoding/WxText.h"
+#include "toolkit/files/TextReader.h"
+#include "toolkit/files/ZipEntryStream.h"
+#include "toolkit/files/ZipFile.h"
+#include "toolkit/files/ZipFileStream.h"
+#include "toolkit/files/ZipNameConverter.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const std::size_t s_uBlock = 65536;
+const std::size_t s_uSmallestRead = 64;
+
+wxInputStream* OpenDirectory(const std::shared_ptr<const ZipFile>& file)
+{
+    if (!file->MayBeArchive())
+        return nullptr;
+    return new wxZipInputStream(new ZipFileStream(file), ZipNameConverter::Instance());
+}
+
+// The base library leaves a name empty that is not what the archive says it is.
+void RepairName(wxZipEntry& entry, const std::string& name)
+{
+    const bool folder = entry.IsDir();
+    entry.SetName(ToWx(ZipNameConverter::Decode(name)), wxPATH_UNIX);
+    if (folder)
+        entry.SetIsDir();
+}
+
+} // namespace
+
+ZipInputStream::ZipInputStream(const TString<wchar_t>& path)
+    : ZipInputStream(std::make_shared<const ZipFile>(path))
+{
+}
+
+ZipInputStream::ZipInputStream(std::shared_ptr<const ZipFile> file)
+    : InputStream(OpenDirectory(file)), m_pFile(std::move(file))
+{
+}
+
+ZipInputStream::~ZipInputStream() = default;
+
+ZipInputStream& ZipInputStream::operator>>(std::vector<unsigned char>& bytes)
+{
+    if (m_pContent == nullptr)
+        return *this;
+    const std::size_t before = bytes.size();
+    std::size_t end = before;
+    // More than expected, so that the end is met without growing again.
+    bytes.reserve(before + m_uCredibleLength + s_uSmallestRead);
+    do
+    {
+        bytes.resize(end + std::clamp(bytes.capacity() - end, s_uSmallestRead, s_uBlock));
+        end += m_pContent->Read(bytes.data() + end, bytes.size() - end).LastRead();
+    } while (end == bytes.size());
+    bytes.resize(m_pContent->IsDamaged() ? before : end);
+    return *this;
+}
+
+ZipInputStream& ZipInputStream::operator>>(TString<wchar_t>& word)
+{
+    word.clear();
+    if (m_pReader != nullptr)
+        m_pReader->ReadWord(word);
+    return *this;
+}
+
+bool ZipInputStream::ReadLine(TString<wchar_t>& line)
+{
+    const bool read = m_pReader != nullptr && m_pReader->ReadLine(line) && !m_pContent->IsDamaged();
+    if (!read)
+        line = TString<wchar_t>::Empty();
+    return read;
+}
+
+bool ZipInputStream::IsOk() const
+{
+    const bool reading = m_pContent != nullptr && m_pContent->IsFound();
+    return m_pFile->Exists() && (reading ? m_pContent->IsOk() : !m_bListed);
+}
+
+bool ZipInputStream::CanRead()
+{
+    if (!m_bAsked)
+        m_pNext = TakeNextEntry();
+    return m_bIsArchive;
+}
+
+std::unique_ptr<wxZipEntry> ZipInputStream::TakeNextEntry()
+{
+    CloseEntry();
+    m_bAsked = true;
+    if (m_pNext != nullptr || GetStream() == nullptr)
+        return std::move(m_pNext);
+    const BaseLibrary::Silence silence;
+    wxZipInputStream& directory = static_cast<wxZipInputStream&>(*GetStream());
+    std::unique_ptr<wxZipEntry> entry(directory.GetNextEntry());
+    m_bIsArchive = m_bIsArchive || entry != nullptr || directory.GetLastError() == wxSTREAM_EOF;
+    m_bListed = m_bIsArchive && entry == nullptr;
+    if (entry != nullptr && entry->GetInternalName().empty())
+    {
+        const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
+        RepairName(*entry, m_pFile->ReadDirectoryName(source.GetLastRecord()));
+    }
+    return entry;
+}
+
+ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)
+{
+    CloseEntry();
+    m_pContent = std::make_unique<ZipEntryStream>(m_pFile, entry, std::move(m_pDecoder));
+    m_uCredibleLength = m_pFile->GetCredibleLength(entry);
+    m_pReader = std::make_unique<TextReader>(m_pContent.get());
+    if (!m_pContent->IsFound())
+        return nullptr;
+    m_bListed = false;
+    return m_pContent.get();
+}
+
+void ZipInputStream::CloseEntry()
+{
+    m_pReader.reset();
+    if (m_pContent != nullptr)
+        m_pDecoder = m_pContent->TakeDecoder();
+    m_pContent.reset();
+}
+
+} // namespace Toolkit

@@ -13,25 +13,20 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
-class CmdLineOption;
-class CmdLineParser;
 struct ArchiveEntriesFlags;
 class ArchiveZip;
 class ArchiveZipEntry;
 class B64;
 class Bytes;
+class CmdLineOption;
+class CmdLineParser;
 class ConsoleLogger;
 class DebuggerLogger;
+class Directory;
 class DynamicLibrary;
 class EventObject;
 class FFile;
 class FileLogger;
-class ILogger;
-class LibModule;
-class LibModuleManager;
-class Directory;
-class EventObject;
-class FFile;
 class FSInputSerializer;
 class FSOutputSerializer;
 class FSSerializer;
@@ -41,6 +36,8 @@ class IniFile;
 class InputStream;
 class ISerialize;
 class IStream;
+class LibModule;
+class LibModuleManager;
 class LogLine;
 class LogText;
 class Mutex;
@@ -60,8 +57,8 @@ class ToolkitModule;
 class ToolkitSession;
 class UTF7;
 class UTF8;
-class WxLogForwarder;
 class Version;
+class WxLogForwarder;
 class ZipInputStream;
 
 namespace Threading

@@ -1,5 +1,6 @@
 #include "toolkit/core/BaseLibrary.h"
 
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -340,14 +341,21 @@ TEST(BaseLibrary, SilenceThatSpansAStartOnAnotherThreadEnds)
         {
             auto silence = std::make_unique<BaseLibrary::Silence>();
             REQUIRE(!Logs());
-            bool started = false;
-            std::thread([&started] { started = wxInitialize(); }).join();
-            REQUIRE(started && !Logs());
+            std::promise<bool> started;
+            std::promise<void> ended;
+            bool starterLogs = false;
+            std::thread starter(
+                [&]
+                {
+                    started.set_value(wxInitialize());
+                    ended.get_future().wait();
+                    starterLogs = Logs();
+                });
+            const bool quiet = started.get_future().get() && !Logs();
             silence.reset();
-            REQUIRE(Logs());
-            bool othersLog = false;
-            std::thread([&othersLog] { othersLog = Logs(); }).join();
-            REQUIRE(othersLog);
+            ended.set_value();
+            starter.join();
+            REQUIRE(quiet && Logs() && starterLogs);
             return "";
         }));
 }

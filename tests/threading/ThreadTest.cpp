@@ -126,7 +126,7 @@ std::size_t GrowthOverManyWorkers()
 }
 
 // `Repeat` with the base library started by the host.
-std::string RepeatStarted(const std::function<void()>& round)
+testing::AssertionResult RepeatStarted(const std::function<void()>& round)
 {
     return Repeat(
         [&round]
@@ -477,58 +477,58 @@ TEST(ThreadTiming, SleepOfNothingReturns)
 
 TEST(ThreadLife, NeverRun)
 {
-    EXPECT_EQ("", RepeatStarted([] { Worker worker; }));
+    EXPECT_TRUE(RepeatStarted([] { Worker worker; }));
 }
 
 TEST(ThreadLife, NeverRunWithoutAWaitingDestructor)
 {
-    EXPECT_EQ("", RepeatStarted([] { Careless careless; }));
+    EXPECT_TRUE(RepeatStarted([] { Careless careless; }));
 }
 
 TEST(ThreadLife, RunAndDestroyedAtOnce)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Worker worker;
-                          worker.Run();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Worker worker;
+            worker.Run();
+        }));
 }
 
 // ThreadSanitizer rightly sees the object go while its thread looks at it.
 #if !defined(__SANITIZE_THREAD__)
 TEST(ThreadLife, RunAndDestroyedAtOnceWithoutAWaitingDestructor)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Careless careless;
-                          careless.Run();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Careless careless;
+            careless.Run();
+        }));
 }
 #endif
 
 TEST(ThreadLife, FinishedAndNotWaitedFor)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Worker worker;
-                          worker.Run();
-                          while (worker.IsRunning())
-                              std::this_thread::yield();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Worker worker;
+            worker.Run();
+            while (worker.IsRunning())
+                std::this_thread::yield();
+        }));
 }
 
 TEST(ThreadLife, WaitedForWithoutAWaitingDestructor)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Careless careless;
-                          careless.Run();
-                          careless.Wait();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Careless careless;
+            careless.Run();
+            careless.Wait();
+        }));
 }
 
 TEST(ThreadLife, NeverRunAndBaseLibraryStoppedFirst)

@@ -13,8 +13,6 @@ struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
 
-class CmdLineOption;
-class CmdLineParser;
 struct ArchiveEntriesFlags;
 class ArchiveZip;
 class ArchiveZipEntry;
@@ -67,6 +65,7 @@ class ToolkitSession;
 class UTF7;
 class UTF8;
 class Version;
+class WxLogForwarder;
 class ZipInputStream;
 class WxLogForwarder;
 

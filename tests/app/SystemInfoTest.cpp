@@ -22,6 +22,7 @@
 #include <wx/init.h>
 #include <wx/platinfo.h>
 
+#include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/encoding/UTF8.h"
@@ -357,15 +358,14 @@ TEST(SystemInfo, AnswersMinusOneWhenTheChildCannotBeWaitedFor)
 
 TEST(SystemInfo, AnswersTheErrorWhenNoChildCanBeMade)
 {
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        const rlimit none = {0, 0};
-        if (setrlimit(RLIMIT_NPROC, &none) != 0 || (geteuid() == 0 && setuid(65534) != 0))
-            _exit(100);
-        _exit(SystemInfo::StartProcess(L"/bin/true", L"", true));
-    }
-    EXPECT_EQ(ExitCodeOf(child), EAGAIN) << "the limit holds for every user but root";
+    // The limit holds for every user but root.
+    EXPECT_TRUE(ToolkitTest::AsNobody(
+        []
+        {
+            const rlimit none = {0, 0};
+            return setrlimit(RLIMIT_NPROC, &none) == 0 &&
+                   SystemInfo::StartProcess(L"/bin/true", L"", true) == EAGAIN;
+        }));
 }
 
 TEST(SystemInfo, StartsManyProcessesAndLeavesNothingBehind)

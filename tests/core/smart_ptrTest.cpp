@@ -162,6 +162,23 @@ TEST(smart_ptr, ComparesByHeldPointer)
     EXPECT_FALSE(a == b);
     EXPECT_TRUE(a == a.get());
     EXPECT_TRUE(a != b.get());
+    EXPECT_TRUE(Pointer() == nullptr);
+    EXPECT_TRUE(nullptr == Pointer());
+}
+
+TEST(smart_ptr, PlainPointerOnTheLeftIsComparedAndNotOwned)
+{
+    int destroyed = 0;
+    {
+        const Pointer a(new Counted(destroyed));
+        const Pointer b(new Counted(destroyed));
+        EXPECT_TRUE(a.get() == a);
+        EXPECT_FALSE(a.get() != a);
+        EXPECT_TRUE(a.get() != b);
+        EXPECT_FALSE(a.get() == b);
+        EXPECT_EQ(0, destroyed);
+    }
+    EXPECT_EQ(2, destroyed);
 }
 
 TEST(smart_ptr, LastCopyDestroysTheObjectOnce)

@@ -19,6 +19,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "tests/support/Child.h"
 #include "tests/support/PlainStream.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"
@@ -90,24 +91,6 @@ public:
     StreamResult Write(unsigned int) override { return StreamResult::Failed; }
     StreamResult Read(unsigned int&) override { return StreamResult::ShortTransfer; }
 };
-
-// Runs `part` in a child without rights; its answer is the child's exit code.
-template <class Part>
-int InChildWithoutRights(Part part)
-{
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        if (setgid(65534) != 0 || setuid(65534) != 0)
-            _exit(99);
-        _exit(part());
-    }
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR)
-    {
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 98;
-}
 
 // The environment of a child process: a file of the system's own that tells no size.
 class ChildEnvironment
@@ -341,21 +324,16 @@ TEST(FSStream, FullDiskFailsEachWriteWithItsOwnCode)
 TEST(FSStream, DiskThatFillsUpLeavesWhatFitted)
 {
     const TemporaryFolder folder;
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{10, 10};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        FSStream stream(folder.Wide("file"), FSStream::ModeWrite);
-        _exit(stream.Write(TString<wchar_t>(L"abc")) == StreamResult::ShortTransfer &&
-                      stream.Write(1U) == StreamResult::Failed
-                  ? 0
-                  : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [&]
+        {
+            signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{10, 10};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            FSStream stream(folder.Wide("file"), FSStream::ModeWrite);
+            return stream.Write(TString<wchar_t>(L"abc")) == StreamResult::ShortTransfer &&
+                   stream.Write(1U) == StreamResult::Failed;
+        }));
     EXPECT_EQ(ReadBytes(folder.Path("file")), (Value(12) + Characters(L"abc")).substr(0, 10));
 }
 
@@ -668,15 +646,14 @@ TEST(FSStream, FileWithoutPermissionDoesNotOpen)
     WriteBytes(folder.Path("file"), "abc");
     ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
     ASSERT_EQ(chmod(folder.Path("file").c_str(), 0600), 0);
-    const int code = InChildWithoutRights(
+    EXPECT_TRUE(ToolkitTest::AsNobody(
         [&folder]
         {
             FSStream reader(folder.Wide("file"), FSStream::ModeRead);
             FSStream writer(folder.Wide("file"), FSStream::ModeWrite);
             FSStream creator(folder.Wide("new"), FSStream::ModeWrite);
-            return IsOpen(reader) || IsOpen(writer) || IsOpen(creator) ? 1 : 0;
-        });
-    EXPECT_EQ(code, 0);
+            return !IsOpen(reader) && !IsOpen(writer) && !IsOpen(creator);
+        }));
     EXPECT_EQ(ReadBytes(folder.Path("file")), "abc");
 }
 

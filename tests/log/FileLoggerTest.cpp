@@ -21,20 +21,21 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Child.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/log/LogLine.h"
 #include "toolkit/threading/MutexLock.h"
 
 using namespace Toolkit;
-using ToolkitTest::ChildProcess;
 using ToolkitTest::InstalledLogger;
 using ToolkitTest::LogFile;
+using ToolkitTest::OnSmallDisk;
 using ToolkitTest::ReadBytes;
-using ToolkitTest::RunWithOwnTmp;
+using ToolkitTest::RemountSmallDisk;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WaitUntil;
 using ToolkitTest::WriteBytes;
@@ -550,7 +551,7 @@ TEST(FileLogger, EmptyNameIsTheApplicationsInTheTemporaryFolder)
         RemovePathManager();
         return application + (ReadBytes("/tmp/test_log.vxlog") == "text" ? "" : "no such file");
     };
-    EXPECT_EQ("", RunWithOwnTmp(1 << 20, run));
+    EXPECT_TRUE(OnSmallDisk("/tmp", 1024, run));
 }
 
 TEST(FileLogger, AsksThePathManagerForItsFolder)
@@ -566,7 +567,7 @@ TEST(FileLogger, FolderThatCannotBeWrittenEndsWithOne)
 {
     const auto run = []() -> std::string
     {
-        if (!ToolkitTest::RemountOwnTmp(true))
+        if (!RemountSmallDisk("/tmp", true))
             return "no remount";
         FileLogger logger(LogSeverity::Info, L"name", s_uLarge);
         logger.Write(L"lost");
@@ -574,7 +575,7 @@ TEST(FileLogger, FolderThatCannotBeWrittenEndsWithOne)
         const bool one = logger.Wait() == reinterpret_cast<wxThread::ExitCode>(1);
         return one && std::filesystem::is_empty("/tmp") ? "" : "not as expected";
     };
-    EXPECT_EQ("", RunWithOwnTmp(1 << 20, run));
+    EXPECT_TRUE(OnSmallDisk("/tmp", 1024, run));
 }
 
 TEST(FileLogger, WritesWhatWasQueuedOnceAFileOpens)
@@ -582,13 +583,13 @@ TEST(FileLogger, WritesWhatWasQueuedOnceAFileOpens)
     const auto run = []() -> std::string
     {
         const LogFile file;
-        if (!ToolkitTest::RemountOwnTmp(true))
+        if (!RemountSmallDisk("/tmp", true))
             return "no remount";
         FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
         logger.Write(L"queued ");
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         logger.Write(L"early");
-        if (!ToolkitTest::RemountOwnTmp(false))
+        if (!RemountSmallDisk("/tmp", false))
             return "no remount";
         const auto written = [&file]
         {
@@ -597,7 +598,7 @@ TEST(FileLogger, WritesWhatWasQueuedOnceAFileOpens)
         };
         return WaitUntil(written) && !std::filesystem::exists(file.Path()) ? "" : "not written";
     };
-    EXPECT_EQ("", RunWithOwnTmp(1 << 20, run));
+    EXPECT_TRUE(OnSmallDisk("/tmp", 1024, run));
 }
 
 TEST(FileLogger, FullDiskLosesOnlyWhatItDoesNotTake)
@@ -627,24 +628,23 @@ TEST(FileLogger, FullDiskLosesOnlyWhatItDoesNotTake)
             ReadBytes("/tmp/name.vxlog") == "before " + std::string(4089, 'y') + " after" ? "" : "wrong text";
         return answer + errors.Stop();
     };
-    EXPECT_EQ("", RunWithOwnTmp(1 << 17, run));
+    EXPECT_TRUE(OnSmallDisk("/tmp", 128, run));
 }
 
 TEST(FileLogger, WithoutAThreadWritesItsQueueWhenItGoes)
 {
     const LogFile file;
-    ChildProcess child(
+    EXPECT_TRUE(ToolkitTest::AsNobody(
         [&file]() -> std::string
         {
             const rlimit none = {0, 0};
-            if (setuid(65534) != 0 || setrlimit(RLIMIT_NPROC, &none) != 0)
+            if (setrlimit(RLIMIT_NPROC, &none) != 0)
                 return "no limit";
             FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
             logger.Write(L"one ");
             logger.Write(L"two");
             return static_cast<Thread&>(logger).IsRunning() ? "it has a thread" : "";
-        });
-    EXPECT_EQ("", child.Wait());
+        }));
     EXPECT_EQ("one two", file.Bytes());
 }
 

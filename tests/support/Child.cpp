@@ -1,12 +1,12 @@
 #include "tests/support/Child.h"
 
-#include <cstdio>
-#include <string>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
 
 #include <grp.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "tests/support/TemporaryFolder.h"
@@ -18,16 +18,7 @@ namespace
 {
 
 const unsigned int s_uNobody = 65534;
-
-bool InChild(const std::function<bool()>& work)
-{
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(work() ? 0 : 1);
-    int status = 0;
-    return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
+const char c_strNotAllowed[] = "not allowed: ";
 
 // A user other than root may mount only as the root of a user namespace of its own.
 bool SeparateMounts()
@@ -44,29 +35,57 @@ bool SeparateMounts()
     return true;
 }
 
+bool MountSmallDisk(const std::string& folder, unsigned int kibibytes)
+{
+    const std::string options = "mode=1777,size=" + std::to_string(kibibytes) + "k";
+    return SeparateMounts() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
+}
+
+testing::AssertionResult ResultOf(const std::string& wrong)
+{
+    return wrong.empty() ? testing::AssertionSuccess() : testing::AssertionFailure() << wrong;
+}
+
 } // namespace
 
-bool AsNobody(const std::function<bool()>& work)
+testing::AssertionResult InChild(const ChildWork& work)
+{
+    return ResultOf(ChildProcess(work).Wait());
+}
+
+testing::AssertionResult AsNobody(const ChildWork& work)
 {
     return InChild(
-        [&]
+        [&]() -> ChildAnswer
         {
             if (geteuid() == 0 &&
                 (setgroups(0, nullptr) != 0 || setgid(s_uNobody) != 0 || setuid(s_uNobody) != 0))
-                return false;
+                return "the user cannot be changed";
             return work();
         });
 }
 
-bool OnSmallDisk(const std::string& folder, unsigned int kibibytes, const std::function<bool()>& work)
+testing::AssertionResult OnSmallDisk(const std::string& folder, unsigned int kibibytes, const ChildWork& work)
 {
-    return InChild(
-        [&]
+    ChildProcess child(
+        [&]() -> ChildAnswer
         {
-            const std::string size = "size=" + std::to_string(kibibytes) + "k";
-            return SeparateMounts() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                   mount("tmpfs", folder.c_str(), "tmpfs", 0, size.c_str()) == 0 && work();
+            if (!MountSmallDisk(folder, kibibytes))
+                return c_strNotAllowed + std::string(std::strerror(errno));
+            return work();
         });
+    const std::string wrong = child.Wait();
+    if (wrong.rfind(c_strNotAllowed, 0) != 0)
+        return ResultOf(wrong);
+    std::cout << "[ NOT RUN  ] a small disk is " << wrong << std::endl;
+    return testing::AssertionSuccess();
+}
+
+bool RemountSmallDisk(const std::string& folder, bool readOnly)
+{
+    const unsigned long flags = readOnly ? MS_REMOUNT | MS_RDONLY : MS_REMOUNT;
+    return mount("tmpfs", folder.c_str(), nullptr, flags, nullptr) == 0;
 }
 
 } // namespace ToolkitTest

@@ -1,20 +1,29 @@
 #ifndef TOOLKIT_TESTS_SUPPORT_CHILD_H
 #define TOOLKIT_TESTS_SUPPORT_CHILD_H
 
-#include <functional>
 #include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/ChildProcess.h"
 
 namespace ToolkitTest
 {
 
-// Each runs `work` in a child process and answers what it answered; false also when the child cannot be set
-// up.
+// Each runs `work` in a child process to its end: a success when nothing went wrong there, else what did.
+
+testing::AssertionResult InChild(const ChildWork& work);
 
 // As a user who owns nothing and may do nothing.
-bool AsNobody(const std::function<bool()>& work);
+testing::AssertionResult AsNobody(const ChildWork& work);
 
-// With a disk of that many KiB at `folder`, which only the child sees.
-bool OnSmallDisk(const std::string& folder, unsigned int kibibytes, const std::function<bool()>& work);
+// With a disk of that many KiB at `folder`, which only the child sees. Where the system does not let us mount
+// one, says so on the standard output and answers a success.
+testing::AssertionResult OnSmallDisk(const std::string& folder, unsigned int kibibytes,
+                                     const ChildWork& work);
+
+// Mounts the child's own disk at `folder` anew, for reading only or for both; false when the system refuses.
+bool RemountSmallDisk(const std::string& folder, bool readOnly);
 
 } // namespace ToolkitTest
 

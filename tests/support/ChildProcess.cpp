@@ -1,17 +1,13 @@
 #include "tests/support/ChildProcess.h"
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
-#include <cstring>
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
-#include <thread>
 
 #include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,14 +17,12 @@ namespace ToolkitTest
 namespace
 {
 
-const char c_strNotAllowed[] = "not allowed: ";
-
-[[noreturn]] void RunAndEnd(const std::function<std::string()>& function, int answer)
+[[noreturn]] void RunAndEnd(const ChildWork& work, int answer)
 {
     std::string text;
     try
     {
-        text = function();
+        text = work().m_strWrong;
     }
     catch (const std::exception& exception)
     {
@@ -38,18 +32,9 @@ const char c_strNotAllowed[] = "not allowed: ";
     _exit(told ? 0 : 1);
 }
 
-std::string MakeOwnTmp(unsigned int size)
-{
-    const std::string options = "mode=1777,size=" + std::to_string(size);
-    if (unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-        mount("tmpfs", "/tmp", "tmpfs", 0, options.c_str()) == 0)
-        return "";
-    return std::string(c_strNotAllowed) + std::strerror(errno);
-}
-
 } // namespace
 
-ChildProcess::ChildProcess(const std::function<std::string()>& function) : m_iId(-1), m_iAnswer(-1)
+ChildProcess::ChildProcess(const ChildWork& work) : m_iId(-1), m_iAnswer(-1)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
@@ -60,7 +45,7 @@ ChildProcess::ChildProcess(const std::function<std::string()>& function) : m_iId
     if (m_iId == 0)
     {
         close(ends[0]);
-        RunAndEnd(function, ends[1]);
+        RunAndEnd(work, ends[1]);
     }
     close(ends[1]);
     m_iAnswer = ends[0];
@@ -98,39 +83,6 @@ void ChildProcess::Kill()
     while (waitpid(m_iId, nullptr, 0) == -1 && errno == EINTR)
         continue;
     m_iId = -1;
-}
-
-std::string RunWithOwnTmp(unsigned int size, const std::function<std::string()>& function)
-{
-    ChildProcess child(
-        [size, &function]
-        {
-            const std::string refused = MakeOwnTmp(size);
-            return refused.empty() ? function() : refused;
-        });
-    const std::string answer = child.Wait();
-    if (answer.rfind(c_strNotAllowed, 0) != 0)
-        return answer;
-    std::cout << "[ NOT RUN  ] a /tmp of its own is " << answer << std::endl;
-    return "";
-}
-
-bool RemountOwnTmp(bool readOnly)
-{
-    const unsigned long flags = readOnly ? MS_REMOUNT | MS_RDONLY : MS_REMOUNT;
-    return mount("tmpfs", "/tmp", nullptr, flags, nullptr) == 0;
-}
-
-bool WaitUntil(const std::function<bool()>& condition)
-{
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition())
-    {
-        if (std::chrono::steady_clock::now() > end)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
 }
 
 } // namespace ToolkitTest

@@ -9,12 +9,24 @@
 namespace ToolkitTest
 {
 
-// A forked copy of the test program that runs one function and ends. The function answers what went wrong in
-// it, or nothing. Made before the test starts any thread.
+// What went wrong in a child, or nothing; from a function that only knows whether something did, too.
+struct ChildAnswer
+{
+    ChildAnswer(bool right) : m_strWrong(right ? "" : "the child answered false") {}
+    ChildAnswer(const char* wrong) : m_strWrong(wrong) {}
+    ChildAnswer(const std::string& wrong) : m_strWrong(wrong) {}
+
+    std::string m_strWrong;
+};
+
+using ChildWork = std::function<ChildAnswer()>;
+
+// A forked copy of the test program that runs one function and ends, for a test that has to do with it
+// meanwhile; every other test takes what Child.h offers. Made before the test starts any thread.
 class ChildProcess
 {
 public:
-    explicit ChildProcess(const std::function<std::string()>& function);
+    explicit ChildProcess(const ChildWork& work);
     // Kills the child if it is still there.
     ~ChildProcess();
 
@@ -23,7 +35,7 @@ public:
 
     pid_t Id() const { return m_iId; }
 
-    // Waits for the end: what the function answered, or how else the child ended.
+    // Waits for the end: what went wrong in the child, or how else it ended.
     std::string Wait();
     // Sends SIGKILL and waits.
     void Kill();
@@ -32,16 +44,6 @@ private:
     pid_t m_iId;
     int m_iAnswer;
 };
-
-// Runs `function` in a child whose /tmp is a new file system of `size` bytes. Where the system does not let
-// us make one, says so on the standard output and answers nothing.
-std::string RunWithOwnTmp(unsigned int size, const std::function<std::string()>& function);
-
-// Mounts the child's own /tmp anew, for reading only or for both; false when the system refuses.
-bool RemountOwnTmp(bool readOnly);
-
-// True once `condition` holds; asked every few milliseconds for at most ten seconds.
-bool WaitUntil(const std::function<bool()>& condition);
 
 } // namespace ToolkitTest
 

@@ -9,6 +9,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/WaitUntil.h"
 #include "toolkit/log/FileLogger.h"
 #include "toolkit/log/LogLine.h"
 

@@ -20,12 +20,13 @@
 #include <wx/app.h>
 #include <wx/init.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 
 using Toolkit::Thread;
 using ToolkitTest::CapturedOutput;
-using ToolkitTest::ChildProcess;
+using ToolkitTest::InChild;
 using ToolkitTest::WaitUntil;
 
 namespace
@@ -89,25 +90,24 @@ std::ptrdiff_t ThreadCount()
 
 // Runs `round` over and over in a process of its own; tells what it printed, what it left running and how
 // much memory it kept.
-std::string Repeat(const std::function<void()>& round)
+testing::AssertionResult Repeat(const std::function<void()>& round)
 {
-    return ChildProcess(
-               [&round]() -> std::string
-               {
-                   CapturedOutput errors(2);
-                   round();
-                   const std::ptrdiff_t threads = ThreadCount();
-                   const std::size_t memory = mallinfo2().uordblks;
-                   for (int i = 0; i < s_iRounds; ++i)
-                       round();
-                   std::string wrong = errors.Stop();
-                   if (!WaitUntil([threads] { return ThreadCount() <= threads; }))
-                       wrong += " threads are left";
-                   if (mallinfo2().uordblks > memory + s_uGrowth)
-                       wrong += " memory is left";
-                   return wrong;
-               })
-        .Wait();
+    return InChild(
+        [&round]() -> std::string
+        {
+            CapturedOutput errors(2);
+            round();
+            const std::ptrdiff_t threads = ThreadCount();
+            const std::size_t memory = mallinfo2().uordblks;
+            for (int i = 0; i < s_iRounds; ++i)
+                round();
+            std::string wrong = errors.Stop();
+            if (!WaitUntil([threads] { return ThreadCount() <= threads; }))
+                wrong += " threads are left";
+            if (mallinfo2().uordblks > memory + s_uGrowth)
+                wrong += " memory is left";
+            return wrong;
+        });
 }
 
 // The memory that many workers leave behind on the calling thread.
@@ -126,7 +126,7 @@ std::size_t GrowthOverManyWorkers()
 }
 
 // `Repeat` with the base library started by the host.
-std::string RepeatStarted(const std::function<void()>& round)
+testing::AssertionResult RepeatStarted(const std::function<void()>& round)
 {
     return Repeat(
         [&round]
@@ -424,35 +424,33 @@ TEST(Thread, IsMainThreadOnTheFirstThreadOnly)
 
 TEST(Thread, IsMainThreadEvenWhenAnotherThreadStartedTheBaseLibrary)
 {
-    EXPECT_EQ("", ChildProcess(
-                      []() -> std::string
-                      {
-                          bool started = false;
-                          bool main = true;
-                          std::thread(
-                              [&]
-                              {
-                                  started = wxInitialize();
-                                  main = Thread::IsMainThread();
-                              })
-                              .join();
-                          if (!started || main)
-                              return "the other thread takes itself for the main one";
-                          return Thread::IsMainThread() ? "" : "the main thread does not know itself";
-                      })
-                      .Wait());
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            bool started = false;
+            bool main = true;
+            std::thread(
+                [&]
+                {
+                    started = wxInitialize();
+                    main = Thread::IsMainThread();
+                })
+                .join();
+            if (!started || main)
+                return "the other thread takes itself for the main one";
+            return Thread::IsMainThread() ? "" : "the main thread does not know itself";
+        }));
 }
 
 TEST(Thread, IsMainThreadWithoutTheBaseLibrary)
 {
-    EXPECT_EQ("", ChildProcess(
-                      []() -> std::string
-                      {
-                          bool main = true;
-                          std::thread([&] { main = Thread::IsMainThread(); }).join();
-                          return Thread::IsMainThread() && !main ? "" : "the main thread is not told apart";
-                      })
-                      .Wait());
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            bool main = true;
+            std::thread([&] { main = Thread::IsMainThread(); }).join();
+            return Thread::IsMainThread() && !main ? "" : "the main thread is not told apart";
+        }));
 }
 
 TEST(ThreadTiming, SleepIsNotCutShortBySignals)
@@ -479,154 +477,151 @@ TEST(ThreadTiming, SleepOfNothingReturns)
 
 TEST(ThreadLife, NeverRun)
 {
-    EXPECT_EQ("", RepeatStarted([] { Worker worker; }));
+    EXPECT_TRUE(RepeatStarted([] { Worker worker; }));
 }
 
 TEST(ThreadLife, NeverRunWithoutAWaitingDestructor)
 {
-    EXPECT_EQ("", RepeatStarted([] { Careless careless; }));
+    EXPECT_TRUE(RepeatStarted([] { Careless careless; }));
 }
 
 TEST(ThreadLife, RunAndDestroyedAtOnce)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Worker worker;
-                          worker.Run();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Worker worker;
+            worker.Run();
+        }));
 }
 
 // ThreadSanitizer rightly sees the object go while its thread looks at it.
 #if !defined(__SANITIZE_THREAD__)
 TEST(ThreadLife, RunAndDestroyedAtOnceWithoutAWaitingDestructor)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Careless careless;
-                          careless.Run();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Careless careless;
+            careless.Run();
+        }));
 }
 #endif
 
 TEST(ThreadLife, FinishedAndNotWaitedFor)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Worker worker;
-                          worker.Run();
-                          while (worker.IsRunning())
-                              std::this_thread::yield();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Worker worker;
+            worker.Run();
+            while (worker.IsRunning())
+                std::this_thread::yield();
+        }));
 }
 
 TEST(ThreadLife, WaitedForWithoutAWaitingDestructor)
 {
-    EXPECT_EQ("", RepeatStarted(
-                      []
-                      {
-                          Careless careless;
-                          careless.Run();
-                          careless.Wait();
-                      }));
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            Careless careless;
+            careless.Run();
+            careless.Wait();
+        }));
 }
 
 TEST(ThreadLife, NeverRunAndBaseLibraryStoppedFirst)
 {
-    EXPECT_EQ("", Repeat(
-                      []
-                      {
-                          wxInitialize();
-                          const Worker worker;
-                          wxUninitialize();
-                      }));
+    EXPECT_TRUE(Repeat(
+        []
+        {
+            wxInitialize();
+            const Worker worker;
+            wxUninitialize();
+        }));
 }
 
 TEST(ThreadLife, FinishedAndBaseLibraryStoppedFirst)
 {
-    EXPECT_EQ("", Repeat(
-                      []
-                      {
-                          wxInitialize();
-                          Worker worker;
-                          worker.Run();
-                          worker.Wait();
-                          wxUninitialize();
-                      }));
+    EXPECT_TRUE(Repeat(
+        []
+        {
+            wxInitialize();
+            Worker worker;
+            worker.Run();
+            worker.Wait();
+            wxUninitialize();
+        }));
 }
 
 TEST(ThreadLife, RunningAndBaseLibraryStoppedFirst)
 {
-    EXPECT_EQ("", Repeat(
-                      []
-                      {
-                          wxInitialize();
-                          Worker worker;
-                          worker.Run();
-                          wxUninitialize();
-                      }));
+    EXPECT_TRUE(Repeat(
+        []
+        {
+            wxInitialize();
+            Worker worker;
+            worker.Run();
+            wxUninitialize();
+        }));
 }
 
 TEST(ThreadLife, NeverRunWithoutTheBaseLibrary)
 {
-    EXPECT_EQ("", Repeat([] { const Worker worker; }));
+    EXPECT_TRUE(Repeat([] { const Worker worker; }));
 }
 
 TEST(ThreadLife, RunWithoutTheBaseLibrary)
 {
-    EXPECT_EQ("", Repeat(
-                      []
-                      {
-                          Worker worker;
-                          worker.Run();
-                      }));
+    EXPECT_TRUE(Repeat(
+        []
+        {
+            Worker worker;
+            worker.Run();
+        }));
 }
 
 TEST(ThreadLife, FinishedWithoutTheBaseLibrary)
 {
-    EXPECT_EQ("", Repeat(
-                      []
-                      {
-                          Worker worker;
-                          worker.Run();
-                          worker.Wait();
-                      }));
+    EXPECT_TRUE(Repeat(
+        []
+        {
+            Worker worker;
+            worker.Run();
+            worker.Wait();
+        }));
 }
 
 TEST(ThreadLife, MadeAndDestroyedOnAnotherThread)
 {
     // The base library keeps a record of every foreign thread, so that there is only one here.
-    EXPECT_EQ("", ChildProcess(
-                      []() -> std::string
-                      {
-                          CapturedOutput errors(2);
-                          wxInitialize();
-                          std::size_t grown = 0;
-                          std::thread([&grown] { grown = GrowthOverManyWorkers(); }).join();
-                          wxUninitialize();
-                          return errors.Stop() + (grown < s_uGrowth ? "" : " memory is left");
-                      })
-                      .Wait());
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            CapturedOutput errors(2);
+            wxInitialize();
+            std::size_t grown = 0;
+            std::thread([&grown] { grown = GrowthOverManyWorkers(); }).join();
+            wxUninitialize();
+            return errors.Stop() + (grown < s_uGrowth ? "" : " memory is left");
+        }));
 }
 
 TEST(ThreadLife, OneObjectOutlivesManyStartsOfTheBaseLibrary)
 {
-    EXPECT_EQ("", ChildProcess(
-                      []() -> std::string
-                      {
-                          CapturedOutput errors(2);
-                          {
-                              const Worker worker;
-                              for (int i = 0; i < 20; ++i)
-                              {
-                                  wxInitialize();
-                                  wxUninitialize();
-                              }
-                          }
-                          return errors.Stop() +
-                                 (wxAppConsole::GetInstance() == nullptr ? "" : " still started");
-                      })
-                      .Wait());
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            CapturedOutput errors(2);
+            {
+                const Worker worker;
+                for (int i = 0; i < 20; ++i)
+                {
+                    wxInitialize();
+                    wxUninitialize();
+                }
+            }
+            return errors.Stop() + (wxAppConsole::GetInstance() == nullptr ? "" : " still started");
+        }));
 }

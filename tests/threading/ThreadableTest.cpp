@@ -8,8 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 
 using Toolkit::smart_ptr;
 using Toolkit::Thread;
@@ -184,16 +185,15 @@ TEST(Threadable, DestructorEndsAPausedTask)
 
 TEST(Threadable, MayBeDestroyedAtOnce)
 {
-    EXPECT_EQ("", ToolkitTest::ChildProcess(
-                      []() -> std::string
-                      {
-                          CapturedOutput errors(2);
-                          for (int i = 0; i < 3000; ++i)
-                          {
-                              Threadable thread(smart_ptr<IRunnable>(new Task([] {})));
-                              thread.Run();
-                          }
-                          return errors.Stop();
-                      })
-                      .Wait());
+    EXPECT_TRUE(ToolkitTest::InChild(
+        []() -> std::string
+        {
+            CapturedOutput errors(2);
+            for (int i = 0; i < 3000; ++i)
+            {
+                Threadable thread(smart_ptr<IRunnable>(new Task([] {})));
+                thread.Run();
+            }
+            return errors.Stop();
+        }));
 }

@@ -21,9 +21,12 @@ std::mutex s_startMutex;
 unsigned int s_uStarts = 0;
 unsigned int s_uStopsOwed = 0;
 
+// The silences of the main thread, and those from before the start; what the first of each found.
 std::mutex s_silenceMutex;
-unsigned int s_uSilences = 0;
-bool s_bLogged = true;
+unsigned int s_uMainSilences = 0;
+bool s_bMainLogged = true;
+unsigned int s_uProcessSilences = 0;
+wxLogLevel s_uProcessLevel = wxLOG_Max;
 
 // Starting and stopping would delete the active log target, which belongs to the host.
 class KeptLogTarget
@@ -109,28 +112,40 @@ bool BaseLibrary::Hold()
     return IsCounted() && StartOnce();
 }
 
-BaseLibrary::Silence::Silence() : m_bThread(!wxThread::IsMain())
+// Before the start every thread passes for the main one, and no longer once another thread has started the
+// base library: only the log level can be restored then.
+BaseLibrary::Silence::Silence()
+    : m_scope(!IsStarted()         ? Scope::Process
+              : wxThread::IsMain() ? Scope::MainThread
+                                   : Scope::Thread)
 {
-    if (m_bThread)
+    if (m_scope == Scope::Thread)
     {
         m_bThreadLogged = wxLog::EnableLogging(false);
         return;
     }
     const std::lock_guard<std::mutex> lock(s_silenceMutex);
-    if (s_uSilences++ == 0)
-        s_bLogged = wxLog::EnableLogging(false);
+    if (m_scope == Scope::MainThread && s_uMainSilences++ == 0)
+        s_bMainLogged = wxLog::EnableLogging(false);
+    if (m_scope == Scope::Process && s_uProcessSilences++ == 0)
+    {
+        s_uProcessLevel = wxLog::GetLogLevel();
+        wxLog::SetLogLevel(wxLOG_FatalError);
+    }
 }
 
 BaseLibrary::Silence::~Silence()
 {
-    if (m_bThread)
+    if (m_scope == Scope::Thread)
     {
         wxLog::EnableLogging(m_bThreadLogged);
         return;
     }
     const std::lock_guard<std::mutex> lock(s_silenceMutex);
-    if (--s_uSilences == 0)
-        wxLog::EnableLogging(s_bLogged);
+    if (m_scope == Scope::MainThread && --s_uMainSilences == 0)
+        wxLog::EnableLogging(s_bMainLogged);
+    if (m_scope == Scope::Process && --s_uProcessSilences == 0)
+        wxLog::SetLogLevel(s_uProcessLevel);
 }
 
 } // namespace Toolkit

@@ -23,7 +23,8 @@ public:
     // with an application object of its own. True when a `Stop` is owed.
     static bool Hold();
 
-    // Suppresses what the base library would log, for the calling thread where it can tell threads apart.
+    // Suppresses what the base library would log; for the calling thread alone once it is started, as it can
+    // tell threads apart only then.
     class Silence
     {
     public:
@@ -33,7 +34,15 @@ public:
         Silence& operator=(const Silence&) = delete;
 
     private:
-        const bool m_bThread;
+        // What is suppressed, and thus restored.
+        enum class Scope
+        {
+            Process,
+            MainThread,
+            Thread
+        };
+
+        const Scope m_scope;
         bool m_bThreadLogged = false;
     };
 };

@@ -88,6 +88,9 @@ public:
     friend bool operator!=(const smart_ptr& a, const smart_ptr& b) { return a.m_pObject != b.m_pObject; }
     friend bool operator==(const smart_ptr& a, const T* b) { return a.m_pObject == b; }
     friend bool operator!=(const smart_ptr& a, const T* b) { return a.m_pObject != b; }
+    // Without these a plain pointer on the left would become an owner of its own.
+    friend bool operator==(const T* a, const smart_ptr& b) { return a == b.m_pObject; }
+    friend bool operator!=(const T* a, const smart_ptr& b) { return a != b.m_pObject; }
 
 private:
     struct Block

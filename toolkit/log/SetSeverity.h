@@ -1,13 +1,14 @@
 #ifndef TOOLKIT_LOG_SETSEVERITY_H
 #define TOOLKIT_LOG_SETSEVERITY_H
 
+#include "toolkit/core/Export.h"
 #include "toolkit/log/LogSeverity.h"
 
 namespace Toolkit
 {
 
 // Streamed into a logger, selects the severity of the pieces that follow.
-struct SetSeverity
+struct TOOLKIT_API SetSeverity
 {
     explicit SetSeverity(LogSeverity value) : severity(value) {}
 

@@ -1,6 +1,7 @@
 #ifndef TOOLKIT_THREADING_MUTEXLOCK_H
 #define TOOLKIT_THREADING_MUTEXLOCK_H
 
+#include "toolkit/core/Export.h"
 #include "toolkit/threading/Mutex.h"
 
 namespace Toolkit
@@ -8,7 +9,7 @@ namespace Toolkit
 
 // Holds a mutex for a scope: locks it without a limit, remembers the answer and unlocks only if the lock was
 // taken, also when an exception passes.
-class MutexLock
+class TOOLKIT_API MutexLock
 {
 public:
     explicit MutexLock(MutexInternal& mutex) : m_mutex(mutex), m_bLocked(mutex.Lock(Mutex::s_uInfinite)) {}

@@ -1,0 +1,150 @@
+#include "toolkit/core/TString.h"
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "toolkit/core/NarrowFold.h"
+
+namespace Toolkit::Detail
+{
+
+namespace
+{
+
+// A few neighbouring elements, compared at once.
+template <class C>
+struct Lanes
+{
+    using Element = std::conditional_t<sizeof(C) == 1, signed char, std::int32_t>;
+    typedef Element Vector __attribute__((vector_size(16)));
+
+    static const std::size_t s_uCount = sizeof(Vector) / sizeof(C);
+
+    // All ones where the element is `a` or `b`.
+    static Vector Either(const C* text, C a, C b)
+    {
+        Vector elements;
+        std::memcpy(&elements, text, sizeof elements);
+        return (elements == (Vector{} + static_cast<Element>(a))) |
+               (elements == (Vector{} + static_cast<Element>(b)));
+    }
+
+    static bool Any(Vector mask)
+    {
+        std::uint64_t halves[2];
+        std::memcpy(halves, &mask, sizeof halves);
+        return (halves[0] | halves[1]) != 0;
+    }
+};
+
+// Two elements; a third one that would belong to them makes the pair incomplete.
+template <class C>
+struct Pair
+{
+    C a;
+    C b;
+    bool complete;
+
+    bool Has(C element) const { return element == a || element == b; }
+};
+
+// The elements that fold to `folded`, with `folded` itself.
+template <class C>
+Pair<C> SameFold(C folded, const NarrowFold& fold)
+{
+    using Table = Lanes<std::int32_t>;
+    // The table knows a byte by its unsigned value, but for the one that is EOF.
+    const std::int32_t a = std::is_same_v<C, char> ? static_cast<unsigned char>(folded) : folded;
+    const std::int32_t b = folded;
+    const std::size_t candidates =
+        std::is_same_v<C, char> ? NarrowFold::s_uCount - 128 : NarrowFold::s_uCount;
+    Pair<C> pair{folded, folded, true};
+    for (std::size_t block = 0; block < candidates; block += Table::s_uCount)
+    {
+        if (!Table::Any(Table::Either(fold.Table() + block, a, b)))
+            continue;
+        for (std::size_t i = block; i < block + Table::s_uCount; ++i)
+        {
+            const C candidate = static_cast<C>(static_cast<int>(i) + NarrowFold::s_iFirst);
+            if (static_cast<C>(fold.Table()[i]) != folded || candidate == folded)
+                continue;
+            pair.complete = pair.complete && pair.b == folded;
+            pair.b = candidate;
+        }
+    }
+    return pair;
+}
+
+template <class C>
+bool SameFolded(const C* text, const C* what, std::size_t count, const NarrowFold& fold)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        if (text[i] != what[i] && static_cast<C>(fold(text[i])) != static_cast<C>(fold(what[i])))
+            return false;
+    return true;
+}
+
+template <class C>
+bool SearchEach(const C* text, std::size_t starts, const C* what, std::size_t count, const NarrowFold& fold)
+{
+    for (std::size_t at = 0; at < starts; ++at)
+        if (SameFolded(text + at, what, count, fold))
+            return true;
+    return false;
+}
+
+// Only where the first and the last element fit can there be an occurrence.
+template <class C>
+bool SearchEnds(const C* text, std::size_t starts, const C* what, std::size_t count, const Pair<C>& first,
+                const Pair<C>& last, const NarrowFold& fold)
+{
+    using Text = Lanes<C>;
+    const std::size_t toLast = count - 1;
+    std::size_t at = 0;
+    for (; starts - at >= Text::s_uCount; at += Text::s_uCount)
+    {
+        if (!Text::Any(Text::Either(text + at, first.a, first.b) &
+                       Text::Either(text + at + toLast, last.a, last.b)))
+            continue;
+        for (std::size_t i = at; i < at + Text::s_uCount; ++i)
+            if (first.Has(text[i]) && last.Has(text[i + toLast]) && SameFolded(text + i, what, count, fold))
+                return true;
+    }
+    return SearchEach(text + at, starts - at, what, count, fold);
+}
+
+template <class C>
+bool Search(const C* text, std::size_t length, const C* what, std::size_t count)
+{
+    if (count == 0)
+        return true;
+    if (count > length)
+        return false;
+    const NarrowFold fold;
+    const std::size_t starts = length - count + 1;
+    // The preparation pays for itself in a long text only.
+    const std::size_t worthwhile = 256;
+    if (starts < worthwhile)
+        return SearchEach(text, starts, what, count, fold);
+    const Pair<C> first = SameFold(static_cast<C>(fold(what[0])), fold);
+    const Pair<C> last = SameFold(static_cast<C>(fold(what[count - 1])), fold);
+    // Some locales fold three elements and more into one.
+    if (!first.complete || !last.complete)
+        return SearchEach(text, starts, what, count, fold);
+    return SearchEnds(text, starts, what, count, first, last, fold);
+}
+
+} // namespace
+
+bool HasSubstring(const wchar_t* text, std::size_t length, const wchar_t* what, std::size_t count)
+{
+    return Search(text, length, what, count);
+}
+
+bool HasSubstring(const char* text, std::size_t length, const char* what, std::size_t count)
+{
+    return Search(text, length, what, count);
+}
+
+} // namespace Toolkit::Detail

@@ -24,6 +24,8 @@ Text Preview(const Text& text, std::size_t length)
         else if (!line.empty() && line.back() != L' ')
             line += L' ';
     }
+    if (!line.empty() && line.back() == L' ')
+        line.pop_back();
     return line.size() <= length ? line : Text(line.substr(0, length) + L"...");
 }
 

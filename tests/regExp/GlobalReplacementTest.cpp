@@ -279,6 +279,22 @@ TEST(GlobalReplacement, GivesWhatThePlainFormGivesForAllSmallTexts)
             }
 }
 
+TEST(GlobalReplacement, GivesWhatThePlainFormGivesForPatternsWithoutGroups)
+{
+    const Words items = {
+        "a", "b", "[ab]", "[^a]", ".",   "\\d", "\\b", "\\w", "\xC3\xA4", "[\xC3\xA4-\xC3\xB6]",
+        "|", "^", "\\K",  "\\X",  "\\R", "$"};
+    const Words quantifiers = {"", "", "", "+", "*", "?", "+?", "*+"};
+    Generator generator(7);
+    for (int i = 0; i < 60000 && !HasFailure(); ++i)
+    {
+        std::string pattern;
+        for (std::size_t count = 1 + generator.Below(4); count > 0; --count)
+            pattern += generator.Any(items) + generator.Any(quantifiers);
+        Compare({pattern, generator.MakeReplacement(), generator.MakeText(12)}, 200);
+    }
+}
+
 TEST(GlobalReplacement, LookBehindSeesWhatWasWritten)
 {
     const Words patterns = {"(?<=aaaa)b",

@@ -303,11 +303,17 @@ TEST(GlobalReplacement, LookBehindSeesWhatWasWritten)
                             "(?<=\\bab)b",
                             "(?<n>\\b|(?<=(?=(?&n))a))b",
                             "(?<!aaaaaaaaaaaaaaaaaaaa)b",
-                            "(?<=\xE2\x82\xAC\xC3\xA4)b"};
-    const Words texts = {Repeat("a", 30) + Repeat("b", 30), Repeat("ab", 30), "aaaabbbb\nb b",
-                         Repeat("b", 40), "\xE2\x82\xAC\xC3\xA4" + Repeat("b", 9)};
+                            "(?<=\xE2\x82\xAC\xC3\xA4)b",
+                            "(?<=(?<=(?<=\xF0\x9F\x98\x80)\xF0\x9F\x98\x80)\xF0\x9F\x98\x80)b"};
+    const Words texts = {Repeat("a", 30) + Repeat("b", 30),
+                         Repeat("ab", 30),
+                         "aaaabbbb\nb b",
+                         Repeat("b", 40),
+                         "\xE2\x82\xAC\xC3\xA4" + Repeat("b", 9),
+                         Repeat("\xF0\x9F\x98\x80", 3) + "bbbb"};
     for (const std::string& pattern : patterns)
-        for (const char* const replacement : {"a", "", "ab", "\xC3\xA4", "aaaaaaaaaaaaaaaaaaaa", " "})
+        for (const char* const replacement :
+             {"a", "", "ab", "\xC3\xA4", "\xF0\x9F\x98\x80", "aaaaaaaaaaaaaaaaaaaa", " "})
             for (const std::string& text : texts)
                 EXPECT_NE(Ending::Endless, Compare({pattern, replacement, text}, 1000)) << pattern;
 }

@@ -16,7 +16,7 @@ namespace
 const std::size_t s_uStarts = 65536;
 // A text that outgrows every run without replaced replacements may still do so for that many of them: a start
 // that goes round a few times can yet end the run in an exception of PCRE's.
-const std::size_t s_uMostReturns = 4096;
+const std::size_t s_uMostReturns = 1024;
 const int s_iPartialOffsets = 60;
 
 bool IsContinuation(char byte)

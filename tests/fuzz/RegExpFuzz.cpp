@@ -13,7 +13,7 @@ namespace
 using namespace Toolkit;
 using namespace ToolkitTest;
 
-const std::size_t s_uMostBytes = 300;
+const std::size_t s_uMostBytes = 120;
 const int s_iMostReplacements = 500;
 
 std::string TakeText(std::string& input)

@@ -279,6 +279,22 @@ TEST(GlobalReplacement, GivesWhatThePlainFormGivesForAllSmallTexts)
             }
 }
 
+TEST(GlobalReplacement, GivesWhatThePlainFormGivesForPatternsWithoutGroups)
+{
+    const Words items = {
+        "a", "b", "[ab]", "[^a]", ".",   "\\d", "\\b", "\\w", "\xC3\xA4", "[\xC3\xA4-\xC3\xB6]",
+        "|", "^", "\\K",  "\\X",  "\\R", "$"};
+    const Words quantifiers = {"", "", "", "+", "*", "?", "+?", "*+"};
+    Generator generator(7);
+    for (int i = 0; i < 60000 && !HasFailure(); ++i)
+    {
+        std::string pattern;
+        for (std::size_t count = 1 + generator.Below(4); count > 0; --count)
+            pattern += generator.Any(items) + generator.Any(quantifiers);
+        Compare({pattern, generator.MakeReplacement(), generator.MakeText(12)}, 200);
+    }
+}
+
 TEST(GlobalReplacement, LookBehindSeesWhatWasWritten)
 {
     const Words patterns = {"(?<=aaaa)b",
@@ -287,11 +303,17 @@ TEST(GlobalReplacement, LookBehindSeesWhatWasWritten)
                             "(?<=\\bab)b",
                             "(?<n>\\b|(?<=(?=(?&n))a))b",
                             "(?<!aaaaaaaaaaaaaaaaaaaa)b",
-                            "(?<=\xE2\x82\xAC\xC3\xA4)b"};
-    const Words texts = {Repeat("a", 30) + Repeat("b", 30), Repeat("ab", 30), "aaaabbbb\nb b",
-                         Repeat("b", 40), "\xE2\x82\xAC\xC3\xA4" + Repeat("b", 9)};
+                            "(?<=\xE2\x82\xAC\xC3\xA4)b",
+                            "(?<=(?<=(?<=\xF0\x9F\x98\x80)\xF0\x9F\x98\x80)\xF0\x9F\x98\x80)b"};
+    const Words texts = {Repeat("a", 30) + Repeat("b", 30),
+                         Repeat("ab", 30),
+                         "aaaabbbb\nb b",
+                         Repeat("b", 40),
+                         "\xE2\x82\xAC\xC3\xA4" + Repeat("b", 9),
+                         Repeat("\xF0\x9F\x98\x80", 3) + "bbbb"};
     for (const std::string& pattern : patterns)
-        for (const char* const replacement : {"a", "", "ab", "\xC3\xA4", "aaaaaaaaaaaaaaaaaaaa", " "})
+        for (const char* const replacement :
+             {"a", "", "ab", "\xC3\xA4", "\xF0\x9F\x98\x80", "aaaaaaaaaaaaaaaaaaaa", " "})
             for (const std::string& text : texts)
                 EXPECT_NE(Ending::Endless, Compare({pattern, replacement, text}, 1000)) << pattern;
 }

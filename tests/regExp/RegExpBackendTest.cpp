@@ -229,11 +229,31 @@ TEST(RegExpBackend, GlobalReplacementExecutesOncePerMatchAndOnceMore)
     regExp.Replace("b", "banana", 0);
     ASSERT_EQ(4U, s_executions.size());
     EXPECT_EQ(0x580, s_executions[0].options);
+    EXPECT_FALSE(s_executions[0].hasStudyData);
     for (const Execution& execution : s_executions)
     {
         EXPECT_EQ(0x580, execution.options & ~PCRE_NO_UTF8_CHECK);
         EXPECT_EQ(60, execution.vectorSize);
-        EXPECT_FALSE(execution.hasStudyData);
+    }
+}
+
+TEST(RegExpBackend, GlobalReplacementStudiesOnlyWhereNoLimitIsNear)
+{
+    const struct
+    {
+        const char* pattern;
+        bool studied;
+    } rows[] = {
+        {"[ab]+", true},     {"[ab]+|[ab]*a", true}, {"([ab])", false},       {"[ab]{2}", false},
+        {"(?i)[ab]", false}, {"[ab]\\C?", false},    {"[ab]*a*a*b*a", false},
+    };
+    for (const auto& row : rows)
+    {
+        const RegExp regExp = Pattern(row.pattern);
+        const Recording recording;
+        regExp.Replace("-", "-ab-", 0);
+        ASSERT_LT(1U, s_executions.size()) << row.pattern;
+        EXPECT_EQ(row.studied, s_executions[1].hasStudyData) << row.pattern;
     }
 }
 

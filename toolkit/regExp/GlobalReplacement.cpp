@@ -16,7 +16,7 @@ namespace
 const std::size_t s_uStarts = 65536;
 // A text that outgrows every run without replaced replacements may still do so for that many of them: a start
 // that goes round a few times can yet end the run in an exception of PCRE's.
-const std::size_t s_uMostReturns = 4096;
+const std::size_t s_uMostReturns = 1024;
 const int s_iPartialOffsets = 60;
 
 bool IsContinuation(char byte)
@@ -36,6 +36,7 @@ bool IsUtf8(TString<char> text)
 GlobalReplacement::GlobalReplacement(const RegExpCode* code, const TString<char>& pattern, int options,
                                      const TString<char>& input, const TString<char>& replacement)
     : m_pCode(code),
+      m_pHints(RegExpBackend::Study(code, pattern), RegExpBackend::FreeHints),
       m_iOptions(options | RegExpBackend::s_iCheckedOption),
       m_text(input),
       m_strReplacement(replacement),
@@ -82,7 +83,7 @@ int GlobalReplacement::Execute(std::size_t end, int options, int* offsets, int v
     const std::size_t context = FindContext();
     m_uWindowBegin = m_text.GetPosition() - context;
     return RegExpBackend::Execute(m_pCode, m_text.GetWindow(context), end - m_uWindowBegin, context, options,
-                                  offsets, vectorSize);
+                                  offsets, vectorSize, m_pHints.get());
 }
 
 std::size_t GlobalReplacement::FindContext() const

@@ -2,6 +2,7 @@
 #define TOOLKIT_REGEXP_GLOBALREPLACEMENT_H
 
 #include <cstddef>
+#include <memory>
 
 #include "toolkit/core/TString.h"
 #include "toolkit/regExp/GapText.h"
@@ -10,6 +11,7 @@ namespace Toolkit
 {
 
 struct RegExpCode;
+struct RegExpHints;
 
 // Rewrites a text match by match: each search runs on the text as it is by then and begins behind the last
 // replacement, modulo 65,536. The result is that of searching the whole text each time, but PCRE gets no more
@@ -47,6 +49,7 @@ private:
     void StopIfEndless();
 
     const RegExpCode* const m_pCode;
+    const std::unique_ptr<RegExpHints, void (*)(RegExpHints*)> m_pHints;
     const int m_iOptions;
     GapText m_text;
     const TString<char> m_strReplacement;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
 #include <cstdint>
 
 #include <pcre.h>
@@ -119,6 +120,23 @@ bool HasStackToCompile(const TString<char>& pattern)
     return left >= need;
 }
 
+// ---- what a study may spare
+
+const unsigned long s_uStudiedRecursion = 1000;
+
+// True for patterns without groups whose searches, where the study would spare them, come nowhere near a
+// limit: a place where no match can begin fails at the first item that is not optional, and the rest of a
+// text that is shorter than any match has no more characters than the pattern has bytes.
+bool SearchesAreShort(const TString<char>& pattern)
+{
+    const std::size_t most = 64;
+    const std::ptrdiff_t mostQuantifiers = 3;
+    const auto isQuantifier = [](char byte) { return byte == '*' || byte == '+' || byte == '?'; };
+    return pattern.size() <= most && pattern.find_first_of("({") == pattern.npos &&
+           !pattern.Contains("\\C") &&
+           std::count_if(pattern.begin(), pattern.end(), isQuantifier) <= mostQuantifiers;
+}
+
 const pcre* ToPcre(const RegExpCode* code)
 {
     return reinterpret_cast<const pcre*>(code);
@@ -156,15 +174,31 @@ void RegExpBackend::Free(RegExpCode* code)
 }
 
 int RegExpBackend::Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start,
-                           int options, int* offsets, int vectorSize)
+                           int options, int* offsets, int vectorSize, const RegExpHints* hints)
 {
     if (length > INT_MAX)
         return s_iBadLength;
     pcre_extra extra = {};
-    extra.flags = PCRE_EXTRA_MATCH_LIMIT_RECURSION;
+    if (hints != nullptr)
+        extra = *reinterpret_cast<const pcre_extra*>(hints);
+    extra.flags |= PCRE_EXTRA_MATCH_LIMIT_RECURSION;
     extra.match_limit_recursion = RecursionLimit();
     return pcre_exec(ToPcre(code), &extra, subject, static_cast<int>(length), static_cast<int>(start),
                      options, offsets, vectorSize);
+}
+
+RegExpHints* RegExpBackend::Study(const RegExpCode* code, const TString<char>& pattern)
+{
+    if (!SearchesAreShort(pattern) || RecursionLimit() < s_uStudiedRecursion)
+        return nullptr;
+    const char* errorText = nullptr;
+    return reinterpret_cast<RegExpHints*>(pcre_study(ToPcre(code), 0, &errorText));
+}
+
+void RegExpBackend::FreeHints(RegExpHints* hints)
+{
+    if (hints != nullptr)
+        pcre_free_study(reinterpret_cast<pcre_extra*>(hints));
 }
 
 bool RegExpBackend::GetNameCount(const RegExpCode* code, int& count)

@@ -10,6 +10,8 @@ namespace Toolkit
 
 // What PCRE makes of a pattern; only RegExpBackend looks inside.
 struct RegExpCode;
+// What PCRE learns about the places where a match can begin.
+struct RegExpHints;
 
 // The only place that calls PCRE. Results are PCRE's own; patterns and subjects are UTF-8. PCRE recurses on
 // the caller's stack: both compilation and execution fail as PCRE fails when what is left of it could run
@@ -42,7 +44,12 @@ public:
 
     // What pcre_exec answers.
     static int Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start,
-                       int options, int* offsets, int vectorSize);
+                       int options, int* offsets, int vectorSize, const RegExpHints* hints = nullptr);
+
+    // Null when there are none, or when they could spare a search that PCRE would end for one of its limits.
+    // The caller frees them with `FreeHints`.
+    static RegExpHints* Study(const RegExpCode* code, const TString<char>& pattern);
+    static void FreeHints(RegExpHints* hints);
 
     // The name table: false when PCRE does not answer.
     static bool GetNameCount(const RegExpCode* code, int& count);

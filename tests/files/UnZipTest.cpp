@@ -249,6 +249,52 @@ TEST(UnZip, WritesThroughALink)
     EXPECT_EQ(extraction.Target(), ContentOf("two.txt"));
 }
 
+TEST(UnZip, WritesThroughALinkToNothing)
+{
+    Extraction extraction;
+    ASSERT_EQ(symlink("new", extraction.folder.Path("link").c_str()), 0);
+    EXPECT_TRUE(extraction.To(extraction.folder.Wide("link")));
+    EXPECT_EQ(ReadBytes(extraction.folder.Path("new")), ContentOf("two.txt"));
+}
+
+TEST(UnZip, NeverWritesTheArchiveItself)
+{
+    Extraction extraction;
+    RunIn(extraction.folder, "ln a.zip hard && ln -s a.zip soft && mkdir inner");
+    const std::string archive = ReadBytes(extraction.folder.Path("a.zip"));
+    for (const char* const path : {"a.zip", "inner/../a.zip", "hard", "soft"})
+    {
+        EXPECT_FALSE(extraction.To(extraction.folder.Wide(path))) << path;
+        EXPECT_EQ(ReadBytes(extraction.folder.Path("a.zip")), archive) << path;
+    }
+    EXPECT_TRUE(extraction.To(extraction.folder.Wide("out")));
+    EXPECT_EQ(extraction.Target(), ContentOf("two.txt"));
+}
+
+TEST(UnZip, WritesWhereARemovedArchiveWas)
+{
+    Extraction extraction;
+    RunIn(extraction.folder, "rm a.zip");
+    EXPECT_TRUE(extraction.To(extraction.folder.Wide("a.zip")));
+    EXPECT_EQ(ReadBytes(extraction.folder.Path("a.zip")), ContentOf("two.txt"));
+}
+
+TEST(UnZip, RefusesAFifoThatIsRead)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z: add(z, 'large', 'content' * 100000)
+)");
+    OpenArchive archive(folder.Wide("a.zip"));
+    ASSERT_EQ(mkfifo(folder.Path("fifo").c_str(), 0600), 0);
+    const int reader = open(folder.Path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_NE(reader, -1);
+    EXPECT_FALSE(archive.UnZip(L"large", folder.Wide("fifo")));
+    char byte = 0;
+    EXPECT_EQ(read(reader, &byte, 1), 0);
+    close(reader);
+}
+
 TEST(UnZip, WritesPathsOutsideAscii)
 {
     Extraction extraction;

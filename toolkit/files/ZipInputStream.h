@@ -46,14 +46,24 @@ private:
 
     explicit ZipInputStream(std::shared_ptr<const ZipFile> file);
 
+    const ZipFile& GetFile() const { return *m_pFile; }
+
     // False when there is no file, and when what was read last has met its end, be it the directory or an
     // entry.
     bool IsOk() const;
     // True when the file is an archive.
     bool CanRead();
 
-    // The entry at which the directory stands, which then stands at the next one; null at the end.
-    std::unique_ptr<wxZipEntry> TakeNextEntry();
+    // An entry of the directory and its name in the native format; a null record behind the last one.
+    struct Listed
+    {
+        std::unique_ptr<wxZipEntry> record;
+        TString<wchar_t> name;
+    };
+
+    // The entry at which the directory stands, which then stands at the next one.
+    Listed TakeNextEntry();
+    TString<wchar_t> NameOf(wxZipEntry& entry) const;
 
     // Positions the stream at an entry's content and answers that, which stays this object's; null when it is
     // not found.
@@ -61,7 +71,7 @@ private:
     void CloseEntry();
 
     const std::shared_ptr<const ZipFile> m_pFile;
-    std::unique_ptr<wxZipEntry> m_pNext;
+    Listed m_next;
     bool m_bAsked = false;
     bool m_bIsArchive = false;
     bool m_bListed = false;

@@ -1,7 +1,9 @@
 #include "toolkit/files/ArchiveZip.h"
 
+#include <atomic>
 #include <clocale>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -456,6 +458,20 @@ TEST(ArchiveZip, FailsToListAfterClose)
     ExpectListingFails(archive, s_strNotValid);
 }
 
+TEST(ArchiveZip, SaysNothingOfWhatItOpens)
+{
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("text"), "This is no archive, but it is long enough to be one.");
+    Record record;
+    const InstalledLogger logger(new RecordingLogger(record));
+    CapturedOutput errors(2);
+    ArchiveZip archive;
+    for (const char* const name : {"missing.zip", "text", "."})
+        archive.Open(folder.Wide(name));
+    EXPECT_EQ(errors.Stop(), "");
+    EXPECT_EQ(record.Text(), L"");
+}
+
 TEST(ArchiveZip, FailsToListAMissingFile)
 {
     const TemporaryFolder folder;
@@ -671,6 +687,28 @@ TEST(ArchiveZip, OpensPathsOutsideAscii)
     const TemporaryFolder folder;
     MakeSmallArchive(folder, "\xC3\xA9\xE2\x82\xAC.zip");
     EXPECT_EQ(OpenArchive(folder.Wide("\xC3\xA9\xE2\x82\xAC.zip")).count, 3);
+}
+
+TEST(ArchiveZip, LeavesOtherThreadsTheirArchives)
+{
+    const TemporaryFolder folder;
+    MakeSmallArchive(folder, "a.zip");
+    std::atomic<int> right{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(
+            [&, i]
+            {
+                for (int j = 0; j < 20; ++j)
+                {
+                    OpenArchive open(folder.Wide("a.zip"));
+                    right += open.count == 3 && open.Read(L"two.txt") == ContentOf("two.txt") &&
+                             open.UnZip(L"one.txt", folder.Wide("out" + std::to_string(i)));
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(right, 80);
 }
 
 TEST(ArchiveZip, KeepsItsFileFromChildProcesses)

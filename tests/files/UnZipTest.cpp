@@ -7,6 +7,7 @@
 
 #include "tests/support/Archives.h"
 #include "tests/support/Child.h"
+#include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZip.h"
 
@@ -20,11 +21,14 @@ using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ContentOf;
 using ToolkitTest::ForgedArchive;
+using ToolkitTest::InstalledLogger;
 using ToolkitTest::MakeArchiveOfLengths;
 using ToolkitTest::MakeSmallArchive;
 using ToolkitTest::OnSmallDisk;
 using ToolkitTest::OpenArchive;
 using ToolkitTest::ReadBytes;
+using ToolkitTest::Record;
+using ToolkitTest::RecordingLogger;
 using ToolkitTest::RunIn;
 using ToolkitTest::RunPython;
 using ToolkitTest::TemporaryFolder;
@@ -188,6 +192,8 @@ TEST(UnZip, FailsWhereNothingCanBeWritten)
 {
     Extraction extraction;
     ASSERT_EQ(mkfifo(extraction.folder.Path("fifo").c_str(), 0600), 0);
+    Record record;
+    const InstalledLogger logger(new RecordingLogger(record));
     CapturedOutput errors(2);
     for (const Text& target :
          {Text(), extraction.folder.Wide(), extraction.folder.Wide("no/folder"),
@@ -198,6 +204,7 @@ TEST(UnZip, FailsWhereNothingCanBeWritten)
     EXPECT_EQ(extraction.Target(), "old");
     EXPECT_TRUE(extraction.To(extraction.folder.Wide("out")));
     EXPECT_EQ(errors.Stop(), "");
+    EXPECT_EQ(record.Text(), L"");
 }
 
 TEST(UnZip, FailsInAFolderThatMayNotBeWritten)

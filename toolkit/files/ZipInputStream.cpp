@@ -39,6 +39,18 @@ void Rename(wxZipEntry& entry, const TString<wchar_t>& name)
         entry.SetIsDir();
 }
 
+// The base library leaves a name empty that is not in the charset that the archive says, and one like "."
+// or "/": that of the record just read tells the entries apart.
+TString<wchar_t> NameOf(wxZipEntry& entry, const wxZipInputStream& directory, const ZipFile& file)
+{
+    if (!entry.GetInternalName().empty())
+        return FromWx(entry.GetName());
+    const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
+    TString<wchar_t> name = ZipNameConverter::Decode(file.ReadDirectoryName(source.GetLastRecord()));
+    Rename(entry, name);
+    return entry.GetInternalName().empty() ? name : FromWx(entry.GetName());
+}
+
 } // namespace
 
 ZipInputStream::ZipInputStream(const TString<wchar_t>& path)
@@ -112,21 +124,8 @@ ZipInputStream::Listed ZipInputStream::TakeNextEntry()
     m_bIsArchive = m_bIsArchive || listed.record != nullptr || directory.GetLastError() == wxSTREAM_EOF;
     m_bListed = m_bIsArchive && listed.record == nullptr;
     if (listed.record != nullptr)
-        listed.name = NameOf(*listed.record);
+        listed.name = NameOf(*listed.record, directory, *m_pFile);
     return listed;
-}
-
-// The base library leaves a name empty that is not in the charset that the archive says, and one like "."
-// or "/": that of the record just read tells the entries apart.
-TString<wchar_t> ZipInputStream::NameOf(wxZipEntry& entry) const
-{
-    if (!entry.GetInternalName().empty())
-        return FromWx(entry.GetName());
-    const auto& directory = static_cast<const wxZipInputStream&>(*GetStream());
-    const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
-    TString<wchar_t> name = ZipNameConverter::Decode(m_pFile->ReadDirectoryName(source.GetLastRecord()));
-    Rename(entry, name);
-    return entry.GetInternalName().empty() ? name : FromWx(entry.GetName());
 }
 
 ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)

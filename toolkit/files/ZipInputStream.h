@@ -63,7 +63,6 @@ private:
 
     // The entry at which the directory stands, which then stands at the next one.
     Listed TakeNextEntry();
-    TString<wchar_t> NameOf(wxZipEntry& entry) const;
 
     // Positions the stream at an entry's content and answers that, which stays this object's; null when it is
     // not found.

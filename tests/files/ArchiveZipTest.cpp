@@ -1,7 +1,9 @@
 #include "toolkit/files/ArchiveZip.h"
 
+#include <atomic>
 #include <clocale>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -10,6 +12,7 @@
 #include <unistd.h>
 
 #include "tests/support/Archives.h"
+#include "tests/support/Child.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZipEntry.h"
@@ -24,6 +27,7 @@ using Toolkit::ArchiveZipEntry;
 using Toolkit::smart_ptr;
 using Toolkit::TString;
 using Toolkit::ZipInputStream;
+using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ContentOf;
 using ToolkitTest::ForgedArchive;
@@ -361,6 +365,63 @@ TEST(ArchiveZip, ListsOnBehindANameOfNoLength)
     EXPECT_FALSE(open.UnZip(L"", folder.Wide("out")));
 }
 
+TEST(ArchiveZip, KeepsNamesApartThatTheBaseLibraryLeavesEmpty)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    for name in ['.', '..', './', '../', '/', '//', './/', './.', 'last']: add(z, name, 'of ' + name)
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    EXPECT_EQ(open.Names(), L"|.|..|../|./|./.|.//|/|//|last|");
+    EXPECT_EQ(open.count, 9);
+    for (const std::wstring& name : {std::wstring(L"."), std::wstring(L".."), std::wstring(L"./"),
+                                     std::wstring(L"/"), std::wstring(L"last")})
+        EXPECT_EQ(open.Read(name), "of " + std::string(name.begin(), name.end()));
+    EXPECT_TRUE(open.UnZip(L"..", folder.Wide("out")));
+    EXPECT_EQ(ReadBytes(folder.Path("out")), "of ..");
+}
+
+TEST(ArchiveZip, FiltersNamesThatTheBaseLibraryLeavesEmpty)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    for name in ['.', '..', '../', 'last']: add(z, name, '')
+)");
+    ArchiveZip archive;
+    ZipEntries entries;
+    archive.Open(folder.Wide("a.zip"));
+    EXPECT_EQ(archive.EntriesList(entries, L"..*", ArchiveEntriesFlags::Folders), 1);
+    EXPECT_EQ(entries.count(L"../"), 1U);
+}
+
+TEST(ArchiveZip, TakesSlashesInFrontFromNames)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    for name in ['/root', './here', 'root', '.hidden']: add(z, name, name)
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    EXPECT_EQ(open.Names(), L"|.hidden|here|root|");
+    EXPECT_EQ(open.Read(L"root"), "/root");
+}
+
+TEST(ArchiveZip, KeepsNamesApartThatDifferBehindAZero)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    for name in ['zero_a', 'zero_b', 'zero_']: add(z, name, name)
+data = open('a.zip', 'rb').read().replace(b'zero_a', b'zero\0a').replace(b'zero_b', b'zero\0b')
+open('a.zip', 'wb').write(data)
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    EXPECT_EQ(open.count, 3);
+    EXPECT_FALSE(open[Text(std::wstring(L"zero\0b", 6))].IsNull());
+}
+
 TEST(ArchiveZip, ExtractsAnEntryWithoutAName)
 {
     const TemporaryFolder folder;
@@ -397,12 +458,42 @@ TEST(ArchiveZip, FailsToListAfterClose)
     ExpectListingFails(archive, s_strNotValid);
 }
 
+TEST(ArchiveZip, SaysNothingOfWhatItOpens)
+{
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("text"), "This is no archive, but it is long enough to be one.");
+    Record record;
+    const InstalledLogger logger(new RecordingLogger(record));
+    CapturedOutput errors(2);
+    ArchiveZip archive;
+    for (const char* const name : {"missing.zip", "text", "."})
+        archive.Open(folder.Wide(name));
+    EXPECT_EQ(errors.Stop(), "");
+    EXPECT_EQ(record.Text(), L"");
+}
+
 TEST(ArchiveZip, FailsToListAMissingFile)
 {
     const TemporaryFolder folder;
     for (const Text& path :
          {folder.Wide("missing.zip"), Text(), Text(L"/\xD800"), Text(folder.Wide() + std::wstring(1, L'\0'))})
         ExpectListingFails(path, s_strNotValid);
+}
+
+TEST(ArchiveZip, FailsToListAFileThatMayNotBeRead)
+{
+    const TemporaryFolder folder;
+    MakeSmallArchive(folder, "a.zip");
+    RunIn(folder, "chmod 755 . && chmod 000 a.zip");
+    EXPECT_TRUE(AsNobody(
+        [&]
+        {
+            ArchiveZip archive;
+            ZipEntries entries;
+            std::wstring line;
+            archive.Open(folder.Wide("a.zip"));
+            return List(archive, entries, line) == -1 && line == s_strNotValid;
+        }));
 }
 
 TEST(ArchiveZip, FailsToListWhatIsNoArchive)
@@ -596,6 +687,28 @@ TEST(ArchiveZip, OpensPathsOutsideAscii)
     const TemporaryFolder folder;
     MakeSmallArchive(folder, "\xC3\xA9\xE2\x82\xAC.zip");
     EXPECT_EQ(OpenArchive(folder.Wide("\xC3\xA9\xE2\x82\xAC.zip")).count, 3);
+}
+
+TEST(ArchiveZip, LeavesOtherThreadsTheirArchives)
+{
+    const TemporaryFolder folder;
+    MakeSmallArchive(folder, "a.zip");
+    std::atomic<int> right{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(
+            [&, i]
+            {
+                for (int j = 0; j < 20; ++j)
+                {
+                    OpenArchive open(folder.Wide("a.zip"));
+                    right += open.count == 3 && open.Read(L"two.txt") == ContentOf("two.txt") &&
+                             open.UnZip(L"one.txt", folder.Wide("out" + std::to_string(i)));
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(right, 80);
 }
 
 TEST(ArchiveZip, KeepsItsFileFromChildProcesses)

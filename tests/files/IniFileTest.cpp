@@ -1,16 +1,19 @@
 #include "toolkit/files/IniFile.h"
 
+#include <atomic>
 #include <climits>
 #include <clocale>
 #include <limits>
 #include <locale>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "tests/support/Child.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/PlainIni.h"
 #include "tests/support/PlainLines.h"
@@ -22,6 +25,7 @@ namespace
 
 using Toolkit::IniFile;
 using Toolkit::TString;
+using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::InstalledLogger;
 using ToolkitTest::PlainIni;
@@ -484,7 +488,10 @@ TEST(IniFile, IsNotLoadedFromWhatIsNoTextFile)
     for (const Text& path : {folder.Wide(), folder.Wide("fifo"), folder.Wide("broken"), Text(),
                              Text(folder.Wide("broken") + std::wstring(1, L'\0')), Text(L"/\xD800")})
     {
+        Record record;
+        const InstalledLogger logger(new RecordingLogger(record));
         const IniFile ini(path);
+        EXPECT_EQ(record.Pieces().size(), 10U) << std::wstring(path);
         EXPECT_FALSE(ini.IsLoaded()) << std::wstring(path);
         EXPECT_FALSE(ini.HasSection(L"s")) << std::wstring(path);
     }
@@ -527,6 +534,45 @@ TEST(IniFile, ParsesAFileThatOneOfItsValuesNames)
     EXPECT_TRUE(settings.ini.Parse(settings.file));
     EXPECT_FALSE(settings.ini.Parse(settings.ini.GetValue(L"s", L"bad", s_strNone)));
     EXPECT_NE(record.Text().find(L"Unable to open file : /nowhere/at/all.ini\n"), std::wstring::npos);
+}
+
+TEST(IniFile, IsNotLoadedFromAFileThatMayNotBeRead)
+{
+    const Settings settings("[s]\nk=1\n");
+    ASSERT_EQ(chmod(settings.folder.Path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(settings.folder.Path("settings.ini").c_str(), 0), 0);
+    EXPECT_TRUE(AsNobody(
+        [&]
+        {
+            Record record;
+            const InstalledLogger logger(new RecordingLogger(record));
+            const IniFile ini(settings.file);
+            return !ini.IsLoaded() && !ini.HasSection(L"s") && record.Pieces().size() == 10;
+        }));
+}
+
+TEST(IniFile, AnswersSeveralThreadsAtOnce)
+{
+    const Settings settings("[s]\nnumber=-12\nflag=1\n");
+    std::atomic<int> right{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(
+            [&]
+            {
+                std::vector<Text> keys;
+                for (int j = 0; j < 500; ++j)
+                {
+                    settings.ini.GetKeyList(L"s", keys);
+                    right += keys.size() == 2 && settings.ini.HasSection(L"s") &&
+                             settings.ini.HasValue(L"s", L"flag") &&
+                             settings.ini.GetBool(L"s", L"flag", false) &&
+                             settings.ini.GetInt32(L"s", L"number", 0) == -12;
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(right, 2000);
 }
 
 TEST(IniFile, ReadsManyKeysAndSections)

@@ -7,6 +7,7 @@
 
 #include "tests/support/Archives.h"
 #include "tests/support/Child.h"
+#include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZip.h"
 
@@ -20,11 +21,14 @@ using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ContentOf;
 using ToolkitTest::ForgedArchive;
+using ToolkitTest::InstalledLogger;
 using ToolkitTest::MakeArchiveOfLengths;
 using ToolkitTest::MakeSmallArchive;
 using ToolkitTest::OnSmallDisk;
 using ToolkitTest::OpenArchive;
 using ToolkitTest::ReadBytes;
+using ToolkitTest::Record;
+using ToolkitTest::RecordingLogger;
 using ToolkitTest::RunIn;
 using ToolkitTest::RunPython;
 using ToolkitTest::TemporaryFolder;
@@ -188,6 +192,8 @@ TEST(UnZip, FailsWhereNothingCanBeWritten)
 {
     Extraction extraction;
     ASSERT_EQ(mkfifo(extraction.folder.Path("fifo").c_str(), 0600), 0);
+    Record record;
+    const InstalledLogger logger(new RecordingLogger(record));
     CapturedOutput errors(2);
     for (const Text& target :
          {Text(), extraction.folder.Wide(), extraction.folder.Wide("no/folder"),
@@ -198,6 +204,7 @@ TEST(UnZip, FailsWhereNothingCanBeWritten)
     EXPECT_EQ(extraction.Target(), "old");
     EXPECT_TRUE(extraction.To(extraction.folder.Wide("out")));
     EXPECT_EQ(errors.Stop(), "");
+    EXPECT_EQ(record.Text(), L"");
 }
 
 TEST(UnZip, FailsInAFolderThatMayNotBeWritten)
@@ -247,6 +254,52 @@ TEST(UnZip, WritesThroughALink)
     ASSERT_EQ(symlink("out", extraction.folder.Path("link").c_str()), 0);
     EXPECT_TRUE(extraction.To(extraction.folder.Wide("link")));
     EXPECT_EQ(extraction.Target(), ContentOf("two.txt"));
+}
+
+TEST(UnZip, WritesThroughALinkToNothing)
+{
+    Extraction extraction;
+    ASSERT_EQ(symlink("new", extraction.folder.Path("link").c_str()), 0);
+    EXPECT_TRUE(extraction.To(extraction.folder.Wide("link")));
+    EXPECT_EQ(ReadBytes(extraction.folder.Path("new")), ContentOf("two.txt"));
+}
+
+TEST(UnZip, NeverWritesTheArchiveItself)
+{
+    Extraction extraction;
+    RunIn(extraction.folder, "ln a.zip hard && ln -s a.zip soft && mkdir inner");
+    const std::string archive = ReadBytes(extraction.folder.Path("a.zip"));
+    for (const char* const path : {"a.zip", "inner/../a.zip", "hard", "soft"})
+    {
+        EXPECT_FALSE(extraction.To(extraction.folder.Wide(path))) << path;
+        EXPECT_EQ(ReadBytes(extraction.folder.Path("a.zip")), archive) << path;
+    }
+    EXPECT_TRUE(extraction.To(extraction.folder.Wide("out")));
+    EXPECT_EQ(extraction.Target(), ContentOf("two.txt"));
+}
+
+TEST(UnZip, WritesWhereARemovedArchiveWas)
+{
+    Extraction extraction;
+    RunIn(extraction.folder, "rm a.zip");
+    EXPECT_TRUE(extraction.To(extraction.folder.Wide("a.zip")));
+    EXPECT_EQ(ReadBytes(extraction.folder.Path("a.zip")), ContentOf("two.txt"));
+}
+
+TEST(UnZip, RefusesAFifoThatIsRead)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z: add(z, 'large', 'content' * 100000)
+)");
+    OpenArchive archive(folder.Wide("a.zip"));
+    ASSERT_EQ(mkfifo(folder.Path("fifo").c_str(), 0600), 0);
+    const int reader = open(folder.Path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_NE(reader, -1);
+    EXPECT_FALSE(archive.UnZip(L"large", folder.Wide("fifo")));
+    char byte = 0;
+    EXPECT_EQ(read(reader, &byte, 1), 0);
+    close(reader);
 }
 
 TEST(UnZip, WritesPathsOutsideAscii)

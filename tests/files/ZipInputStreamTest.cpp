@@ -182,6 +182,15 @@ TEST(ZipInputStream, ReadsWords)
         EXPECT_EQ(OneEntry(row.content).Words(), row.words) << row.content;
 }
 
+TEST(ZipInputStream, EndsAWordAtAZero)
+{
+    const OneEntry entry(std::string("a\0b c", 5));
+    Text first;
+    Text second;
+    *entry.stream >> first >> second;
+    EXPECT_EQ(first + L"|" + second, L"a|b");
+}
+
 TEST(ZipInputStream, ChainsItsOperators)
 {
     const OneEntry entry("one two rest");

@@ -3,8 +3,12 @@
 #if defined(__SANITIZE_THREAD__)
 // The thread that starts the base library holds a mutex of it until it stops it. Every mutex that is held
 // during the start and locked again later therefore seems to be taken in both orders.
+//
+// The C library keeps its time zone behind a lock of its own, which the sanitizer does not see; it sees the
+// memory that is taken and given back behind it.
 extern "C" const char* __tsan_default_suppressions()
 {
-    return "deadlock:libwx_baseu\n";
+    return "deadlock:libwx_baseu\n"
+           "race:tzset_internal\n";
 }
 #endif

@@ -7,11 +7,12 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/encoding/WxText.h"
 #include "toolkit/files/NativePath.h"
 #include "toolkit/files/ZipEntryStream.h"
+#include "toolkit/files/ZipFile.h"
 #include "toolkit/log/LogLine.h"
 
 namespace Toolkit
@@ -51,13 +52,18 @@ bool BeginsWith(const TString<wchar_t>& name, const TString<wchar_t>& prefix)
     return prefix.empty() || TString<wchar_t>(name.substr(0, prefix.size())).compareNoCase(prefix) == 0;
 }
 
-// The file that content is extracted into.
+// The file that content is extracted into: never the archive itself, which would be lost, nor a FIFO, whose
+// reader may let wait for ever and whose end would be a signal.
 class Target
 {
 public:
-    explicit Target(const TString<wchar_t>& path)
-        : m_iDescriptor(NativePath(path).Open(O_WRONLY | O_CREAT | O_TRUNC))
+    Target(const TString<wchar_t>& path, const ZipFile& archive)
+        : m_iDescriptor(NativePath(path).Open(O_WRONLY | O_CREAT))
     {
+        struct stat status = {};
+        if (fstat(m_iDescriptor, &status) != 0 || S_ISFIFO(status.st_mode) || archive.IsSame(status) ||
+            (S_ISREG(status.st_mode) && ftruncate(m_iDescriptor, 0) != 0))
+            Close();
     }
 
     ~Target() { Close(); }
@@ -142,17 +148,17 @@ int ArchiveZip::EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry
         return FailListing(s_uNotValidLine, L"  archive is not valid! ");
     if (!m_pStream->CanRead())
         return FailListing(s_uNotReadableLine, L"  archive format can't be read! ");
-    while (const std::unique_ptr<wxZipEntry> entry = m_pStream->TakeNextEntry())
+    for (;;)
     {
-        if (!IsWanted(*entry, type))
+        ZipInputStream::Listed next = m_pStream->TakeNextEntry();
+        if (next.record == nullptr)
+            break;
+        if (!IsWanted(*next.record, type) || !BeginsWith(next.name, prefix))
             continue;
-        TString<wchar_t> name = FromWx(entry->GetName());
-        if (!BeginsWith(name, prefix))
-            continue;
-        const auto place = entries.lower_bound(name);
-        if (place == entries.end() || place->first != name)
-            entries.emplace_hint(place, std::move(name),
-                                 smart_ptr<ArchiveZipEntry>(new ArchiveZipEntry(*entry)));
+        const auto place = entries.lower_bound(next.name);
+        if (place == entries.end() || place->first != next.name)
+            entries.emplace_hint(place, std::move(next.name),
+                                 smart_ptr<ArchiveZipEntry>(new ArchiveZipEntry(*next.record)));
     }
     return static_cast<int>(entries.size());
 }
@@ -171,7 +177,7 @@ bool ArchiveZip::UnZip(smart_ptr<ArchiveZipEntry> entry, TString<wchar_t>& targe
         m_pStream.IsNull() || entry.IsNull() ? nullptr : m_pStream->OpenEntry(*entry);
     if (content == nullptr)
         return false;
-    Target file(target);
+    Target file(target, m_pStream->GetFile());
     const long long length = entry->GetSize();
     bool whole = file.IsOpened() && length > 0 && Extract(*content, length, file);
     m_pStream->CloseEntry();

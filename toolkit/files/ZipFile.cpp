@@ -97,6 +97,12 @@ bool ZipFile::MayBeArchive() const
     return m_iLength >= s_iEndRecordLength;
 }
 
+bool ZipFile::IsSame(const struct stat& status) const
+{
+    struct stat own = {};
+    return fstat(m_iDescriptor, &own) == 0 && own.st_dev == status.st_dev && own.st_ino == status.st_ino;
+}
+
 std::size_t ZipFile::ReadAt(long long offset, void* buffer, std::size_t count) const
 {
     std::size_t have = 0;

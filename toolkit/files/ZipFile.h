@@ -8,6 +8,7 @@
 
 #include "toolkit/core/TString.h"
 
+struct stat;
 class wxZipEntry;
 
 namespace Toolkit
@@ -43,6 +44,9 @@ public:
     bool Exists() const { return m_bExists; }
     // True when it is a file long enough for an archive; nothing is known of its content.
     bool MayBeArchive() const;
+
+    // True for what `fstat` or `stat` says of this file, whatever path led there.
+    bool IsSame(const struct stat& status) const;
 
     // In bytes, when the file was opened.
     long long GetLength() const { return m_iLength; }

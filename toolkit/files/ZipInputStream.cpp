@@ -31,13 +31,24 @@ wxInputStream* OpenDirectory(const std::shared_ptr<const ZipFile>& file)
     return new wxZipInputStream(new ZipFileStream(file), ZipNameConverter::Instance());
 }
 
-// The base library leaves a name empty that is not what the archive says it is.
-void RepairName(wxZipEntry& entry, const std::string& name)
+void Rename(wxZipEntry& entry, const TString<wchar_t>& name)
 {
     const bool folder = entry.IsDir();
-    entry.SetName(ToWx(ZipNameConverter::Decode(name)), wxPATH_UNIX);
+    entry.SetName(ToWx(name), wxPATH_UNIX);
     if (folder)
         entry.SetIsDir();
+}
+
+// The base library leaves a name empty that is not in the charset that the archive says, and one like "."
+// or "/": that of the record just read tells the entries apart.
+TString<wchar_t> NameOf(wxZipEntry& entry, const wxZipInputStream& directory, const ZipFile& file)
+{
+    if (!entry.GetInternalName().empty())
+        return FromWx(entry.GetName());
+    const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
+    TString<wchar_t> name = ZipNameConverter::Decode(file.ReadDirectoryName(source.GetLastRecord()));
+    Rename(entry, name);
+    return entry.GetInternalName().empty() ? name : FromWx(entry.GetName());
 }
 
 } // namespace
@@ -96,27 +107,25 @@ bool ZipInputStream::IsOk() const
 bool ZipInputStream::CanRead()
 {
     if (!m_bAsked)
-        m_pNext = TakeNextEntry();
+        m_next = TakeNextEntry();
     return m_bIsArchive;
 }
 
-std::unique_ptr<wxZipEntry> ZipInputStream::TakeNextEntry()
+ZipInputStream::Listed ZipInputStream::TakeNextEntry()
 {
     CloseEntry();
     m_bAsked = true;
-    if (m_pNext != nullptr || GetStream() == nullptr)
-        return std::move(m_pNext);
+    if (m_next.record != nullptr || GetStream() == nullptr)
+        return std::move(m_next);
     const BaseLibrary::Silence silence;
     wxZipInputStream& directory = static_cast<wxZipInputStream&>(*GetStream());
-    std::unique_ptr<wxZipEntry> entry(directory.GetNextEntry());
-    m_bIsArchive = m_bIsArchive || entry != nullptr || directory.GetLastError() == wxSTREAM_EOF;
-    m_bListed = m_bIsArchive && entry == nullptr;
-    if (entry != nullptr && entry->GetInternalName().empty())
-    {
-        const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
-        RepairName(*entry, m_pFile->ReadDirectoryName(source.GetLastRecord()));
-    }
-    return entry;
+    Listed listed;
+    listed.record.reset(directory.GetNextEntry());
+    m_bIsArchive = m_bIsArchive || listed.record != nullptr || directory.GetLastError() == wxSTREAM_EOF;
+    m_bListed = m_bIsArchive && listed.record == nullptr;
+    if (listed.record != nullptr)
+        listed.name = NameOf(*listed.record, directory, *m_pFile);
+    return listed;
 }
 
 ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)

@@ -32,9 +32,9 @@ public:
     // Appends every remaining byte of the entry; nothing when the entry is damaged or its checksum is wrong.
     ZipInputStream& operator>>(std::vector<unsigned char>& bytes);
 
-    // Reads the next word, which ends at a space, a tab or a line's end; empty at the end of the entry. A
-    // byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text is
-    // UTF-8. A word also ends at broken text, behind which no text is read.
+    // Reads the next word, which ends at a space, a tab, a line's end or a zero; empty at the end of the
+    // entry. A byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text
+    // is UTF-8. A word also ends at broken text, behind which no text is read.
     ZipInputStream& operator>>(TString<wchar_t>& word);
 
     // Reads the next line, decoded as a word is, without the "\n", "\r\n" or "\r" at its end; the last line
@@ -46,14 +46,23 @@ private:
 
     explicit ZipInputStream(std::shared_ptr<const ZipFile> file);
 
+    const ZipFile& GetFile() const { return *m_pFile; }
+
     // False when there is no file, and when what was read last has met its end, be it the directory or an
     // entry.
     bool IsOk() const;
     // True when the file is an archive.
     bool CanRead();
 
-    // The entry at which the directory stands, which then stands at the next one; null at the end.
-    std::unique_ptr<wxZipEntry> TakeNextEntry();
+    // An entry of the directory and its name in the native format; a null record behind the last one.
+    struct Listed
+    {
+        std::unique_ptr<wxZipEntry> record;
+        TString<wchar_t> name;
+    };
+
+    // The entry at which the directory stands, which then stands at the next one.
+    Listed TakeNextEntry();
 
     // Positions the stream at an entry's content and answers that, which stays this object's; null when it is
     // not found.
@@ -61,7 +70,7 @@ private:
     void CloseEntry();
 
     const std::shared_ptr<const ZipFile> m_pFile;
-    std::unique_ptr<wxZipEntry> m_pNext;
+    Listed m_next;
     bool m_bAsked = false;
     bool m_bIsArchive = false;
     bool m_bListed = false;

@@ -317,3 +317,16 @@ TEST(GlobalReplacement, LookBehindSeesWhatWasWritten)
             for (const std::string& text : texts)
                 EXPECT_NE(Ending::Endless, Compare({pattern, replacement, text}, 1000)) << pattern;
 }
+
+TEST(GlobalReplacement, TakesForUtf8WhatPcreTakesForIt)
+{
+    const Words replacements = {"\xEF\xBB\xBF", "\xEF\xBF\xBE",    "\xEF\xB7\x90",     "\xF4\x8F\xBF\xBF",
+                                "\xED\x9F\xBF", "\xED\xA0\x80",    "\xED\xBF\xBF",     "\xF4\x90\x80\x80",
+                                "\xC0\x80",     "\xE0\x80\x80",    "\xF0\x80\x80\x80", "\xF8\x88\x80\x80\x80",
+                                "\xFE",         "\xF5\x80\x80\x80"};
+    std::map<Ending, int> endings;
+    for (const std::string& replacement : replacements)
+        for (const char* const pattern : {"a", "(?<=.)a"})
+            ++endings[Compare({pattern, replacement, "xaxa"}, 100)];
+    EXPECT_EQ((std::map<Ending, int>{{Ending::Changed, 10}, {Ending::Thrown, 18}}), endings);
+}

@@ -53,6 +53,15 @@ TEST(MatchResult, HoldsWhatMatchUsed)
     EXPECT_EQ(2, record->GetOffsets()[1]);
 }
 
+TEST(MatchResult, KeepsWhatMatchCompiled)
+{
+    Record record = Pattern("(a)").Match("ba");
+    record->SetSubject("bbba");
+    Pattern("z").RegExp_exec(record, 0);
+    EXPECT_EQ(2, record->GetResult());
+    EXPECT_EQ(3, record->GetOffsets()[0]);
+}
+
 TEST(MatchResult, CompilesItsOwnPattern)
 {
     const RegExp other = Pattern("z");

@@ -192,12 +192,15 @@ extern "C" int pcre_fullinfo(const pcre* code, const pcre_extra* extra, int what
 TEST(RegExpBackend, CompilesInUtf8ModeAloneOnEachCall)
 {
     const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
+    RegExp::ReplacementMappedStrings named;
     const Recording recording;
     regExp.IsMatch("a");
     regExp.IsMatch("a");
     regExp.Match("a");
     regExp.Replace("b", "a", 0);
-    ASSERT_EQ(4U, s_compilations.size());
+    regExp.Replace(std::vector<TString<char>>(), "a");
+    regExp.Replace(named, "a");
+    ASSERT_EQ(6U, s_compilations.size());
     for (const Compilation& compilation : s_compilations)
     {
         EXPECT_EQ(PCRE_UTF8, compilation.options);
@@ -208,10 +211,13 @@ TEST(RegExpBackend, CompilesInUtf8ModeAloneOnEachCall)
 TEST(RegExpBackend, ExecutesOnceFromTheStartWithoutOptionsOrStudyData)
 {
     const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
+    RegExp::ReplacementMappedStrings named;
     const Recording recording;
     regExp.IsMatch("aa");
     regExp.Match("aa");
-    ASSERT_EQ(2U, s_executions.size());
+    regExp.Replace(std::vector<TString<char>>(), "aa");
+    regExp.Replace(named, "aa");
+    ASSERT_EQ(4U, s_executions.size());
     for (const Execution& execution : s_executions)
     {
         EXPECT_EQ(0, execution.options);
@@ -279,9 +285,27 @@ TEST(RegExpBackend, FailedNameQueriesThrowTheirMessages)
 
 TEST(RegExpBackend, NameTableIsAskedOnlyForNames)
 {
-    const FailingInfo failing(PCRE_INFO_NAMETABLE);
-    EXPECT_EQ(2U, Pattern("(a)").Match("a")->GetCount());
-    EXPECT_EQ(0U, Pattern("(?<n>a)").Match("b")->GetCount());
+    for (const int what : {PCRE_INFO_NAMEENTRYSIZE, PCRE_INFO_NAMETABLE})
+    {
+        const FailingInfo failing(what);
+        EXPECT_EQ(2U, Pattern("(a)").Match("a")->GetCount()) << what;
+        EXPECT_EQ(0U, Pattern("(?<n>a)").Match("b")->GetCount()) << what;
+    }
+}
+
+TEST(RegExpBackend, NamesAreCountedForEveryMatchWithGroups)
+{
+    const std::string message = "pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error";
+    RegExp::ReplacementMappedStrings named;
+    const RegExp regExp = Pattern("a");
+    const FailingInfo failing(PCRE_INFO_NAMECOUNT);
+    EXPECT_EQ(message, MessageOf([&] { regExp.Match("a"); }));
+    EXPECT_EQ(message, MessageOf([&] { regExp.Replace(std::vector<TString<char>>(), "a"); }));
+    EXPECT_EQ(message, MessageOf([&] { regExp.Replace(named, "a"); }));
+    EXPECT_EQ(-1, regExp.Match("b")->GetResult());
+    EXPECT_EQ(0, Pattern(Repeat("(a)", 20)).Match(TString<char>(Repeat("a", 20)))->GetResult());
+    EXPECT_TRUE(regExp.IsMatch("a"));
+    EXPECT_EQ("b", regExp.Replace("b", "a", 0));
 }
 
 TEST(RegExpBackend, UnknownReachHandsOverTheWholeText)

@@ -106,6 +106,13 @@ TEST(RegExpReplaceAll, MatchOfTooManyGroupsIsNone)
     EXPECT_EQ(Repeat("a", 20), Pattern(Repeat("(a)", 20)).Replace("b", TString<char>(Repeat("a", 20)), 0));
 }
 
+TEST(RegExpReplaceAll, MatchOfTooManyGroupsEndsTheRun)
+{
+    const std::string many = Repeat("a", 20);
+    EXPECT_EQ("XX" + many + "b",
+              Pattern("b|" + Repeat("(a)", 20)).Replace("X", TString<char>("bb" + many + "b"), 0));
+}
+
 TEST(RegExpReplaceAll, EndBeforeStartReplacesTheRest)
 {
     EXPECT_EQ("abX", Pattern("(?=ab\\K)").Replace("X", "abcdef", 0));
@@ -201,6 +208,17 @@ TEST(RegExpReplaceGroups, ReplacesGroupsInOrder)
     EXPECT_EQ("\\1=$2", Pattern("(a)=(b)").Replace(Texts{"\\1", "$2"}, "a=b"));
 }
 
+TEST(RegExpReplaceGroups, PlacesAndShiftsAreBytes)
+{
+    EXPECT_EQ("\xC3\xB6u=\xE2\x82\xAC\xC3\x9F",
+              Pattern("(\\w*)=(.)").Replace(Texts{"u", "\xE2\x82\xAC"}, "\xC3\xB6xx=\xC3\xA4\xC3\x9F"));
+}
+
+TEST(RegExpReplaceGroups, OnlyTheFirstMatchIsRewritten)
+{
+    EXPECT_EQ("b=2 x=1", Pattern("([a-z]+)=([0-9]+)").Replace(Texts{"b", "2"}, "x=1 x=1"));
+}
+
 TEST(RegExpReplaceGroups, WithoutAMatchTheResultIsEmpty)
 {
     EXPECT_EQ("", Pattern("([a-z]+)=([0-9]+)").Replace(Texts{"key", "42"}, "---"));
@@ -270,7 +288,34 @@ TEST(RegExpReplaceNames, WithoutGroupsTheInputComesBack)
     Named named{{"k", "key"}};
     EXPECT_EQ("xay", Pattern("a").Replace(named, "xay"));
     EXPECT_EQ("xay", Pattern("a(?<k>z)?").Replace(named, "xay"));
+    EXPECT_EQ("20" + Repeat("a", 20),
+              Pattern("(?<n>20)" + Repeat("(a)", 20)).Replace(named, TString<char>("20" + Repeat("a", 20))));
     EXPECT_EQ(1U, named.size());
+}
+
+TEST(RegExpReplaceNames, TextsAreLiteral)
+{
+    Named named{{"k", "\\2$2&"}, {"v", "(?<k>)"}};
+    EXPECT_EQ("\\2$2&=(?<k>)", Pattern("(?<k>[a-z]+)=(?<v>[0-9]+)").Replace(named, "x=1"));
+}
+
+TEST(RegExpReplaceNames, OnlyTheFirstMatchIsRewritten)
+{
+    Named named{{"k", "key"}};
+    EXPECT_EQ("key x", Pattern("(?<k>x)").Replace(named, "x x"));
+}
+
+TEST(RegExpReplaceNames, NestedGroupsAreReplacedAtTheirOldPlaces)
+{
+    Named named{{"a", "1234"}, {"b", "x"}};
+    EXPECT_EQ("12x4d", Pattern("(?<a>a(?<b>b)c)").Replace(named, "abcd"));
+}
+
+TEST(RegExpReplaceNames, GroupWithoutPartStandsOneByteBeforeTheShift)
+{
+    Named named{{"a", "lon"}, {"y", "y"}, {"b", "z"}};
+    EXPECT_EQ("lyonz", Pattern("(?<a>a)(?<y>z)?(?<b>b)").Replace(named, "ab"));
+    EXPECT_EQ("lonz", Pattern("(?<a>a)(z)?(?<b>b)").Replace(named, "ab"));
 }
 
 TEST(RegExpReplaceNames, DuplicateNameReplacesEachOfItsGroups)

@@ -76,6 +76,12 @@ TEST(RegExp, WidePatternWithoutUtf8IsEmpty)
     EXPECT_TRUE(regExp.IsMatch("anything"));
 }
 
+TEST(RegExp, WidePatternEndsAtZero)
+{
+    const RegExp regExp(TString<wchar_t>(std::wstring(L"a\0(", 3)), RegExpOptions::Default);
+    EXPECT_EQ("a", regExp.GetPattern());
+}
+
 TEST(RegExp, ModifiersMakeNoDifference)
 {
     for (const unsigned int bits : {0U, 1U, 2U, 4U, 8U, 16U, 0xFFFFFFFFU})
@@ -148,9 +154,18 @@ TEST(RegExp, SubjectGoesOnBehindZero)
     EXPECT_EQ((Texts{std::string("\0b", 2)}), Values(Pattern("[^a]+").Match(subject)));
 }
 
+TEST(RegExp, WideSubjectEndsAtZero)
+{
+    const TString<wchar_t> subject(std::wstring(L"a\0b", 3));
+    EXPECT_FALSE(Pattern("b").IsMatch(subject));
+    EXPECT_EQ("a", Pattern("a").Match(subject)->GetSubject());
+}
+
 TEST(RegExp, PatternEndsAtZero)
 {
     EXPECT_TRUE(Pattern(std::string("a\0(", 3)).IsMatch("a"));
+    EXPECT_EQ(" : missing ) (@offset: 1) (ror ",
+              MessageOf([] { Pattern(std::string("(\0b", 3)).IsMatch("a"); }));
 }
 
 TEST(RegExp, IsMatchIsFalseWhenGroup20TakesPart)

@@ -8,6 +8,7 @@
 #include "toolkit/core/TString.h"
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/regExp/MatchResult.h"
+#include "toolkit/regExp/RegExp.Exceptions"
 #include "toolkit/regExp/RegExpOptions.h"
 
 namespace Toolkit

@@ -1,0 +1,57 @@
+#include "toolkit/datetime/LocalePatterns.h"
+
+#include <unicode/udat.h>
+#include <unicode/ures.h>
+
+#include "toolkit/datetime/LocaleName.h"
+#include "toolkit/datetime/ShortPattern.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const wchar_t* const c_strDateOfC = L"MM/dd/yy";
+const wchar_t* const c_strTimeOfC = L"HH:mm";
+
+// Short patterns have some ten characters.
+const int s_iMaxPattern = 256;
+
+// For a language without data ICU would answer with those of its own default locale, which follows other
+// variables.
+bool IsKnown(const LocaleName& name)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    ures_close(ures_openDirect(nullptr, name.Language().c_str(), &status));
+    return U_SUCCESS(status) != 0;
+}
+
+// Empty when there is none.
+std::wstring PatternOf(const std::string& id, UDateFormatStyle date, UDateFormatStyle time)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    UDateFormat* const format = udat_open(time, date, id.c_str(), u"UTC", -1, nullptr, 0, &status);
+    UChar pattern[s_iMaxPattern];
+    const int length = udat_toPattern(format, false, pattern, s_iMaxPattern, &status);
+    udat_close(format);
+    return U_SUCCESS(status) ? std::wstring(pattern, pattern + length) : std::wstring();
+}
+
+} // namespace
+
+TString<wchar_t> LocalePatterns::ShortPatternsOf(const std::string& locale)
+{
+    const LocaleName name(locale);
+    std::wstring date;
+    std::wstring time;
+    if (name.IsValid() && IsKnown(name))
+    {
+        const std::string id = name.Id() + "@calendar=gregorian";
+        date = ShortPattern::Date(PatternOf(id, UDAT_SHORT, UDAT_NONE));
+        time = ShortPattern::Time(PatternOf(id, UDAT_NONE, UDAT_SHORT));
+    }
+    return (date.empty() ? c_strDateOfC : date) + L" " + (time.empty() ? c_strTimeOfC : time);
+}
+
+} // namespace Toolkit

@@ -21,6 +21,7 @@ class Bytes;
 class CmdLineOption;
 class CmdLineParser;
 class ConsoleLogger;
+class DateTime;
 class DebuggerLogger;
 class Directory;
 class DynamicLibrary;

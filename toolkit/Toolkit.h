@@ -21,6 +21,7 @@
 #include "toolkit/core/ToolkitModule.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/core/smart_ptr.h"
+#include "toolkit/datetime/DateTime.h"
 #include "toolkit/encoding/B64.h"
 #include "toolkit/encoding/Bytes.h"
 #include "toolkit/encoding/QP.h"

@@ -104,8 +104,8 @@ TEST(ShortPattern, LeavesOutOtherFieldsOfADate)
 
 TEST(ShortPattern, LeavesOutDirectionMarks)
 {
-    ExpectDates({{L"d\u200F/M\u200F/y", L"d/M/yyyy"},
-                 {L"\u202Ad\u200E-\u061CM-\u2066y\u2069\u202C", L"d-M-yyyy"}});
+    ExpectDates(
+        {{L"d\u200F/M\u200F/y", L"d/M/yyyy"}, {L"\u202Ad\u200E-\u061CM-\u2066y\u2069\u202C", L"d-M-yyyy"}});
     ExpectTimes({{L"h:mm\u200F a", L"h:mm a"}, {L"\u200Fh:mm a", L"h:mm a"}});
 }
 
@@ -168,7 +168,8 @@ TEST(ShortPattern, LeavesOutTheWordsOfATime)
 
 TEST(ShortPattern, KnowsOneMarkerForEveryPartOfTheDay)
 {
-    ExpectTimes({{L"h:mm B", L"h:mm a"}, {L"Bh:mm", L"ah:mm"}, {L"h:mm b", L"h:mm a"}, {L"h:mm aaaa", L"h:mm a"}});
+    ExpectTimes(
+        {{L"h:mm B", L"h:mm a"}, {L"Bh:mm", L"ah:mm"}, {L"h:mm b", L"h:mm a"}, {L"h:mm aaaa", L"h:mm a"}});
 }
 
 TEST(ShortPattern, HasAMarkerWithTheHoursOfHalfADayAndOnlyThen)

@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+#include <wx/datetime.h>
+
 namespace Toolkit
 {
 
@@ -9,6 +11,16 @@ namespace
 {
 
 const std::int64_t s_nFirstYear = 1900;
+
+const std::int64_t s_nMillisecondsPerSecond = 1000;
+
+// The second in which the instant lies.
+std::int64_t Seconds(const wxDateTime& time)
+{
+    const std::int64_t milliseconds = time.GetValue().GetValue();
+    const std::int64_t seconds = milliseconds / s_nMillisecondsPerSecond;
+    return milliseconds % s_nMillisecondsPerSecond < 0 ? seconds - 1 : seconds;
+}
 
 CivilTime FromTm(const std::tm& time)
 {
@@ -53,6 +65,16 @@ CivilTime CivilTime::Utc(std::int64_t instant)
     tzset();
     gmtime_r(&seconds, &time);
     return FromTm(time);
+}
+
+CivilTime CivilTime::Local(const wxDateTime& time)
+{
+    return time.IsValid() ? Local(Seconds(time)) : CivilTime();
+}
+
+CivilTime CivilTime::Utc(const wxDateTime& time)
+{
+    return time.IsValid() ? Utc(Seconds(time)) : CivilTime();
 }
 
 bool CivilTime::Exists() const

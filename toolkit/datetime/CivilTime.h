@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+class wxDateTime;
+
 namespace Toolkit
 {
 
@@ -21,6 +23,9 @@ struct CivilTime
     // What the clocks of the local zone, and those of UTC, show at the instant.
     static CivilTime Local(std::int64_t instant);
     static CivilTime Utc(std::int64_t instant);
+    // The same at the base library's instant; all fields 0 for an invalid one.
+    static CivilTime Local(const wxDateTime& time);
+    static CivilTime Utc(const wxDateTime& time);
 
     // False for dates and times that no calendar or clock shows; second 60 is one of a leap second, and 61
     // goes with it.

@@ -35,14 +35,6 @@ std::int64_t Milliseconds(const wxDateTime& time)
     return time.IsValid() ? time.GetValue().GetValue() : s_nInvalid;
 }
 
-// The second in which the instant lies.
-std::int64_t Seconds(const wxDateTime& time)
-{
-    const std::int64_t milliseconds = Milliseconds(time);
-    const std::int64_t seconds = milliseconds / s_nMillisecondsPerSecond;
-    return milliseconds % s_nMillisecondsPerSecond < 0 ? seconds - 1 : seconds;
-}
-
 // Invalid for instants that milliseconds cannot count.
 wxDateTime FromSeconds(std::int64_t seconds)
 {
@@ -66,12 +58,9 @@ wxDateTime FromUtc(const CivilTime& civil)
     return IsPossible(civil) ? FromSeconds(civil.ToUtcInstant()) : wxDateTime();
 }
 
-// All fields 0 for an invalid value.
 CivilTime Fields(const wxDateTime& time, bool utc)
 {
-    if (!time.IsValid())
-        return CivilTime();
-    return utc ? CivilTime::Utc(Seconds(time)) : CivilTime::Local(Seconds(time));
+    return utc ? CivilTime::Utc(time) : CivilTime::Local(time);
 }
 
 CivilTime Arguments(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
@@ -92,7 +81,7 @@ wxDateTime Shifted(const wxDateTime& time, std::int64_t years, std::int64_t mont
 {
     if (!time.IsValid() || (years == 0 && months == 0 && days == 0))
         return time;
-    CivilTime civil = CivilTime::Local(Seconds(time));
+    CivilTime civil = CivilTime::Local(time);
     const std::int64_t month = (civil.year + years) * 12 + civil.month - 1 + months;
     civil.month = month % 12 < 0 ? month % 12 + 13 : month % 12 + 1;
     civil.year = (month - civil.month + 1) / 12;

@@ -1,9 +1,13 @@
 #include "toolkit/datetime/DateTimeFormat.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <ctime>
+#include <string>
 
 #include <wx/datetime.h>
 
+#include "toolkit/datetime/CivilTime.h"
 #include "toolkit/datetime/DateTime.h"
 #include "toolkit/datetime/Locales.h"
 #include "toolkit/encoding/WxText.h"
@@ -16,16 +20,85 @@ namespace
 
 using Text = TString<wchar_t>;
 
-const unsigned int s_uNoon = 12;
+const std::int64_t s_nNoon = 12;
+const std::int64_t s_nYearsOfCentury = 100;
+// Numbers are longer than their tokens by so much at most, as a rule.
+const std::size_t s_uSpare = 4;
 
-// A character that the pattern does not hold. It stands for the marker until everything else is done: no letter
-// of the marker is a token, and no space of it ends the date.
+void Append(Text& out, std::int64_t number, std::size_t width)
+{
+    if (number >= 0 && number < 100 && width == 2)
+    {
+        out += static_cast<wchar_t>(L'0' + number / 10);
+        out += static_cast<wchar_t>(L'0' + number % 10);
+        return;
+    }
+    const std::string digits = std::to_string(number);
+    out.append(width - std::min(width, digits.size()), L'0');
+    out.append(digits.begin(), digits.end());
+}
+
+std::size_t RunLength(const Text& text, std::size_t start)
+{
+    return std::min(text.find_first_not_of(text[start], start), text.size()) - start;
+}
+
+// A run of one letter: two of them stand for two digits, from the left; one that is left over stands for as
+// few digits as it takes, but for at least `least`.
+void AppendRun(Text& out, std::size_t run, std::int64_t number, std::size_t least)
+{
+    for (; run >= 2; run -= 2)
+        Append(out, number, 2);
+    if (run == 1)
+        Append(out, number, least);
+}
+
+// A run of "y": four stand for the year, then two for its last two digits; one is no token.
+void AppendYear(Text& out, std::size_t run, std::int64_t year)
+{
+    for (; run >= 4; run -= 4)
+        Append(out, year, 4);
+    for (; run >= 2; run -= 2)
+        Append(out, year % s_nYearsOfCentury, 2);
+    out.append(run, L'y');
+}
+
+// A run of letters behind "%" of which the first one makes a token with it.
+void AppendBehindPercent(Text& out, std::size_t run, wchar_t letter, std::int64_t number, std::size_t width)
+{
+    out.pop_back();
+    Append(out, number, width);
+    out.append(run - 1, letter);
+}
+
+std::int64_t HourOf(const CivilTime& time, bool halfDay)
+{
+    if (!halfDay)
+        return time.hour;
+    return time.hour == 0 ? s_nNoon : time.hour > s_nNoon ? time.hour - s_nNoon : time.hour;
+}
+
+// A character that the pattern does not hold. It stands for the marker until everything else is done: no
+// letter of the marker is a token.
 wchar_t PlaceholderFor(const Text& pattern)
 {
     wchar_t placeholder = 0xE000;
     while (pattern.find(placeholder) != Text::npos)
         ++placeholder;
     return placeholder;
+}
+
+// The tokens that are neither hours nor minutes, few of which any locale has.
+void ReplaceRareTokens(Text& text, std::int64_t hour, std::int64_t minute)
+{
+    for (const wchar_t* const removed : {L":ss", L".ss", L"a", L"tt"})
+        text.Replace(removed, Text());
+    Text both;
+    Append(both, hour, 2);
+    both += L':';
+    Append(both, minute, 2);
+    for (const wchar_t* const token : {L"%T", L"%R", L"%r"})
+        text.Replace(token, both);
 }
 
 Text WithMarker(const Text& text, wchar_t placeholder, const Text& marker)
@@ -39,113 +112,130 @@ Text WithMarker(const Text& text, wchar_t placeholder, const Text& marker)
     return result;
 }
 
-unsigned int HourOfHalfDay(unsigned int hour)
+// In the C library's locale; where that has none, the hours of half a day would be ambiguous.
+Text MarkerFor(const CivilTime& time)
 {
-    return hour == 0 ? s_uNoon : hour > s_uNoon ? hour - s_uNoon : hour;
+    const bool afternoon = time.hour >= s_nNoon;
+    wxString marker;
+    wxDateTime::GetAmPmStrings(afternoon ? nullptr : &marker, afternoon ? &marker : nullptr);
+    return !marker.empty() ? FromWx(marker) : Text(afternoon ? L"PM" : L"AM");
 }
 
-// The marker in the C library's locale; where that has none, hours of half a day would be ambiguous.
-Text MarkerFor(unsigned int hour)
+Text TimeOf(const Text& pattern, const CivilTime& time)
 {
-    wxString am;
-    wxString pm;
-    wxDateTime::GetAmPmStrings(&am, &pm);
-    const bool afternoon = hour >= s_uNoon;
-    const Text marker = FromWx(afternoon ? pm : am);
-    return !marker.empty() ? marker : Text(afternoon ? L"PM" : L"AM");
+    return DateTimeFormat::Time(pattern, time,
+                                DateTimeFormat::IsHalfDay(pattern) ? MarkerFor(time) : Text::Empty());
 }
 
-bool IsSameDay(const DateTime& a, const DateTime& b)
+// False when there is none.
+bool GetPattern(Text& pattern)
 {
-    return a.GetYear() == b.GetYear() && a.GetMonth() == b.GetMonth() && a.GetDay() == b.GetDay();
+    return Locales::GetCurrentDateFormat(pattern) && !pattern.empty();
+}
+
+bool IsToday(const CivilTime& time)
+{
+    const CivilTime now = CivilTime::Local(std::time(nullptr));
+    return time.year == now.year && time.month == now.month && time.day == now.day;
 }
 
 } // namespace
 
-Text DateTimeFormat::Date(const Text& pattern, const DateTime& value)
+Text DateTimeFormat::Date(const Text& pattern, const CivilTime& time)
 {
-    const int year = value.GetYear();
-    const int day = static_cast<int>(value.GetDay());
-    const Text twoOfDay = value.IntToUString(day, 2);
-    const Text twoOfMonth = value.IntToUString(value.GetMonth(), 2);
-    const Text fourOfYear = value.IntToUString(year, 4);
-
-    // No token holds a space, so that the rest need not be filled in first.
-    Text text = pattern.substr(0, pattern.find(L' '));
-    text.Replace(L"dd", twoOfDay);
-    text.Replace(L"%d", twoOfDay);
-    text.Replace(L"d", value.IntToUString(day, 1));
-    text.Replace(L"MM", twoOfMonth);
-    text.Replace(L"%m", twoOfMonth);
-    text.Replace(L"M", twoOfMonth);
-    text.Replace(L"yyyy", fourOfYear);
-    text.Replace(L"%Y", fourOfYear);
-    text.Replace(L"yy", value.IntToUString(year % 100, 2));
-    return text;
+    // No token holds a space.
+    const std::size_t end = std::min(pattern.find(L' '), pattern.size());
+    Text out;
+    out.reserve(end + s_uSpare);
+    for (std::size_t i = 0; i < end;)
+    {
+        const wchar_t c = pattern[i];
+        const std::size_t run = RunLength(pattern, i);
+        const bool percent = i > 0 && pattern[i - 1] == L'%';
+        if (c == L'd' && percent && run == 1)
+            AppendBehindPercent(out, run, c, time.day, 2);
+        else if (c == L'd')
+            AppendRun(out, run, time.day, 1);
+        else if (c == L'm' && percent)
+            AppendBehindPercent(out, run, c, time.month, 2);
+        else if (c == L'M')
+            AppendRun(out, run, time.month, 2);
+        else if (c == L'Y' && percent)
+            AppendBehindPercent(out, run, c, time.year, 4);
+        else if (c == L'y')
+            AppendYear(out, run, time.year);
+        else
+            out.append(run, c);
+        i += run;
+    }
+    return out;
 }
 
-Text DateTimeFormat::Time(const Text& pattern, const DateTime& value, const Text& marker)
+Text DateTimeFormat::Time(const Text& pattern, const CivilTime& time, const Text& marker)
 {
-    const wchar_t placeholder = PlaceholderFor(pattern);
     const bool halfDay = IsHalfDay(pattern);
-    const int hour = static_cast<int>(halfDay ? HourOfHalfDay(value.GetHour()) : value.GetHour());
-    const int minute = static_cast<int>(value.GetMinute());
-    const Text twoOfHour = value.IntToUString(hour, 2);
-    const Text twoOfMinute = value.IntToUString(minute, 2);
-
-    const std::size_t space = pattern.find(L' ');
-    Text text = space == Text::npos ? pattern : Text(pattern.substr(space + 1));
-    if (halfDay)
-        text.Replace(pattern.Contains(L"a") ? L"a" : L"tt", Text(Text::Base(1, placeholder)));
-    text.Replace(L"HH", twoOfHour);
-    text.Replace(L"H", value.IntToUString(hour, 1));
-    text.Replace(L"hh", twoOfHour);
-    text.Replace(L"h", value.IntToUString(hour, 1));
-    text.Replace(L"mm", twoOfMinute);
-    text.Replace(L"m", value.IntToUString(minute, 1));
-    for (const wchar_t* const removed : {L":ss", L".ss", L"a", L"tt"})
-        text.Replace(removed, Text());
-    for (const wchar_t* const token : {L"%T", L"%R", L"%r"})
-        text.Replace(token, twoOfHour + L":" + twoOfMinute);
-    return WithMarker(text, placeholder, marker);
+    const wchar_t placeholder = halfDay ? PlaceholderFor(pattern) : L'\0';
+    const bool hasA = pattern.find(L'a') != Text::npos;
+    const std::int64_t hour = HourOf(time, halfDay);
+    Text out;
+    out.reserve(pattern.size());
+    for (std::size_t i = pattern.find(L' ') + 1; i < pattern.size();)
+    {
+        const wchar_t c = pattern[i];
+        const std::size_t run = RunLength(pattern, i);
+        if (c == L'H' || c == L'h')
+            AppendRun(out, run, hour, 1);
+        else if (c == L'm')
+            AppendRun(out, run, time.minute, 1);
+        else if (c == L'a' && halfDay)
+            out.append(run, placeholder);
+        else if (c == L't' && halfDay && !hasA)
+            out.append(run / 2, placeholder).append(run % 2, c);
+        else
+            out.append(run, c);
+        i += run;
+    }
+    if (out.find_first_of(L"sat%") != Text::npos)
+        ReplaceRareTokens(out, hour, time.minute);
+    return halfDay ? WithMarker(out, placeholder, marker) : out;
 }
 
 bool DateTimeFormat::IsHalfDay(const Text& pattern)
 {
-    return pattern.Contains(L"tt") || pattern.Contains(L"h");
+    return pattern.find(L'h') != Text::npos || pattern.find(L"tt") != Text::npos;
 }
 
 void DateTime::GetDate(Text& out) const
 {
     Text pattern;
-    if (Locales::GetCurrentDateFormat(pattern) && !pattern.empty())
-        out = DateTimeFormat::Date(pattern, *this);
+    if (GetPattern(pattern))
+        out = DateTimeFormat::Date(pattern, CivilTime::Local(*m_pDateTime));
 }
 
 void DateTime::GetTime(Text& out) const
 {
     Text pattern;
-    if (Locales::GetCurrentDateFormat(pattern) && !pattern.empty())
-        out = DateTimeFormat::Time(
-            pattern, *this, DateTimeFormat::IsHalfDay(pattern) ? MarkerFor(GetHour()) : Text::Empty());
+    if (GetPattern(pattern))
+        out = TimeOf(pattern, CivilTime::Local(*m_pDateTime));
 }
 
 void DateTime::GetString(Text& out) const
 {
-    Text date;
-    Text time;
-    GetDate(date);
-    GetTime(time);
-    out = date + L" " + time;
+    out = L" ";
+    Text pattern;
+    if (!GetPattern(pattern))
+        return;
+    const CivilTime time = CivilTime::Local(*m_pDateTime);
+    out = DateTimeFormat::Date(pattern, time) + L" " + TimeOf(pattern, time);
 }
 
 void DateTime::GetRelativeStringFromNow(Text& out) const
 {
-    // Another day, and so no today, for a value that is none: its fields are 0.
-    if (IsSameDay(*this, DateTime()))
-        GetTime(out);
-    else
-        GetDate(out);
+    Text pattern;
+    if (!GetPattern(pattern))
+        return;
+    const CivilTime time = CivilTime::Local(*m_pDateTime);
+    out = IsToday(time) ? TimeOf(pattern, time) : DateTimeFormat::Date(pattern, time);
 }
 
 } // namespace Toolkit

@@ -68,8 +68,8 @@ bool IsModifier(View part)
     return Is(part, IsLetterOrDigit, 1, 32);
 }
 
-// Cuts `name` at the first `mark` and answers what stands behind it. False for a mark with something behind it
-// that is not of that kind; no mark is right.
+// Cuts `name` at the first `mark` and answers what stands behind it. False for a mark with something behind
+// it that is not of that kind; no mark is right.
 bool CutAt(View& name, char mark, bool (*kind)(View), View& behind)
 {
     const std::size_t found = name.find(mark);
@@ -101,7 +101,8 @@ View ScriptOf(View modifier)
         View modifier;
         View script;
     } rows[] = {
-        {"latin", "Latn"}, {"iqtelif", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}, {"arabic", "Arab"},
+        {"latin", "Latn"},      {"iqtelif", "Latn"}, {"cyrillic", "Cyrl"},
+        {"devanagari", "Deva"}, {"arabic", "Arab"},
     };
     for (const auto& row : rows)
         if (row.modifier == modifier)

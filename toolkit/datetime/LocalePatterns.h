@@ -13,8 +13,8 @@ namespace Toolkit
 class LocalePatterns
 {
 public:
-    // The date pattern, a space and the time pattern, as ShortPattern lays them out, for a locale named as the
-    // environment names it (see LocaleName). Those of the locale "C" when there is no such locale.
+    // The date pattern, a space and the time pattern, as ShortPattern lays them out, for a locale named as
+    // the environment names it (see LocaleName). Those of the locale "C" when there is no such locale.
     static TString<wchar_t> ShortPatternsOf(const std::string& locale);
 };
 

@@ -46,8 +46,8 @@ bool IsLetter(wchar_t c)
 
 bool IsSpace(wchar_t c)
 {
-    return (c >= L'\t' && c <= L'\r') || c == L' ' || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) ||
-           c == 0x202F || c == 0x205F || c == 0x3000;
+    return (c >= L'\t' && c <= L'\r') || c == L' ' || c == 0xA0 || c == 0x1680 ||
+           (c >= 0x2000 && c <= 0x200A) || c == 0x202F || c == 0x205F || c == 0x3000;
 }
 
 bool IsDirectionMark(wchar_t c)

@@ -1,7 +1,8 @@
 #include "toolkit/datetime/LocalePatterns.h"
 
 #include <unicode/udat.h>
-#include <unicode/ures.h>
+#include <unicode/uenum.h>
+#include <unicode/uloc.h>
 
 #include "toolkit/datetime/LocaleName.h"
 #include "toolkit/datetime/ShortPattern.h"
@@ -20,11 +21,16 @@ const int s_iMaxPattern = 256;
 
 // For a language without data ICU would answer with those of its own default locale, which follows other
 // variables.
-bool IsKnown(const LocaleName& name)
+bool IsKnown(const std::string& language)
 {
     UErrorCode status = U_ZERO_ERROR;
-    ures_close(ures_openDirect(nullptr, name.Language().c_str(), &status));
-    return U_SUCCESS(status) != 0;
+    UEnumeration* const locales = uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status);
+    bool known = false;
+    for (const char* locale = uenum_next(locales, nullptr, &status); !known && locale != nullptr;
+         locale = uenum_next(locales, nullptr, &status))
+        known = LocaleName(locale).Language() == language;
+    uenum_close(locales);
+    return known;
 }
 
 // Empty when there is none.
@@ -45,7 +51,7 @@ TString<wchar_t> LocalePatterns::ShortPatternsOf(const std::string& locale)
     const LocaleName name(locale);
     std::wstring date;
     std::wstring time;
-    if (name.IsValid() && IsKnown(name))
+    if (name.IsValid() && IsKnown(name.Language()))
     {
         const std::string id = name.Id() + "@calendar=gregorian";
         date = ShortPattern::Date(PatternOf(id, UDAT_SHORT, UDAT_NONE));

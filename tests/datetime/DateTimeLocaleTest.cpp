@@ -366,11 +366,3 @@ TEST(DateTimeLocale, TellsTheHalvesOfTheDayApartWithoutMarkers)
     ASSERT_TRUE(unmarked.IsMade());
     EXPECT_TRUE(InChild([&unmarked] { return ShowsTimes(unmarked, L"2:05 PM", L"12:30 AM"); }));
 }
-
-TEST(DateTimeLocale, WritesLongMarkersOrThoseOfTheLocaleC)
-{
-    const std::string many(500, 'x');
-    const CompiledLocale wordy("en_IN.UTF-8", "\"" + many + "\";\"" + many + "\"");
-    ASSERT_TRUE(wordy.IsMade());
-    EXPECT_TRUE(InChild([&wordy] { return ShowsTimes(wordy, L"2:05 PM", L"12:30 AM"); }));
-}

@@ -148,7 +148,7 @@ TEST(LocalePatterns, KnowsTheFormsOfCommonLocales)
         const wchar_t* patterns;
     } rows[] = {
         {"en_US.UTF-8", L"M/d/yy h:mm a"},     {"en_GB.UTF-8", L"dd/MM/yyyy HH:mm"},
-        {"en_CA.UTF-8", L"M/d/yy h:mm a"}, {"en_DK.UTF-8", L"dd/MM/yyyy HH.mm"},
+        {"en_CA.UTF-8", L"M/d/yy h:mm a"},     {"en_DK.UTF-8", L"dd/MM/yyyy HH.mm"},
         {"de_DE.UTF-8", L"dd.MM.yy HH:mm"},    {"de_DE@euro", L"dd.MM.yy HH:mm"},
         {"de_CH.UTF-8", L"dd.MM.yy HH:mm"},    {"fr_FR.UTF-8", L"dd/MM/yyyy HH:mm"},
         {"fr_CA.UTF-8", L"yyyy-MM-dd HH:mm"},  {"es_ES.UTF-8", L"d/M/yy H:mm"},
@@ -160,8 +160,7 @@ TEST(LocalePatterns, KnowsTheFormsOfCommonLocales)
         {"fi_FI.UTF-8", L"d.M.yyyy H.mm"},     {"ru_RU.UTF-8", L"dd.MM.yyyy HH:mm"},
         {"sr_RS@latin", L"d.M.yy. HH:mm"},     {"tr_TR.UTF-8", L"d.MM.yyyy HH:mm"},
         {"el_GR.UTF-8", L"d/M/yy h:mm a"},     {"he_IL.UTF-8", L"d.M.yyyy H:mm"},
-        {"tl_PH.UTF-8", L"M/d/yy h:mm a"},
-        {"in_ID.UTF-8", L"dd/MM/yy HH.mm"},
+        {"tl_PH.UTF-8", L"M/d/yy h:mm a"},     {"in_ID.UTF-8", L"dd/MM/yy HH.mm"},
         {"iw_IL.UTF-8", L"d.M.yyyy H:mm"},     {"ar_EG.UTF-8", L"d/M/yyyy h:mm a"},
         {"fa_IR.UTF-8", L"yyyy/M/d H:mm"},     {"hi_IN.UTF-8", L"d/M/yy h:mm a"},
         {"th_TH.UTF-8", L"d/M/yy HH:mm"},      {"ja_JP.UTF-8", L"yyyy/MM/dd H:mm"},
@@ -215,7 +214,8 @@ TEST(LocalePatterns, UsesTheGregorianCalendarEverywhere)
     EXPECT_EQ(date, L"7/03/09");
 }
 
-// The locales whose short forms are not ICU's own: they have the months in Roman numerals, here they are decimal.
+// The locales whose short forms are not ICU's own: they have the months in Roman numerals, here they are
+// decimal.
 TEST(LocalePatterns, GivesTheRightNumbersInEveryLocale)
 {
     const std::string roman = "date: other numbers, time:  in L\"7/03/09 2:05 PM\"";

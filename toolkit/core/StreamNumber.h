@@ -17,9 +17,9 @@ public:
         return text;
     }
 
-    // What `>>` makes of [text, end), which afterwards begins behind the number. False where it fails: `value`
-    // stays as it was when there was nothing but white space, is 0 when there was no number, and the largest
-    // or the smallest when it does not fit.
+    // What `>>` makes of [text, end), which afterwards begins behind the number. False where it fails:
+    // `value` stays as it was when there was nothing but white space, is 0 when there was no number, and the
+    // largest or the smallest when it does not fit.
     template <class Number>
     static bool Read(const wchar_t*& text, const wchar_t* end, Number& value)
     {

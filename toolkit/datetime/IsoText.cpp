@@ -1,5 +1,6 @@
 #include "toolkit/datetime/IsoText.h"
 
+#include <array>
 #include <cstdint>
 
 #include "toolkit/core/StreamNumber.h"
@@ -20,8 +21,9 @@ IsoText IsoText::Read(const wchar_t* text, const wchar_t* end)
     IsoText result;
     CivilTime& time = result.time;
     time.year = time.month = time.day = time.hour = time.minute = time.second = s_nUnread;
-    for (std::int64_t* const field :
-         {&time.year, &time.month, &time.day, &time.hour, &time.minute, &time.second})
+    const std::array<std::int64_t*, 6> fields = {&time.year, &time.month,  &time.day,
+                                                 &time.hour, &time.minute, &time.second};
+    for (std::int64_t* const field : fields)
     {
         int value = s_nUnread;
         const bool read = StreamNumber::Read(text, end, value);

@@ -20,6 +20,7 @@ namespace
 
 using Text = TString<wchar_t>;
 
+const std::int64_t s_nMillisecondsPerSecond = 1000;
 const std::int64_t s_nNoon = 12;
 const std::int64_t s_nYearsOfCentury = 100;
 // Numbers are longer than their tokens by so much at most, as a rule.
@@ -69,6 +70,12 @@ void AppendBehindPercent(Text& out, std::size_t run, wchar_t letter, std::int64_
     out.pop_back();
     Append(out, number, width);
     out.append(run - 1, letter);
+}
+
+// All of them 0 for an invalid value; a valid one is one of whole seconds.
+CivilTime FieldsOf(const wxDateTime& time)
+{
+    return time.IsValid() ? CivilTime::Local(time.GetValue().GetValue() / s_nMillisecondsPerSecond) : CivilTime();
 }
 
 std::int64_t HourOf(const CivilTime& time, bool halfDay)
@@ -209,14 +216,14 @@ void DateTime::GetDate(Text& out) const
 {
     Text pattern;
     if (GetPattern(pattern))
-        out = DateTimeFormat::Date(pattern, CivilTime::Local(*m_pDateTime));
+        out = DateTimeFormat::Date(pattern, FieldsOf(*m_pDateTime));
 }
 
 void DateTime::GetTime(Text& out) const
 {
     Text pattern;
     if (GetPattern(pattern))
-        out = TimeOf(pattern, CivilTime::Local(*m_pDateTime));
+        out = TimeOf(pattern, FieldsOf(*m_pDateTime));
 }
 
 void DateTime::GetString(Text& out) const
@@ -225,7 +232,7 @@ void DateTime::GetString(Text& out) const
     Text pattern;
     if (!GetPattern(pattern))
         return;
-    const CivilTime time = CivilTime::Local(*m_pDateTime);
+    const CivilTime time = FieldsOf(*m_pDateTime);
     out = DateTimeFormat::Date(pattern, time) + L" " + TimeOf(pattern, time);
 }
 
@@ -234,7 +241,7 @@ void DateTime::GetRelativeStringFromNow(Text& out) const
     Text pattern;
     if (!GetPattern(pattern))
         return;
-    const CivilTime time = CivilTime::Local(*m_pDateTime);
+    const CivilTime time = FieldsOf(*m_pDateTime);
     out = IsToday(time) ? TimeOf(pattern, time) : DateTimeFormat::Date(pattern, time);
 }
 

@@ -75,7 +75,8 @@ void AppendBehindPercent(Text& out, std::size_t run, wchar_t letter, std::int64_
 // All of them 0 for an invalid value; a valid one is one of whole seconds.
 CivilTime FieldsOf(const wxDateTime& time)
 {
-    return time.IsValid() ? CivilTime::Local(time.GetValue().GetValue() / s_nMillisecondsPerSecond) : CivilTime();
+    return time.IsValid() ? CivilTime::Local(time.GetValue().GetValue() / s_nMillisecondsPerSecond)
+                          : CivilTime();
 }
 
 std::int64_t HourOf(const CivilTime& time, bool halfDay)

@@ -1,5 +1,6 @@
 #include "toolkit/datetime/LocalePatterns.h"
 
+#include <dlfcn.h>
 #include <unicode/udat.h>
 #include <unicode/uenum.h>
 #include <unicode/uloc.h>
@@ -19,10 +20,20 @@ const wchar_t* const c_strTimeOfC = L"HH:mm";
 // Short patterns have some ten characters.
 const int s_iMaxPattern = 256;
 
+// ICU keeps what it has read for as long as it is loaded, and would lose it with every unloading: it stays
+// when the library goes.
+void KeepIcuLoaded()
+{
+    Dl_info icu = {};
+    if (dladdr(reinterpret_cast<void*>(&udat_open), &icu) != 0)
+        dlopen(icu.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
 // For a language without data ICU would answer with those of its own default locale, which follows other
 // variables.
 bool IsKnown(const std::string& language)
 {
+    KeepIcuLoaded();
     UErrorCode status = U_ZERO_ERROR;
     UEnumeration* const locales = uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status);
     bool known = false;

@@ -1,5 +1,6 @@
 #include "toolkit/datetime/DateTime.h"
 
+#include <array>
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
@@ -78,18 +79,26 @@ smart_ptr<DateTime> Shared(const DateTime& time)
     return smart_ptr<DateTime>(new DateTime(time));
 }
 
-std::wstring Moved(DateTime time, unsigned int years, unsigned int months, unsigned int weeks,
-                   unsigned int days)
+// Years, months, weeks and days.
+using Span = std::array<unsigned int, 4>;
+
+struct SpanRow
 {
-    time.Add(years, months, weeks, days);
-    return Iso(time);
+    DateTime from;
+    Span span;
+    const wchar_t* to;
+};
+
+DateTime Later(DateTime time, const Span& span)
+{
+    time.Add(span[0], span[1], span[2], span[3]);
+    return time;
 }
 
-std::wstring MovedBack(DateTime time, unsigned int years, unsigned int months, unsigned int weeks,
-                       unsigned int days)
+DateTime Earlier(DateTime time, const Span& span)
 {
-    time.Remove(years, months, weeks, days);
-    return Iso(time);
+    time.Remove(span[0], span[1], span[2], span[3]);
+    return time;
 }
 
 void ExpectAllZero(const DateTime& time)
@@ -298,12 +307,7 @@ TEST_P(DateTimeTest, ComparesByInstant)
 
 TEST_P(DateTimeTest, AddsCalendarSpans)
 {
-    const struct
-    {
-        DateTime from;
-        unsigned int span[4];
-        const wchar_t* to;
-    } rows[] = {
+    const SpanRow rows[] = {
         {{2009, 1, 31, 14, 5, 9}, {0, 1, 0, 0}, L"2009-02-28 14:05:09"},
         {{2008, 1, 31, 14, 5, 9}, {0, 1, 0, 0}, L"2008-02-29 14:05:09"},
         {{2009, 3, 31, 14, 5, 9}, {0, 1, 0, 0}, L"2009-04-30 14:05:09"},
@@ -319,17 +323,12 @@ TEST_P(DateTimeTest, AddsCalendarSpans)
         {{2009, 1, 31, 14, 5, 9}, {0, 1, 0, 1}, L"2009-03-01 14:05:09"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(Moved(row.from, row.span[0], row.span[1], row.span[2], row.span[3]), row.to);
+        EXPECT_EQ(Iso(Later(row.from, row.span)), row.to);
 }
 
 TEST_P(DateTimeTest, RemovesCalendarSpans)
 {
-    const struct
-    {
-        DateTime from;
-        unsigned int span[4];
-        const wchar_t* to;
-    } rows[] = {
+    const SpanRow rows[] = {
         {{2009, 3, 31, 14, 5, 9}, {0, 1, 0, 0}, L"2009-02-28 14:05:09"},
         {{2008, 2, 29, 14, 5, 9}, {1, 0, 0, 0}, L"2007-02-28 14:05:09"},
         {{2010, 6, 1, 14, 5, 9}, {1, 2, 3, 4}, L"2009-03-07 14:05:09"},
@@ -341,30 +340,24 @@ TEST_P(DateTimeTest, RemovesCalendarSpans)
         {{2009, 3, 31, 14, 5, 9}, {0, 1, 0, 27}, L"2009-02-01 14:05:09"},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(MovedBack(row.from, row.span[0], row.span[1], row.span[2], row.span[3]), row.to);
+        EXPECT_EQ(Iso(Earlier(row.from, row.span)), row.to);
 }
 
 TEST_P(DateTimeTest, SurvivesTheLargestSpans)
 {
     const DateTime time(2009, 3, 7, 14, 5, 9);
-    const unsigned int spans[][4] = {{s_uLargest, 0, 0, 0},
-                                     {0, s_uLargest, 0, 0},
-                                     {292300000, 0, 0, 0},
-                                     {s_uLargest, s_uLargest, s_uLargest, s_uLargest}};
-    for (const auto& span : spans)
+    const Span spans[] = {{s_uLargest, 0, 0, 0},
+                          {0, s_uLargest, 0, 0},
+                          {292300000, 0, 0, 0},
+                          {s_uLargest, s_uLargest, s_uLargest, s_uLargest}};
+    for (const Span& span : spans)
     {
-        DateTime later(time);
-        later.Add(span[0], span[1], span[2], span[3]);
-        ExpectAllZero(later);
-        DateTime earlier(time);
-        earlier.Remove(span[0], span[1], span[2], span[3]);
-        ExpectAllZero(earlier);
+        ExpectAllZero(Later(time, span));
+        ExpectAllZero(Earlier(time, span));
     }
-    DateTime there(time);
-    there.Add(0, 0, s_uLargest, s_uLargest);
+    const DateTime there = Later(time, {0, 0, s_uLargest, s_uLargest});
     EXPECT_TRUE(there > time);
-    there.Remove(0, 0, s_uLargest, s_uLargest);
-    EXPECT_EQ(there, time);
+    EXPECT_EQ(Earlier(there, {0, 0, s_uLargest, s_uLargest}), time);
 }
 
 TEST_P(DateTimeTest, MovesTheInstantExactly)
@@ -641,7 +634,7 @@ TEST_P(DateTimeTest, WritesYearsWithAtLeastTwoDigits)
         time.GetSortableString(text);
         EXPECT_EQ(text, row.sortable);
     }
-    EXPECT_EQ(MovedBack(DateTime(2009, 3, 7, 14, 5, 9), 2014, 0, 0, 0), L"-5-03-07 14:05:09");
+    EXPECT_EQ(Iso(Earlier(DateTime(2009, 3, 7, 14, 5, 9), {2014, 0, 0, 0})), L"-5-03-07 14:05:09");
     EXPECT_EQ(Iso(Parsed(L"-5-03-07 14:05:09")), L"-5-03-07 14:05:09");
     EXPECT_EQ(Iso(Parsed(L"-2500-03-07 14:05:09")), L"-2500-03-07 14:05:09");
 }

@@ -2,6 +2,7 @@
 #define TOOLKIT_TESTS_SUPPORT_PLAINISOTEXT_H
 
 #include <array>
+#include <cstddef>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -36,19 +37,19 @@ inline Fields Read(const std::wstring& text)
 inline Toolkit::DateTime Value(const std::wstring& text)
 {
     const Fields fields = Read(text);
-    const auto [year, month, day, hour, minute, second] = fields.numbers;
-    Toolkit::DateTime invalid(0, 0, 0, 0, 0, 0);
-    for (const int number : {month, day, hour, minute, second})
-        if (number < 0 || number > 61)
-            return invalid;
-    const unsigned int back = year < 0 ? (0U - static_cast<unsigned int>(year)) / 400 * 400 + 400 : 0;
-    const auto make = [&, m = month, d = day, h = hour, min = minute, s = second](auto... offset)
+    std::array<unsigned int, 6> n = {};
+    for (std::size_t i = 0; i < n.size(); ++i)
     {
-        return Toolkit::DateTime(static_cast<unsigned int>(year) + back, static_cast<unsigned int>(m),
-                                 static_cast<unsigned int>(d), static_cast<unsigned int>(h),
-                                 static_cast<unsigned int>(min), static_cast<unsigned int>(s), offset...);
-    };
-    Toolkit::DateTime value = fields.zone == L'Z' ? make(0) : make();
+        // A field below 0 is none, and nor is one that the constructors would take modulo 65536.
+        if (i > 0 && (fields.numbers[i] < 0 || fields.numbers[i] > 61))
+            return Toolkit::DateTime(0, 0, 0, 0, 0, 0);
+        n[i] = static_cast<unsigned int>(fields.numbers[i]);
+    }
+    const unsigned int back = fields.numbers[0] < 0 ? (0 - n[0]) / 400 * 400 + 400 : 0;
+    n[0] += back;
+    Toolkit::DateTime value(n[0], n[1], n[2], n[3], n[4], n[5]);
+    if (fields.zone == L'Z')
+        value = Toolkit::DateTime(n[0], n[1], n[2], n[3], n[4], n[5], 0);
     value.Remove(back, 0, 0, 0);
     return value;
 }

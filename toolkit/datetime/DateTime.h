@@ -99,8 +99,10 @@ public:
     // Quirk: the zeros stand before a minus sign.
     TString<wchar_t> IntToUString(int value, int width) const;
 
-    // The short forms of the user's locale: the date; the hour and minute; both with a space in between; and
-    // the time for a value of today, else the date.
+    // The short forms of the user's locale (see Locales): the date; the hour and minute; both with a space in
+    // between; and the time for a value of today, else the date. AM and PM are what the C library's current
+    // locale calls them. Quirk: months have two digits always, days only where the locale wants it
+    // ("03/7/09"), and seconds are never shown.
     void GetDate(TString<wchar_t>& out) const;
     void GetTime(TString<wchar_t>& out) const;
     void GetString(TString<wchar_t>& out) const;

@@ -6,9 +6,9 @@
 namespace Toolkit
 {
 
-// What a calendar and a clock show, in the Gregorian calendar of all times; year 0 is the one before year 1.
-// Instants are seconds since 1970-01-01 00:00:00 UTC. The rules of the zones are the C library's, which looks
-// at TZ in every call. Nothing here fails: who asks checks the ranges first.
+// What a calendar and a clock show, in the Gregorian calendar of all times; the year before year 1 is year 0.
+// Instants are seconds since 1970-01-01 00:00:00 UTC. The zones are the C library's, which looks at TZ in
+// every call. Any thread may call it. Nothing fails: callers see to it that years are below 1000 million.
 struct CivilTime
 {
     std::int64_t year = 0;
@@ -22,17 +22,20 @@ struct CivilTime
     static CivilTime Local(std::int64_t instant);
     static CivilTime Utc(std::int64_t instant);
 
-    // False for dates and times that no calendar or clock shows; second 60 is one of a leap second, and 61
-    // goes with it.
+    static std::int64_t DaysOfMonth(std::int64_t year, std::int64_t month);
+
+    // A day that the new month does not have becomes its last one.
+    void AddMonths(std::int64_t months);
+
+    // False for what no calendar or clock shows. The seconds 60 and 61 are those of a minute with leap
+    // seconds, and count on into the next minute where the system has none.
     bool Exists() const;
 
-    // The instant at which the clocks show this; Exists() and |year| below 2^31. A day beyond the month's
-    // last one counts on into the next. Of a local time that comes twice the first; one that is left out when
-    // the clocks go forward counts on from the last time before.
-    std::int64_t ToInstant() const;
-    std::int64_t ToUtcInstant() const;
-
-    static std::int64_t DaysOfMonth(std::int64_t year, std::int64_t month);
+    // The instant at which the clocks of the local zone, or of UTC, show this. A day outside the month counts
+    // on into the months around it. Of a local time that comes twice it is the first; a local time that never
+    // comes, as the clocks went forward, counts on from the last one before.
+    std::int64_t LocalInstant() const;
+    std::int64_t UtcInstant() const;
 };
 
 } // namespace Toolkit

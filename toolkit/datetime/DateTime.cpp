@@ -1,11 +1,9 @@
 #include "toolkit/datetime/DateTime.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <limits>
-#include <memory>
 #include <string>
 
 #include <wx/datetime.h>
@@ -23,24 +21,22 @@ namespace
 const std::int64_t s_nInvalid = std::numeric_limits<std::int64_t>::min();
 const std::int64_t s_nMillisecondsPerSecond = 1000;
 const std::int64_t s_nLastSecond = std::numeric_limits<std::int64_t>::max() / s_nMillisecondsPerSecond;
-// No instant lies in years further away from 0.
+// What lies further away from year 0 has no instant.
 const std::int64_t s_nLastYear = 292300000;
 const int s_nFirstOffset = -12;
 const int s_nLastOffset = 13;
+const std::int64_t s_nMonthsPerYear = 12;
 const std::int64_t s_nSecondsPerHour = 3600;
-const std::int64_t s_nSecondsPerDay = 86400;
 
 std::int64_t Milliseconds(const wxDateTime& time)
 {
     return time.IsValid() ? time.GetValue().GetValue() : s_nInvalid;
 }
 
-// The second in which the instant lies.
+// Every value is one of whole seconds.
 std::int64_t Seconds(const wxDateTime& time)
 {
-    const std::int64_t milliseconds = Milliseconds(time);
-    const std::int64_t seconds = milliseconds / s_nMillisecondsPerSecond;
-    return milliseconds % s_nMillisecondsPerSecond < 0 ? seconds - 1 : seconds;
+    return Milliseconds(time) / s_nMillisecondsPerSecond;
 }
 
 // Invalid for instants that milliseconds cannot count.
@@ -58,12 +54,12 @@ bool IsPossible(const CivilTime& civil)
 
 wxDateTime FromLocal(const CivilTime& civil)
 {
-    return IsPossible(civil) ? FromSeconds(civil.ToInstant()) : wxDateTime();
+    return IsPossible(civil) ? FromSeconds(civil.LocalInstant()) : wxDateTime();
 }
 
 wxDateTime FromUtc(const CivilTime& civil)
 {
-    return IsPossible(civil) ? FromSeconds(civil.ToUtcInstant()) : wxDateTime();
+    return IsPossible(civil) ? FromSeconds(civil.UtcInstant()) : wxDateTime();
 }
 
 // All fields 0 for an invalid value.
@@ -93,25 +89,16 @@ wxDateTime Shifted(const wxDateTime& time, std::int64_t years, std::int64_t mont
     if (!time.IsValid() || (years == 0 && months == 0 && days == 0))
         return time;
     CivilTime civil = CivilTime::Local(Seconds(time));
-    const std::int64_t month = (civil.year + years) * 12 + civil.month - 1 + months;
-    civil.month = month % 12 < 0 ? month % 12 + 13 : month % 12 + 1;
-    civil.year = (month - civil.month + 1) / 12;
-    civil.day = std::min(civil.day, CivilTime::DaysOfMonth(civil.year, civil.month));
+    civil.AddMonths(years * s_nMonthsPerYear + months);
     if (!IsPossible(civil))
         return wxDateTime();
     civil.day += days;
-    if (civil.day < std::numeric_limits<int>::min() || civil.day > std::numeric_limits<int>::max())
-        return wxDateTime();
-    return FromSeconds(civil.ToInstant());
+    return FromSeconds(civil.LocalInstant());
 }
 
 wxDateTime Moved(const wxDateTime& time, std::int64_t seconds)
 {
-    std::int64_t moved = 0;
-    if (!time.IsValid() ||
-        __builtin_add_overflow(Milliseconds(time), seconds * s_nMillisecondsPerSecond, &moved))
-        return wxDateTime();
-    return moved == s_nInvalid ? wxDateTime() : wxDateTime(wxLongLong(moved));
+    return time.IsValid() ? FromSeconds(Seconds(time) + seconds) : time;
 }
 
 std::int64_t Duration(unsigned int hours, unsigned int minutes, unsigned int seconds)
@@ -119,20 +106,36 @@ std::int64_t Duration(unsigned int hours, unsigned int minutes, unsigned int sec
     return (std::int64_t{hours} * 60 + minutes) * 60 + seconds;
 }
 
+// Space for the six fields, of which years take the most, and what stands between and behind them.
+const std::size_t s_uMostText = 64;
+
+// At least two digits.
 template <class C>
 C* WriteNumber(C* out, std::int64_t value)
 {
-    if (value >= 0 && value < 10)
-        *out++ = '0';
-    for (const char digit : std::to_string(value))
-        *out++ = static_cast<C>(digit);
+    if (value < 0 || value > 99)
+    {
+        for (const char digit : std::to_string(value))
+            *out++ = static_cast<C>(digit);
+        return out;
+    }
+    *out++ = static_cast<C>('0' + value / 10);
+    *out++ = static_cast<C>('0' + value % 10);
     return out;
+}
+
+template <class C>
+C* WriteYear(C* out, std::int64_t year)
+{
+    if (year < 1000 || year > 9999)
+        return WriteNumber(out, year);
+    return WriteNumber(WriteNumber(out, year / 100), year % 100);
 }
 
 template <class C>
 C* WriteDate(C* out, const CivilTime& civil)
 {
-    out = WriteNumber(out, civil.year);
+    out = WriteYear(out, civil.year);
     *out++ = '-';
     out = WriteNumber(out, civil.month);
     *out++ = '-';
@@ -158,7 +161,7 @@ C* WriteTime(C* out, const CivilTime& civil, bool utc)
 template <class C>
 void WriteIso(TString<C>& out, const CivilTime& civil, bool utc)
 {
-    C text[64];
+    C text[s_uMostText];
     C* const date = WriteDate(text, civil);
     *date = ' ';
     out.assign(text, WriteTime(date + 1, civil, utc));
@@ -329,29 +332,32 @@ void DateTime::Now()
 
 DateTime DateTime::CreateNormalizedDateTime(unsigned int year, unsigned int month, unsigned int day)
 {
-    const CivilTime wished = Arguments(year, month, day, 0, 0, 0);
-    std::int64_t wishedMonth = wished.month;
-    std::int64_t wishedDay = wished.day;
-    if ((day >= 29 && day <= 30 && month == 2 && wishedDay > CivilTime::DaysOfMonth(year, month)) ||
-        (day == 31 && CivilTime::DaysOfMonth(year, month) < 31))
+    CivilTime real = Arguments(year, month, day, 0, 0, 0);
+    const bool movable = day == 31 || (month == 2 && (day == 29 || day == 30));
+    if (movable && real.day > CivilTime::DaysOfMonth(real.year, real.month))
     {
-        ++wishedMonth;
-        wishedDay = 1;
+        ++real.month;
+        real.day = 1;
     }
-    const bool next = wishedMonth > 12;
-    return DateTime(next ? year + 1 : year, next ? 1 : static_cast<unsigned int>(wishedMonth),
-                    static_cast<unsigned int>(wishedDay), 0, 0, 0);
+    if (real.month > s_nMonthsPerYear)
+    {
+        ++real.year;
+        real.month = 1;
+    }
+    DateTime result;
+    *result.m_pDateTime = FromLocal(real);
+    return result;
 }
 
 void DateTime::GetIsoDate(TString<wchar_t>& out, bool utc) const
 {
-    wchar_t text[64];
+    wchar_t text[s_uMostText];
     out.assign(text, WriteDate(text, Fields(*m_pDateTime, utc)));
 }
 
 void DateTime::GetIsoTime(TString<wchar_t>& out, bool utc) const
 {
-    wchar_t text[64];
+    wchar_t text[s_uMostText];
     out.assign(text, WriteTime(text, Fields(*m_pDateTime, utc), utc));
 }
 
@@ -368,11 +374,10 @@ void DateTime::GetIsoString(TString<char>& out, bool utc) const
 void DateTime::GetSortableString(TString<wchar_t>& out) const
 {
     const CivilTime civil = Fields(*m_pDateTime, false);
-    wchar_t text[64];
-    wchar_t* end = text;
-    for (const std::int64_t field :
-         {civil.year, civil.month, civil.day, civil.hour, civil.minute, civil.second})
-        end = WriteNumber(end, field);
+    wchar_t text[s_uMostText];
+    wchar_t* end = WriteYear(text, civil.year);
+    end = WriteNumber(WriteNumber(end, civil.month), civil.day);
+    end = WriteNumber(WriteNumber(WriteNumber(end, civil.hour), civil.minute), civil.second);
     out.assign(text, end);
 }
 

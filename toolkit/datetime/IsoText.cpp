@@ -1,8 +1,11 @@
 #include "toolkit/datetime/IsoText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <limits>
+#include <cwchar>
+
+#include "toolkit/core/StreamNumber.h"
 
 namespace Toolkit
 {
@@ -10,67 +13,32 @@ namespace Toolkit
 namespace
 {
 
-// White space of the classic locale.
-bool IsSpace(wchar_t character)
-{
-    return character == L' ' || (character >= L'\t' && character <= L'\r');
-}
-
-bool IsDigit(wchar_t character)
-{
-    return character >= L'0' && character <= L'9';
-}
-
-const wchar_t* SkipSpace(const wchar_t* text, const wchar_t* end)
-{
-    while (text != end && IsSpace(*text))
-        ++text;
-    return text;
-}
-
-// Reads an int as a stream does: where nothing is left the value stays, what is no number is 0, one that is
-// too large is the largest, or the smallest. False for all of these.
-bool ReadInt(const wchar_t*& text, const wchar_t* end, std::int64_t& value)
-{
-    text = SkipSpace(text, end);
-    if (text == end)
-        return false;
-    const bool negative = *text == L'-';
-    if (*text == L'-' || *text == L'+')
-        ++text;
-    const wchar_t* const begin = text;
-    const std::int64_t largest = std::numeric_limits<int>::max() + std::int64_t{negative};
-    bool fits = true;
-    value = 0;
-    for (; text != end && IsDigit(*text); ++text)
-    {
-        value = value * 10 + (*text - L'0');
-        fits = fits && value <= largest;
-        if (!fits)
-            value = largest;
-    }
-    if (negative)
-        value = -value;
-    return text != begin && fits;
-}
+const int s_nUnread = -1;
+const wchar_t s_chUtc = L'Z';
 
 } // namespace
 
 IsoText IsoText::Read(const wchar_t* text, const wchar_t* end)
 {
+    // A stream takes this for the end.
+    end = std::find(text, end, static_cast<wchar_t>(WEOF));
     IsoText result;
     CivilTime& time = result.time;
-    time.year = time.month = time.day = time.hour = time.minute = time.second = -1;
-    for (std::int64_t* const field :
-         {&time.year, &time.month, &time.day, &time.hour, &time.minute, &time.second})
+    time.year = time.month = time.day = time.hour = time.minute = time.second = s_nUnread;
+    const std::array<std::int64_t*, 6> fields = {&time.year, &time.month,  &time.day,
+                                                 &time.hour, &time.minute, &time.second};
+    for (std::int64_t* const field : fields)
     {
-        if (!ReadInt(text, end, *field))
+        int value = s_nUnread;
+        const bool read = StreamNumber::Read(text, end, value);
+        *field = value;
+        if (!read)
             return result;
         if (text != end)
             ++text;
     }
-    text = SkipSpace(text, end);
-    result.utc = text != end && *text == L'Z';
+    text = StreamNumber::SkipSpace(text, end);
+    result.utc = text != end && *text == s_chUtc;
     return result;
 }
 

@@ -1,6 +1,5 @@
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <ctime>
 #include <cwchar>
 #include <sstream>
@@ -34,8 +33,11 @@ struct Clock
     explicit Clock(const std::string& text) : wide(text.begin(), text.end())
     {
         wide[10] = L' ';
-        EXPECT_EQ(
-            std::sscanf(text.c_str(), "%u-%u-%uT%u:%u:%u", &year, &month, &day, &hour, &minute, &second), 6);
+        char separator = 0;
+        std::istringstream stream(text);
+        stream >> year >> separator >> month >> separator >> day >> separator;
+        stream >> hour >> separator >> minute >> separator >> second;
+        EXPECT_TRUE(stream && stream.eof()) << text;
     }
 
     DateTime Value() const { return DateTime(year, month, day, hour, minute, second); }

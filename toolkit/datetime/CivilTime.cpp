@@ -150,12 +150,13 @@ std::int64_t CivilTime::LocalInstant() const
 {
     const std::int64_t clock = ClockInstant(*this);
     const std::int64_t before = AheadBefore(clock);
-    const std::int64_t unmoved = clock - before;
-    const Ahead first(unmoved);
+    const Ahead first(clock - before);
     if (first.seconds == before)
-        return first.leap && second < s_nLeapSecond ? unmoved + 1 : unmoved;
-    const std::int64_t moved = clock - first.seconds;
-    return Ahead(moved).seconds == first.seconds ? moved : unmoved;
+        return clock - before + (first.leap && second < s_nLeapSecond ? 1 : 0);
+    // Here the clocks were moved since. Where this is left out the two differ, and the smaller one was
+    // before.
+    const Ahead other(clock - first.seconds);
+    return clock - std::min(first.seconds, other.seconds);
 }
 
 std::int64_t CivilTime::UtcInstant() const

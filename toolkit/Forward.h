@@ -12,6 +12,8 @@ struct smart_ptr_policy;
 struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
+template <class T>
+class EventNotifier;
 
 struct ArchiveEntriesFlags;
 class ArchiveZip;
@@ -37,6 +39,7 @@ class ILogger;
 class IniFile;
 class InputStream;
 class ISerialize;
+class IPCConnectionEvent;
 class IStream;
 class LibModule;
 class LibModuleManager;

@@ -10,6 +10,8 @@
 #include "toolkit/app/IPCConnectionEvent.h"
 #include "toolkit/app/Network.h"
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/DllToolkit.h"

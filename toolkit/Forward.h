@@ -12,11 +12,15 @@ struct smart_ptr_policy;
 struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
+template <class T>
+class EventNotifier;
 
 struct ArchiveEntriesFlags;
 class ArchiveZip;
 class ArchiveZipEntry;
 class B64;
+class BackgroundOperation;
+class BackgroundOperationHandler;
 class Bytes;
 class CmdLineOption;
 class CmdLineParser;
@@ -39,6 +43,7 @@ class ILogger;
 class IniFile;
 class InputStream;
 class ISerialize;
+class IPCConnectionEvent;
 class IStream;
 class LibModule;
 class LibModuleManager;
@@ -56,9 +61,11 @@ class PathManager;
 class RegExp;
 class RegExpException;
 struct RegExpOptions;
+class RestartManagment;
 class QP;
 class Serializer;
 struct SetSeverity;
+class SingleApplicationInstance;
 class SystemInfo;
 class TextFile;
 class TextInputStream;

@@ -43,13 +43,14 @@ bool IsMainThread()
     return BaseLibrary::IsStarted() && wxThread::IsMain();
 }
 
+// False when the client takes no answers. One that is gone needs none, and what it sent before counts.
 bool SendCode(int socket, IPCMessage::Code code)
 {
     ssize_t sent = 0;
     do
         sent = send(socket, &code, sizeof code, MSG_NOSIGNAL | MSG_DONTWAIT);
     while (sent == -1 && errno == EINTR);
-    return sent == sizeof code;
+    return sent == sizeof code || errno != EAGAIN;
 }
 
 void LogFailure(const TString<wchar_t>& what)
@@ -109,7 +110,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
 {
     if (!IsMainThread() || !address.IsValid())
         return false;
-    if (m_pSource != nullptr && m_listener.IsInPlace(address))
+    if (m_application != nullptr && m_listener.IsInPlace(address))
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
@@ -171,7 +172,7 @@ bool IPCEndpoint::Watch()
     if (m_pSource == nullptr)
         return false;
     m_pEvents = std::make_unique<wxEvtHandler>();
-    m_pApplication = wxAppConsole::GetInstance();
+    m_application = wxAppConsole::GetInstance();
     m_process = getpid();
     s_endpoints.push_back(this);
     return true;
@@ -182,7 +183,7 @@ bool IPCEndpoint::Watch()
 void IPCEndpoint::Forget()
 {
     s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
-    if (m_pSource != nullptr && (m_pApplication != wxAppConsole::GetInstance() || m_process != getpid()))
+    if (m_pSource != nullptr && (m_application == nullptr || m_process != getpid()))
         static_cast<void>(m_pSource.release());
     const BaseLibrary::Silence silence;
     m_pSource.reset();

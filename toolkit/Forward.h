@@ -12,6 +12,8 @@ struct smart_ptr_policy;
 struct smart_ptr_array_policy;
 template <class T, class Policy>
 class smart_ptr;
+template <class T>
+class EventNotifier;
 
 struct ArchiveEntriesFlags;
 class ArchiveZip;
@@ -25,6 +27,7 @@ class DebuggerLogger;
 class Directory;
 class DynamicLibrary;
 class EventObject;
+class EventPump;
 class FFile;
 class FileLogger;
 class Group;
@@ -37,6 +40,11 @@ class ILogger;
 class IniFile;
 class InputStream;
 class ISerialize;
+class IPCClient;
+class IPCConnectionEvent;
+class IPCConnectionEventHelper;
+class IPCInternalServer;
+class IPCServer;
 class IStream;
 class LibModule;
 class LibModuleManager;

@@ -1,0 +1,166 @@
+#include "toolkit/app/EventPump.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <wx/app.h>
+#include <wx/apptrait.h>
+#include <wx/evtloop.h>
+#include <wx/evtloopsrc.h>
+#include <wx/thread.h>
+
+#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/threading/Mutex.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+const long long s_iLongestWait = 3600 * 1000;
+// When the time is over and there is always something more, for instance because a handler makes it.
+const int s_iMostLateTurns = 16;
+
+// The base library's active loop, or one of its own that is active meanwhile.
+class Loop
+{
+public:
+    Loop()
+    {
+        if (wxEventLoopBase::GetActive() != nullptr)
+            return;
+        const BaseLibrary::Silence silence;
+        m_pOwn.reset(wxAppConsole::GetInstance()->GetTraits()->CreateEventLoop());
+        if (m_pOwn != nullptr && m_pOwn->IsOk())
+            m_activator.emplace(m_pOwn.get());
+    }
+
+    wxEventLoopBase* Get() const { return wxEventLoopBase::GetActive(); }
+
+private:
+    std::unique_ptr<wxEventLoopBase> m_pOwn;
+    std::optional<wxEventLoopActivator> m_activator;
+};
+
+// Lets a descriptor that is written to wake the base library's loops up.
+class WakeUpSource : private wxEventLoopSourceHandler
+{
+public:
+    explicit WakeUpSource(int descriptor) : m_iDescriptor(descriptor)
+    {
+        const BaseLibrary::Silence silence;
+        m_pSource.reset(wxEventLoopBase::AddSourceForFD(descriptor, this, wxEVENT_SOURCE_INPUT));
+    }
+
+    bool IsOk() const { return m_pSource != nullptr; }
+
+private:
+    void OnReadWaiting() override
+    {
+        std::uint64_t count = 0;
+        while (read(m_iDescriptor, &count, sizeof count) == -1 && errno == EINTR)
+        {
+        }
+    }
+    void OnWriteWaiting() override {}
+    void OnExceptionWaiting() override {}
+
+    const int m_iDescriptor;
+    std::unique_ptr<wxEventLoopSource> m_pSource;
+};
+
+class Depth
+{
+public:
+    explicit Depth(unsigned int& depth) : m_uDepth(++depth) {}
+    ~Depth() { --m_uDepth; }
+    Depth(const Depth&) = delete;
+    Depth& operator=(const Depth&) = delete;
+
+    bool IsOutermost() const { return m_uDepth == 1; }
+
+private:
+    unsigned int& m_uDepth;
+};
+
+void DeliverPending()
+{
+    wxAppConsole* const application = wxAppConsole::GetInstance();
+    application->CheckSignal();
+    application->ProcessPendingEvents();
+    application->RethrowStoredException();
+}
+
+} // namespace
+
+EventPump::EventPump() : m_iWakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+EventPump::~EventPump()
+{
+    if (m_iWakeUp != -1)
+        close(m_iWakeUp);
+}
+
+bool EventPump::Run(unsigned int milliseconds)
+{
+    if (m_iWakeUp == -1 || !BaseLibrary::IsStarted() || !wxThread::IsMain())
+        return false;
+    const Depth depth(m_uRuns);
+    const Loop loop;
+    std::optional<WakeUpSource> source;
+    if (depth.IsOutermost())
+        source.emplace(m_iWakeUp);
+    if (loop.Get() == nullptr || (source && !source->IsOk()))
+        return false;
+    Deliver(milliseconds);
+    if (depth.IsOutermost() && m_bStopped)
+        m_bStopped = false;
+    return true;
+}
+
+void EventPump::Stop()
+{
+    const int error = errno;
+    m_bStopped = true;
+    const std::uint64_t one = 1;
+    while (write(m_iWakeUp, &one, sizeof one) == -1 && errno == EINTR)
+    {
+    }
+    errno = error;
+}
+
+void EventPump::Deliver(unsigned int milliseconds)
+{
+    const Clock::time_point start = Clock::now();
+    const auto timeLeft = [start, milliseconds]
+    {
+        if (milliseconds == Mutex::s_uInfinite)
+            return s_iLongestWait;
+        const auto end = start + std::chrono::milliseconds(milliseconds);
+        return std::clamp<long long>(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count(),
+                                     0, s_iLongestWait);
+    };
+    for (int lateTurns = 0; lateTurns < s_iMostLateTurns;)
+    {
+        DeliverPending();
+        wxEventLoopBase& loop = *wxEventLoopBase::GetActive();
+        const bool busy = loop.ProcessIdle();
+        const long long left = m_bStopped ? 0 : timeLeft();
+        const int answer = loop.DispatchTimeout(busy ? 0 : static_cast<unsigned long>(left));
+        DeliverPending();
+        if (m_bStopped || answer == 0 || (left == 0 && answer < 0))
+            return;
+        lateTurns += left == 0 ? 1 : 0;
+    }
+}
+
+} // namespace Toolkit

@@ -1,0 +1,45 @@
+#ifndef TOOLKIT_APP_EVENTPUMP_H
+#define TOOLKIT_APP_EVENTPUMP_H
+
+#include <atomic>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+// Delivers the base library's events, and with them the commands of an `IPCServer`, in a host that has no
+// event loop of its own. The host's main thread runs it; any thread may stop it. A host that runs the base
+// library's loop needs none; within that loop, or within another pump, it delivers what that would deliver.
+// It keeps nothing of the base library between two runs.
+class TOOLKIT_API EventPump
+{
+public:
+    EventPump();
+    ~EventPump();
+
+    EventPump(const EventPump&) = delete;
+    EventPump& operator=(const EventPump&) = delete;
+
+    // Delivers events for that many milliseconds or until it is stopped; 0 delivers what is there and
+    // returns, 4294967295 runs until it is stopped. It sleeps while there is nothing to deliver. True when it
+    // ran, to its end or to a stop; false, at once, when the base library is not started or the caller is not
+    // on its main thread. An exception of an event's handler passes; those of IPC listeners do not come here.
+    bool Run(unsigned int milliseconds);
+
+    // Ends the run, with the runs within it, as soon as the event that is being delivered is done; without
+    // one it ends the next run, which still delivers what is there. Never waits. From any thread, and from a
+    // handler of a signal.
+    void Stop();
+
+private:
+    void Deliver(unsigned int milliseconds);
+
+    int m_iWakeUp;
+    std::atomic<bool> m_bStopped{false};
+    unsigned int m_uRuns = 0;
+};
+
+} // namespace Toolkit
+
+#endif

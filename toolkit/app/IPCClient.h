@@ -1,0 +1,30 @@
+#ifndef TOOLKIT_APP_IPCCLIENT_H
+#define TOOLKIT_APP_IPCCLIENT_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+
+namespace Toolkit
+{
+
+// Sends a command to an `IPCServer`, or to any server of the base library, of this machine. Any thread may
+// call it. On the main thread the process's own servers take clients while it waits, so that two programs may
+// connect to each other at the same time. Failures are answered by the result; nothing is logged.
+class TOOLKIT_API IPCClient
+{
+public:
+    // Connects to the service with that topic and has it execute the topic's text, up to its first zero. The
+    // service is named as for `IPCServer`; an empty one is the same default channel. True when the server
+    // accepted the topic and the command was sent; nobody waits for its listeners. False when there is no
+    // such server, for a socket file of another user, for a topic that has no UTF-8 form or more than 64 MiB
+    // of it, and after ten seconds.
+    static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic);
+
+    // The same, giving up after that many milliseconds; 4294967295 waits without a limit.
+    static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic,
+                        unsigned int timeoutMilliseconds);
+};
+
+} // namespace Toolkit
+
+#endif

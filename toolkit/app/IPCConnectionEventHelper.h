@@ -1,0 +1,32 @@
+#ifndef TOOLKIT_APP_IPCCONNECTIONEVENTHELPER_H
+#define TOOLKIT_APP_IPCCONNECTIONEVENTHELPER_H
+
+#include <wx/sckipc.h>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+class IPCServer;
+
+// One client's connection to an `IPCServer`: turns each execute request into an event of the server. It
+// deletes itself when the client disconnects, and is deleted with its server before.
+class TOOLKIT_API IPCConnectionEventHelper : public wxTCPConnection
+{
+public:
+    explicit IPCConnectionEventHelper(IPCServer& server);
+    ~IPCConnectionEventHelper() override;
+
+    // Decodes the data by its format and size (narrow text is UTF-8), up to its first zero, and sends it to
+    // the server's listeners, whose exceptions pass. False, and no event, for another format than text and
+    // for what is no Unicode text.
+    bool OnExecute(const wxString& topic, const void* data, size_t size, wxIPCFormat format) override;
+
+private:
+    IPCServer& m_server;
+};
+
+} // namespace Toolkit
+
+#endif

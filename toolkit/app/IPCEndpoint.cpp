@@ -1,0 +1,382 @@
+#include "toolkit/app/IPCEndpoint.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <wx/app.h>
+#include <wx/ipcbase.h>
+#include <wx/thread.h>
+
+#include "toolkit/app/IPCAddress.h"
+#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/encoding/WxText.h"
+#include "toolkit/log/LogLine.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const std::size_t s_uMostConnections = 256;
+const std::size_t s_uMostBuffered = 128 * 1024 * 1024;
+// Commands that wait to be handed over, in bytes; beyond it no client is served from within `WaitFor`.
+const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
+const std::size_t s_uReadAtOnce = 64 * 1024;
+const int s_iReadsInTurn = 16;
+const int s_iAcceptsInTurn = 64;
+const int s_iEventsInTurn = 64;
+// The number of the listening socket among those that are watched.
+const std::uint64_t s_uListener = 0;
+
+// Those that listen; for the base library's main thread alone.
+std::vector<IPCEndpoint*> s_endpoints;
+
+bool IsMainThread()
+{
+    return BaseLibrary::IsStarted() && wxThread::IsMain();
+}
+
+bool SendCode(int socket, IPCMessage::Code code)
+{
+    ssize_t sent = 0;
+    do
+        sent = send(socket, &code, sizeof code, MSG_NOSIGNAL | MSG_DONTWAIT);
+    while (sent == -1 && errno == EINTR);
+    return sent == sizeof code;
+}
+
+void LogFailure(const TString<wchar_t>& what)
+{
+    LogLine::Stream(LogSeverity::Error, __LINE__, "IPCEndpoint::HandOver", L"a listener failed: " + what);
+}
+
+} // namespace
+
+struct IPCEndpoint::Connection
+{
+    const std::uint64_t m_uId;
+    Descriptor m_socket;
+    IPCMessageReader m_reader;
+    wxString m_topic;
+    // Null until the client said what it wants; it deletes itself when it is told of the disconnection.
+    wxConnectionBase* m_pObject = nullptr;
+
+    Connection(std::uint64_t id, Descriptor socket) : m_uId(id), m_socket(std::move(socket)) {}
+
+    void DeleteObject()
+    {
+        delete m_pObject;
+        m_pObject = nullptr;
+    }
+};
+
+// An execute request, or the disconnection that follows the last one.
+struct IPCEndpoint::Command
+{
+    std::shared_ptr<Connection> m_pConnection;
+    bool m_bDisconnect;
+    wxIPCFormat m_format;
+    std::string m_strData;
+
+    void Run()
+    {
+        wxConnectionBase* const object = m_pConnection->m_pObject;
+        if (m_bDisconnect)
+        {
+            m_pConnection->m_pObject = nullptr;
+            object->OnDisconnect();
+        }
+        else
+            object->OnExecute(m_pConnection->m_topic, m_strData.data(), m_strData.size(), m_format);
+    }
+};
+
+IPCEndpoint::IPCEndpoint(wxServerBase& server) : m_server(server) {}
+
+IPCEndpoint::~IPCEndpoint()
+{
+    Close();
+}
+
+bool IPCEndpoint::Open(const IPCAddress& address)
+{
+    if (!IsMainThread() || !address.IsValid())
+        return false;
+    if (m_pSource != nullptr && m_listener.IsInPlace(address))
+        return true;
+    Close();
+    m_bHolds = BaseLibrary::Hold();
+    if (m_listener.Open(address) && Watch())
+        return true;
+    Close();
+    return false;
+}
+
+void IPCEndpoint::Close()
+{
+    Forget();
+    m_listener.Close();
+    for (const std::shared_ptr<Connection>& connection : m_connections)
+        connection->DeleteObject();
+    for (const Command& command : m_commands)
+        command.m_pConnection->DeleteObject();
+    m_connections.clear();
+    m_places.clear();
+    m_commands.clear();
+    m_uBuffered = 0;
+    m_uWaiting = 0;
+    m_pEvents.reset();
+    m_poll = Descriptor();
+    if (m_bHolds)
+        BaseLibrary::Stop();
+    m_bHolds = false;
+}
+
+bool IPCEndpoint::WaitFor(int descriptor, short events, int milliseconds)
+{
+    std::vector<pollfd> waited = {{descriptor, events, 0}};
+    std::vector<IPCEndpoint*> endpoints = {nullptr};
+    if (IsMainThread())
+        for (IPCEndpoint* const endpoint : s_endpoints)
+            if (endpoint->m_uWaiting <= s_uMostWaiting)
+            {
+                waited.push_back({endpoint->m_poll.Get(), POLLIN, 0});
+                endpoints.push_back(endpoint);
+            }
+    if (poll(waited.data(), waited.size(), milliseconds) <= 0)
+        return false;
+    for (std::size_t i = 1; i < waited.size(); ++i)
+        if (waited[i].revents != 0)
+            endpoints[i]->Serve();
+    return waited[0].revents != 0;
+}
+
+bool IPCEndpoint::Watch()
+{
+    m_poll = Descriptor(epoll_create1(EPOLL_CLOEXEC));
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    event.data.u64 = s_uListener;
+    if (!m_poll.IsOpen() || epoll_ctl(m_poll.Get(), EPOLL_CTL_ADD, m_listener.Get(), &event) != 0)
+        return false;
+    const BaseLibrary::Silence silence;
+    m_pSource.reset(wxEventLoopBase::AddSourceForFD(m_poll.Get(), this, wxEVENT_SOURCE_INPUT));
+    if (m_pSource == nullptr)
+        return false;
+    m_pEvents = std::make_unique<wxEvtHandler>();
+    m_pApplication = wxAppConsole::GetInstance();
+    m_process = getpid();
+    s_endpoints.push_back(this);
+    return true;
+}
+
+// What the base library keeps of a source is gone when it was stopped meanwhile, and belongs to another
+// process in a forked one: the source is abandoned then.
+void IPCEndpoint::Forget()
+{
+    s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
+    if (m_pSource != nullptr && (m_pApplication != wxAppConsole::GetInstance() || m_process != getpid()))
+        static_cast<void>(m_pSource.release());
+    const BaseLibrary::Silence silence;
+    m_pSource.reset();
+}
+
+void IPCEndpoint::OnReadWaiting()
+{
+    Serve();
+}
+
+void IPCEndpoint::Serve()
+{
+    epoll_event events[s_iEventsInTurn];
+    const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
+    for (int i = 0; i < count; ++i)
+        if (events[i].data.u64 == s_uListener)
+            AcceptClients();
+        else if (const auto place = m_places.find(events[i].data.u64); place != m_places.end())
+            ReadFrom(std::shared_ptr<Connection>(*place->second));
+    if (!m_commands.empty())
+        HandOverSoon();
+}
+
+void IPCEndpoint::AcceptClients()
+{
+    for (int i = 0; i < s_iAcceptsInTurn; ++i)
+    {
+        Descriptor client;
+        switch (m_listener.Accept(client))
+        {
+        case IPCListener::Accepted::Client:
+            Add(std::move(client));
+            break;
+        case IPCListener::Accepted::Exhausted:
+            DropIdlest();
+            break;
+        case IPCListener::Accepted::Refused:
+            break;
+        case IPCListener::Accepted::Nobody:
+            return;
+        }
+    }
+}
+
+void IPCEndpoint::Add(Descriptor client)
+{
+    if (m_connections.size() >= s_uMostConnections)
+        DropIdlest();
+    const auto connection = std::make_shared<Connection>(++m_uLastId, std::move(client));
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    event.data.u64 = connection->m_uId;
+    if (epoll_ctl(m_poll.Get(), EPOLL_CTL_ADD, connection->m_socket.Get(), &event) != 0)
+        return;
+    m_places[connection->m_uId] = m_connections.insert(m_connections.end(), connection);
+    ReadFrom(connection);
+}
+
+void IPCEndpoint::ReadFrom(const std::shared_ptr<Connection>& connection)
+{
+    MoveToEnd(*connection);
+    m_buffer.resize(s_uReadAtOnce);
+    for (int i = 0; i < s_iReadsInTurn; ++i)
+    {
+        const ssize_t count =
+            recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+        if (count == -1 && errno == EINTR)
+            continue;
+        if (count == -1 && errno == EAGAIN)
+            return;
+        if (count <= 0)
+            return Drop(connection);
+        m_uBuffered -= connection->m_reader.GetSize();
+        connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
+        m_uBuffered += connection->m_reader.GetSize();
+        if (!TakeMessages(connection))
+            return Drop(connection);
+        if (static_cast<std::size_t>(count) < m_buffer.size())
+            return;
+        while (m_uBuffered > s_uMostBuffered && connection != m_connections.front())
+            DropIdlest();
+    }
+}
+
+// False when the connection has come to its end.
+bool IPCEndpoint::TakeMessages(const std::shared_ptr<Connection>& connection)
+{
+    IPCMessage message;
+    for (;;)
+        switch (connection->m_reader.Next(message))
+        {
+        case IPCMessageReader::Result::Complete:
+            if (!Handle(connection, message))
+                return false;
+            break;
+        case IPCMessageReader::Result::Incomplete:
+            return true;
+        case IPCMessageReader::Result::Broken:
+            SendCode(connection->m_socket.Get(), IPCMessage::Fail);
+            return false;
+        }
+}
+
+bool IPCEndpoint::Handle(const std::shared_ptr<Connection>& connection, const IPCMessage& message)
+{
+    const int socket = connection->m_socket.Get();
+    if (connection->m_pObject == nullptr)
+        return Begin(*connection, message) || (SendCode(socket, IPCMessage::Fail), false);
+    switch (message.m_uCode)
+    {
+    case IPCMessage::Execute:
+        Enqueue(
+            {connection, false, static_cast<wxIPCFormat>(message.m_uFormat), std::string(message.m_strData)});
+        return true;
+    case IPCMessage::Request:
+    case IPCMessage::AdviseStart:
+    case IPCMessage::AdviseStop:
+        return SendCode(socket, IPCMessage::Fail);
+    case IPCMessage::Poke:
+    case IPCMessage::Advise:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool IPCEndpoint::Begin(Connection& connection, const IPCMessage& message)
+{
+    if (message.m_uCode != IPCMessage::Connect)
+        return false;
+    connection.m_topic = ToWx(UTF8::ToUNICODE(TString<char>(std::string(message.m_strText))));
+    connection.m_pObject = m_server.OnAcceptConnection(connection.m_topic);
+    return connection.m_pObject != nullptr && SendCode(connection.m_socket.Get(), IPCMessage::Connect);
+}
+
+void IPCEndpoint::MoveToEnd(const Connection& connection)
+{
+    m_connections.splice(m_connections.end(), m_connections, m_places[connection.m_uId]);
+}
+
+void IPCEndpoint::DropIdlest()
+{
+    if (!m_connections.empty())
+        Drop(std::shared_ptr<Connection>(m_connections.front()));
+}
+
+// The object hears of it after the last command of its client.
+void IPCEndpoint::Drop(const std::shared_ptr<Connection>& connection)
+{
+    epoll_ctl(m_poll.Get(), EPOLL_CTL_DEL, connection->m_socket.Get(), nullptr);
+    connection->m_socket = Descriptor();
+    m_uBuffered -= connection->m_reader.GetSize();
+    if (connection->m_pObject != nullptr)
+        Enqueue({connection, true, wxIPC_INVALID, std::string()});
+    const auto place = m_places.find(connection->m_uId);
+    m_connections.erase(place->second);
+    m_places.erase(place);
+}
+
+void IPCEndpoint::Enqueue(Command command)
+{
+    m_uWaiting += command.m_strData.size();
+    m_commands.push_back(std::move(command));
+}
+
+void IPCEndpoint::HandOverSoon()
+{
+    m_pEvents->CallAfter([this] { HandOver(); });
+}
+
+// A listener may run a loop of its own, which goes on with the next command. What it throws must not end the
+// loop, which does not know of it.
+void IPCEndpoint::HandOver()
+{
+    if (m_commands.size() > 1)
+        HandOverSoon();
+    while (!m_commands.empty())
+    {
+        Command command = std::move(m_commands.front());
+        m_commands.pop_front();
+        m_uWaiting -= command.m_strData.size();
+        try
+        {
+            command.Run();
+        }
+        catch (const std::exception& failure)
+        {
+            LogFailure(UTF8::ToUNICODE(TString<char>(failure.what())));
+        }
+        catch (...)
+        {
+            LogFailure(L"unknown exception");
+        }
+    }
+}
+
+} // namespace Toolkit

@@ -1,0 +1,28 @@
+#include "toolkit/app/IPCInternalServer.h"
+
+#include "toolkit/app/IPCAddress.h"
+#include "toolkit/app/IPCConnectionEventHelper.h"
+#include "toolkit/app/IPCEndpoint.h"
+#include "toolkit/encoding/WxText.h"
+
+namespace Toolkit
+{
+
+IPCInternalServer::IPCInternalServer(IPCServer& server)
+    : m_server(server), m_pEndpoint(std::make_unique<IPCEndpoint>(*this))
+{
+}
+
+IPCInternalServer::~IPCInternalServer() = default;
+
+bool IPCInternalServer::Create(const wxString& service)
+{
+    return m_pEndpoint->Open(IPCAddress(FromWx(service)));
+}
+
+wxConnectionBase* IPCInternalServer::OnAcceptConnection(const wxString&)
+{
+    return new IPCConnectionEventHelper(m_server);
+}
+
+} // namespace Toolkit

@@ -1,0 +1,38 @@
+#ifndef TOOLKIT_APP_IPCINTERNALSERVER_H
+#define TOOLKIT_APP_IPCINTERNALSERVER_H
+
+#include <memory>
+
+#include <wx/sckipc.h>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+class IPCEndpoint;
+class IPCServer;
+
+// The listening end of an `IPCServer`, which owns it. To its clients it is a server of the base library, and
+// takes any client of the base library's; it listens by itself, as the base library's own listening deletes
+// what lies at its path and waits for each client in turn.
+class TOOLKIT_API IPCInternalServer : public wxTCPServer
+{
+public:
+    explicit IPCInternalServer(IPCServer& server);
+    ~IPCInternalServer() override;
+
+    // What `IPCServer::Run` answers, for that service.
+    bool Create(const wxString& service) override;
+
+    // Accepts every topic: a new `IPCConnectionEventHelper`, which the caller owns.
+    wxConnectionBase* OnAcceptConnection(const wxString& topic) override;
+
+private:
+    IPCServer& m_server;
+    std::unique_ptr<IPCEndpoint> m_pEndpoint;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,191 @@
+#include "toolkit/app/IPCListener.h"
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "toolkit/app/IPCAddress.h"
+#include "toolkit/app/IPCSocket.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const mode_t s_uOwnerOnly = 0600;
+const char* const c_strLockExtension = ".lock";
+const std::chrono::milliseconds s_lockPause(5);
+const std::chrono::seconds s_lockLimit(2);
+
+bool IsSame(const struct stat& a, const struct stat& b)
+{
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// Held while a server looks at a path and takes it, so that of two that start at once neither takes the
+// other's socket for a stale one. It is a locked file beside the socket, which goes with the lock.
+class PathLock
+{
+public:
+    explicit PathLock(const TString<char>& path) : m_strFile(path + c_strLockExtension)
+    {
+        const auto limit = std::chrono::steady_clock::now() + s_lockLimit;
+        while (!TryLock() && errno == EWOULDBLOCK && std::chrono::steady_clock::now() < limit)
+            std::this_thread::sleep_for(s_lockPause);
+    }
+
+    ~PathLock()
+    {
+        if (IsLocked())
+            unlink(m_strFile.c_str());
+    }
+
+    PathLock(const PathLock&) = delete;
+    PathLock& operator=(const PathLock&) = delete;
+
+    bool IsLocked() const { return m_file.IsOpen(); }
+
+private:
+    // When it fails, EWOULDBLOCK tells that another server is at it.
+    bool TryLock()
+    {
+        Descriptor file(open(m_strFile.c_str(),
+                             O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY,
+                             s_uOwnerOnly));
+        struct stat opened = {};
+        if (!file.IsOpen() || fstat(file.Get(), &opened) != 0)
+            return false;
+        errno = EPERM;
+        if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid())
+            return false;
+        if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0)
+            return false;
+        struct stat named = {};
+        errno = EWOULDBLOCK;
+        if (lstat(m_strFile.c_str(), &named) != 0 || !IsSame(opened, named))
+            return false;
+        m_file = std::move(file);
+        return true;
+    }
+
+    const TString<char> m_strFile;
+    Descriptor m_file;
+};
+
+// True for a socket of this user to which nobody listens any more.
+bool IsStale(const IPCAddress& address)
+{
+    if (!IPCSocket::IsOwnFile(address.GetPath().c_str()))
+        return false;
+    const Descriptor probe = IPCSocket::Make(address);
+    return probe.IsOpen() && IPCSocket::Connect(probe.Get(), address) == IPCSocket::Connected::Nobody;
+}
+
+bool Bind(int socket, const IPCAddress& address)
+{
+    return bind(socket, address.Get(), address.GetSize()) == 0;
+}
+
+Descriptor MakeSpare()
+{
+    return Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
+} // namespace
+
+IPCListener::~IPCListener()
+{
+    Close();
+}
+
+bool IPCListener::Open(const IPCAddress& address)
+{
+    m_socket = IPCSocket::Make(address);
+    m_spare = MakeSpare();
+    const int reuse = 1;
+    const bool listening =
+        m_socket.IsOpen() &&
+        (address.IsLocal() ? ListenAtPath(address)
+                           : setsockopt(Get(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse) == 0 &&
+                                 Bind(Get(), address) && listen(Get(), SOMAXCONN) == 0);
+    if (!listening)
+        Close();
+    return listening;
+}
+
+// The mode of a socket before it is bound is the one that its file gets.
+bool IPCListener::ListenAtPath(const IPCAddress& address)
+{
+    const TString<char>& path = address.GetPath();
+    const PathLock lock(path);
+    if (!lock.IsLocked() || fchmod(Get(), s_uOwnerOnly) != 0)
+        return false;
+    if (!Bind(Get(), address) &&
+        (errno != EADDRINUSE || !IsStale(address) || unlink(path.c_str()) != 0 || !Bind(Get(), address)))
+        return false;
+    struct stat file = {};
+    if (lstat(path.c_str(), &file) != 0)
+        return false;
+    m_strFile = address.GetAbsolutePath();
+    m_device = file.st_dev;
+    m_inode = file.st_ino;
+    m_process = getpid();
+    return listen(Get(), SOMAXCONN) == 0;
+}
+
+// The file goes first: as long as somebody listens to it, no other server takes it over.
+void IPCListener::Close()
+{
+    if (m_process == getpid() && IsOwnFile())
+        unlink(m_strFile.c_str());
+    m_strFile.clear();
+    m_process = 0;
+    m_socket = Descriptor();
+    m_spare = Descriptor();
+}
+
+bool IPCListener::IsInPlace(const IPCAddress& address) const
+{
+    return m_socket.IsOpen() && address.IsOf(Get()) && (!address.IsLocal() || IsOwnFile());
+}
+
+bool IPCListener::IsOwnFile() const
+{
+    struct stat file = {};
+    return lstat(m_strFile.c_str(), &file) == 0 && file.st_dev == m_device && file.st_ino == m_inode;
+}
+
+IPCListener::Accepted IPCListener::Accept(Descriptor& client)
+{
+    client = Descriptor(accept4(Get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    if (client.IsOpen())
+        return IPCSocket::IsPeerTrusted(client.Get()) ? Accepted::Client : Accepted::Refused;
+    switch (errno)
+    {
+    case EMFILE:
+    case ENFILE:
+        return RefuseOne() ? Accepted::Exhausted : Accepted::Nobody;
+    case ECONNABORTED:
+    case EINTR:
+        return Accepted::Refused;
+    default:
+        return Accepted::Nobody;
+    }
+}
+
+bool IPCListener::RefuseOne()
+{
+    m_spare = Descriptor();
+    const bool refused = Descriptor(accept4(Get(), nullptr, nullptr, SOCK_CLOEXEC)).IsOpen();
+    m_spare = MakeSpare();
+    return refused;
+}
+
+} // namespace Toolkit

@@ -1,0 +1,24 @@
+#ifndef TOOLKIT_APP_IPCPAYLOAD_H
+#define TOOLKIT_APP_IPCPAYLOAD_H
+
+#include <cstddef>
+
+#include "toolkit/core/TString.h"
+
+namespace Toolkit
+{
+
+// The data of an execute request as text.
+class IPCPayload
+{
+public:
+    // Decodes `size` bytes by their format, one of the base library's (`wxIPCFormat`): narrow and UTF-8 text
+    // are strict UTF-8, wide text is UTF-16 or UTF-32 in the machine's byte order. The text ends at its first
+    // zero, or where the data does; bytes that make no whole element at the end are left out. False for
+    // another format and for what is no Unicode text; `text` is then empty.
+    static bool Decode(const void* data, std::size_t size, int format, TString<wchar_t>& text);
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,4 +1,5 @@
-// Runs once for a user; a second start hands its command to the first one and ends: single-instance [<command>]
+// Runs once for a user; a second start hands its command to the first one and ends: single-instance
+// [<command>]
 
 #include <toolkit/Toolkit.h>
 
@@ -30,7 +31,8 @@ private:
 int main(int argumentCount, char** arguments)
 {
     const ToolkitSession session;
-    const TString<wchar_t> command = UTF8::ToUNICODE(TString<char>(argumentCount > 1 ? arguments[1] : "show"));
+    const TString<wchar_t> command =
+        UTF8::ToUNICODE(TString<char>(argumentCount > 1 ? arguments[1] : "show"));
 
     // An empty service is the application's own channel, for the server and for its clients.
     if ((*SingleApplicationInstance::s_pInstance)->IsAlreadyRunning())

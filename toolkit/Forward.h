@@ -19,6 +19,8 @@ struct ArchiveEntriesFlags;
 class ArchiveZip;
 class ArchiveZipEntry;
 class B64;
+class BackgroundOperation;
+class BackgroundOperationHandler;
 class Bytes;
 class CmdLineOption;
 class CmdLineParser;

@@ -66,6 +66,8 @@
 #include "toolkit/regExp/RegExp.Exceptions"
 #include "toolkit/regExp/RegExp.h"
 #include "toolkit/regExp/RegExpOptions.h"
+#include "toolkit/threading/BackgroundOperation.h"
+#include "toolkit/threading/BackgroundOperationHandler.h"
 #include "toolkit/threading/EventNotifier.h"
 #include "toolkit/threading/EventObject.h"
 #include "toolkit/threading/IRunnable.h"

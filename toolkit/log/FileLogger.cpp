@@ -4,9 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "toolkit/app/GetTickCount.h"
@@ -14,6 +12,7 @@
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/FFile.h"
 #include "toolkit/files/NativePath.h"
+#include "toolkit/files/OwnFile.h"
 #include "toolkit/threading/MutexLock.h"
 
 namespace Toolkit
@@ -37,22 +36,14 @@ TString<wchar_t> NameOrApplication(const TString<wchar_t>& name)
     return name.empty() && !paths.IsNull() ? paths->GetApplicationName() : name;
 }
 
-// True for a regular file of this user that has no other name.
-bool IsOwnFile(int descriptor)
-{
-    struct stat status = {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid() &&
-           status.st_nlink == 1;
-}
-
 // Everyone may write where the log lies: whatever lies there instead of a log is left as it is. The lock is
 // what two loggers of one name tell each other by; it goes with the descriptor. -1 on failure.
 int OpenLogDescriptor(const TString<wchar_t>& path)
 {
-    const int descriptor = NativePath(path).Open(O_WRONLY | O_CREAT | O_NOFOLLOW);
+    const int descriptor = OwnFile::Open(NativePath(path));
     // The links are counted again under the lock: who held it before may have removed the file.
-    if (descriptor != -1 && !(IsOwnFile(descriptor) && flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
-                              IsOwnFile(descriptor) && ftruncate(descriptor, 0) == 0))
+    if (descriptor != -1 && !(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && OwnFile::Is(descriptor) &&
+                              ftruncate(descriptor, 0) == 0))
     {
         close(descriptor);
         return -1;

@@ -1,0 +1,49 @@
+#include "toolkit/files/OwnFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "toolkit/files/NativePath.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+bool IsOurs(const struct stat& status)
+{
+    return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1;
+}
+
+} // namespace
+
+bool OwnFile::IsAt(const NativePath& path)
+{
+    struct stat status = {};
+    return path.IsValid() && lstat(path.c_str(), &status) == 0 && IsOurs(status);
+}
+
+bool OwnFile::Is(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && IsOurs(status);
+}
+
+int OwnFile::Open(const NativePath& path)
+{
+    // Looked at before, so that a FIFO's reader learns nothing, and again afterwards, as it may have changed.
+    struct stat status = {};
+    if (!path.IsValid() || (lstat(path.c_str(), &status) == 0 && !IsOurs(status)))
+        return -1;
+    const int descriptor = path.Open(O_WRONLY | O_CREAT | O_NOFOLLOW);
+    if (descriptor != -1 && !Is(descriptor))
+    {
+        close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
+
+} // namespace Toolkit

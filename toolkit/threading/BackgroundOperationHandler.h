@@ -1,0 +1,23 @@
+#ifndef TOOLKIT_THREADING_BACKGROUNDOPERATIONHANDLER_H
+#define TOOLKIT_THREADING_BACKGROUNDOPERATIONHANDLER_H
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+// A listener of a BackgroundOperation, which shares it and calls it on the thread that announces, with the
+// list of listeners held: it returns quickly. A handler of several operations keeps its own reference to the
+// one it watches.
+class TOOLKIT_API BackgroundOperationHandler
+{
+public:
+    virtual ~BackgroundOperationHandler() = default;
+
+    virtual void OnOperationStarted() = 0;
+    virtual void OnOperationEnded() = 0;
+};
+
+} // namespace Toolkit
+
+#endif

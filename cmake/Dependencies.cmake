@@ -1,6 +1,7 @@
 # What the library stands on. CMake 3.25 has no imported wxWidgets target, so one is made here from wx-config's answer:
 #   Toolkit::wx   wxWidgets base and net (never its graphical libraries)
 #   Toolkit::pcre PCRE's 8-bit library (not PCRE2)
+#   Toolkit::icu  ICU's locale data and date patterns
 find_package(Threads REQUIRED)
 
 find_program(TOOLKIT_WX_CONFIG NAMES wx-config wx-config-3.2)
@@ -47,4 +48,21 @@ if(NOT TARGET Toolkit::pcre)
   set_target_properties(
     Toolkit::pcre PROPERTIES IMPORTED_LOCATION ${TOOLKIT_PCRE_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES
                                                                        ${TOOLKIT_PCRE_INCLUDE})
+endif()
+
+if(NOT TARGET Toolkit::icu)
+  find_path(TOOLKIT_ICU_INCLUDE unicode/udat.h)
+  find_library(TOOLKIT_ICU_I18N_LIBRARY icui18n)
+  find_library(TOOLKIT_ICU_UC_LIBRARY icuuc)
+  if(NOT TOOLKIT_ICU_INCLUDE OR NOT TOOLKIT_ICU_I18N_LIBRARY OR NOT TOOLKIT_ICU_UC_LIBRARY)
+    message(FATAL_ERROR "ICU was not found; './check --no-install' prints the packages that are needed")
+  endif()
+  mark_as_advanced(TOOLKIT_ICU_INCLUDE TOOLKIT_ICU_I18N_LIBRARY TOOLKIT_ICU_UC_LIBRARY)
+
+  add_library(Toolkit::icu UNKNOWN IMPORTED GLOBAL)
+  set_target_properties(
+    Toolkit::icu
+    PROPERTIES IMPORTED_LOCATION ${TOOLKIT_ICU_I18N_LIBRARY}
+               INTERFACE_LINK_LIBRARIES ${TOOLKIT_ICU_UC_LIBRARY}
+               INTERFACE_INCLUDE_DIRECTORIES ${TOOLKIT_ICU_INCLUDE})
 endif()

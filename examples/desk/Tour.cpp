@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Archive.h"
+#include "Dates.h"
 #include "State.h"
 #include "Text.h"
 
@@ -63,6 +64,7 @@ bool Tour::Play()
     Settings();
     Plugins();
     Mails();
+    Dates();
     Notes();
     Archive();
     ChangedSetting();
@@ -153,6 +155,17 @@ void Tour::Mails()
     End(WorkOnFolder(L"mailtext", path));
 }
 
+void Tour::Dates()
+{
+    Begin(L"The same date in the short forms of five locales, which LC_ALL names, and relative to now");
+    std::vector<Text> report;
+    const bool five = ShowInFiveLocales(report);
+    const bool relative = ShowRelativeToNow(report);
+    for (const Text& line : report)
+        Say(line);
+    End(five && relative);
+}
+
 void Tour::Notes()
 {
     const Text path = Join(m_strDataFolder, L"notes");
@@ -210,7 +223,7 @@ void Tour::ChangedSetting()
         mailtext->Work(m_mails.front(), m_host->GetOutputFolder(), after);
         mailtext->Configure(*m_settings, problems);
     }
-    const bool both = before.size() == 2 && after.size() == 2;
+    const bool both = before.size() == 3 && after.size() == 3;
     Say(both ? L"before: " + before.back() : Text(L"nothing was read"));
     Say(both ? L"after:  " + after.back() : Text());
     End(both && before.front() == after.front() && after.back().size() < before.back().size());

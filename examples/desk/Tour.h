@@ -23,6 +23,7 @@ private:
     void Settings();
     void Plugins();
     void Mails();
+    void Dates();
     void Notes();
     void Archive();
     void ChangedSetting();

@@ -2,6 +2,7 @@
 //   desk -data FOLDER [-log NAME]     plays the tour over the files in FOLDER
 //   desk -child FILE -text TEXT       what the tour starts as a child process: writes TEXT to FILE
 
+#include <clocale>
 #include <cstdio>
 
 #include "Tour.h"
@@ -24,6 +25,9 @@ int WriteText(const Text& path, const Text& text)
 
 int main(int argc, char** argv)
 {
+    // The texts for AM and PM are the C library's.
+    std::setlocale(LC_TIME, "");
+
     using Option = Toolkit::smart_ptr<Toolkit::CmdLineOption>;
     const Option data(new Toolkit::CmdLineOption(L"data", false));
     const Option log(new Toolkit::CmdLineOption(L"log", false));

@@ -4,6 +4,7 @@
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/LibModuleManager.h"
+#include "toolkit/datetime/DateTime.h"
 #include "toolkit/log/ILogger.h"
 
 // Stands for the library in which an application keeps its own core, when the program itself only loads it.
@@ -20,6 +21,13 @@ extern "C"
     TOOLKIT_API void HostRelease(bool baseLibrary)
     {
         LibModuleManager::s_pInstance->Release(baseLibrary);
+    }
+
+    TOOLKIT_API bool HostShowsDate()
+    {
+        Toolkit::TString<wchar_t> text;
+        Toolkit::DateTime().GetString(text);
+        return text.size() > 1;
     }
 
     TOOLKIT_API bool HostHasManager()

@@ -47,6 +47,8 @@ using PluginInstallSink = void (*)();
 // What the library that stands for the host's own core exports.
 using HostInitialize = void (*)(bool baseLibrary);
 using HostRelease = void (*)(bool baseLibrary);
+// True when the date of this moment has a text in the user's locale.
+using HostShowsDate = bool (*)();
 // True when the manager exists.
 using HostHasManager = bool (*)();
 // True when any singleton exists.

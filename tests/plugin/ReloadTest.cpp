@@ -254,3 +254,22 @@ TEST_F(Reload, TwoHundredLivesLeaveNoMemoryBehind)
     EXPECT_LE(HeapInUse(), heap + s_lHeapBound);
     EXPECT_LE(ResidentBytes(), resident + s_uResidentBound);
 }
+
+TEST_F(Reload, DatesInManyLivesLeaveNoMemoryBehind)
+{
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    const auto showDates = []
+    {
+        for (unsigned int lives = 0; lives < 50; ++lives)
+        {
+            const Library host(HOST_CORE);
+            EXPECT_TRUE(host.Find<HostShowsDate>("HostShowsDate")());
+        }
+    };
+    showDates();
+    EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+    const long long heap = HeapInUse();
+    showDates();
+    EXPECT_LE(HeapInUse(), heap + s_lHeapBound);
+    unsetenv("LC_ALL");
+}

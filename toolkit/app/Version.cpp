@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
-#include <limits>
 #include <string>
 #include <tuple>
+
+#include "toolkit/core/StreamNumber.h"
 
 namespace Toolkit
 {
@@ -16,32 +16,6 @@ namespace
 
 const wchar_t c_strLibraryVersion[] = L"1.0.865.8";
 const wchar_t s_chDelimiter = L'.';
-const std::uint64_t s_uLargest = std::numeric_limits<unsigned int>::max();
-
-// White space of the classic locale.
-bool IsSpace(wchar_t character)
-{
-    return character == L' ' || (character >= L'\t' && character <= L'\r');
-}
-
-// What a wide stream in the classic locale reads from [text, end): a negative number wraps round, one that is
-// too large, with either sign, is the largest.
-unsigned int ReadNumber(const wchar_t* text, const wchar_t* end)
-{
-    while (text != end && IsSpace(*text))
-        ++text;
-    const bool negative = text != end && *text == L'-';
-    if (text != end && (*text == L'-' || *text == L'+'))
-        ++text;
-    std::uint64_t value = 0;
-    for (; text != end && *text >= L'0' && *text <= L'9'; ++text)
-    {
-        value = value * 10 + static_cast<std::uint64_t>(*text - L'0');
-        if (value > s_uLargest)
-            return static_cast<unsigned int>(s_uLargest);
-    }
-    return static_cast<unsigned int>(negative ? 0 - value : value);
-}
 
 } // namespace
 
@@ -65,7 +39,8 @@ Version::Version(const TString<wchar_t>& text) : Version()
         if (begin == text.npos)
             return;
         end = std::min(text.find(s_chDelimiter, begin), text.size());
-        *part = ReadNumber(text.data() + begin, text.data() + end);
+        const wchar_t* number = text.data() + begin;
+        StreamNumber::Read(number, text.data() + end, *part);
     }
 }
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
 #include <utility>
 
+#include "toolkit/core/StreamNumber.h"
 #include "toolkit/files/NameTable.h"
 #include "toolkit/files/TextFile.h"
 #include "toolkit/log/LogLine.h"
@@ -16,17 +16,6 @@ namespace
 {
 
 const unsigned int s_uOpenFailedLine = 64;
-
-// What the C locale takes for white space in front of a number.
-bool IsSpace(wchar_t character)
-{
-    return character == L' ' || (character >= L'\t' && character <= L'\r');
-}
-
-bool IsDigit(wchar_t character)
-{
-    return character >= L'0' && character <= L'9';
-}
 
 // The part from `begin` up to `end` without the spaces and tabs at both of its ends.
 TString<wchar_t> Trimmed(const TString<wchar_t>& text, std::size_t begin, std::size_t end)
@@ -43,24 +32,10 @@ TString<wchar_t> Trimmed(const TString<wchar_t>& text, std::size_t begin, std::s
 template <class Number>
 Number ReadNumber(const TString<wchar_t>& text)
 {
-    using Limits = std::numeric_limits<Number>;
-    // c_str() ends with a zero, which is neither space nor sign nor digit.
-    const wchar_t* next = text.c_str();
-    while (IsSpace(*next))
-        ++next;
-    const bool negative = *next == L'-';
-    if (negative || *next == L'+')
-        ++next;
-    const bool below = negative && Limits::is_signed;
-    const unsigned long long bound = static_cast<unsigned long long>(Limits::max()) + (below ? 1 : 0);
-    unsigned long long value = 0;
-    for (; IsDigit(*next); ++next)
-    {
-        value = value * 10 + static_cast<unsigned long long>(*next - L'0');
-        if (value > bound)
-            return below ? Limits::min() : Limits::max();
-    }
-    return static_cast<Number>(negative ? 0 - value : value);
+    Number number = 0;
+    const wchar_t* next = text.data();
+    StreamNumber::Read(next, next + text.size(), number);
+    return number;
 }
 
 using Keys = NameTable<TString<wchar_t>>;

@@ -75,6 +75,8 @@ void Mail::ReadHeader(const Text& line)
         m_strSubject = DecodeHeader(value);
     else if (ReadField(line, L"Content-Transfer-Encoding", value))
         m_strEncoding = value;
+    else if (ReadField(line, L"Date", value))
+        m_strDate = value;
 }
 
 void Mail::ReadBody(Toolkit::TextFile& file)

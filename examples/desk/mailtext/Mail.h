@@ -6,7 +6,8 @@
 namespace Desk
 {
 
-// A mail (RFC 5322) as far as the user wants to see it: who wrote it, about what, and its text, decoded.
+// A mail (RFC 5322) as far as the user wants to see it: who wrote it, about what and when, and its text,
+// decoded.
 struct Mail
 {
     // False when the file cannot be read.
@@ -15,6 +16,7 @@ struct Mail
     Text m_strFrom;
     Text m_strSubject;
     Text m_strEncoding;
+    Text m_strDate;
     Text m_strText;
 
 private:

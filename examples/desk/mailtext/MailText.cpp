@@ -2,6 +2,7 @@
 
 #include "Plugin.h"
 #include "mailtext/Mail.h"
+#include "mailtext/MailDate.h"
 
 namespace Desk
 {
@@ -27,6 +28,19 @@ Text Preview(const Text& text, std::size_t length)
     if (!line.empty() && line.back() == L' ')
         line.pop_back();
     return line.size() <= length ? line : Text(line.substr(0, length) + L"...");
+}
+
+// When the mail was written, in the user's short form, and how a list shows that.
+Text DescribeDate(const Text& field)
+{
+    Toolkit::DateTime date;
+    if (!ReadMailDate(field, date))
+        return L"without a date";
+    Text both;
+    date.GetString(both);
+    Text relative;
+    date.GetRelativeStringFromNow(relative);
+    return both + L", listed as " + relative;
 }
 
 class MailText : public Plugin
@@ -55,6 +69,7 @@ public:
         TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"mailtext: read " << path;
         report.push_back(L"\"" + mail.m_strSubject + L"\" from " + mail.m_strFrom + L", " +
                          mail.m_strEncoding);
+        report.push_back(DescribeDate(mail.m_strDate));
         if (m_uPreview > 0)
             report.push_back(Preview(mail.m_strText, m_uPreview));
         return true;

@@ -1,0 +1,173 @@
+#include "toolkit/datetime/CivilTime.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string_view>
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const char c_strSystemZone[] = "/etc/localtime";
+const std::int64_t s_nTmYear = 1900;
+const std::int64_t s_nSecondsPerDay = 86400;
+const std::int64_t s_nMonthsPerYear = 12;
+const int s_nLeapSecond = 60;
+
+// Longer than any two zones are apart, shorter than any zone keeps its clocks unchanged.
+const std::int64_t s_nSpan = std::int64_t{1} << 17;
+
+// What AheadBefore found for a span and a zone: asking again would cost as much as all the rest. The lowest
+// bits hold the seconds, the others a mark of the span and the zone. It is looked up anew when it does not
+// fit, and a mistake would but choose the second of two right instants.
+const unsigned int s_uAheadBits = 18;
+const std::uint64_t s_uAheadMask = (std::uint64_t{1} << s_uAheadBits) - 1;
+const std::uint64_t s_uMarkMask = ~std::uint64_t{0} >> s_uAheadBits;
+std::array<std::atomic<std::uint64_t>, 16384> s_aheadKept = {};
+
+std::tm LocalTm(std::int64_t instant)
+{
+    const std::time_t seconds = instant;
+    std::tm time = {};
+    // Not every C library's localtime_r looks at TZ itself.
+    tzset();
+    localtime_r(&seconds, &time);
+    return time;
+}
+
+CivilTime FromTm(const std::tm& time)
+{
+    CivilTime civil;
+    civil.year = s_nTmYear + time.tm_year;
+    civil.month = time.tm_mon + 1;
+    civil.day = time.tm_mday;
+    civil.hour = time.tm_hour;
+    civil.minute = time.tm_min;
+    civil.second = time.tm_sec;
+    return civil;
+}
+
+std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor)
+{
+    return value / divisor - (value % divisor < 0 ? 1 : 0);
+}
+
+// Days since 1970-01-01. Years that begin in March end with their leap day.
+std::int64_t DayNumber(std::int64_t year, std::int64_t month, std::int64_t day)
+{
+    if (month <= 2)
+        --year;
+    const std::int64_t marchMonth = month > 2 ? month - 3 : month + 9;
+    const std::int64_t dayOfYear = (153 * marchMonth + 2) / 5 + day - 1;
+    return year * 365 + FloorDivide(year, 4) - FloorDivide(year, 100) + FloorDivide(year, 400) + dayOfYear -
+           719468;
+}
+
+// The instant at which clocks would show this if no zone had ever moved them.
+std::int64_t ClockInstant(const CivilTime& civil)
+{
+    return DayNumber(civil.year, civil.month, civil.day) * s_nSecondsPerDay + civil.hour * 3600 +
+           civil.minute * 60 + civil.second;
+}
+
+// How far the local clocks are ahead at the instant, and whether they show a leap second.
+struct Ahead
+{
+    explicit Ahead(std::int64_t instant)
+    {
+        const std::tm time = LocalTm(instant);
+        seconds = ClockInstant(FromTm(time)) - instant;
+        leap = time.tm_sec == s_nLeapSecond;
+    }
+
+    std::int64_t seconds;
+    bool leap;
+};
+
+// How far the clocks were ahead a day or two before they show `clock`.
+std::int64_t AheadBefore(std::int64_t clock)
+{
+    const std::int64_t span = FloorDivide(clock, s_nSpan);
+    const char* const zone = std::getenv("TZ");
+    const std::uint64_t mark = std::hash<std::string_view>()(zone != nullptr ? zone : c_strSystemZone) +
+                               static_cast<std::uint64_t>(span);
+    std::atomic<std::uint64_t>& kept = s_aheadKept[mark % s_aheadKept.size()];
+    const std::uint64_t found = kept.load(std::memory_order_relaxed);
+    if (found >> s_uAheadBits == (mark & s_uMarkMask))
+        return static_cast<std::int64_t>(found & s_uAheadMask) - s_nSpan;
+    const std::int64_t seconds = Ahead((span - 1) * s_nSpan).seconds;
+    kept.store(mark << s_uAheadBits | static_cast<std::uint64_t>(seconds + s_nSpan),
+               std::memory_order_relaxed);
+    return seconds;
+}
+
+} // namespace
+
+CivilTime CivilTime::Local(std::int64_t instant)
+{
+    return FromTm(LocalTm(instant));
+}
+
+CivilTime CivilTime::Utc(std::int64_t instant)
+{
+    const std::time_t seconds = instant;
+    std::tm time = {};
+    // In a zone that counts leap seconds UTC counts them too.
+    tzset();
+    gmtime_r(&seconds, &time);
+    return FromTm(time);
+}
+
+std::int64_t CivilTime::DaysOfMonth(std::int64_t year, std::int64_t month)
+{
+    if (month == 2)
+        return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0 ? 29 : 28;
+    return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
+}
+
+void CivilTime::AddMonths(std::int64_t months)
+{
+    const std::int64_t count = year * s_nMonthsPerYear + month - 1 + months;
+    year = FloorDivide(count, s_nMonthsPerYear);
+    month = count - year * s_nMonthsPerYear + 1;
+    day = std::min(day, DaysOfMonth(year, month));
+}
+
+bool CivilTime::Exists() const
+{
+    return month >= 1 && month <= 12 && day >= 1 && day <= DaysOfMonth(year, month) && hour >= 0 &&
+           hour <= 23 && minute >= 0 && minute <= 59 && second >= 0 && second <= 61;
+}
+
+std::int64_t CivilTime::LocalInstant() const
+{
+    const std::int64_t clock = ClockInstant(*this);
+    const std::int64_t before = AheadBefore(clock);
+    const std::int64_t unmoved = clock - before;
+    const Ahead first(unmoved);
+    if (first.seconds == before)
+        return first.leap && second < s_nLeapSecond ? unmoved + 1 : unmoved;
+    const std::int64_t moved = clock - first.seconds;
+    return Ahead(moved).seconds == first.seconds ? moved : unmoved;
+}
+
+std::int64_t CivilTime::UtcInstant() const
+{
+    std::tm time = {};
+    time.tm_year = static_cast<int>(year - s_nTmYear);
+    time.tm_mon = static_cast<int>(month - 1);
+    time.tm_mday = static_cast<int>(day);
+    time.tm_hour = static_cast<int>(hour);
+    time.tm_min = static_cast<int>(minute);
+    time.tm_sec = static_cast<int>(second);
+    return timegm(&time);
+}
+
+} // namespace Toolkit

@@ -1,0 +1,11 @@
+#include "toolkit/datetime/CultureInfo.h"
+
+namespace Toolkit
+{
+
+CultureInfo::CultureInfo(const TString<wchar_t>& name, const TString<wchar_t>& displayName)
+    : m_strName(name), m_strDisplayName(displayName)
+{
+}
+
+} // namespace Toolkit

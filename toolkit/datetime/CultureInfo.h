@@ -1,0 +1,23 @@
+#ifndef TOOLKIT_DATETIME_CULTUREINFO_H
+#define TOOLKIT_DATETIME_CULTUREINFO_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+
+namespace Toolkit
+{
+
+// A culture as a host lists it: its name and the text that the user sees for it. A plain record, which the
+// library only keeps.
+class TOOLKIT_API CultureInfo
+{
+public:
+    CultureInfo(const TString<wchar_t>& name, const TString<wchar_t>& displayName);
+
+    TString<wchar_t> m_strName;
+    TString<wchar_t> m_strDisplayName;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,115 @@
+#ifndef TOOLKIT_DATETIME_DATETIME_H
+#define TOOLKIT_DATETIME_DATETIME_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+
+class wxDateTime;
+
+namespace Toolkit
+{
+
+// A point in time, of whole seconds, with the calendar of the system's local zone. A value: copies are deep,
+// and each object is used by one thread at a time. The zones are the C library's, which follows TZ; of a
+// local time that comes twice it takes the first, and one that is left out counts on from the last one
+// before. Nothing here throws or logs: what does not exist is an invalid value, which stays invalid through
+// every operation, and whose fields are 0.
+class TOOLKIT_API DateTime
+{
+public:
+    // The current time.
+    DateTime();
+    // A wall-clock time in the local zone; months from 1. Invalid if there is no such date or time. The
+    // seconds 60 and 61 are those of leap seconds; where the system has none they count on into the next
+    // minute. Quirk: day, hour, minute and second are taken modulo 65536 first.
+    DateTime(unsigned int year, unsigned int month, unsigned int day, unsigned int hour, unsigned int minute,
+             unsigned int second);
+    // The same in the fixed zone UTC + utcOffsetHours. Invalid for offsets outside -12 to +13.
+    DateTime(unsigned int year, unsigned int month, unsigned int day, unsigned int hour, unsigned int minute,
+             unsigned int second, int utcOffsetHours);
+    DateTime(const DateTime& other);
+    DateTime& operator=(const DateTime& other);
+    ~DateTime();
+
+    bool IsValid() const;
+
+    // Local time; months from 1, hours from 0.
+    int GetYear() const;
+    int GetMonth() const;
+    unsigned int GetDay() const;
+    unsigned int GetHour() const;
+    unsigned int GetMinute() const;
+    unsigned int GetSecond() const;
+
+    // By instant; the invalid value comes before all others.
+    bool operator==(const DateTime& other) const;
+    bool operator!=(const DateTime& other) const;
+    bool operator<(const DateTime& other) const;
+    bool operator<=(const DateTime& other) const;
+    bool operator>(const DateTime& other) const;
+    bool operator>=(const DateTime& other) const;
+
+    // Years and months first: a day that the month does not have becomes its last one; then weeks and days.
+    // The time of the day stays. Too far for 64 bits of milliseconds is invalid.
+    void Add(unsigned int years, unsigned int months, unsigned int weeks, unsigned int days);
+    void Remove(unsigned int years, unsigned int months, unsigned int weeks, unsigned int days);
+    // Moves the instant by exactly that much, or to the invalid value if that is too far.
+    void Add(unsigned int hours, unsigned int minutes, unsigned int seconds);
+    void Remove(unsigned int hours, unsigned int minutes, unsigned int seconds);
+
+    // This minus the other, truncated toward zero and cut to 32 bits; 0 unless both are valid.
+    int GetTotalSecondes(smart_ptr<DateTime, smart_ptr_policy> other) const;
+    int GetTotalMinutes(smart_ptr<DateTime, smart_ptr_policy> other) const;
+    int GetTotalHours(smart_ptr<DateTime, smart_ptr_policy> other) const;
+
+    // Shifts the instant so that the local fields show what a clock in UTC shows; and back.
+    // Quirk: it does not come back where the local zone leaves out that time.
+    DateTime& MakeToUTC();
+    DateTime& MakeFromUTC();
+
+    // The current time.
+    void Now();
+
+    // A real date, at 00:00:00 local time, for a wished-for day of a month. Days 29 to 31 that the month does
+    // not have become the first of the next month, and a month above 12 becomes January of the next year, so
+    // that 31 December stays what it is. Invalid for other days that do not exist and for month 0. Quirk:
+    // every month above 12 is that same January, 14 too.
+    static DateTime CreateNormalizedDateTime(unsigned int year, unsigned int month, unsigned int day);
+
+    // "2009-03-07", "14:05:09", and both with a space in between; with `utc` the fields of UTC, and " Z"
+    // after the time. At least two digits each; `out` is replaced.
+    // Quirk: years below 1000 have fewer than four digits.
+    void GetIsoDate(TString<wchar_t>& out, bool utc) const;
+    void GetIsoTime(TString<wchar_t>& out, bool utc) const;
+    void GetIsoString(TString<wchar_t>& out, bool utc) const;
+    void GetIsoString(TString<char>& out, bool utc) const;
+    // "20090307140509", local time.
+    void GetSortableString(TString<wchar_t>& out) const;
+
+    // Reads what GetIsoString writes, as a wide stream in the classic locale reads numbers: white space
+    // before them and signs are taken, any one character stands between them, and after the seconds one more
+    // before the "Z". False, and an invalid value, if the text holds no time. Quirk: "12:00:00Z" is local
+    // time, as the "Z" is that one character; and seconds that begin with no number are 0. Without `utc` the
+    // second of two equal times in autumn is read as the first.
+    bool ParseIsoString(const TString<wchar_t>& text);
+    bool ParseIsoString(const TString<char>& text);
+
+    // Decimal, filled with "0" to `width`.
+    // Quirk: the zeros stand before a minus sign.
+    TString<wchar_t> IntToUString(int value, int width) const;
+
+    // The short forms of the user's locale: the date; the hour and minute; both with a space in between; and
+    // the time for a value of today, else the date.
+    void GetDate(TString<wchar_t>& out) const;
+    void GetTime(TString<wchar_t>& out) const;
+    void GetString(TString<wchar_t>& out) const;
+    void GetRelativeStringFromNow(TString<wchar_t>& out) const;
+
+private:
+    wxDateTime* m_pDateTime;
+};
+
+} // namespace Toolkit
+
+#endif

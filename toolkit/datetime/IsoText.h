@@ -1,0 +1,22 @@
+#ifndef TOOLKIT_DATETIME_ISOTEXT_H
+#define TOOLKIT_DATETIME_ISOTEXT_H
+
+#include <cstddef>
+
+#include "toolkit/datetime/CivilTime.h"
+
+namespace Toolkit
+{
+
+// The fields that are read from "2009-03-07 14:05:09 Z": what a wide stream in the classic locale reads.
+struct IsoText
+{
+    CivilTime time;
+    bool utc = false;
+
+    static IsoText Read(const wchar_t* text, const wchar_t* end);
+};
+
+} // namespace Toolkit
+
+#endif

@@ -15,6 +15,8 @@
 #include "toolkit/app/IPCServer.h"
 #include "toolkit/app/Network.h"
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/DllToolkit.h"

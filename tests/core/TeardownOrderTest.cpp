@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/ToolkitModule.h"
@@ -13,6 +15,8 @@
 
 using Toolkit::ILogger;
 using Toolkit::PathManager;
+using Toolkit::RestartManagment;
+using Toolkit::SingleApplicationInstance;
 using Toolkit::SystemInfo;
 using Toolkit::ToolkitModule;
 using Toolkit::Version;
@@ -77,10 +81,18 @@ TEST(TeardownOrder, SingletonsGoInTheirOwnOrderEachWithItsHolder)
 {
     ToolkitModule module;
     module.Initialize();
-    const std::vector<const void*> expected = {ILogger::s_pInstance->get(), PathManager::s_pInstance->get(),
-                                               PathManager::s_pInstance,    Version::s_pInstance->get(),
-                                               Version::s_pInstance,        SystemInfo::s_pInstance->get(),
-                                               SystemInfo::s_pInstance,     ILogger::s_pInstance};
+    const std::vector<const void*> expected = {ILogger::s_pInstance->get(),
+                                               SingleApplicationInstance::s_pInstance->get(),
+                                               SingleApplicationInstance::s_pInstance,
+                                               PathManager::s_pInstance->get(),
+                                               PathManager::s_pInstance,
+                                               Version::s_pInstance->get(),
+                                               Version::s_pInstance,
+                                               SystemInfo::s_pInstance->get(),
+                                               SystemInfo::s_pInstance,
+                                               RestartManagment::s_pInstance->get(),
+                                               RestartManagment::s_pInstance,
+                                               ILogger::s_pInstance};
     for (const void* memory : expected)
         Watch(memory);
     module.Release();

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/log/ILogger.h"
@@ -13,6 +15,8 @@ using Toolkit::ILogger;
 using Toolkit::LogSeverity;
 using Toolkit::NullLogger;
 using Toolkit::PathManager;
+using Toolkit::RestartManagment;
+using Toolkit::SingleApplicationInstance;
 using Toolkit::smart_ptr;
 using Toolkit::SystemInfo;
 using Toolkit::ToolkitModule;
@@ -31,6 +35,8 @@ struct Seen
     bool m_bSystemInfo = false;
     bool m_bVersion = false;
     bool m_bPathManager = false;
+    bool m_bRestartManagment = false;
+    bool m_bSingleInstance = false;
 };
 
 class WatchingSink : public ILogger
@@ -46,6 +52,8 @@ public:
         m_seen.m_bSystemInfo = SystemInfo::s_pInstance != nullptr;
         m_seen.m_bVersion = Version::s_pInstance != nullptr;
         m_seen.m_bPathManager = PathManager::s_pInstance != nullptr;
+        m_seen.m_bRestartManagment = RestartManagment::s_pInstance != nullptr;
+        m_seen.m_bSingleInstance = SingleApplicationInstance::s_pInstance != nullptr;
     }
 
     void Write(const TString<wchar_t>& text) override { m_strText += text; }
@@ -82,6 +90,8 @@ TEST(ToolkitModule, ConstructionCreatesNothing)
     EXPECT_EQ(nullptr, SystemInfo::s_pInstance);
     EXPECT_EQ(nullptr, Version::s_pInstance);
     EXPECT_EQ(nullptr, PathManager::s_pInstance);
+    EXPECT_EQ(nullptr, RestartManagment::s_pInstance);
+    EXPECT_EQ(nullptr, SingleApplicationInstance::s_pInstance);
 }
 
 TEST(ToolkitModule, InitializeCreatesEverySingleton)
@@ -96,6 +106,10 @@ TEST(ToolkitModule, InitializeCreatesEverySingleton)
     EXPECT_EQ(L"1.0.865.8", (*Version::s_pInstance)->ToString());
     ASSERT_NE(nullptr, PathManager::s_pInstance);
     EXPECT_FALSE(PathManager::s_pInstance->IsNull());
+    ASSERT_NE(nullptr, RestartManagment::s_pInstance);
+    EXPECT_FALSE(RestartManagment::s_pInstance->IsNull());
+    ASSERT_NE(nullptr, SingleApplicationInstance::s_pInstance);
+    EXPECT_FALSE((*SingleApplicationInstance::s_pInstance)->IsAlreadyRunning());
     module.Release();
 }
 
@@ -108,12 +122,16 @@ TEST(ToolkitModule, SecondInitializeChangesNothing)
     const SystemInfo* const systemInfo = SystemInfo::s_pInstance->get();
     const Version* const version = Version::s_pInstance->get();
     const PathManager* const pathManager = PathManager::s_pInstance->get();
+    const RestartManagment* const restart = RestartManagment::s_pInstance->get();
+    const SingleApplicationInstance* const single = SingleApplicationInstance::s_pInstance->get();
     module.Initialize();
     EXPECT_EQ(holder, ILogger::s_pInstance);
     EXPECT_EQ(logger, ILogger::s_pInstance->get());
     EXPECT_EQ(systemInfo, SystemInfo::s_pInstance->get());
     EXPECT_EQ(version, Version::s_pInstance->get());
     EXPECT_EQ(pathManager, PathManager::s_pInstance->get());
+    EXPECT_EQ(restart, RestartManagment::s_pInstance->get());
+    EXPECT_EQ(single, SingleApplicationInstance::s_pInstance->get());
     module.Release();
 }
 
@@ -140,6 +158,8 @@ TEST(ToolkitModule, ReleaseDestroysEverySingletonAndMayBeRepeated)
         EXPECT_EQ(nullptr, SystemInfo::s_pInstance);
         EXPECT_EQ(nullptr, Version::s_pInstance);
         EXPECT_EQ(nullptr, PathManager::s_pInstance);
+        EXPECT_EQ(nullptr, RestartManagment::s_pInstance);
+        EXPECT_EQ(nullptr, SingleApplicationInstance::s_pInstance);
     }
 }
 
@@ -177,6 +197,8 @@ TEST(ToolkitModule, HostsSinkGoesFirstAndLeavesANullLoggerBehind)
     EXPECT_TRUE(seen.m_bSystemInfo);
     EXPECT_TRUE(seen.m_bVersion);
     EXPECT_TRUE(seen.m_bPathManager);
+    EXPECT_TRUE(seen.m_bRestartManagment);
+    EXPECT_TRUE(seen.m_bSingleInstance);
 }
 
 TEST(ToolkitModule, HostsSinkThatIsStillOwnedGetsNothingOfTheTeardown)
@@ -207,5 +229,7 @@ TEST(ToolkitModule, LoggerGoesLast)
     EXPECT_FALSE(seen.m_bSystemInfo);
     EXPECT_FALSE(seen.m_bVersion);
     EXPECT_FALSE(seen.m_bPathManager);
+    EXPECT_FALSE(seen.m_bRestartManagment);
+    EXPECT_FALSE(seen.m_bSingleInstance);
     EXPECT_EQ(nullptr, ILogger::s_pInstance);
 }

@@ -1,6 +1,8 @@
 #include "tests/plugin/Plugin.h"
 
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/LibModuleManager.h"
@@ -38,6 +40,8 @@ extern "C"
     TOOLKIT_API bool HostHasSingletons()
     {
         return Toolkit::ILogger::s_pInstance != nullptr || Toolkit::SystemInfo::s_pInstance != nullptr ||
-               Toolkit::Version::s_pInstance != nullptr || Toolkit::PathManager::s_pInstance != nullptr;
+               Toolkit::Version::s_pInstance != nullptr || Toolkit::PathManager::s_pInstance != nullptr ||
+               Toolkit::RestartManagment::s_pInstance != nullptr ||
+               Toolkit::SingleApplicationInstance::s_pInstance != nullptr;
     }
 }

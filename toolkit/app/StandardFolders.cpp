@@ -51,12 +51,6 @@ TString<wchar_t> Environment(const char* name)
     return UTF8::ToUNICODE(TString<char>(std::getenv(name)));
 }
 
-TString<wchar_t> Home()
-{
-    const TString<wchar_t> home = Environment("HOME");
-    return home.empty() ? FromWx(wxFileName::GetHomeDir()) : home;
-}
-
 // The name that the base library gives an application without one: that of its file, without the last
 // extension.
 wxString ExecutableName()
@@ -124,6 +118,12 @@ TString<wchar_t> StandardFolders::Working()
 {
     std::error_code ignored;
     return UTF8::ToUNICODE(std::filesystem::current_path(ignored).string());
+}
+
+TString<wchar_t> StandardFolders::Home()
+{
+    const TString<wchar_t> home = Environment("HOME");
+    return home.empty() ? FromWx(wxFileName::GetHomeDir()) : home;
 }
 
 TString<wchar_t> StandardFolders::Data()

@@ -21,6 +21,9 @@ public:
     // The current working directory.
     static TString<wchar_t> Working();
 
+    // The user's home folder.
+    static TString<wchar_t> Home();
+
     static TString<wchar_t> Data();
     static TString<wchar_t> UserLocalData();
     static TString<wchar_t> Resources();

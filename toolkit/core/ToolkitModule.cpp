@@ -1,6 +1,8 @@
 #include "toolkit/core/ToolkitModule.h"
 
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/smart_ptr.h"
@@ -49,16 +51,20 @@ void ToolkitModule::Initialize()
     Create<SystemInfo>();
     Create<Version>(&Version::Create);
     Create<PathManager>();
+    Create<RestartManagment>();
+    Create<SingleApplicationInstance>();
 }
 
-// The order of destruction, which hosts rely on: SingleApplicationInstance, PathManager, Version, SystemInfo,
-// RestartManagment, ILogger. The logger goes last, after the host's sink was replaced first.
+// The order of destruction, which hosts rely on. The logger goes last, after the host's sink was replaced
+// first.
 void ToolkitModule::Release()
 {
     ILogger::SetLogger(smart_ptr<ILogger>());
+    Destroy<SingleApplicationInstance>();
     Destroy<PathManager>();
     Destroy<Version>();
     Destroy<SystemInfo>();
+    Destroy<RestartManagment>();
     Destroy<ILogger>();
 }
 

@@ -1,0 +1,295 @@
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/RunningProgram.h"
+#include "tests/support/TemporaryFolder.h"
+
+using ToolkitTest::CapturedOutput;
+using ToolkitTest::ReadBytes;
+using ToolkitTest::RunningProgram;
+using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::TemporaryFolder;
+using ToolkitTest::WriteBytes;
+
+namespace
+{
+
+// A home folder of the test's own; whatever the programs say of errors fails the test.
+class SingleInstanceProcess : public testing::Test
+{
+protected:
+    ~SingleInstanceProcess() override { EXPECT_EQ("", m_errors.Stop()); }
+
+    // The answers of that many programs that are told to start at the same time.
+    std::vector<std::string> StartAtOnce(unsigned int count)
+    {
+        m_programs.clear();
+        for (unsigned int i = 0; i < count; ++i)
+            m_programs.push_back(std::make_unique<RunningProgram>(TOOLKIT_SINGLE_INSTANCE));
+        for (const auto& program : m_programs)
+            program->Tell("start");
+        std::vector<std::string> answers;
+        for (const auto& program : m_programs)
+            answers.push_back(program->Answer());
+        return answers;
+    }
+
+    void KillTheFirstAndEndTheRest(const std::vector<std::string>& answers)
+    {
+        for (std::size_t i = 0; i < answers.size(); ++i)
+            if (answers[i] == "first")
+                m_programs[i]->Kill();
+        m_programs.clear();
+    }
+
+    // The files in the home folder, which the application's data folder is none of.
+    std::vector<std::string> Files() const
+    {
+        std::vector<std::string> files;
+        for (const auto& entry : std::filesystem::directory_iterator(m_home.Path()))
+            if (!entry.is_directory())
+                files.push_back(entry.path());
+        return files;
+    }
+
+    // Where the lock file lies, found out by a program that makes it.
+    std::string LockPath() const
+    {
+        RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+        EXPECT_EQ("first", program.Ask("start"));
+        const std::vector<std::string> files = Files();
+        EXPECT_EQ(1U, files.size());
+        return files.empty() ? "" : files[0];
+    }
+
+    TemporaryFolder m_home;
+    const ScopedEnvironment m_environment{"HOME", m_home.Path().c_str()};
+    CapturedOutput m_errors{2};
+    std::vector<std::unique_ptr<RunningProgram>> m_programs;
+};
+
+std::ptrdiff_t Firsts(const std::vector<std::string>& answers)
+{
+    return std::count(answers.begin(), answers.end(), "first");
+}
+
+std::ptrdiff_t Seconds(const std::vector<std::string>& answers)
+{
+    return std::count(answers.begin(), answers.end(), "second");
+}
+
+} // namespace
+
+TEST_F(SingleInstanceProcess, FirstIsFirstUntilItEnds)
+{
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", first.Ask("start"));
+    {
+        RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+        EXPECT_EQ("second", second.Ask("start"));
+        EXPECT_EQ(0, second.End());
+    }
+    EXPECT_EQ("first", first.Ask("ask"));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("stopped", first.Ask("stop"));
+    EXPECT_EQ(std::vector<std::string>(), Files());
+    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+}
+
+TEST_F(SingleInstanceProcess, TwentyStartsAtOnceGiveOneFirstInstance)
+{
+    const std::vector<std::string> answers = StartAtOnce(20);
+    EXPECT_EQ(1, Firsts(answers));
+    EXPECT_EQ(19, Seconds(answers));
+}
+
+TEST_F(SingleInstanceProcess, KilledFirstInstanceFreesTheWay)
+{
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("second", second.Ask("start"));
+    first.Kill();
+    EXPECT_EQ(1U, Files().size());
+    RunningProgram next(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", next.Ask("start"));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+}
+
+TEST_F(SingleInstanceProcess, TwentyStartsAtOnceAfterAKillGiveOneFirstInstance)
+{
+    for (int i = 0; i < 5; ++i)
+    {
+        const std::vector<std::string> answers = StartAtOnce(20);
+        EXPECT_EQ(1, Firsts(answers));
+        EXPECT_EQ(19, Seconds(answers));
+        KillTheFirstAndEndTheRest(answers);
+    }
+}
+
+TEST_F(SingleInstanceProcess, AnswerStaysAndAFreshObjectKnowsBetter)
+{
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("second", second.Ask("start"));
+    EXPECT_EQ(0, first.End());
+    EXPECT_EQ("second", second.Ask("ask"));
+    EXPECT_EQ("first", second.Ask("fresh"));
+}
+
+TEST_F(SingleInstanceProcess, LockIsAPrivateFileThatGoesWithTheInstance)
+{
+    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", program.Ask("start"));
+    ASSERT_EQ(1U, Files().size());
+    struct stat status = {};
+    ASSERT_EQ(0, stat(Files()[0].c_str(), &status));
+    EXPECT_EQ(static_cast<mode_t>(S_IFREG | 0600), status.st_mode);
+    EXPECT_EQ(std::to_string(program.Id()) + std::string(1, '\0'), ReadBytes(Files()[0]));
+    EXPECT_EQ(0, program.End());
+    EXPECT_EQ(std::vector<std::string>(), Files());
+}
+
+TEST_F(SingleInstanceProcess, AnotherInstallationIsAnotherApplication)
+{
+    const TemporaryFolder folder;
+    std::filesystem::copy_file(TOOLKIT_SINGLE_INSTANCE, folder.Path("SingleInstance"));
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    RunningProgram other(folder.Path("SingleInstance"));
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("first", other.Ask("start"));
+    EXPECT_EQ("second", RunningProgram(folder.Path("SingleInstance")).Ask("start"));
+}
+
+TEST_F(SingleInstanceProcess, ForkedChildLeavesTheLockToItsParent)
+{
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("done", first.Ask("fork"));
+    EXPECT_EQ(1U, Files().size());
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("first", first.Ask("ask"));
+}
+
+TEST_F(SingleInstanceProcess, LockLiesInTheHomeFolderWhateverItsNameAndTheLocale)
+{
+    std::filesystem::create_directory(m_home.Path("h\xC3\xB6me"));
+    const ScopedEnvironment home("HOME", m_home.Path("h\xC3\xB6me").c_str());
+    const ScopedEnvironment locale("LC_ALL", "C");
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", first.Ask("start"));
+    const std::filesystem::directory_iterator entries(m_home.Path("h\xC3\xB6me"));
+    EXPECT_TRUE(
+        std::any_of(begin(entries), end(entries), [](const auto& entry) { return entry.is_regular_file(); }));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+}
+
+TEST_F(SingleInstanceProcess, WithoutAUsableHomeEveryoneIsFirst)
+{
+    WriteBytes(m_home.Path("file"), "");
+    for (const std::string& home : {m_home.Path("file"), m_home.Path("file/home"), std::string("/proc")})
+    {
+        SCOPED_TRACE(home);
+        const ScopedEnvironment environment("HOME", home.c_str());
+        RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+        RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+        EXPECT_EQ("first", first.Ask("start"));
+        EXPECT_EQ("first", second.Ask("start"));
+        EXPECT_EQ(0, first.End());
+        EXPECT_EQ(0, second.End());
+    }
+}
+
+TEST_F(SingleInstanceProcess, TooLongANameMakesEveryoneFirst)
+{
+    // The name of the lock file is the folder's path, the program's name and the user's.
+    const std::string folder = m_home.Path(std::string(100, 'f') + "/" + std::string(100, 'g'));
+    std::filesystem::create_directories(folder);
+    const std::string program = folder + "/" + std::string(100, 'h');
+    std::filesystem::copy_file(TOOLKIT_SINGLE_INSTANCE, program);
+    RunningProgram first(program);
+    RunningProgram second(program);
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("first", second.Ask("start"));
+    EXPECT_EQ(std::vector<std::string>(), Files());
+}
+
+TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
+{
+    const std::string lock = LockPath();
+    const std::string contents[] = {"",
+                                    "garbage",
+                                    "-1",
+                                    "0",
+                                    " " + std::to_string(getpid()),
+                                    std::to_string(getpid()) + "x",
+                                    "99999999999",
+                                    std::string("1\0"
+                                                "1",
+                                                3),
+                                    std::string(1, '\0'),
+                                    std::string(256, '1'),
+                                    std::string(1000000, 'x')};
+    for (const std::string& content : contents)
+    {
+        SCOPED_TRACE(content.substr(0, 20));
+        WriteBytes(lock, content);
+        std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+        for (int i = 0; i < 2; ++i)
+        {
+            RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+            EXPECT_EQ("first", program.Ask("start"));
+            EXPECT_EQ(0, program.End());
+        }
+        EXPECT_EQ(content, ReadBytes(lock));
+    }
+}
+
+TEST_F(SingleInstanceProcess, LockThatOthersMayWriteIsNotTrusted)
+{
+    const std::string lock = LockPath();
+    WriteBytes(lock, std::to_string(getpid()) + std::string(1, '\0'));
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0666));
+    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_TRUE(std::filesystem::exists(lock));
+}
+
+TEST_F(SingleInstanceProcess, PlantedLinksAndFifosAreLeftAlone)
+{
+    const std::string lock = LockPath();
+    const std::string other = m_home.Path("other");
+    const std::function<void()> plants[] = {
+        [&]
+        {
+            WriteBytes(other, "1");
+            std::filesystem::permissions(other, static_cast<std::filesystem::perms>(0600));
+            std::filesystem::create_symlink(other, lock);
+        },
+        [&] { std::filesystem::create_symlink(m_home.Path("nothing"), lock); },
+        [&] { EXPECT_EQ(0, mkfifo(lock.c_str(), 0600)); },
+        [&] { std::filesystem::create_directory(lock); },
+    };
+    for (const auto& plant : plants)
+    {
+        plant();
+        const std::filesystem::file_type type = std::filesystem::symlink_status(lock).type();
+        EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+        EXPECT_EQ(type, std::filesystem::symlink_status(lock).type());
+        EXPECT_FALSE(std::filesystem::exists(m_home.Path("nothing")));
+        std::filesystem::remove(lock);
+    }
+    EXPECT_EQ("1", ReadBytes(other));
+}

@@ -1,0 +1,40 @@
+#ifndef TOOLKIT_APP_SINGLEAPPLICATIONINSTANCE_H
+#define TOOLKIT_APP_SINGLEAPPLICATIONINSTANCE_H
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/smart_ptr.h"
+
+namespace Toolkit
+{
+
+// Tells whether another process of this user runs the same installation of the application. The first one
+// holds a lock file in the home folder, named by the path manager's unique instance name, for as long as the
+// object lives; the lock of a killed process is taken over. The library's module owns the instance; a host
+// may make further objects. Any thread may ask. Nothing fails aloud: when there can be no lock (no home
+// folder, a name that is too long, a file there that is no lock), nobody else is running.
+class TOOLKIT_API SingleApplicationInstance
+{
+public:
+    // Null before the modules are initialised and after they are released.
+    static smart_ptr<SingleApplicationInstance, smart_ptr_policy>* s_pInstance;
+
+    // Finds out who is first. Blocks while other processes do the same; milliseconds as a rule, and five
+    // seconds at most.
+    SingleApplicationInstance();
+    // Gives the lock up, but not in a process that was forked meanwhile.
+    ~SingleApplicationInstance();
+
+    SingleApplicationInstance(const SingleApplicationInstance&) = delete;
+    SingleApplicationInstance& operator=(const SingleApplicationInstance&) = delete;
+
+    // Quirk: the answer is that of the moment of construction, also when the other process has ended since.
+    bool IsAlreadyRunning() const;
+
+private:
+    class Checker;
+    Checker* m_pChecker;
+};
+
+} // namespace Toolkit
+
+#endif

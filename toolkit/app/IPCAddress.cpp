@@ -79,6 +79,14 @@ IPCAddress::IPCAddress(const TString<wchar_t>& service)
         SetPath(service);
 }
 
+bool IPCAddress::IsOf(int socket) const
+{
+    sockaddr_storage bound = {};
+    socklen_t size = sizeof bound;
+    return getsockname(socket, reinterpret_cast<sockaddr*>(&bound), &size) == 0 &&
+           std::memcmp(&bound, &m_address, sizeof bound) == 0;
+}
+
 TString<char> IPCAddress::GetAbsolutePath() const
 {
     return Absolute(m_strPath);

@@ -29,6 +29,8 @@ public:
     const sockaddr* Get() const { return reinterpret_cast<const sockaddr*>(&m_address); }
     socklen_t GetSize() const { return m_uSize; }
     int GetFamily() const { return m_address.ss_family; }
+    // True when the socket is bound to this address.
+    bool IsOf(int socket) const;
 
     // The service itself; for an empty one the default, the local socket that is named after the unique
     // instance, or an empty text while there is no path manager.

@@ -109,7 +109,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
 {
     if (!IsMainThread() || !address.IsValid())
         return false;
-    if (m_pSource != nullptr && m_listener.IsInPlace())
+    if (m_pSource != nullptr && m_listener.IsInPlace(address))
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
@@ -133,7 +133,6 @@ void IPCEndpoint::Close()
     m_uBuffered = 0;
     m_uWaiting = 0;
     m_pEvents.reset();
-    m_bHandingOver = false;
     m_poll = Descriptor();
     if (m_bHolds)
         BaseLibrary::Stop();
@@ -203,6 +202,8 @@ void IPCEndpoint::Serve()
             AcceptClients();
         else if (const auto place = m_places.find(events[i].data.u64); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
+    if (!m_commands.empty())
+        HandOverSoon();
 }
 
 void IPCEndpoint::AcceptClients()
@@ -345,14 +346,10 @@ void IPCEndpoint::Enqueue(Command command)
 {
     m_uWaiting += command.m_strData.size();
     m_commands.push_back(std::move(command));
-    HandOverSoon();
 }
 
 void IPCEndpoint::HandOverSoon()
 {
-    if (m_bHandingOver)
-        return;
-    m_bHandingOver = true;
     m_pEvents->CallAfter([this] { HandOver(); });
 }
 
@@ -360,14 +357,13 @@ void IPCEndpoint::HandOverSoon()
 // loop, which does not know of it.
 void IPCEndpoint::HandOver()
 {
-    m_bHandingOver = false;
+    if (m_commands.size() > 1)
+        HandOverSoon();
     while (!m_commands.empty())
     {
         Command command = std::move(m_commands.front());
         m_commands.pop_front();
         m_uWaiting -= command.m_strData.size();
-        if (!m_commands.empty())
-            HandOverSoon();
         try
         {
             command.Run();

@@ -94,7 +94,6 @@ private:
     std::deque<Command> m_commands;
     std::size_t m_uWaiting = 0;
     std::unique_ptr<wxEvtHandler> m_pEvents;
-    bool m_bHandingOver = false;
 };
 
 } // namespace Toolkit

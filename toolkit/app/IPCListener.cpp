@@ -143,7 +143,7 @@ bool IPCListener::ListenAtPath(const IPCAddress& address)
 // The file goes first: as long as somebody listens to it, no other server takes it over.
 void IPCListener::Close()
 {
-    if (m_process == getpid() && IsInPlace())
+    if (m_process == getpid() && IsOwnFile())
         unlink(m_strFile.c_str());
     m_strFile.clear();
     m_process = 0;
@@ -151,11 +151,15 @@ void IPCListener::Close()
     m_spare = Descriptor();
 }
 
-bool IPCListener::IsInPlace() const
+bool IPCListener::IsInPlace(const IPCAddress& address) const
+{
+    return m_socket.IsOpen() && address.IsOf(Get()) && (!address.IsLocal() || IsOwnFile());
+}
+
+bool IPCListener::IsOwnFile() const
 {
     struct stat file = {};
-    return m_socket.IsOpen() && (m_strFile.empty() || (lstat(m_strFile.c_str(), &file) == 0 &&
-                                                       file.st_dev == m_device && file.st_ino == m_inode));
+    return lstat(m_strFile.c_str(), &file) == 0 && file.st_dev == m_device && file.st_ino == m_inode;
 }
 
 IPCListener::Accepted IPCListener::Accept(Descriptor& client)

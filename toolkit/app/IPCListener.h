@@ -28,8 +28,8 @@ public:
     // False when it cannot listen there. On a closed listener only.
     bool Open(const IPCAddress& address);
     void Close();
-    // True while clients find this listener at its address.
-    bool IsInPlace() const;
+    // True while clients find this listener at that address.
+    bool IsInPlace(const IPCAddress& address) const;
 
     int Get() const { return m_socket.Get(); }
 
@@ -48,6 +48,7 @@ public:
 private:
     bool ListenAtPath(const IPCAddress& address);
     bool RefuseOne();
+    bool IsOwnFile() const;
 
     Descriptor m_socket;
     // Given up for a moment when there are no descriptors left, so that a client can be refused.

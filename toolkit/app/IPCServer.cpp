@@ -17,6 +17,7 @@ IPCServer::~IPCServer() = default;
 
 bool IPCServer::Run()
 {
+    m_strService = IPCAddress::ServiceOrDefault(m_strService);
     return m_pServer->Create(ToWx(m_strService));
 }
 

@@ -1,6 +1,5 @@
 #include "toolkit/app/Version.h"
 
-#include <locale>
 #include <memory>
 #include <random>
 #include <string>
@@ -9,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/GroupedDigits.h"
 #include "tests/support/PlainVersion.h"
 
 using Toolkit::smart_ptr;
@@ -30,25 +30,6 @@ void ExpectPlain(const std::wstring& text)
     ASSERT_TRUE(version == Version(parts[0], parts[1], parts[2], parts[3]))
         << testing::PrintToString(text) << " gives " << testing::PrintToString(version.ToString());
 }
-
-// A global locale that groups digits, for a scope.
-class GroupedDigits
-{
-public:
-    GroupedDigits() : m_before(std::locale::global(std::locale(std::locale::classic(), new Grouping))) {}
-    ~GroupedDigits() { std::locale::global(m_before); }
-    GroupedDigits(const GroupedDigits&) = delete;
-    GroupedDigits& operator=(const GroupedDigits&) = delete;
-
-private:
-    class Grouping : public std::numpunct<wchar_t>
-    {
-        wchar_t do_thousands_sep() const override { return L','; }
-        std::string do_grouping() const override { return "\3"; }
-    };
-
-    const std::locale m_before;
-};
 
 } // namespace
 
@@ -136,7 +117,7 @@ TEST(Version, EveryCharacterAroundADigitIsReadAsByAStream)
 
 TEST(Version, ReadsAndWritesIndependentlyOfTheGlobalLocale)
 {
-    const GroupedDigits grouped;
+    const ToolkitTest::GroupedDigits grouped;
     EXPECT_EQ(Version(1234567, 0, 0, s_uLargest).ToString(), L"1234567.0.0.4294967295");
     EXPECT_EQ(Version(L"1,234.5678").ToString(), L"1.5678.0.0");
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/Child.h"
+#include "tests/support/LocalZone.h"
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/datetime/DateTime.h"
@@ -20,6 +21,7 @@ using Text = Toolkit::TString<wchar_t>;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ChildAnswer;
 using ToolkitTest::InChild;
+using ToolkitTest::LocalZone;
 using ToolkitTest::Quoted;
 using ToolkitTest::RunProgram;
 using ToolkitTest::ScopedEnvironment;
@@ -62,7 +64,7 @@ void InEveryZone(const char* locale, const std::function<void()>& work)
     for (const char* const zone : s_zones)
     {
         SCOPED_TRACE(zone);
-        const ScopedEnvironment zoneVariable("TZ", zone);
+        const LocalZone local(zone);
         work();
     }
 }
@@ -228,14 +230,14 @@ TEST(DateTimeLocale, WritesAnInstantByTheLocalClock)
     const DateTime value(2009, 3, 7, 23, 30, 0, 0);
     for (const auto& row : rows)
     {
-        const ScopedEnvironment zone("TZ", row.zone);
+        const LocalZone zone(row.zone);
         EXPECT_EQ(Texts(value).m_strBoth, row.text) << row.zone;
     }
 }
 
 TEST(DateTimeLocale, WritesMillisecondsBefore1970InTheirMinute)
 {
-    const ScopedEnvironment zone("TZ", "UTC");
+    const LocalZone zone("UTC");
     const ScopedEnvironment environment("LC_ALL", "en_GB.UTF-8");
     EXPECT_EQ(Texts(DateTime(1969, 12, 31, 23, 59, 59)).m_strBoth, L"31/12/1969 23:59");
     EXPECT_EQ(Texts(DateTime(1601, 1, 1, 0, 0, 0)).m_strBoth, L"01/01/1601 00:00");

@@ -20,12 +20,12 @@ class TOOLKIT_API DateTime
 public:
     // The current time.
     DateTime();
-    // A wall-clock time in the local zone; months from 1. Invalid if there is no such date or time. The
-    // seconds 60 and 61 are those of leap seconds; where the system has none they count on into the next
-    // minute. Quirk: day, hour, minute and second are taken modulo 65536 first.
+    // A wall-clock time in the local zone; months from 1. Invalid if there is no such date or time.
+    // Quirk: day, hour, minute and second are taken modulo 65536 first.
+    // Quirk: seconds 60 and 61 are taken and count on into the next minute, but in a zone with leap seconds.
     DateTime(unsigned int year, unsigned int month, unsigned int day, unsigned int hour, unsigned int minute,
              unsigned int second);
-    // The same in the fixed zone UTC + utcOffsetHours. Invalid for offsets outside -12 to +13.
+    // The same in the fixed zone UTC + utcOffsetHours. Invalid for offsets outside -12 to +13 as well.
     DateTime(unsigned int year, unsigned int month, unsigned int day, unsigned int hour, unsigned int minute,
              unsigned int second, int utcOffsetHours);
     DateTime(const DateTime& other);
@@ -71,10 +71,9 @@ public:
     // The current time.
     void Now();
 
-    // A real date, at 00:00:00 local time, for a wished-for day of a month. Days 29 to 31 that the month does
-    // not have become the first of the next month, and a month above 12 becomes January of the next year, so
-    // that 31 December stays what it is. Invalid for other days that do not exist and for month 0. Quirk:
-    // every month above 12 is that same January, 14 too.
+    // A real date, at 00:00:00 local time, for a wished-for day of a month: days 29 to 31 that the month does
+    // not have become the first of the next one. Invalid for month 0 and for other days that do not exist.
+    // Quirk: every month above 12, not only 13, is January of the next year.
     static DateTime CreateNormalizedDateTime(unsigned int year, unsigned int month, unsigned int day);
 
     // "2009-03-07", "14:05:09", and both with a space in between; with `utc` the fields of UTC, and " Z"
@@ -87,20 +86,23 @@ public:
     // "20090307140509", local time.
     void GetSortableString(TString<wchar_t>& out) const;
 
-    // Reads what GetIsoString writes, as a wide stream in the classic locale reads numbers: white space
-    // before them and signs are taken, any one character stands between them, and after the seconds one more
-    // before the "Z". False, and an invalid value, if the text holds no time. Quirk: "12:00:00Z" is local
-    // time, as the "Z" is that one character; and seconds that begin with no number are 0. Without `utc` the
-    // second of two equal times in autumn is read as the first.
+    // Reads what GetIsoString writes. False, and an invalid value, if the text holds no time. Numbers are
+    // read as a wide stream in the classic locale reads them, with any one character between two of them and
+    // between the seconds and the "Z".
+    // Quirk: "12:00:00Z" is local time, as its "Z" is that one character.
+    // Quirk: seconds that begin with no number are 0.
+    // Quirk: without "Z" the second of two equal times, when the clocks go back, is read as the first.
     bool ParseIsoString(const TString<wchar_t>& text);
     bool ParseIsoString(const TString<char>& text);
 
-    // Decimal, filled with "0" to `width`.
+    // Decimal, filled with "0" to `width`; nothing of this value is in it.
     // Quirk: the zeros stand before a minus sign.
     TString<wchar_t> IntToUString(int value, int width) const;
 
-    // The short forms of the user's locale: the date; the hour and minute; both with a space in between; and
-    // the time for a value of today, else the date.
+    // The short forms of the user's locale (see Locales): the date; the hour and minute; both with a space in
+    // between; and the time for a value of today, else the date. AM and PM are what the C library's current
+    // locale calls them. Quirk: months have two digits always, days only where the locale wants it
+    // ("03/7/09"), and seconds are never shown.
     void GetDate(TString<wchar_t>& out) const;
     void GetTime(TString<wchar_t>& out) const;
     void GetString(TString<wchar_t>& out) const;

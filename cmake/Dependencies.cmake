@@ -1,5 +1,6 @@
 # What the library stands on. CMake 3.25 has no imported wxWidgets target, so one is made here from wx-config's answer:
 #   Toolkit::wx   wxWidgets base and net (never its graphical libraries)
+#   Toolkit::wx_gui  the graphical ones on top, for the example with a window; missing where they are not installed
 #   Toolkit::pcre PCRE's 8-bit library (not PCRE2)
 #   Toolkit::icu  ICU's locale data and date patterns
 find_package(Threads REQUIRED)
@@ -18,9 +19,10 @@ function(toolkit_wx_config out)
   set(${out} "${words}" PARENT_SCOPE)
 endfunction()
 
-if(NOT TARGET Toolkit::wx)
-  toolkit_wx_config(wx_flags --cxxflags base,net)
-  toolkit_wx_config(wx_libraries --libs base,net)
+# toolkit_wx_target(<target> <wx libraries>)
+function(toolkit_wx_target target libraries)
+  toolkit_wx_config(wx_flags --cxxflags ${libraries})
+  toolkit_wx_config(wx_libraries --libs ${libraries})
 
   set(wx_includes ${wx_flags})
   list(FILTER wx_includes INCLUDE REGEX "^-I")
@@ -30,10 +32,23 @@ if(NOT TARGET Toolkit::wx)
   list(TRANSFORM wx_definitions REPLACE "^-D" "")
   list(FILTER wx_libraries INCLUDE REGEX "^-[lL]")
 
-  add_library(Toolkit::wx INTERFACE IMPORTED GLOBAL)
-  target_include_directories(Toolkit::wx SYSTEM INTERFACE ${wx_includes})
-  target_compile_definitions(Toolkit::wx INTERFACE ${wx_definitions})
-  target_link_libraries(Toolkit::wx INTERFACE ${wx_libraries} Threads::Threads)
+  add_library(${target} INTERFACE IMPORTED GLOBAL)
+  target_include_directories(${target} SYSTEM INTERFACE ${wx_includes})
+  target_compile_definitions(${target} INTERFACE ${wx_definitions})
+  target_link_libraries(${target} INTERFACE ${wx_libraries} Threads::Threads)
+endfunction()
+
+if(NOT TARGET Toolkit::wx)
+  toolkit_wx_target(Toolkit::wx base,net)
+endif()
+
+# Asked for with a test of its own: an installation may have the base libraries alone.
+execute_process(
+  COMMAND ${TOOLKIT_WX_CONFIG} --libs core,base,net
+  RESULT_VARIABLE wx_gui_missing
+  OUTPUT_QUIET ERROR_QUIET)
+if(NOT wx_gui_missing AND NOT TARGET Toolkit::wx_gui)
+  toolkit_wx_target(Toolkit::wx_gui core,base,net)
 endif()
 
 if(NOT TARGET Toolkit::pcre)

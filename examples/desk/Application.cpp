@@ -85,10 +85,11 @@ Application::Start Application::Begin()
     if (m_options.m_bRestart)
         TakeOver();
     m_host.LoadPlugins();
-    const IniFile settings(Join(m_options.m_strData, L"desk.ini"));
+    const Text data = m_options.m_strData.empty() ? Text() : Absolute(m_options.m_strData);
+    const IniFile settings(Join(data, L"desk.ini"));
     std::vector<Text> problems;
     m_host.Configure(settings, problems);
-    m_index = std::make_unique<Index>(m_host, m_options.m_strData, settings, m_options.m_bPaused);
+    m_index = std::make_unique<Index>(m_host, data, settings, m_options.m_bPaused);
     if (!m_options.m_strOpen.empty())
         Open(m_options.m_strOpen);
     Listen();

@@ -44,7 +44,6 @@ public:
     void End();
 
     const Host& GetHost() const { return m_host; }
-    const Text& GetDataFolder() const { return m_options.m_strData; }
     std::vector<Document> GetDocuments() const;
 
 private:

@@ -36,7 +36,7 @@ void Console::Show(const Document& document)
 {
     m_strShown = document.m_strTitle;
     PrintLine(L"opened " + FileName(document.m_strPath) + L": \"" + document.m_strTitle + L"\", " +
-              ToText(document.m_strText.size()) + L" characters");
+              ToText(document.m_uHidden) + L" places hidden");
 }
 
 void Console::Describe(std::vector<Text>& lines) const

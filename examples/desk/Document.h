@@ -16,6 +16,8 @@ struct Document
     // As a list shows it; empty when the file tells none.
     Text m_strDate;
     Text m_strText;
+    // How many places of the text are hidden.
+    std::size_t m_uHidden = 0;
 };
 
 } // namespace Desk

@@ -80,7 +80,7 @@ bool Host::Read(const Text& path, Document& document)
     if (std::none_of(m_plugins.begin(), m_plugins.end(), reads))
         return false;
     for (const Plugin* plugin : m_plugins)
-        plugin->Hide(document.m_strText);
+        document.m_uHidden += plugin->Hide(document.m_strText);
     return true;
 }
 

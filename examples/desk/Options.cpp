@@ -1,27 +1,9 @@
 #include "Options.h"
 
-#include <filesystem>
-
 namespace Desk
 {
 
 using namespace Toolkit;
-
-namespace
-{
-
-// The first desk may run in another folder than this one.
-Text Absolute(const Text& path)
-{
-    if (path.empty())
-        return path;
-    std::error_code error;
-    const std::filesystem::path absolute =
-        std::filesystem::absolute(std::string(UTF8::ToUTF8(path)), error).lexically_normal();
-    return error ? path : UTF8::ToUNICODE(TString<char>(absolute.string()));
-}
-
-} // namespace
 
 Options::Options(int argc, char** argv)
 {
@@ -41,7 +23,8 @@ Options::Options(int argc, char** argv)
     m_arguments = parser.GetArguments();
     m_strData = data->GetValue();
     m_strLog = log->IsFound() ? log->GetValue() : Text(L"desk");
-    m_strOpen = Absolute(open->GetValue());
+    // The first desk may run in another folder than this one.
+    m_strOpen = open->GetValue().empty() ? Text() : Absolute(open->GetValue());
     m_strSend = send->GetValue();
     m_bPaused = paused->IsFound();
     m_bRestart = restart->IsFound();

@@ -1,5 +1,6 @@
 #include "Text.h"
 
+#include <filesystem>
 #include <iostream>
 
 namespace Desk
@@ -26,6 +27,14 @@ bool HasExtension(const Text& fileName, const Text& extension)
 Text FileName(const Text& path)
 {
     return Text(path.substr(path.rfind(L'/') + 1));
+}
+
+Text Absolute(const Text& path)
+{
+    std::error_code error;
+    const std::filesystem::path absolute =
+        std::filesystem::absolute(std::string(Toolkit::UTF8::ToUTF8(path)), error).lexically_normal();
+    return error ? path : Toolkit::UTF8::ToUNICODE(Toolkit::TString<char>(absolute.string()));
 }
 
 bool ReadLines(const Text& path, std::vector<Text>& lines)

@@ -22,6 +22,9 @@ bool HasExtension(const Text& fileName, const Text& extension);
 // The last part of a path.
 Text FileName(const Text& path);
 
+// The path from the root on; `path` itself if there is none.
+Text Absolute(const Text& path);
+
 // Appends the lines of a text file to `lines`; false when it cannot be read.
 bool ReadLines(const Text& path, std::vector<Text>& lines);
 

@@ -84,7 +84,7 @@ public:
         Mail mail;
         if (!Takes(path) || !ReadMail(path, mail))
             return false;
-        document = {path, mail.m_strSubject, mail.m_strFrom, ListedDate(mail.m_strDate), mail.m_strText};
+        document = {path, mail.m_strSubject, mail.m_strFrom, ListedDate(mail.m_strDate), mail.m_strText, 0};
         return true;
     }
 

@@ -61,7 +61,7 @@ public:
         std::vector<Text> lines;
         if (!Takes(name) || !ReadLines(path, lines))
             return false;
-        document = {path, name, Text(), Text(), Text()};
+        document = {path, name, Text(), Text(), Text(), 0};
         for (const Text& line : lines)
             document.m_strText += line + L"\n";
         return true;

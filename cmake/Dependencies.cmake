@@ -1,14 +1,18 @@
 # What the library stands on, as imported targets:
-#   Toolkit::wx   wxWidgets base and net (never its graphical libraries); a consumer needs it too
-#   Toolkit::pcre PCRE's 8-bit library (not PCRE2)
-#   Toolkit::icu  ICU's locale data and date patterns
+#   Toolkit::wx      wxWidgets base and net (never its graphical libraries); a consumer needs it too
+#   Toolkit::wx_gui  the graphical ones on top, for the example with a window; missing where they are not installed
+#   Toolkit::pcre    PCRE's 8-bit library (not PCRE2)
+#   Toolkit::icu     ICU's locale data and date patterns
 include(${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake)
-toolkit_import_wx("")
+toolkit_import_wx(Toolkit::wx base,net "")
 if(TOOLKIT_WX_ERROR)
   message(FATAL_ERROR "${TOOLKIT_WX_ERROR}; './check --no-install' prints the packages that are needed")
 endif()
 # A project around this one links its targets from its own folders.
 set_target_properties(Toolkit::wx PROPERTIES IMPORTED_GLOBAL TRUE)
+if(TOOLKIT_BUILD_EXAMPLES)
+  toolkit_import_wx(Toolkit::wx_gui core,base,net "")
+endif()
 
 if(NOT TARGET Toolkit::pcre)
   find_path(TOOLKIT_PCRE_INCLUDE pcre.h)

@@ -1,11 +1,13 @@
-# toolkit_import_wx(<release>): makes Toolkit::wx, the base and net libraries of wxWidgets (never its graphical ones),
-# with the flags that this machine's wx-config answers. CMake 3.25 has no imported target for them. An empty release
-# takes what wx-config chooses. What is wrong stands in TOOLKIT_WX_ERROR afterwards, which is empty if nothing is.
+# toolkit_import_wx(<target> <libraries> <release>): makes an imported target of libraries of wxWidgets with the flags
+# that this machine's wx-config answers. CMake 3.25 has no imported target for them. An empty release takes what wx-config
+# chooses. What is wrong stands in TOOLKIT_WX_ERROR afterwards, which is empty if nothing is.
+#
+# Toolkit::wx is the base and net libraries, never the graphical ones.
 #
 # The build uses it, and so does every consumer of an installed library, whose wxWidgets may lie elsewhere.
-function(toolkit_import_wx release)
+function(toolkit_import_wx target libraries release)
   set(TOOLKIT_WX_ERROR "" PARENT_SCOPE)
-  if(TARGET Toolkit::wx)
+  if(TARGET ${target})
     return()
   endif()
 
@@ -22,31 +24,31 @@ function(toolkit_import_wx release)
   endif()
   foreach(question cxxflags libs)
     execute_process(
-      COMMAND ${TOOLKIT_WX_CONFIG} ${chosen} --${question} base,net
+      COMMAND ${TOOLKIT_WX_CONFIG} ${chosen} --${question} ${libraries}
       OUTPUT_VARIABLE answer
       OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET
       RESULT_VARIABLE status)
     if(NOT status EQUAL 0 OR answer STREQUAL "")
-      set(TOOLKIT_WX_ERROR "${TOOLKIT_WX_CONFIG} knows no base and net libraries of wxWidgets ${release}" PARENT_SCOPE)
+      set(TOOLKIT_WX_ERROR "${TOOLKIT_WX_CONFIG} knows no ${libraries} of wxWidgets ${release}" PARENT_SCOPE)
       return()
     endif()
     separate_arguments(${question} UNIX_COMMAND "${answer}")
   endforeach()
 
-  add_library(Toolkit::wx INTERFACE IMPORTED)
+  add_library(${target} INTERFACE IMPORTED)
   foreach(flag IN LISTS cxxflags libs)
     if(flag MATCHES "^-I(.+)")
-      target_include_directories(Toolkit::wx SYSTEM INTERFACE ${CMAKE_MATCH_1})
+      target_include_directories(${target} SYSTEM INTERFACE ${CMAKE_MATCH_1})
     elseif(flag MATCHES "^-D(.+)")
-      target_compile_definitions(Toolkit::wx INTERFACE ${CMAKE_MATCH_1})
+      target_compile_definitions(${target} INTERFACE ${CMAKE_MATCH_1})
     elseif(flag MATCHES "^-L(.+)")
-      target_link_directories(Toolkit::wx INTERFACE ${CMAKE_MATCH_1})
+      target_link_directories(${target} INTERFACE ${CMAKE_MATCH_1})
     elseif(flag MATCHES "^-l")
-      target_link_libraries(Toolkit::wx INTERFACE ${flag})
+      target_link_libraries(${target} INTERFACE ${flag})
     endif()
   endforeach()
   list(FILTER cxxflags EXCLUDE REGEX "^-[ID]")
   list(FILTER libs EXCLUDE REGEX "^-[Ll]")
-  target_compile_options(Toolkit::wx INTERFACE ${cxxflags})
-  target_link_options(Toolkit::wx INTERFACE ${libs})
+  target_compile_options(${target} INTERFACE ${cxxflags})
+  target_link_options(${target} INTERFACE ${libs})
 endfunction()

@@ -12,11 +12,6 @@ namespace
 
 using Entries = std::map<Text, smart_ptr<ArchiveZipEntry>>;
 
-Text LastPart(const Text& name)
-{
-    return Text(name.substr(name.rfind(L'/') + 1));
-}
-
 } // namespace
 
 bool ExtractFiles(const Text& path, const Text& pattern, const Text& folder, std::vector<Text>& paths,
@@ -30,7 +25,7 @@ bool ExtractFiles(const Text& path, const Text& pattern, const Text& folder, std
     bool all = true;
     for (const auto& [name, entry] : entries)
     {
-        Text target = Join(folder, LastPart(name));
+        Text target = Join(folder, FileName(name));
         const bool done = archive.UnZip(entry, target);
         report.push_back(name +
                          (done ? L", " + ToText(static_cast<unsigned long long>(entry->GetSize())) + L" bytes"

@@ -16,22 +16,27 @@ using PluginEntry = Plugin* (*)();
 
 } // namespace
 
-Host::Host(const Text& logName) : m_session(new Toolkit::ToolkitSession)
+Host::Host() : m_session(new Toolkit::ToolkitSession)
 {
     Toolkit::smart_ptr<Toolkit::PathManager> paths = *Toolkit::PathManager::s_pInstance;
     paths->SetApplicationRessourcesPath(
         Join(paths->GetApplicationPath(), Toolkit::PathManager::c_strRessourcesFolderName));
     m_strOutputFolder = Join(paths->GetApplicationDataPath(), L"output");
     Toolkit::Directory::Create(m_strOutputFolder);
-
-    m_strLogPath = Join(paths->GetTempDir(), logName + Toolkit::FileLogger::c_strLogExtension);
-    Toolkit::ILogger::SetLogger(new Toolkit::FileLogger(Toolkit::LogSeverity::Info, logName, s_uLogSize));
-    TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: started as " << paths->GetUniqueInstanceName();
 }
 
 Host::~Host()
 {
     ShutDown();
+}
+
+void Host::OpenLog(const Text& logName)
+{
+    Toolkit::smart_ptr<Toolkit::PathManager> paths = *Toolkit::PathManager::s_pInstance;
+    m_strLogPath = Join(paths->GetTempDir(), logName + Toolkit::FileLogger::c_strLogExtension);
+    Toolkit::ILogger::SetLogger(new Toolkit::FileLogger(Toolkit::LogSeverity::Info, logName, s_uLogSize));
+    m_forwarder = std::make_unique<Toolkit::WxLogForwarder>();
+    TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: started as " << paths->GetUniqueInstanceName();
 }
 
 void Host::LoadPlugins()
@@ -62,11 +67,29 @@ Plugin* Host::FindPlugin(const Text& name) const
     return found != m_plugins.end() ? *found : nullptr;
 }
 
+void Host::Configure(const Toolkit::IniFile& settings, std::vector<Text>& problems)
+{
+    for (Plugin* plugin : m_plugins)
+        plugin->Configure(settings, problems);
+}
+
+bool Host::Read(const Text& path, Document& document)
+{
+    const Toolkit::MutexLock lock(m_pluginMutex);
+    const auto reads = [&path, &document](Plugin* plugin) { return plugin->Read(path, document); };
+    if (std::none_of(m_plugins.begin(), m_plugins.end(), reads))
+        return false;
+    for (const Plugin* plugin : m_plugins)
+        document.m_uHidden += plugin->Hide(document.m_strText);
+    return true;
+}
+
 void Host::ShutDown()
 {
     if (m_session == nullptr)
         return;
     TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: shutting down";
+    m_forwarder.reset();
     m_session.reset();
     m_plugins.clear();
     m_libraries.clear();

@@ -3,13 +3,14 @@
 
 #include <vector>
 
+#include "Document.h"
 #include "Text.h"
 
 namespace Desk
 {
 
 // What a plug-in library offers to the host: a module, which the toolkit brings up and down, that works on
-// files. The library owns it; the host calls it from one thread.
+// files. The library owns it; the host calls it from one thread at a time.
 class TOOLKIT_API Plugin : public Toolkit::LibModule
 {
 public:
@@ -24,6 +25,12 @@ public:
     // Works on the file at `path`; what it writes goes into `folder`. Lines for the user are appended to
     // `report`. False when the file cannot be worked on.
     virtual bool Work(const Text& path, const Text& folder, std::vector<Text>& report) = 0;
+
+    // Reads the file at `path` for showing. False when this plug-in does not take it or cannot read it.
+    virtual bool Read(const Text& path, Document& document) = 0;
+
+    // Hides in a text what the user should not see, and answers how often. Most plug-ins hide nothing.
+    virtual std::size_t Hide(Text&) const { return 0; }
 };
 
 // The entry point of every plug-in library: registers its module with the toolkit and answers it.

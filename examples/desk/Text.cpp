@@ -1,5 +1,6 @@
 #include "Text.h"
 
+#include <filesystem>
 #include <iostream>
 
 namespace Desk
@@ -23,9 +24,34 @@ bool HasExtension(const Text& fileName, const Text& extension)
            Text(fileName.substr(fileName.size() - extension.size())).compareNoCase(extension) == 0;
 }
 
+Text FileName(const Text& path)
+{
+    return Text(path.substr(path.rfind(L'/') + 1));
+}
+
+Text Absolute(const Text& path)
+{
+    std::error_code error;
+    const std::filesystem::path absolute =
+        std::filesystem::absolute(std::string(Toolkit::UTF8::ToUTF8(path)), error).lexically_normal();
+    return error ? path : Toolkit::UTF8::ToUNICODE(Toolkit::TString<char>(absolute.string()));
+}
+
+bool ReadLines(const Text& path, std::vector<Text>& lines)
+{
+    Toolkit::TextFile file;
+    if (!file.Open(path))
+        return false;
+    for (Text line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
+        lines.push_back(line);
+    return true;
+}
+
 void PrintLine(const Text& line)
 {
-    std::cout << Toolkit::UTF8::ToUTF8(line) << std::endl;
+    // In one piece, so that the lines of two threads do not mix.
+    const Toolkit::TString<char> bytes = Toolkit::UTF8::ToUTF8(line) + "\n";
+    std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
 }
 
 } // namespace Desk

@@ -1,6 +1,8 @@
 #ifndef DESK_TEXT_H
 #define DESK_TEXT_H
 
+#include <vector>
+
 #include "toolkit/Toolkit.h"
 
 namespace Desk
@@ -17,7 +19,16 @@ Text Join(const Text& folder, const Text& name);
 // True when a file name ends in `extension`, which begins with a dot.
 bool HasExtension(const Text& fileName, const Text& extension);
 
-// Writes UTF-8 to the standard output, with a line feed.
+// The last part of a path.
+Text FileName(const Text& path);
+
+// The path from the root on; `path` itself if there is none.
+Text Absolute(const Text& path);
+
+// Appends the lines of a text file to `lines`; false when it cannot be read.
+bool ReadLines(const Text& path, std::vector<Text>& lines);
+
+// Writes UTF-8 to the standard output, with a line feed. Any thread may do so.
 void PrintLine(const Text& line = Text());
 
 } // namespace Desk

@@ -17,13 +17,10 @@ namespace
 
 const unsigned int s_uShownLogLines = 8;
 
-std::vector<Text> ReadLines(const Text& path)
+std::vector<Text> LinesOf(const Text& path)
 {
     std::vector<Text> lines;
-    TextFile file;
-    if (file.Open(path))
-        for (Text line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
-            lines.push_back(line);
+    ReadLines(path, lines);
     return lines;
 }
 
@@ -33,6 +30,13 @@ std::size_t FindMessage(const std::vector<Text>& lines, const Text& message)
     const auto ends = [&message](const Text& line)
     { return line.size() >= message.size() && line.substr(line.size() - message.size()) == message; };
     return static_cast<std::size_t>(std::find_if(lines.begin(), lines.end(), ends) - lines.begin());
+}
+
+// The position of the first line that begins with `beginning`; the number of lines if none does.
+std::size_t FindLine(const std::vector<Text>& lines, const Text& beginning)
+{
+    const auto begins = [&beginning](const Text& line) { return line.rfind(beginning, 0) == 0; };
+    return static_cast<std::size_t>(std::find_if(lines.begin(), lines.end(), begins) - lines.begin());
 }
 
 Text PlatformName()
@@ -70,6 +74,8 @@ bool Tour::Play()
     ChangedSetting();
     SavedState();
     Child();
+    SecondStart();
+    Restart();
     ShutDown();
     Log();
     PrintLine();
@@ -80,7 +86,8 @@ bool Tour::Play()
 void Tour::Load()
 {
     Begin(L"The host opens a ToolkitSession and installs its log");
-    m_host = std::make_unique<Host>(m_strLogName);
+    m_host = std::make_unique<Host>();
+    m_host->OpenLog(m_strLogName);
     m_strLogPath = m_host->GetLogPath();
     Say(L"the library registered its module, the base library was started, the module made its singletons:");
     Say(L"logger, system information, version, path manager, restart, single instance");
@@ -139,11 +146,9 @@ void Tour::Plugins()
     Begin(L"The plug-ins are loaded; each registers a module, which is initialised at once");
     m_host->LoadPlugins();
     std::vector<Text> problems;
-    for (Plugin* plugin : m_host->GetPlugins())
-    {
+    m_host->Configure(*m_settings, problems);
+    for (const Plugin* plugin : m_host->GetPlugins())
         Say(plugin->GetName());
-        plugin->Configure(*m_settings, problems);
-    }
     for (const Text& problem : problems)
         Say(L"a setting is left out: " + problem);
     End(m_host->GetPlugins().size() == 2 && problems.size() == 1 && problems.front().Contains(L"unfinished"));
@@ -172,7 +177,7 @@ void Tour::Notes()
     const Text path = Join(m_strDataFolder, L"notes");
     Begin(L"Plug-in redact hides what its patterns find in " + path);
     const bool done = WorkOnFolder(L"redact", path);
-    const std::vector<Text> lines = ReadLines(Join(m_host->GetOutputFolder(), L"members.txt"));
+    const std::vector<Text> lines = LinesOf(Join(m_host->GetOutputFolder(), L"members.txt"));
     const bool hidden = std::none_of(lines.begin(), lines.end(),
                                      [](const Text& line) { return line.Contains(L"nora.lindqvist@"); });
     End(done && hidden && FindMessage(lines, L"[telephone]") < lines.size());
@@ -255,18 +260,62 @@ void Tour::Child()
     const Text greeting = L"Grüße aus dem Kindprozess";
     const Text arguments = L"-child \"" + answer + L"\" -text \"" + greeting + L"\"";
     const int process = SystemInfo::StartProcess(executable, arguments, true);
-    const std::vector<Text> lines = ReadLines(answer);
+    const std::vector<Text> lines = LinesOf(answer);
     Say(L"process " + ToText(static_cast<unsigned long long>(process)) + L" wrote: " +
         (lines.empty() ? Text(L"nothing") : lines.front()));
     TOOLKIT_LOG(LogSeverity::Info) << L"desk: child process " << process << L" has ended";
     End(lines.size() == 1 && lines.front() == greeting);
 }
 
+void Tour::SecondStart()
+{
+    Begin(L"A second start hands its file to the first desk, which indexes the bundle in the background");
+    const smart_ptr<PathManager> paths = *PathManager::s_pInstance;
+    m_processes = std::make_unique<Processes>(Join(paths->GetApplicationPath(), paths->GetApplicationName()),
+                                              Join(m_host->GetOutputFolder(), L"processes"));
+    const Text mail = Join(Join(m_strDataFolder, L"mails"), L"1-garden.eml");
+    // The index waits, so that what is printed is always in the same order.
+    const bool held = m_processes->Start(L"first", {L"-data", m_strDataFolder, L"-log",
+                                                    m_strLogName + L"-first", L"-paused"}) &&
+                      m_processes->WaitForLines(L"first", L"the index is paused", 1);
+    SayNews(L"first");
+    const bool opened = held && m_processes->Run(L"second", {L"-open", mail}) &&
+                        m_processes->WaitForLines(L"first", L"opened", 1);
+    SayNews(L"second");
+    SayNews(L"first");
+    const bool indexed = opened && m_processes->Run(L"third", {L"-send", L"resume"}) &&
+                         m_processes->WaitForLines(L"first", L"6 mails are indexed", 1);
+    SayNews(L"third");
+    SayNews(L"first");
+    const std::vector<Text> lines = m_processes->GetLines(L"first");
+    End(indexed && FindLine(lines, L"opened 1-garden.eml") < FindLine(lines, L"6 mails are indexed") &&
+        FindLine(m_processes->GetLines(L"second"), L"handed to the first desk: open 1-garden.eml") == 0);
+}
+
+void Tour::Restart()
+{
+    Begin(L"The first desk restarts itself; the new one sees the lock of the restart and takes over");
+    const std::size_t before = m_processes->GetLines(L"first").size();
+    const bool restarted = m_processes->Run(L"fourth", {L"-send", L"restart"}) &&
+                           m_processes->WaitForLines(L"first", L"the index is paused", 2);
+    SayNews(L"fourth");
+    SayNews(L"first");
+    const bool ended =
+        restarted && m_processes->Run(L"fifth", {L"-send", L"quit"}) && m_processes->WaitForEnd(2);
+    SayNews(L"fifth");
+    SayNews(L"first");
+    const std::vector<Text> lines = m_processes->GetLines(L"first");
+    m_processes.reset();
+    End(ended && FindLine(lines, L"ends, and starts again") == before &&
+        FindLine(lines, L"restarted: the lock was there and is removed") == before + 1 &&
+        lines.back() == L"ends");
+}
+
 void Tour::ShutDown()
 {
     Begin(L"Shutdown: modules are released in reverse order, then the base library stops");
     m_host->ShutDown();
-    const std::vector<Text> lines = ReadLines(m_strLogPath);
+    const std::vector<Text> lines = LinesOf(m_strLogPath);
     const std::size_t first = FindMessage(lines, L"redact: released");
     const std::size_t second = FindMessage(lines, L"mailtext: released");
     Say(L"redact, mailtext, toolkit");
@@ -278,7 +327,7 @@ void Tour::Log()
 {
     Begin(L"One log holds the lines of the host and of its plug-ins: severity, tick, source line, function, "
           L"message");
-    const std::vector<Text> lines = ReadLines(m_strLogPath);
+    const std::vector<Text> lines = LinesOf(m_strLogPath);
     Say(m_strLogPath + L", " + ToText(lines.size()) + L" lines, the last ones:");
     const std::size_t shown = m_settings->GetUint32(L"tour", L"loglines", s_uShownLogLines);
     for (std::size_t i = lines.size() - std::min(lines.size(), shown); i < lines.size(); ++i)
@@ -290,13 +339,20 @@ void Tour::Log()
 
 bool Tour::Work(Plugin& plugin, const Text& path) const
 {
-    const Text name(path.substr(path.rfind(L'/') + 1));
+    const Text name = FileName(path);
     std::vector<Text> report;
     const bool done = plugin.Takes(name) && plugin.Work(path, m_host->GetOutputFolder(), report);
     Say(name + (done ? L":" : L": cannot be worked on"));
     for (const Text& line : report)
         Say(L"  " + line);
     return done && !report.empty();
+}
+
+void Tour::SayNews(const Text& process)
+{
+    const std::vector<Text> lines = m_processes->GetLines(process);
+    for (std::size_t& said = m_said[process]; said < lines.size(); ++said)
+        Say(process + L": " + lines[said]);
 }
 
 void Tour::Begin(const Text& title)

@@ -1,7 +1,10 @@
 #ifndef DESK_TOUR_H
 #define DESK_TOUR_H
 
+#include <map>
+
 #include "Host.h"
+#include "Processes.h"
 
 namespace Desk
 {
@@ -29,6 +32,8 @@ private:
     void ChangedSetting();
     void SavedState();
     void Child();
+    void SecondStart();
+    void Restart();
     void ShutDown();
     void Log();
 
@@ -38,6 +43,9 @@ private:
 
     // The same for every file in the folder `path`; false when there is none.
     bool WorkOnFolder(const Text& plugin, const Text& path) const;
+
+    // What the process printed since the last time.
+    void SayNews(const Text& process);
 
     // Prints the heading of the next step.
     void Begin(const Text& title);
@@ -49,6 +57,8 @@ private:
     const Text m_strLogName;
     std::unique_ptr<Host> m_host;
     std::unique_ptr<Toolkit::IniFile> m_settings;
+    std::unique_ptr<Processes> m_processes;
+    std::map<Text, std::size_t> m_said;
     std::vector<Text> m_mails;
     Text m_strLogPath;
     unsigned int m_uSteps = 0;

@@ -30,7 +30,17 @@ Text Preview(const Text& text, std::size_t length)
     return line.size() <= length ? line : Text(line.substr(0, length) + L"...");
 }
 
-// When the mail was written, in the user's short form, and how a list shows that.
+// When the mail was written, as a list shows it; empty if it does not say.
+Text ListedDate(const Text& field)
+{
+    Toolkit::DateTime date;
+    Text listed;
+    if (ReadMailDate(field, date))
+        date.GetRelativeStringFromNow(listed);
+    return listed;
+}
+
+// The same in the user's short form, and how a list shows that.
 Text DescribeDate(const Text& field)
 {
     Toolkit::DateTime date;
@@ -38,9 +48,7 @@ Text DescribeDate(const Text& field)
         return L"without a date";
     Text both;
     date.GetString(both);
-    Text relative;
-    date.GetRelativeStringFromNow(relative);
-    return both + L", listed as " + relative;
+    return both + L", listed as " + ListedDate(field);
 }
 
 class MailText : public Plugin
@@ -61,12 +69,8 @@ public:
     bool Work(const Text& path, const Text&, std::vector<Text>& report) override
     {
         Mail mail;
-        if (!mail.Read(path))
-        {
-            TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"mailtext: cannot read " << path;
+        if (!ReadMail(path, mail))
             return false;
-        }
-        TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"mailtext: read " << path;
         report.push_back(L"\"" + mail.m_strSubject + L"\" from " + mail.m_strFrom + L", " +
                          mail.m_strEncoding);
         report.push_back(DescribeDate(mail.m_strDate));
@@ -75,7 +79,24 @@ public:
         return true;
     }
 
+    bool Read(const Text& path, Document& document) override
+    {
+        Mail mail;
+        if (!Takes(path) || !ReadMail(path, mail))
+            return false;
+        document = {path, mail.m_strSubject, mail.m_strFrom, ListedDate(mail.m_strDate), mail.m_strText, 0};
+        return true;
+    }
+
 private:
+    static bool ReadMail(const Text& path, Mail& mail)
+    {
+        const bool done = mail.Read(path);
+        TOOLKIT_LOG(done ? Toolkit::LogSeverity::Info : Toolkit::LogSeverity::Warning)
+            << (done ? L"mailtext: read " : L"mailtext: cannot read ") << path;
+        return done;
+    }
+
     unsigned int m_uPreview = s_uDefaultPreview;
 };
 

@@ -33,7 +33,7 @@ public:
     {
         Toolkit::TextFile source;
         Toolkit::FFile target;
-        const Text targetPath = Join(folder, path.substr(path.rfind(L'/') + 1));
+        const Text targetPath = Join(folder, FileName(path));
         if (!source.Open(path) || !target.Open(targetPath, L"wb"))
         {
             TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"redact: cannot work on " << path;
@@ -55,6 +55,28 @@ public:
         return target.Close();
     }
 
+    bool Read(const Text& path, Document& document) override
+    {
+        const Text name = FileName(path);
+        std::vector<Text> lines;
+        if (!Takes(name) || !ReadLines(path, lines))
+            return false;
+        document = {path, name, Text(), Text(), Text(), 0};
+        for (const Text& line : lines)
+            document.m_strText += line + L"\n";
+        return true;
+    }
+
+    std::size_t Hide(Text& text) const override
+    {
+        std::size_t hidden = 0;
+        Toolkit::TString<char> bytes = Toolkit::UTF8::ToUTF8(text);
+        for (const Rule& rule : m_rules)
+            hidden += rule.Apply(bytes);
+        text = Toolkit::UTF8::ToUNICODE(bytes);
+        return hidden;
+    }
+
 private:
     void AddRule(const Text& name, const Text& pattern, std::vector<Text>& problems)
     {
@@ -68,16 +90,6 @@ private:
             TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"redact: " << problem;
             problems.push_back(problem);
         }
-    }
-
-    std::size_t Hide(Text& line) const
-    {
-        std::size_t hidden = 0;
-        Toolkit::TString<char> bytes = Toolkit::UTF8::ToUTF8(line);
-        for (const Rule& rule : m_rules)
-            hidden += rule.Apply(bytes);
-        line = Toolkit::UTF8::ToUNICODE(bytes);
-        return hidden;
     }
 
     std::vector<Rule> m_rules;

@@ -4,9 +4,7 @@
 packages=(
   g++ cmake ninja-build make ccache
   clang-14 libclang-rt-14-dev clang-format-14
-  binutils locales python3 zip gdb
-  binutils locales python3 tzdata zip
-  binutils pkg-config abigail-tools locales python3 zip
+  binutils pkg-config abigail-tools locales python3 tzdata zip gdb
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
 )
 

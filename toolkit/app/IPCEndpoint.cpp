@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <utility>
 
 #include <poll.h>
 #include <sys/epoll.h>
@@ -29,7 +30,6 @@ const std::size_t s_uMostBuffered = 128 * 1024 * 1024;
 // Commands that wait to be handed over, in bytes; beyond it no client is served from within `WaitFor`.
 const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
 const std::size_t s_uReadAtOnce = 64 * 1024;
-const int s_iReadsInTurn = 16;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
 // The number of the listening socket among those that are watched.
@@ -65,6 +65,8 @@ struct IPCEndpoint::Connection
     const std::uint64_t m_uId;
     Descriptor m_socket;
     IPCMessageReader m_reader;
+    // What the reader holds, as far as the endpoint has counted it.
+    std::size_t m_uBuffered = 0;
     wxString m_topic;
     // Null until the client said what it wants; it deletes itself when it is told of the disconnection.
     wxConnectionBase* m_pObject = nullptr;
@@ -242,30 +244,24 @@ void IPCEndpoint::Add(Descriptor client)
     ReadFrom(connection);
 }
 
+// Once in a turn, so that a client that sends much does not hold up those that send little.
 void IPCEndpoint::ReadFrom(const std::shared_ptr<Connection>& connection)
 {
     MoveToEnd(*connection);
     m_buffer.resize(s_uReadAtOnce);
-    for (int i = 0; i < s_iReadsInTurn; ++i)
-    {
-        const ssize_t count =
-            recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
-        if (count == -1 && errno == EINTR)
-            continue;
-        if (count == -1 && errno == EAGAIN)
-            return;
-        if (count <= 0)
-            return Drop(connection);
-        m_uBuffered -= connection->m_reader.GetSize();
-        connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
-        m_uBuffered += connection->m_reader.GetSize();
-        if (!TakeMessages(connection))
-            return Drop(connection);
-        if (static_cast<std::size_t>(count) < m_buffer.size())
-            return;
-        while (m_uBuffered > s_uMostBuffered && connection != m_connections.front())
-            DropIdlest();
-    }
+    const ssize_t count = recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    if (count == -1 && (errno == EINTR || errno == EAGAIN))
+        return;
+    if (count <= 0)
+        return Drop(connection);
+    connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
+    if (!TakeMessages(connection))
+        return Drop(connection);
+    m_uBuffered -= connection->m_uBuffered;
+    connection->m_uBuffered = connection->m_reader.GetSize();
+    m_uBuffered += connection->m_uBuffered;
+    if (m_uBuffered > s_uMostBuffered)
+        DropOldestUnfinished();
 }
 
 // False when the connection has come to its end.
@@ -330,12 +326,19 @@ void IPCEndpoint::DropIdlest()
         Drop(std::shared_ptr<Connection>(m_connections.front()));
 }
 
+void IPCEndpoint::DropOldestUnfinished()
+{
+    const auto isOlder = [](const std::shared_ptr<Connection>& a, const std::shared_ptr<Connection>& b)
+    { return a->m_uBuffered > 0 && (b->m_uBuffered == 0 || a->m_uId < b->m_uId); };
+    Drop(std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+}
+
 // The object hears of it after the last command of its client.
 void IPCEndpoint::Drop(const std::shared_ptr<Connection>& connection)
 {
     epoll_ctl(m_poll.Get(), EPOLL_CTL_DEL, connection->m_socket.Get(), nullptr);
     connection->m_socket = Descriptor();
-    m_uBuffered -= connection->m_reader.GetSize();
+    m_uBuffered -= connection->m_uBuffered;
     if (connection->m_pObject != nullptr)
         Enqueue({connection, true, wxIPC_INVALID, std::string()});
     const auto place = m_places.find(connection->m_uId);

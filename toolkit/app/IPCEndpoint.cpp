@@ -201,10 +201,14 @@ void IPCEndpoint::Serve()
     epoll_event events[s_iEventsInTurn];
     const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
     for (int i = 0; i < count; ++i)
-        if (events[i].data.u64 == s_uListener)
+    {
+        // The system's structure is packed.
+        const std::uint64_t id = events[i].data.u64;
+        if (id == s_uListener)
             AcceptClients();
-        else if (const auto place = m_places.find(events[i].data.u64); place != m_places.end())
+        else if (const auto place = m_places.find(id); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
+    }
     if (!m_commands.empty())
         HandOverSoon();
 }

@@ -29,7 +29,7 @@ const std::size_t s_uMostConnections = 256;
 const std::size_t s_uMostBuffered = 128 * 1024 * 1024;
 // Commands that wait to be handed over, in bytes; beyond it no client is served from within `WaitFor`.
 const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
-const std::size_t s_uReadAtOnce = 64 * 1024;
+const std::size_t s_uReadAtOnce = 16 * 1024;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
 // The number of the listening socket among those that are watched.

@@ -234,12 +234,12 @@ TEST(IPCProcess, TwoProgramsMayConnectToEachOtherAtOnce)
         RecordingServer server(folder.Wide(own));
         if (!server.Run())
             return "not run";
-        if (!WaitUntil([&] { return fs::exists(folder.Path(other)); }))
+        if (!WaitUntil([&] { return IPCClient::Connect(folder.Wide(other), L"x", s_uPatience); }))
             return "alone";
         for (int i = 0; i < 200; ++i)
             if (!IPCClient::Connect(folder.Wide(other), L"x", s_uPatience))
                 return "not sent";
-        return PumpUntil([&server] { return server.Received().size() >= 200; });
+        return PumpUntil([&server] { return server.Received().size() >= 201; });
     };
     ChildProcess a([&play] { return play("a", "b"); });
     ChildProcess b([&play] { return play("b", "a"); });

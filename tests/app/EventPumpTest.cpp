@@ -18,6 +18,7 @@
 #include <wx/evtloop.h>
 #include <wx/evtloopsrc.h>
 
+#include "tests/support/Child.h"
 #include "tests/support/IPCSupport.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/core/ToolkitSession.h"
@@ -206,6 +207,28 @@ TEST_F(EventPumpTest, RunsOnTheMainThreadOnly)
     bool ran = true;
     std::thread([&] { ran = m_pump.Run(s_uNoLimit); }).join();
     EXPECT_FALSE(ran);
+}
+
+TEST(EventPump, RunsOnTheThreadThatStartedTheBaseLibrary)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [&folder]() -> ToolkitTest::ChildAnswer
+        {
+            std::string wrong = "no end";
+            std::thread(
+                [&]
+                {
+                    const ToolkitSession session;
+                    ToolkitTest::RecordingServer server(folder.Wide("s"));
+                    const bool done =
+                        server.Run() && ToolkitTest::SendTo(folder.Wide("s"), L"open x") &&
+                        ToolkitTest::PumpUntil([&server] { return !server.Received().empty(); });
+                    wrong = done ? "" : "nothing received";
+                })
+                .join();
+            return wrong;
+        }));
 }
 
 TEST(EventPump, DoesNotRunWithoutTheBaseLibrary)

@@ -243,6 +243,34 @@ TEST_F(IPCServerTest, LeavesWhateverElseLiesAtThePath)
     EXPECT_EQ(2, std::distance(fs::directory_iterator(m_folder.Path()), fs::directory_iterator()));
 }
 
+TEST_F(IPCServerTest, HarmsNothingThatLiesWhereItsLockGoes)
+{
+    const std::string lock = Path("s.ipc-lock");
+    WriteBytes(lock, "content");
+    EXPECT_TRUE(IPCServer(Service()).Run());
+    EXPECT_EQ("content", ReadBytes(lock));
+    fs::remove(lock);
+    WriteBytes(Path("target"), "content");
+    fs::create_symlink(Path("target"), lock);
+    EXPECT_FALSE(IPCServer(Service()).Run());
+    EXPECT_EQ("content", ReadBytes(Path("target")));
+    fs::remove(lock);
+    fs::create_symlink(Path("nothing"), lock);
+    EXPECT_FALSE(IPCServer(Service()).Run());
+    EXPECT_FALSE(fs::exists(Path("nothing")));
+    fs::remove(lock);
+    fs::create_directory(lock);
+    EXPECT_FALSE(IPCServer(Service()).Run());
+    fs::remove(lock);
+    ASSERT_EQ(0, mkfifo(lock.c_str(), 0600));
+    EXPECT_FALSE(IPCServer(Service()).Run());
+    EXPECT_TRUE(fs::is_fifo(lock));
+    fs::remove(lock);
+    WriteBytes(lock, "");
+    EXPECT_TRUE(IPCServer(Service()).Run()) << "left by a server that was killed";
+    EXPECT_FALSE(fs::exists(lock));
+}
+
 TEST_F(IPCServerTest, RefusesServicesThatCanBeNone)
 {
     const std::wstring rows[] = {L"0",
@@ -472,8 +500,8 @@ TEST_F(IPCServerTest, DecodesCommandsByTheirFormat)
     const std::string wideBytes(reinterpret_cast<const char*>(wide), sizeof wide);
     RawClient client(Path());
     client.Send(ConnectBytes("t") + ExecuteBytes(wxIPC_TEXT, "narrow") +
-                ExecuteBytes(wxIPC_PRIVATE, "private") + ExecuteBytes(wxIPC_UNICODETEXT, wideBytes) +
-                ExecuteBytes(wxIPC_UTF8TEXT, "\xff") +
+                ExecuteBytes(wxIPC_PRIVATE, "private") + ExecuteBytes(255, "none") +
+                ExecuteBytes(wxIPC_UNICODETEXT, wideBytes) + ExecuteBytes(wxIPC_UTF8TEXT, "\xff") +
                 ExecuteBytes(wxIPC_UNICODETEXT, wideBytes.substr(0, 11)) +
                 ExecuteBytes(wxIPC_UTF8TEXT, std::string("cut\0off", 7)) + ExecuteBytes(wxIPC_UTF8TEXT, ""));
     EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 5; }));

@@ -94,6 +94,12 @@ RawClient::RawClient(unsigned short port) : m_iSocket(ConnectTo(AF_INET, PortAdd
 
 RawClient::RawClient(RawClient&& other) noexcept : m_iSocket(std::exchange(other.m_iSocket, -1)) {}
 
+RawClient& RawClient::operator=(RawClient&& other) noexcept
+{
+    std::swap(m_iSocket, other.m_iSocket);
+    return *this;
+}
+
 RawClient::~RawClient()
 {
     if (IsConnected())

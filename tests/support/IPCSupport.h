@@ -74,6 +74,7 @@ public:
     explicit RawClient(const std::string& path);
     explicit RawClient(unsigned short port);
     RawClient(RawClient&& other) noexcept;
+    RawClient& operator=(RawClient&& other) noexcept;
     ~RawClient();
 
     bool IsConnected() const { return m_iSocket != -1; }

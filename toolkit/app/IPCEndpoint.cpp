@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <utility>
 
 #include <poll.h>
 #include <sys/epoll.h>
@@ -28,8 +29,7 @@ const std::size_t s_uMostConnections = 256;
 const std::size_t s_uMostBuffered = 128 * 1024 * 1024;
 // Commands that wait to be handed over, in bytes; beyond it no client is served from within `WaitFor`.
 const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
-const std::size_t s_uReadAtOnce = 64 * 1024;
-const int s_iReadsInTurn = 16;
+const std::size_t s_uReadAtOnce = 16 * 1024;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
 // The number of the listening socket among those that are watched.
@@ -53,6 +53,12 @@ bool SendCode(int socket, IPCMessage::Code code)
     return sent == sizeof code || errno != EAGAIN;
 }
 
+// A number that the base library has no format for must not become one.
+wxIPCFormat FormatOf(const IPCMessage& message)
+{
+    return message.m_uFormat <= wxIPC_PRIVATE ? static_cast<wxIPCFormat>(message.m_uFormat) : wxIPC_INVALID;
+}
+
 void LogFailure(const TString<wchar_t>& what)
 {
     LogLine::Stream(LogSeverity::Error, __LINE__, "IPCEndpoint::HandOver", L"a listener failed: " + what);
@@ -65,6 +71,8 @@ struct IPCEndpoint::Connection
     const std::uint64_t m_uId;
     Descriptor m_socket;
     IPCMessageReader m_reader;
+    // What the reader holds, as far as the endpoint has counted it.
+    std::size_t m_uBuffered = 0;
     wxString m_topic;
     // Null until the client said what it wants; it deletes itself when it is told of the disconnection.
     wxConnectionBase* m_pObject = nullptr;
@@ -199,10 +207,14 @@ void IPCEndpoint::Serve()
     epoll_event events[s_iEventsInTurn];
     const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
     for (int i = 0; i < count; ++i)
-        if (events[i].data.u64 == s_uListener)
+    {
+        // The system's structure is packed.
+        const std::uint64_t id = events[i].data.u64;
+        if (id == s_uListener)
             AcceptClients();
-        else if (const auto place = m_places.find(events[i].data.u64); place != m_places.end())
+        else if (const auto place = m_places.find(id); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
+    }
     if (!m_commands.empty())
         HandOverSoon();
 }
@@ -242,30 +254,24 @@ void IPCEndpoint::Add(Descriptor client)
     ReadFrom(connection);
 }
 
+// Once in a turn, so that a client that sends much does not hold up those that send little.
 void IPCEndpoint::ReadFrom(const std::shared_ptr<Connection>& connection)
 {
     MoveToEnd(*connection);
     m_buffer.resize(s_uReadAtOnce);
-    for (int i = 0; i < s_iReadsInTurn; ++i)
-    {
-        const ssize_t count =
-            recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
-        if (count == -1 && errno == EINTR)
-            continue;
-        if (count == -1 && errno == EAGAIN)
-            return;
-        if (count <= 0)
-            return Drop(connection);
-        m_uBuffered -= connection->m_reader.GetSize();
-        connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
-        m_uBuffered += connection->m_reader.GetSize();
-        if (!TakeMessages(connection))
-            return Drop(connection);
-        if (static_cast<std::size_t>(count) < m_buffer.size())
-            return;
-        while (m_uBuffered > s_uMostBuffered && connection != m_connections.front())
-            DropIdlest();
-    }
+    const ssize_t count = recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    if (count == -1 && (errno == EINTR || errno == EAGAIN))
+        return;
+    if (count <= 0)
+        return Drop(connection);
+    connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
+    if (!TakeMessages(connection))
+        return Drop(connection);
+    m_uBuffered -= connection->m_uBuffered;
+    connection->m_uBuffered = connection->m_reader.GetSize();
+    m_uBuffered += connection->m_uBuffered;
+    if (m_uBuffered > s_uMostBuffered)
+        DropOldestUnfinished();
 }
 
 // False when the connection has come to its end.
@@ -295,8 +301,7 @@ bool IPCEndpoint::Handle(const std::shared_ptr<Connection>& connection, const IP
     switch (message.m_uCode)
     {
     case IPCMessage::Execute:
-        Enqueue(
-            {connection, false, static_cast<wxIPCFormat>(message.m_uFormat), std::string(message.m_strData)});
+        Enqueue({connection, false, FormatOf(message), std::string(message.m_strData)});
         return true;
     case IPCMessage::Request:
     case IPCMessage::AdviseStart:
@@ -330,12 +335,19 @@ void IPCEndpoint::DropIdlest()
         Drop(std::shared_ptr<Connection>(m_connections.front()));
 }
 
+void IPCEndpoint::DropOldestUnfinished()
+{
+    const auto isOlder = [](const std::shared_ptr<Connection>& a, const std::shared_ptr<Connection>& b)
+    { return a->m_uBuffered > 0 && (b->m_uBuffered == 0 || a->m_uId < b->m_uId); };
+    Drop(std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+}
+
 // The object hears of it after the last command of its client.
 void IPCEndpoint::Drop(const std::shared_ptr<Connection>& connection)
 {
     epoll_ctl(m_poll.Get(), EPOLL_CTL_DEL, connection->m_socket.Get(), nullptr);
     connection->m_socket = Descriptor();
-    m_uBuffered -= connection->m_reader.GetSize();
+    m_uBuffered -= connection->m_uBuffered;
     if (connection->m_pObject != nullptr)
         Enqueue({connection, true, wxIPC_INVALID, std::string()});
     const auto place = m_places.find(connection->m_uId);

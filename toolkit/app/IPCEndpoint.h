@@ -70,6 +70,7 @@ private:
     bool Begin(Connection& connection, const IPCMessage& message);
     void MoveToEnd(const Connection& connection);
     void DropIdlest();
+    void DropOldestUnfinished();
     void Drop(const std::shared_ptr<Connection>& connection);
 
     void Enqueue(Command command);

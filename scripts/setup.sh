@@ -5,7 +5,7 @@ packages=(
   g++ cmake ninja-build make ccache
   clang-14 libclang-rt-14-dev clang-format-14
   binutils locales python3 zip
-  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
+  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
 )
 
 install_line="apt-get install --no-install-recommends -y ${packages[*]}"

@@ -80,7 +80,7 @@ void RegisterReplace()
     const std::string text = ToolkitBench::Words(s_uLength);
     ToolkitBench::Operation("Replace/Toolkit",
                             [text = TString<wchar_t>(ToolkitBench::WideWords(s_uLength)),
-                             what = TString<wchar_t>(L"the"), with = TString<wchar_t>(L"another")]
+                             what = TString<wchar_t>(L"the"), with = TString<wchar_t>(L"every")]
                             {
                                 TString<wchar_t> copy(text);
                                 copy.Replace(what, with);
@@ -90,13 +90,13 @@ void RegisterReplace()
                             [text = wxString(text)]
                             {
                                 wxString copy(text.c_str().AsWChar());
-                                copy.Replace("the", "another");
+                                copy.Replace("the", "every");
                                 benchmark::DoNotOptimize(copy);
                             });
 #ifdef BENCH_QT
     ToolkitBench::Operation(
         "Replace/Qt",
-        [text = QString::fromStdString(text), what = QString("the"), with = QString("another")]
+        [text = QString::fromStdString(text), what = QString("the"), with = QString("every")]
         {
             QString copy(text);
             copy.replace(what, with);
@@ -104,13 +104,13 @@ void RegisterReplace()
         });
 #endif
 #ifdef BENCH_POCO
-    ToolkitBench::Operation("Replace/POCO", [text, what = std::string("the"), with = std::string("another")]
+    ToolkitBench::Operation("Replace/POCO", [text, what = std::string("the"), with = std::string("every")]
                             { benchmark::DoNotOptimize(Poco::replace(text, what, with)); });
 #endif
 #ifdef BENCH_ABSEIL
     ToolkitBench::Operation("Replace/Abseil",
                             [text] {
-                                benchmark::DoNotOptimize(absl::StrReplaceAll(text, {{"the", "another"}}));
+                                benchmark::DoNotOptimize(absl::StrReplaceAll(text, {{"the", "every"}}));
                             });
 #endif
 }
@@ -140,7 +140,7 @@ void ToolkitBench::Register()
                return [text = TString<wchar_t>(WideWords(size))]
                {
                    TString<wchar_t> copy(text);
-                   copy.Replace(L"the", L"another");
+                   copy.Replace(L"the", L"every");
                    benchmark::DoNotOptimize(copy.data());
                };
            });

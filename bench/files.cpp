@@ -38,7 +38,7 @@ void RegisterSerialized()
     ToolkitBench::Operation("SerializedWrite/Toolkit",
                             [path = TString<wchar_t>(Wide(path))]
                             {
-                                FSStream stream(path, FSStream::ModeCreate);
+                                FSStream stream(path, FSStream::ModeWrite);
                                 for (unsigned int i = 0; i < s_uNumbers; ++i)
                                     stream.Write(i);
                             });

@@ -21,18 +21,27 @@
 namespace
 {
 
+// Makes this process use that much memory more than it needs.
+void UseMemory(std::size_t bytes)
+{
+    static std::size_t s_uUsed = 0;
+    static std::unique_ptr<char[]> s_pMemory;
+    if (bytes == s_uUsed)
+        return;
+    s_pMemory.reset();
+    s_pMemory.reset(new char[bytes]);
+    std::memset(s_pMemory.get(), 1, bytes);
+    s_uUsed = bytes;
+}
+
 // Registers `work` with that much memory in use by this process.
 template <class Work>
 void WithMemory(const std::string& name, std::size_t bytes, Work work)
 {
     ToolkitBench::WholeOperation(name,
-                                 [bytes, work, memory = std::shared_ptr<char>()]() mutable
+                                 [bytes, work]
                                  {
-                                     if (!memory)
-                                     {
-                                         memory.reset(new char[bytes], std::default_delete<char[]>());
-                                         std::memset(memory.get(), 1, bytes);
-                                     }
+                                     UseMemory(bytes);
                                      work();
                                  });
 }

@@ -51,8 +51,14 @@ void RegisterSerialized()
                                     benchmark::DoNotOptimize(write(file, &i, sizeof i));
                                 close(file);
                             });
+    const std::filesystem::path readPath = ToolkitBench::Folder() / "serialized-read";
+    {
+        FSStream stream(Wide(readPath), FSStream::ModeWrite);
+        for (unsigned int i = 0; i < s_uNumbers; ++i)
+            stream.Write(i);
+    }
     ToolkitBench::Operation("SerializedRead/Toolkit",
-                            [path = TString<wchar_t>(Wide(path))]
+                            [path = TString<wchar_t>(Wide(readPath))]
                             {
                                 FSStream stream(path, FSStream::ModeRead);
                                 unsigned int value = 0;
@@ -60,7 +66,7 @@ void RegisterSerialized()
                                     benchmark::DoNotOptimize(stream.Read(value));
                             });
     ToolkitBench::Operation("SerializedRead/limit",
-                            [path]
+                            [path = readPath]
                             {
                                 const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
                                 unsigned int value = 0;
@@ -79,7 +85,7 @@ void RegisterSerialized()
                                     stream << i;
                             });
     ToolkitBench::Operation("SerializedRead/Qt",
-                            [name = QString::fromStdString(path.string())]
+                            [name = QString::fromStdString(readPath.string())]
                             {
                                 QFile file(name);
                                 file.open(QIODevice::ReadOnly);

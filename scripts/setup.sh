@@ -6,6 +6,7 @@ packages=(
   clang-14 libclang-rt-14-dev clang-format-14
   binutils locales python3 tzdata zip
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
+  xvfb xauth
 )
 
 install_line="apt-get install --no-install-recommends -y ${packages[*]}"

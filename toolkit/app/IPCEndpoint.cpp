@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <utility>
 
 #include <poll.h>
 #include <sys/epoll.h>
@@ -28,8 +29,7 @@ const std::size_t s_uMostConnections = 256;
 const std::size_t s_uMostBuffered = 128 * 1024 * 1024;
 // Commands that wait to be handed over, in bytes; beyond it no client is served from within `WaitFor`.
 const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
-const std::size_t s_uReadAtOnce = 64 * 1024;
-const int s_iReadsInTurn = 16;
+const std::size_t s_uReadAtOnce = 16 * 1024;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
 // The number of the listening socket among those that are watched.
@@ -43,13 +43,14 @@ bool IsMainThread()
     return BaseLibrary::IsStarted() && wxThread::IsMain();
 }
 
+// False when the client takes no answers. One that is gone needs none, and what it sent before counts.
 bool SendCode(int socket, IPCMessage::Code code)
 {
     ssize_t sent = 0;
     do
         sent = send(socket, &code, sizeof code, MSG_NOSIGNAL | MSG_DONTWAIT);
     while (sent == -1 && errno == EINTR);
-    return sent == sizeof code;
+    return sent == sizeof code || errno != EAGAIN;
 }
 
 void LogFailure(const TString<wchar_t>& what)
@@ -64,6 +65,8 @@ struct IPCEndpoint::Connection
     const std::uint64_t m_uId;
     Descriptor m_socket;
     IPCMessageReader m_reader;
+    // What the reader holds, as far as the endpoint has counted it.
+    std::size_t m_uBuffered = 0;
     wxString m_topic;
     // Null until the client said what it wants; it deletes itself when it is told of the disconnection.
     wxConnectionBase* m_pObject = nullptr;
@@ -109,7 +112,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
 {
     if (!IsMainThread() || !address.IsValid())
         return false;
-    if (m_pSource != nullptr && m_listener.IsInPlace(address))
+    if (m_application != nullptr && m_listener.IsInPlace(address))
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
@@ -171,7 +174,7 @@ bool IPCEndpoint::Watch()
     if (m_pSource == nullptr)
         return false;
     m_pEvents = std::make_unique<wxEvtHandler>();
-    m_pApplication = wxAppConsole::GetInstance();
+    m_application = wxAppConsole::GetInstance();
     m_process = getpid();
     s_endpoints.push_back(this);
     return true;
@@ -182,7 +185,7 @@ bool IPCEndpoint::Watch()
 void IPCEndpoint::Forget()
 {
     s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
-    if (m_pSource != nullptr && (m_pApplication != wxAppConsole::GetInstance() || m_process != getpid()))
+    if (m_pSource != nullptr && (m_application == nullptr || m_process != getpid()))
         static_cast<void>(m_pSource.release());
     const BaseLibrary::Silence silence;
     m_pSource.reset();
@@ -198,10 +201,14 @@ void IPCEndpoint::Serve()
     epoll_event events[s_iEventsInTurn];
     const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
     for (int i = 0; i < count; ++i)
-        if (events[i].data.u64 == s_uListener)
+    {
+        // The system's structure is packed.
+        const std::uint64_t id = events[i].data.u64;
+        if (id == s_uListener)
             AcceptClients();
-        else if (const auto place = m_places.find(events[i].data.u64); place != m_places.end())
+        else if (const auto place = m_places.find(id); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
+    }
     if (!m_commands.empty())
         HandOverSoon();
 }
@@ -241,30 +248,24 @@ void IPCEndpoint::Add(Descriptor client)
     ReadFrom(connection);
 }
 
+// Once in a turn, so that a client that sends much does not hold up those that send little.
 void IPCEndpoint::ReadFrom(const std::shared_ptr<Connection>& connection)
 {
     MoveToEnd(*connection);
     m_buffer.resize(s_uReadAtOnce);
-    for (int i = 0; i < s_iReadsInTurn; ++i)
-    {
-        const ssize_t count =
-            recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
-        if (count == -1 && errno == EINTR)
-            continue;
-        if (count == -1 && errno == EAGAIN)
-            return;
-        if (count <= 0)
-            return Drop(connection);
-        m_uBuffered -= connection->m_reader.GetSize();
-        connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
-        m_uBuffered += connection->m_reader.GetSize();
-        if (!TakeMessages(connection))
-            return Drop(connection);
-        if (static_cast<std::size_t>(count) < m_buffer.size())
-            return;
-        while (m_uBuffered > s_uMostBuffered && connection != m_connections.front())
-            DropIdlest();
-    }
+    const ssize_t count = recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    if (count == -1 && (errno == EINTR || errno == EAGAIN))
+        return;
+    if (count <= 0)
+        return Drop(connection);
+    connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
+    if (!TakeMessages(connection))
+        return Drop(connection);
+    m_uBuffered -= connection->m_uBuffered;
+    connection->m_uBuffered = connection->m_reader.GetSize();
+    m_uBuffered += connection->m_uBuffered;
+    if (m_uBuffered > s_uMostBuffered)
+        DropOldestUnfinished();
 }
 
 // False when the connection has come to its end.
@@ -329,12 +330,19 @@ void IPCEndpoint::DropIdlest()
         Drop(std::shared_ptr<Connection>(m_connections.front()));
 }
 
+void IPCEndpoint::DropOldestUnfinished()
+{
+    const auto isOlder = [](const std::shared_ptr<Connection>& a, const std::shared_ptr<Connection>& b)
+    { return a->m_uBuffered > 0 && (b->m_uBuffered == 0 || a->m_uId < b->m_uId); };
+    Drop(std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+}
+
 // The object hears of it after the last command of its client.
 void IPCEndpoint::Drop(const std::shared_ptr<Connection>& connection)
 {
     epoll_ctl(m_poll.Get(), EPOLL_CTL_DEL, connection->m_socket.Get(), nullptr);
     connection->m_socket = Descriptor();
-    m_uBuffered -= connection->m_reader.GetSize();
+    m_uBuffered -= connection->m_uBuffered;
     if (connection->m_pObject != nullptr)
         Enqueue({connection, true, wxIPC_INVALID, std::string()});
     const auto place = m_places.find(connection->m_uId);

@@ -10,12 +10,12 @@
 
 #include <wx/event.h>
 #include <wx/evtloopsrc.h>
+#include <wx/weakref.h>
 
 #include "toolkit/app/Descriptor.h"
 #include "toolkit/app/IPCListener.h"
 #include "toolkit/app/IPCMessage.h"
 
-class wxAppConsole;
 class wxServerBase;
 
 namespace Toolkit
@@ -70,6 +70,7 @@ private:
     bool Begin(Connection& connection, const IPCMessage& message);
     void MoveToEnd(const Connection& connection);
     void DropIdlest();
+    void DropOldestUnfinished();
     void Drop(const std::shared_ptr<Connection>& connection);
 
     void Enqueue(Command command);
@@ -80,7 +81,8 @@ private:
     IPCListener m_listener;
     Descriptor m_poll;
     std::unique_ptr<wxEventLoopSource> m_pSource;
-    const wxAppConsole* m_pApplication = nullptr;
+    // Null once the base library that the source belongs to has ended.
+    wxWeakRef<wxEvtHandler> m_application;
     bool m_bHolds = false;
     pid_t m_process = 0;
 

@@ -20,7 +20,7 @@ namespace
 {
 
 const mode_t s_uOwnerOnly = 0600;
-const char* const c_strLockExtension = ".lock";
+const char* const c_strLockExtension = ".ipc-lock";
 const std::chrono::milliseconds s_lockPause(5);
 const std::chrono::seconds s_lockLimit(2);
 
@@ -43,7 +43,8 @@ public:
 
     ~PathLock()
     {
-        if (IsLocked())
+        struct stat status = {};
+        if (IsLocked() && fstat(m_file.Get(), &status) == 0 && status.st_size == 0)
             unlink(m_strFile.c_str());
     }
 

@@ -11,6 +11,9 @@ namespace Toolkit
 namespace
 {
 
+// The memory that an empty reader keeps for what comes next.
+const std::size_t s_uKept = 64 * 1024;
+
 // What follows a code, in this order.
 struct Layout
 {
@@ -112,12 +115,18 @@ void IPCMessage::AppendDisconnect(TString<char>& bytes)
 
 void IPCMessageReader::Append(const char* bytes, std::size_t size)
 {
-    m_strBytes.erase(0, m_uPosition);
-    m_uPosition = 0;
     m_strBytes.append(bytes, size);
 }
 
 IPCMessageReader::Result IPCMessageReader::Next(IPCMessage& message)
+{
+    const Result result = Read(message);
+    if (result == Result::Incomplete)
+        ForgetRead();
+    return result;
+}
+
+IPCMessageReader::Result IPCMessageReader::Read(IPCMessage& message)
 {
     Parts parts(std::string_view(m_strBytes).substr(m_uPosition));
     message = IPCMessage();
@@ -136,6 +145,14 @@ IPCMessageReader::Result IPCMessageReader::Next(IPCMessage& message)
     if (parts.GetResult() == Result::Complete)
         m_uPosition = m_strBytes.size() - parts.GetRest();
     return parts.GetResult();
+}
+
+void IPCMessageReader::ForgetRead()
+{
+    m_strBytes.erase(0, m_uPosition);
+    m_uPosition = 0;
+    if (m_strBytes.empty() && m_strBytes.capacity() > s_uKept)
+        m_strBytes.shrink_to_fit();
 }
 
 } // namespace Toolkit

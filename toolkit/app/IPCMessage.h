@@ -57,14 +57,18 @@ public:
         Broken
     };
 
-    // Takes in what arrived. Ends the life of all views.
+    // Takes in what arrived.
     void Append(const char* bytes, std::size_t size);
+    // The views of a message live until the next call of either operation.
     Result Next(IPCMessage& message);
 
-    // What it holds, in bytes.
+    // What it holds of a message that is not complete, in bytes, after an answer of `Incomplete`.
     std::size_t GetSize() const { return m_strBytes.size(); }
 
 private:
+    Result Read(IPCMessage& message);
+    void ForgetRead();
+
     TString<char> m_strBytes;
     std::size_t m_uPosition = 0;
 };

@@ -21,8 +21,8 @@ class TOOLKIT_API IPCServer : public EventNotifier<IPCConnectionEvent>
 {
 public:
     // Does not listen yet. A service of digits is a TCP port, on which this machine alone is listened to; any
-    // other is the path of a local socket file, for this user alone. An empty one is the default channel: the
-    // file in "/tmp" that is named after the path manager's unique instance name.
+    // other is the path of a local socket file, for this user alone. Quirk: so is "http". An empty one is the
+    // default channel: the file in "/tmp" that is named after the path manager's unique instance name.
     explicit IPCServer(const TString<wchar_t>& service);
     // Ends all connections and removes the socket file. Never from within a listener.
     ~IPCServer() override;
@@ -30,16 +30,16 @@ public:
     IPCServer(const IPCServer&) = delete;
     IPCServer& operator=(const IPCServer&) = delete;
 
-    // True when the server listens; calling it again then changes nothing, unless the socket file is gone.
-    // False when the service is not to be had, and the server may try again later: a living server has it (a
-    // dead one's socket is taken over), anything else lies at the path, the text can be no service, the
+    // True when the server listens. Quirk: calling it again then changes nothing, unless the socket file is
+    // gone. False when the service is not to be had, and the server may try again later: a living server has
+    // it (a dead one's socket is taken over), anything else lies at the path, the text can be no service, the
     // caller is not on the main thread, or the base library is not started. Waits at most two seconds for
     // other servers that start at the same path.
     bool Run();
 
     // Calls every listener in their order, with the listeners' mutex held. An exception of a listener passes
-    // with the mutex unlocked. Where a client's command is delivered it ends there: it is logged as an error,
-    // and the next command is delivered.
+    // with the mutex unlocked. Quirk: where a client's command is delivered it ends there, is logged as an
+    // error, and the next command is delivered.
     void SendExecuteEvent(const TString<wchar_t>& command);
 
 private:

@@ -90,12 +90,13 @@ void Tour::Load()
     m_host->OpenLog(m_strLogName);
     m_strLogPath = m_host->GetLogPath();
     Say(L"the library registered its module, the base library was started, the module made its singletons:");
-    Say(L"logger, system information, version, path manager");
+    Say(L"logger, system information, version, path manager, restart, single instance");
     Say(L"version of the library: " + (*Version::s_pInstance)->ToString());
     Say(L"log file: " + m_strLogPath);
     End(LibModuleManager::s_pInstance != nullptr && ILogger::s_pInstance != nullptr &&
         SystemInfo::s_pInstance != nullptr && Version::s_pInstance != nullptr &&
-        PathManager::s_pInstance != nullptr);
+        PathManager::s_pInstance != nullptr && RestartManagment::s_pInstance != nullptr &&
+        SingleApplicationInstance::s_pInstance != nullptr);
 }
 
 void Tour::Folders()

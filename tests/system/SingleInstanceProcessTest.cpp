@@ -1,11 +1,14 @@
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -234,6 +237,7 @@ TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
                                     "0",
                                     " " + std::to_string(getpid()),
                                     std::to_string(getpid()) + "x",
+                                    "4294967297",
                                     "99999999999",
                                     std::string("1\0"
                                                 "1",
@@ -253,6 +257,21 @@ TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
             EXPECT_EQ(0, program.End());
         }
         EXPECT_EQ(content, ReadBytes(lock));
+    }
+}
+
+TEST_F(SingleInstanceProcess, LockOfAProcessThatIsGoneIsTakenOver)
+{
+    const std::string lock = LockPath();
+    // No process has a number this large.
+    for (const std::string& content :
+         {std::string("999999999"), std::string("999999999\n"), std::string("999999999\0", 10)})
+    {
+        WriteBytes(lock, content);
+        std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+        RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+        EXPECT_EQ("first", first.Ask("start"));
+        EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     }
 }
 
@@ -292,4 +311,18 @@ TEST_F(SingleInstanceProcess, PlantedLinksAndFifosAreLeftAlone)
         std::filesystem::remove(lock);
     }
     EXPECT_EQ("1", ReadBytes(other));
+}
+
+using SingleInstanceProcessTiming = SingleInstanceProcess;
+
+TEST_F(SingleInstanceProcessTiming, StrangerWhoLocksTheHomeFolderDelaysTheStartByFiveSeconds)
+{
+    const int folder = open(m_home.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(0, flock(folder, LOCK_EX));
+    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ("first", program.Ask("start"));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    close(folder);
 }

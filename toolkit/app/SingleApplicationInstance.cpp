@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include <dirent.h>
@@ -60,12 +59,17 @@ private:
     int m_iDescriptor;
 };
 
-// True for the number of a process, with a zero behind it or not.
-bool IsProcessNumber(const char* bytes, std::size_t count)
+bool IsDigit(char c)
 {
-    const std::size_t digits = strnlen(bytes, count);
-    const bool whole = digits >= 1 && digits <= 10 && count - digits <= 1 && bytes[0] != '0';
-    return whole && std::all_of(bytes, bytes + digits, [](char c) { return c >= '0' && c <= '9'; });
+    return c >= '0' && c <= '9';
+}
+
+// True for the number of a process, perhaps with zeros or a line end behind it.
+bool IsProcessNumber(const char* begin, const char* end)
+{
+    const char* const behind = std::find_if_not(begin, end, IsDigit);
+    return behind - begin >= 1 && behind - begin <= 9 && *begin != '0' &&
+           std::all_of(behind, end, [](char c) { return c == '\0' || c == '\n'; });
 }
 
 // False when something lies at the path that the base library had better not read: it looks for a number in
@@ -81,7 +85,7 @@ bool MayBeLock(const NativePath& path)
     char bytes[16];
     const ssize_t count = read(descriptor, bytes, sizeof(bytes));
     close(descriptor);
-    return count > 0 && IsProcessNumber(bytes, static_cast<std::size_t>(count));
+    return count > 0 && IsProcessNumber(bytes, bytes + count);
 }
 
 // The base library lets every child inherit its lock file.

@@ -1,7 +1,9 @@
 #include "toolkit/datetime/IsoText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cwchar>
 
 #include "toolkit/core/StreamNumber.h"
 
@@ -18,6 +20,8 @@ const wchar_t s_chUtc = L'Z';
 
 IsoText IsoText::Read(const wchar_t* text, const wchar_t* end)
 {
+    // A stream takes this for the end.
+    end = std::find(text, end, static_cast<wchar_t>(WEOF));
     IsoText result;
     CivilTime& time = result.time;
     time.year = time.month = time.day = time.hour = time.minute = time.second = s_nUnread;

@@ -105,6 +105,21 @@ TEST_F(Desk, SaysThatItCannotOpenAFile)
     EXPECT_EQ(first->End(), 0);
 }
 
+TEST_F(Desk, LeavesADamagedBundleOut)
+{
+    const std::string data = m_folder.Path("bundle");
+    std::filesystem::create_directories(data + "/mails");
+    ToolkitTest::WriteBytes(data + "/desk.ini", "[archive]\nfile = archive.zip\npattern = *\n");
+    ToolkitTest::WriteBytes(data + "/archive.zip", "PK, but no archive");
+    ToolkitTest::WriteBytes(data + "/mails/broken.eml", "Subject: \xff\xfe\n\n\x80");
+    RunningProgram first(m_strProgram, {"-data", data, "-log", m_strLog});
+    EXPECT_EQ(first.Answer(), "takes commands");
+    EXPECT_EQ(first.Answer(), "the mails are indexed in the background");
+    EXPECT_EQ(first.Answer(), "0 mails are indexed");
+    EXPECT_EQ(Send("quit"), 0);
+    EXPECT_EQ(first.End(), 0);
+}
+
 TEST_F(Desk, WritesToTheLogThatACommandIsNone)
 {
     const auto first = StartFirst();

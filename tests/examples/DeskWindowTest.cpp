@@ -127,6 +127,31 @@ TEST_F(DeskWindow, OpensTheFileOfASecondStart)
     Quit(*first);
 }
 
+TEST_F(DeskWindow, ShowsThePlugins)
+{
+    const auto first = StartFirst();
+    WaitForState({"status: 6 mails are indexed\n"});
+    EXPECT_EQ(Send("plug-ins"), 0);
+    EXPECT_THAT(WaitForState({"title: Plug-ins\n"}), HasSubstr("text: mailtext\ntext: redact\n"));
+    Quit(*first);
+}
+
+TEST_F(DeskWindow, OpensAFileOfAnyNameInTheLocaleC)
+{
+    const ScopedEnvironment locale("LC_ALL", "C");
+    const std::string path = m_folder.Path("Grüße von 花子.eml");
+    std::filesystem::copy_file(Data("mails/2-cafe.eml"), path);
+    const auto first = StartFirst({"-open", path});
+    WaitForState({"title: Lunch on Thursday\n", "status: 6 mails are indexed\n"});
+    EXPECT_EQ(Start("-open", Data("mails/1-garden.eml")).m_iExitCode, 0);
+    WaitForState({"title: Seedlings for the community garden\n"});
+    EXPECT_EQ(Start("-open", path).m_iExitCode, 0);
+    EXPECT_THAT(WaitForState({"title: Lunch on Thursday\n"}),
+                AllOf(HasSubstr("title: Lunch on Thursday\n"),
+                      HasSubstr("mail: 03/05/26 | 山田 花子 | 会議の時間変更\n")));
+    Quit(*first);
+}
+
 TEST_F(DeskWindow, KeepsErrorsOfTheBaseLibraryInTheLog)
 {
     const auto first = StartFirst();

@@ -8,6 +8,7 @@ packages=(
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
   binutils locales python3 zip
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
+  xvfb xauth
 )
 
 install_line="apt-get install --no-install-recommends -y ${packages[*]}"

@@ -149,6 +149,8 @@ void Application::Execute(const Text& command)
     const Text argument = space == command.npos ? Text() : Text(command.substr(space + 1));
     if (verb == L"open")
         Open(argument);
+    else if (verb == L"plug-ins")
+        ShowPlugins();
     else if (verb == L"dump")
         Dump(argument);
     else if (verb == L"picture")
@@ -175,6 +177,14 @@ void Application::Open(const Text& path)
         m_view.Show(document);
     else
         m_view.Tell(L"cannot open " + FileName(path));
+}
+
+void Application::ShowPlugins() const
+{
+    Text names;
+    for (const Plugin* plugin : m_host.GetPlugins())
+        names += plugin->GetName() + L"\n";
+    m_view.Show({(*PathManager::s_pInstance)->GetPluginsPath(), L"Plug-ins", Text(), Text(), names, 0});
 }
 
 void Application::Dump(const Text& path) const

@@ -36,8 +36,8 @@ public:
     // Finds out who is first, and begins if this desk is.
     Start Begin();
 
-    // One of "open FILE", "dump FILE", "picture FILE", "pause", "resume", "restart" and "quit". Anything else
-    // goes to the log.
+    // One of "open FILE", "plug-ins", "dump FILE", "picture FILE", "pause", "resume", "restart" and "quit".
+    // Anything else goes to the log.
     void Execute(const Text& command);
 
     // Ends what `Begin` began, and starts the new process if a restart was asked for. Done once.
@@ -53,6 +53,7 @@ private:
     void StartIndex();
     void Listen();
     void Open(const Text& path);
+    void ShowPlugins() const;
     void Dump(const Text& path) const;
     void StartAgain();
 

@@ -11,6 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <wx/app.h>
+// The checker's header asks the application object, by a cast to the class of the graphical library, whose
+// type information the sanitizers would look for.
+#undef wxTheApp
+#define wxTheApp wxAppConsole::GetInstance()
 #include <wx/snglinst.h>
 
 #include "toolkit/app/PathManager.h"

@@ -6,6 +6,7 @@
 #include <wx/dcscreen.h>
 #include <wx/filedlg.h>
 #include <wx/image.h>
+#include <wx/listbox.h>
 #include <wx/listctrl.h>
 #include <wx/menu.h>
 #include <wx/sizer.h>
@@ -140,8 +141,7 @@ wxWindow* Frame::MakeReader(wxWindow* parent)
 
 wxWindow* Frame::MakeLog(wxWindow* parent)
 {
-    m_pLog = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
-                            wxTE_MULTILINE | wxTE_READONLY | wxTE_DONTWRAP);
+    m_pLog = new wxListBox(parent, wxID_ANY);
     m_pLog->SetFont(wxFont(wxFontInfo(9).Family(wxFONTFAMILY_TELETYPE)));
     return m_pLog;
 }
@@ -205,11 +205,12 @@ void Frame::UpdateLog()
     if (lines == m_log)
         return;
     m_log = lines;
-    Text text;
+    wxArrayString texts;
     for (const Text& line : lines)
-        text += (text.empty() ? L"" : L"\n") + line;
-    m_pLog->ChangeValue(ToWindow(text));
-    m_pLog->ShowPosition(m_pLog->GetLastPosition());
+        texts.Add(ToWindow(line));
+    m_pLog->Set(texts);
+    if (!texts.empty())
+        m_pLog->EnsureVisible(static_cast<int>(texts.size()) - 1);
 }
 
 void Frame::Describe(std::vector<Text>& lines) const
@@ -229,8 +230,8 @@ void Frame::Describe(std::vector<Text>& lines) const
     lines.push_back(L"sender: " + FromWindow(m_pSender->GetLabelText()));
     for (int line = 0; line < m_pText->GetNumberOfLines(); ++line)
         lines.push_back(L"text: " + FromWindow(m_pText->GetLineText(line)));
-    for (int line = 0; line < m_pLog->GetNumberOfLines(); ++line)
-        lines.push_back(L"log: " + FromWindow(m_pLog->GetLineText(line)));
+    for (const wxString& line : m_pLog->GetStrings())
+        lines.push_back(L"log: " + FromWindow(line));
     lines.push_back(L"status: " + FromWindow(GetStatusBar()->GetStatusText()));
 }
 

@@ -9,6 +9,7 @@
 
 #include "Document.h"
 
+class wxListBox;
 class wxListCtrl;
 class wxStaticText;
 class wxTextCtrl;
@@ -57,7 +58,7 @@ private:
     wxStaticText* m_pTitle = nullptr;
     wxStaticText* m_pSender = nullptr;
     wxTextCtrl* m_pText = nullptr;
-    wxTextCtrl* m_pLog = nullptr;
+    wxListBox* m_pLog = nullptr;
     wxTimer m_timer;
 };
 

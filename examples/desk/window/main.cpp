@@ -29,9 +29,10 @@ public:
     bool SavePicture(const Text& path) override;
     void Leave() override;
 
-private:
-    void ShowPlugins();
+    // Read from the arguments as they are: the base library would convert them by the locale.
+    static const Options* s_pOptions;
 
+private:
     std::unique_ptr<Application> m_application;
     Application::Start m_start = Application::Start::Failed;
     wxWeakRef<Frame> m_frame;
@@ -40,19 +41,21 @@ private:
     Document m_shown;
 };
 
+const Options* WindowApp::s_pOptions = nullptr;
+
 bool WindowApp::OnInit()
 {
     // What the base library says goes to the log and never into a dialog; without a log, nowhere.
     wxLog::DontCreateOnDemand();
     delete wxLog::SetActiveTarget(nullptr);
     wxImage::AddHandler(new wxPNGHandler);
-    m_application = std::make_unique<Application>(Options(argc, argv), *this);
+    m_application = std::make_unique<Application>(*s_pOptions, *this);
     m_start = m_application->Begin();
     if (m_start != Application::Start::First)
         return true;
     Frame::Actions actions;
     actions.m_open = [this](const Text& path) { m_application->Execute(L"open " + path); };
-    actions.m_plugins = [this] { ShowPlugins(); };
+    actions.m_plugins = [this] { m_application->Execute(L"plug-ins"); };
     actions.m_restart = [this] { m_application->Execute(L"restart"); };
     m_frame = new Frame(actions, m_application->GetHost().GetLogPath());
     m_frame->SetStatusText(wxString(m_strStatus.data(), m_strStatus.size()));
@@ -126,14 +129,13 @@ void WindowApp::Leave()
         m_frame->Close();
 }
 
-void WindowApp::ShowPlugins()
-{
-    Text text;
-    for (const Plugin* plugin : m_application->GetHost().GetPlugins())
-        text += plugin->GetName() + L"\n";
-    Show({(*Toolkit::PathManager::s_pInstance)->GetPluginsPath(), L"Plug-ins", Text(), Text(), text});
-}
-
 } // namespace Desk
 
-wxIMPLEMENT_APP(Desk::WindowApp);
+wxIMPLEMENT_APP_NO_MAIN(Desk::WindowApp);
+
+int main(int argc, char** argv)
+{
+    const Desk::Options options(argc, argv);
+    Desk::WindowApp::s_pOptions = &options;
+    return wxEntry(argc, argv);
+}

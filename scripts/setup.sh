@@ -5,8 +5,6 @@ packages=(
   g++ cmake ninja-build make ccache
   clang-14 libclang-rt-14-dev clang-format-14
   binutils pkg-config abigail-tools locales python3 tzdata zip gdb
-  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
-  binutils locales python3 zip
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )

@@ -18,6 +18,10 @@ install(
   INCLUDES
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(
+  FILES ${PROJECT_SOURCE_DIR}/gdb/toolkit_printers.py
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/toolkit
+  COMPONENT Toolkit_Development)
+install(
   EXPORT ToolkitTargets
   NAMESPACE Toolkit::
   DESTINATION ${toolkit_cmake_folder}

@@ -1,6 +1,7 @@
 """Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes and DateTime.
 
-gdb loads this file by itself beside an installed libtoolkit; from a build tree: (gdb) source gdb/toolkit_printers.py
+(gdb) source gdb/toolkit_printers.py                        in the sources
+(gdb) source /usr/share/toolkit/toolkit_printers.py         from the package libtoolkit-dev
 """
 
 import datetime

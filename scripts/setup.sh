@@ -4,16 +4,17 @@
 packages=(
   g++ cmake ninja-build make ccache
   clang-14 libclang-rt-14-dev clang-format-14
-  binutils locales python3 tzdata zip
-  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev
+  binutils pkg-config abigail-tools locales python3 tzdata zip gdb
+  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )
 
 install_line="apt-get install --no-install-recommends -y ${packages[*]}"
 
+# missing_packages <package>...: those of them that are not installed.
 missing_packages() {
   local package
-  for package in "${packages[@]}"; do
+  for package in "$@"; do
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || echo "$package"
   done
 }
@@ -25,7 +26,7 @@ install_packages() {
     echo "This is no Debian system; what is needed is what these packages hold: ${packages[*]}"
     return 0
   fi
-  missing=$(missing_packages)
+  missing=$(missing_packages "${packages[@]}")
   if [ "${1:-}" = --no-install ]; then
     echo "$install_line"
     if [ -n "$missing" ]; then
@@ -34,20 +35,31 @@ install_packages() {
     fi
     return 0
   fi
-  [ -n "$missing" ] || return 0
+  install_missing $missing
+}
+
+# need_packages <package>...: installs, of what a script on demand needs beyond the list, that which is missing.
+need_packages() {
+  if command -v dpkg-query >/dev/null; then
+    # shellcheck disable=SC2046
+    install_missing $(missing_packages "$@")
+  fi
+}
+
+install_missing() {
+  [ $# != 0 ] || return 0
   local as_root=()
   if [ "$(id -u)" != 0 ]; then
     if ! command -v sudo >/dev/null; then
       echo "Packages are missing, and only root can install them; sudo is not there. As root, run:" >&2
-      echo "$install_line" >&2
+      echo "apt-get install --no-install-recommends -y $*" >&2
       exit 1
     fi
     as_root=(sudo)
   fi
-  echo "Installing:" $missing
+  echo "Installing:" "$@"
   "${as_root[@]}" apt-get update -qq
-  # shellcheck disable=SC2086
-  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install --no-install-recommends -y -qq $missing >/dev/null
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install --no-install-recommends -y -qq "$@" >/dev/null
 }
 
 # build_preset <preset> [target...]: configures on the first run, then builds only what changed. Quiet unless it fails.

@@ -82,7 +82,6 @@ class UTF8;
 class Version;
 class WxLogForwarder;
 class ZipInputStream;
-class WxLogForwarder;
 
 namespace Threading
 {

@@ -500,8 +500,8 @@ TEST_F(IPCServerTest, DecodesCommandsByTheirFormat)
     const std::string wideBytes(reinterpret_cast<const char*>(wide), sizeof wide);
     RawClient client(Path());
     client.Send(ConnectBytes("t") + ExecuteBytes(wxIPC_TEXT, "narrow") +
-                ExecuteBytes(wxIPC_PRIVATE, "private") + ExecuteBytes(wxIPC_UNICODETEXT, wideBytes) +
-                ExecuteBytes(wxIPC_UTF8TEXT, "\xff") +
+                ExecuteBytes(wxIPC_PRIVATE, "private") + ExecuteBytes(255, "none") +
+                ExecuteBytes(wxIPC_UNICODETEXT, wideBytes) + ExecuteBytes(wxIPC_UTF8TEXT, "\xff") +
                 ExecuteBytes(wxIPC_UNICODETEXT, wideBytes.substr(0, 11)) +
                 ExecuteBytes(wxIPC_UTF8TEXT, std::string("cut\0off", 7)) + ExecuteBytes(wxIPC_UTF8TEXT, ""));
     EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 5; }));

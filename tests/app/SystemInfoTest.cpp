@@ -120,6 +120,33 @@ void CountExit()
         ++*s_pExits;
 }
 
+// Shared with children: whom the handler belongs to, and how often it ran elsewhere.
+struct HandlerRuns
+{
+    pid_t host;
+    volatile int strange;
+};
+HandlerRuns* s_pHandlerRuns = nullptr;
+
+void NoteWhoHandles(int)
+{
+    if (getpid() != s_pHandlerRuns->host)
+        s_pHandlerRuns->strange = s_pHandlerRuns->strange + 1;
+}
+
+// The mask behind `name` in the status of a process.
+unsigned long long SignalsIn(const std::string& status, const std::string& name)
+{
+    const std::size_t start = status.find("\n" + name + ":");
+    EXPECT_NE(start, status.npos) << status;
+    return start == status.npos ? ~0ULL : std::stoull(status.substr(start + name.size() + 2), nullptr, 16);
+}
+
+unsigned long long Bit(int number)
+{
+    return 1ULL << (number - 1);
+}
+
 void CountAlarm(int)
 {
     s_iAlarms = s_iAlarms + 1;
@@ -347,6 +374,86 @@ TEST(SystemInfo, WaitsOnWhenASignalInterrupts)
     setitimer(ITIMER_REAL, &never, nullptr);
     EXPECT_GT(child, 0);
     EXPECT_GT(s_iAlarms, 0);
+    EXPECT_FALSE(HasChildren());
+}
+
+TEST(SystemInfo, LeavesBlockedAndIgnoredSignalsToTheChildAndNoHandler)
+{
+    const TemporaryFolder folder;
+    const ScopedSignal handled(SIGUSR1, &CountAlarm);
+    const ScopedSignal ignored(SIGUSR2, SIG_IGN);
+    sigset_t hangup;
+    sigset_t before;
+    sigset_t after;
+    sigemptyset(&hangup);
+    sigaddset(&hangup, SIGHUP);
+    pthread_sigmask(SIG_SETMASK, &hangup, &before);
+    EXPECT_GT(SystemInfo::StartProcess(L"/bin/cp", L"/proc/self/status " + folder.Wide("out"), true), 0);
+    EXPECT_GT(SystemInfo::StartProcess(L"/nowhere/missing", L"", true), 0);
+    pthread_sigmask(SIG_SETMASK, &before, &after);
+
+    const std::string status = ReadBytes(folder.Path("out"));
+    EXPECT_EQ(SignalsIn(status, "SigBlk"), Bit(SIGHUP));
+    EXPECT_EQ(SignalsIn(status, "SigIgn") & (Bit(SIGUSR1) | Bit(SIGUSR2)), Bit(SIGUSR2));
+    EXPECT_EQ(SignalsIn(status, "SigCgt"), 0U);
+
+    EXPECT_EQ(sigismember(&after, SIGHUP), 1) << "the caller's own mask is as it was";
+    EXPECT_EQ(sigismember(&after, SIGTERM), 0);
+    struct sigaction action = {};
+    sigaction(SIGUSR1, nullptr, &action);
+    EXPECT_EQ(action.sa_handler, &CountAlarm) << "and so is its handler";
+}
+
+TEST(SystemInfo, HandlersOfTheHostNeverRunInTheChild)
+{
+    void* const shared =
+        mmap(nullptr, sizeof(HandlerRuns), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    s_pHandlerRuns = static_cast<HandlerRuns*>(shared);
+    EXPECT_TRUE(ToolkitTest::InChild(
+        []
+        {
+            // A group of its own, into which signals rain while processes are started.
+            setpgid(0, 0);
+            s_pHandlerRuns->host = getpid();
+            const ScopedSignal handler(SIGUSR1, &NoteWhoHandles);
+            const pid_t rain = fork();
+            if (rain == 0)
+            {
+                std::signal(SIGUSR1, SIG_IGN);
+                while (kill(0, SIGUSR1) == 0)
+                    usleep(20);
+                _exit(0);
+            }
+            bool started = rain > 0;
+            for (int i = 0; i < 300; ++i)
+                started = started && SystemInfo::StartProcess(L"/bin/true", L"", true) > 0;
+            kill(rain, SIGKILL);
+            waitpid(rain, nullptr, 0);
+            return started;
+        }));
+    EXPECT_EQ(s_pHandlerRuns->strange, 0);
+    s_pHandlerRuns = nullptr;
+    munmap(shared, sizeof(HandlerRuns));
+}
+
+TEST(SystemInfo, StartsProcessesOnSeveralThreadsAtOnce)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back(
+            []
+            {
+                for (int round = 0; round < 25; ++round)
+                {
+                    const std::wstring code = std::to_wstring(round + 1);
+                    EXPECT_EQ(
+                        ExitCodeOf(SystemInfo::StartProcess(L"/bin/sh", L"-c \"exit " + code + L"\"", false)),
+                        round + 1);
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_FALSE(HasChildren());
 }
 

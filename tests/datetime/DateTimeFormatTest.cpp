@@ -322,7 +322,8 @@ TEST(DateTimeFormat, EndsOnLongPatterns)
     const std::size_t size = 100000;
     for (const wchar_t c : Text(L"dMyHhmsat%: x"))
     {
-        EXPECT_GT(Date(Text(size, c)).size() + 1, 0U);
+        // No letters but spaces vanish from a date, and none grows.
+        EXPECT_EQ(Date(Text(size, c)).size(), c == L' ' ? 0 : size) << c;
         EXPECT_LE(Time(Text(size, c)).size(), 2 * size);
     }
     Text nested;

@@ -235,7 +235,7 @@ TEST(DateTimeLocale, WritesAnInstantByTheLocalClock)
     }
 }
 
-TEST(DateTimeLocale, WritesMillisecondsBefore1970InTheirMinute)
+TEST(DateTimeLocale, WritesInstantsBefore1970AndFarAwayInTheirMinute)
 {
     const LocalZone zone("UTC");
     const ScopedEnvironment environment("LC_ALL", "en_GB.UTF-8");

@@ -272,15 +272,6 @@ TEST_P(DateTimeTest, AssignsItselfAndInvalidValues)
     EXPECT_TRUE(time.IsValid());
 }
 
-TEST_P(DateTimeTest, MovedFromValuesStayUsable)
-{
-    DateTime time(2009, 3, 7, 14, 5, 9);
-    const DateTime moved(std::move(time));
-    EXPECT_EQ(moved, DateTime(2009, 3, 7, 14, 5, 9));
-    time = DateTime(2010, 3, 7, 14, 5, 9); // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(time.GetYear(), 2010);
-}
-
 TEST_P(DateTimeTest, ComparesByInstant)
 {
     const std::vector<DateTime> ordered = {

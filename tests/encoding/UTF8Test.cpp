@@ -8,6 +8,8 @@
 #include <wx/strconv.h>
 #include <wx/string.h>
 
+#include "tests/support/PlainUtf8.h"
+
 using Toolkit::TString;
 using Toolkit::UTF8;
 
@@ -214,6 +216,39 @@ TEST(UTF8, IgnoresBadTextBehindAZero)
 {
     EXPECT_EQ("a", UTF8::ToUTF8(L"a" + std::wstring(1, L'\0') + Wide(0xD800)));
     EXPECT_EQ(L"a", UTF8::ToUNICODE(std::string("a\0\xFF", 3)));
+}
+
+TEST(UTF8, EncodesEveryShortTextAtEveryPlaceAsThePlainFormDoes)
+{
+    const std::uint32_t values[] = {0,      'a',    0x7F,   0x80,    0x7FF,    0x800,     0xD7FF,
+                                    0xD800, 0xDFFF, 0xE000, 0x10000, 0x10FFFF, 0x110000U, 0xFFFFFFFFU};
+    for (const std::size_t before : {0, 1, 14, 15, 16, 17, 40})
+        for (const std::uint32_t first : values)
+            for (const std::uint32_t second : values)
+                for (const std::uint32_t third : values)
+                {
+                    const std::wstring text =
+                        std::wstring(before, L'x') + Wide(first) + Wide(second) + Wide(third) + L"yz";
+                    ASSERT_EQ(ToolkitTest::PlainToUtf8(text), UTF8::ToUTF8(text))
+                        << before << " " << first << " " << second << " " << third;
+                }
+}
+
+TEST(UTF8, EncodesRandomTextsIntoUsedMemoryAsThePlainFormDoes)
+{
+    std::mt19937 random(8);
+    TString<char> bytes;
+    for (int round = 0; round < 20000; ++round)
+    {
+        std::wstring text;
+        const std::size_t length = random() % 70;
+        const std::size_t oddity = random() % 40;
+        while (text.size() < length)
+            text += static_cast<wchar_t>(random() % (oddity + 2) != 0 ? 1 + random() % 0x7F
+                                                                      : random() % 0x120000);
+        UTF8::Encode(text, bytes);
+        ASSERT_EQ(ToolkitTest::PlainToUtf8(text), bytes);
+    }
 }
 
 TEST(UTF8, HasToBeUTF8WhenTheLengthChanges)

@@ -523,6 +523,83 @@ TEST(FFile, AttachTakesTheStreamOver)
     EXPECT_EQ(-1, DescriptorOf(folder.Path("second")));
 }
 
+namespace
+{
+
+// A file whose texts are to reach the system at once.
+void OpenUnbuffered(FFile& file, const std::string& path, const char* mode)
+{
+    std::FILE* const stream = std::fopen(path.c_str(), mode);
+    ASSERT_NE(nullptr, stream);
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+    file.Attach(stream);
+}
+
+} // namespace
+
+TEST(FFile, UnbufferedTextReachesTheSystemAtOnce)
+{
+    const TemporaryFolder folder;
+    FFile file;
+    OpenUnbuffered(file, folder.Path("new"), "w+");
+    file.Write(L"one ");
+    EXPECT_EQ("one ", ReadBytes(folder.Path("new")));
+    file.Write(L"\u00E4");
+    EXPECT_EQ("one \xC3\xA4", ReadBytes(folder.Path("new")));
+    EXPECT_EQ(6, file.GetOffset());
+    EXPECT_EQ(6, file.GetLength());
+    EXPECT_TRUE(file.Flush());
+
+    EXPECT_TRUE(file.Seek(0, true));
+    EXPECT_EQ(0, file.GetOffset());
+    file.Write(L"two");
+    EXPECT_EQ(3, file.GetOffset());
+    EXPECT_TRUE(file.Seek(1, false));
+    EXPECT_EQ(4, file.GetOffset());
+    EXPECT_TRUE(file.SeekEnd(-2));
+    char bytes[8] = {};
+    EXPECT_EQ(2U, file.Read(bytes, sizeof bytes));
+    EXPECT_STREQ("\xC3\xA4", bytes);
+    file.Write(L"end");
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ("two \xC3\xA4"
+              "end",
+              ReadBytes(folder.Path("new")));
+}
+
+TEST(FFile, UnbufferedTextThatIsLostIsToldUntilTheFileIsClosed)
+{
+    const TemporaryFolder folder;
+    FFile file;
+    OpenUnbuffered(file, "/dev/full", "w");
+    EXPECT_TRUE(file.Flush());
+    file.Write(L"text");
+    EXPECT_FALSE(file.Flush());
+    EXPECT_FALSE(file.Close());
+    EXPECT_FALSE(file.Flush());
+    EXPECT_TRUE(file.Close());
+
+    OpenUnbuffered(file, folder.Path("new"), "w");
+    file.Write(L"text");
+    EXPECT_TRUE(file.Flush());
+    EXPECT_TRUE(file.Close());
+}
+
+TEST(FFile, UnbufferedTextThatDoesNotFitIsWrittenAsFarAsItDoes)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(ToolkitTest::OnSmallDisk(folder.Path(), 16,
+                                         [&]
+                                         {
+                                             FFile file;
+                                             OpenUnbuffered(file, folder.Path("new"), "w");
+                                             file.Write(TString<wchar_t>(std::wstring(32768, L'x')));
+                                             const long long length = file.GetLength();
+                                             return length > 0 && length < 32768 && !file.Flush() &&
+                                                    !file.Close();
+                                         }));
+}
+
 TEST(FFile, AttachedNothingIsClosed)
 {
     const TemporaryFolder folder;

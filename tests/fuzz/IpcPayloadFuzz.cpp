@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size == 0)
         return 0;
-    const auto format = static_cast<wxIPCFormat>(data[0]);
+    const auto format = static_cast<wxIPCFormat>(data[0] % (wxIPC_PRIVATE + 1));
     const std::string payload(reinterpret_cast<const char*>(data + 1), size - 1);
     ToolkitTest::RecordingServer server(L"/nowhere");
     Toolkit::IPCConnectionEventHelper helper(server);

@@ -53,6 +53,12 @@ bool SendCode(int socket, IPCMessage::Code code)
     return sent == sizeof code || errno != EAGAIN;
 }
 
+// A number that the base library has no format for must not become one.
+wxIPCFormat FormatOf(const IPCMessage& message)
+{
+    return message.m_uFormat <= wxIPC_PRIVATE ? static_cast<wxIPCFormat>(message.m_uFormat) : wxIPC_INVALID;
+}
+
 void LogFailure(const TString<wchar_t>& what)
 {
     LogLine::Stream(LogSeverity::Error, __LINE__, "IPCEndpoint::HandOver", L"a listener failed: " + what);
@@ -295,8 +301,7 @@ bool IPCEndpoint::Handle(const std::shared_ptr<Connection>& connection, const IP
     switch (message.m_uCode)
     {
     case IPCMessage::Execute:
-        Enqueue(
-            {connection, false, static_cast<wxIPCFormat>(message.m_uFormat), std::string(message.m_strData)});
+        Enqueue({connection, false, FormatOf(message), std::string(message.m_strData)});
         return true;
     case IPCMessage::Request:
     case IPCMessage::AdviseStart:

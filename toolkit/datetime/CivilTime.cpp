@@ -25,19 +25,43 @@ const int s_nLeapSecond = 60;
 const std::int64_t s_nSpan = std::int64_t{1} << 17;
 
 // What AheadBefore found for a span and a zone: asking again would cost as much as all the rest. The lowest
-// bits hold the seconds, the others a mark of the span and the zone. It is looked up anew when it does not
-// fit, and a mistake would but choose the second of two right instants.
+// bits hold the seconds, the others a mark of the span and the zone. It is looked up anew when the clocks
+// were moved since, or seem to be because the zone's rules are others now; where it agrees with the clocks a
+// mistake would but choose the second of two right instants.
 const unsigned int s_uAheadBits = 18;
 const std::uint64_t s_uAheadMask = (std::uint64_t{1} << s_uAheadBits) - 1;
 const std::uint64_t s_uMarkMask = ~std::uint64_t{0} >> s_uAheadBits;
 std::array<std::atomic<std::uint64_t>, 16384> s_aheadKept = {};
 
+// When the C library last looked at the system's zone, in ticks of the coarse clock; -1 since it looked at
+// TZ.
+std::atomic<std::int64_t> s_nZoneLook = {-1};
+
+std::int64_t CoarseTick()
+{
+    std::timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
+}
+
+// Lets the C library look at the zone, which not every localtime_r does itself. Where TZ is not set it asks
+// for the state of the system's file each time, which costs more than all the rest: once a tick is enough.
+void FollowZone()
+{
+    const std::int64_t look = std::getenv("TZ") != nullptr ? -1 : CoarseTick();
+    const bool known = s_nZoneLook.load(std::memory_order_relaxed) == look;
+    if (known && look != -1)
+        return;
+    tzset();
+    if (!known)
+        s_nZoneLook.store(look, std::memory_order_relaxed);
+}
+
 std::tm LocalTm(std::int64_t instant)
 {
     const std::time_t seconds = instant;
     std::tm time = {};
-    // Not every C library's localtime_r looks at TZ itself.
-    tzset();
+    FollowZone();
     localtime_r(&seconds, &time);
     return time;
 }
@@ -91,8 +115,8 @@ struct Ahead
     bool leap;
 };
 
-// How far the clocks were ahead a day or two before they show `clock`.
-std::int64_t AheadBefore(std::int64_t clock)
+// How far the clocks were ahead a day or two before they show `clock`; `anew` asks without what was kept.
+std::int64_t AheadBefore(std::int64_t clock, bool anew)
 {
     const std::int64_t span = FloorDivide(clock, s_nSpan);
     const char* const zone = std::getenv("TZ");
@@ -100,7 +124,7 @@ std::int64_t AheadBefore(std::int64_t clock)
                                static_cast<std::uint64_t>(span);
     std::atomic<std::uint64_t>& kept = s_aheadKept[mark % s_aheadKept.size()];
     const std::uint64_t found = kept.load(std::memory_order_relaxed);
-    if (found >> s_uAheadBits == (mark & s_uMarkMask))
+    if (!anew && found >> s_uAheadBits == (mark & s_uMarkMask))
         return static_cast<std::int64_t>(found & s_uAheadMask) - s_nSpan;
     const std::int64_t seconds = Ahead((span - 1) * s_nSpan).seconds;
     kept.store(mark << s_uAheadBits | static_cast<std::uint64_t>(seconds + s_nSpan),
@@ -120,7 +144,7 @@ CivilTime CivilTime::Utc(std::int64_t instant)
     const std::time_t seconds = instant;
     std::tm time = {};
     // In a zone that counts leap seconds UTC counts them too.
-    tzset();
+    FollowZone();
     gmtime_r(&seconds, &time);
     return FromTm(time);
 }
@@ -149,13 +173,19 @@ bool CivilTime::Exists() const
 std::int64_t CivilTime::LocalInstant() const
 {
     const std::int64_t clock = ClockInstant(*this);
-    const std::int64_t before = AheadBefore(clock);
-    const std::int64_t unmoved = clock - before;
-    const Ahead first(unmoved);
+    std::int64_t before = AheadBefore(clock, false);
+    Ahead first(clock - before);
+    if (first.seconds != before)
+    {
+        before = AheadBefore(clock, true);
+        first = Ahead(clock - before);
+    }
     if (first.seconds == before)
-        return first.leap && second < s_nLeapSecond ? unmoved + 1 : unmoved;
-    const std::int64_t moved = clock - first.seconds;
-    return Ahead(moved).seconds == first.seconds ? moved : unmoved;
+        return clock - before + (first.leap && second < s_nLeapSecond ? 1 : 0);
+    // Here the clocks were moved since. Where this is left out the two differ, and the smaller one was
+    // before.
+    const Ahead other(clock - first.seconds);
+    return clock - std::min(first.seconds, other.seconds);
 }
 
 std::int64_t CivilTime::UtcInstant() const

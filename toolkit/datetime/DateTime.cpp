@@ -167,7 +167,12 @@ void WriteIso(TString<C>& out, const CivilTime& civil, bool utc)
     out.assign(text, WriteTime(date + 1, civil, utc));
 }
 
-// This minus the other in whole units of that many milliseconds, cut to 32 bits; 0 without two valid values.
+// In milliseconds.
+const std::uint64_t s_uSecond = 1000;
+const std::uint64_t s_uMinute = 60 * s_uSecond;
+const std::uint64_t s_uHour = 60 * s_uMinute;
+
+// This minus the other in whole units, cut to 32 bits; 0 without two valid values.
 int Difference(const wxDateTime& time, const wxDateTime* other, std::uint64_t unit)
 {
     if (!time.IsValid() || other == nullptr || !other->IsValid())
@@ -203,7 +208,8 @@ DateTime::DateTime(const DateTime& other) : m_pDateTime(new wxDateTime(*other.m_
 
 DateTime& DateTime::operator=(const DateTime& other)
 {
-    *m_pDateTime = *other.m_pDateTime;
+    if (this != &other)
+        *m_pDateTime = *other.m_pDateTime;
     return *this;
 }
 
@@ -300,17 +306,17 @@ void DateTime::Remove(unsigned int hours, unsigned int minutes, unsigned int sec
 
 int DateTime::GetTotalSecondes(smart_ptr<DateTime, smart_ptr_policy> other) const
 {
-    return Difference(*m_pDateTime, other.IsNull() ? nullptr : other->m_pDateTime, 1000);
+    return Difference(*m_pDateTime, other.IsNull() ? nullptr : other->m_pDateTime, s_uSecond);
 }
 
 int DateTime::GetTotalMinutes(smart_ptr<DateTime, smart_ptr_policy> other) const
 {
-    return Difference(*m_pDateTime, other.IsNull() ? nullptr : other->m_pDateTime, 1000 * 60);
+    return Difference(*m_pDateTime, other.IsNull() ? nullptr : other->m_pDateTime, s_uMinute);
 }
 
 int DateTime::GetTotalHours(smart_ptr<DateTime, smart_ptr_policy> other) const
 {
-    return Difference(*m_pDateTime, other.IsNull() ? nullptr : other->m_pDateTime, 1000 * 60 * 60);
+    return Difference(*m_pDateTime, other.IsNull() ? nullptr : other->m_pDateTime, s_uHour);
 }
 
 DateTime& DateTime::MakeToUTC()

@@ -11,10 +11,10 @@ namespace Toolkit
 {
 
 // A point in time, of whole seconds, with the calendar of the system's local zone. A value: copies are deep,
-// and each object is used by one thread at a time. The zones are the C library's, which follows TZ; of a
-// local time that comes twice it takes the first, and one that is left out counts on from the last one
-// before. Nothing here throws or logs: what does not exist is an invalid value, which stays invalid through
-// every operation, and whose fields are 0.
+// and each object is used by one thread at a time, while no other changes the environment. The zones are the
+// C library's, which follows TZ. Quirk: a local time that comes twice is the first, and one that is left out
+// counts on from the last one before. Nothing here throws or logs: what does not exist is an invalid value,
+// which stays invalid through every operation, and whose fields are 0.
 class TOOLKIT_API DateTime
 {
 public:
@@ -59,6 +59,7 @@ public:
     void Remove(unsigned int hours, unsigned int minutes, unsigned int seconds);
 
     // This minus the other, truncated toward zero and cut to 32 bits; 0 unless both are valid.
+    // Quirk: the first one is spelled "Secondes".
     int GetTotalSecondes(smart_ptr<DateTime, smart_ptr_policy> other) const;
     int GetTotalMinutes(smart_ptr<DateTime, smart_ptr_policy> other) const;
     int GetTotalHours(smart_ptr<DateTime, smart_ptr_policy> other) const;
@@ -74,6 +75,7 @@ public:
     // A real date, at 00:00:00 local time, for a wished-for day of a month: days 29 to 31 that the month does
     // not have become the first of the next one. Invalid for month 0 and for other days that do not exist.
     // Quirk: every month above 12, not only 13, is January of the next year.
+    // Quirk: 30 February is 1 March in leap years too, though 31 April is 1 May.
     static DateTime CreateNormalizedDateTime(unsigned int year, unsigned int month, unsigned int day);
 
     // "2009-03-07", "14:05:09", and both with a space in between; with `utc` the fields of UTC, and " Z"
@@ -95,7 +97,7 @@ public:
     bool ParseIsoString(const TString<wchar_t>& text);
     bool ParseIsoString(const TString<char>& text);
 
-    // Decimal, filled with "0" to `width`; nothing of this value is in it.
+    // Decimal, filled with "0" to `width`, however wide; nothing of this value is in it.
     // Quirk: the zeros stand before a minus sign.
     TString<wchar_t> IntToUString(int value, int width) const;
 

@@ -47,11 +47,12 @@ bool Locales::GetCurrentDateFormat(TString<wchar_t>& out)
         }
     }
     // Asked for without the lock: it takes a while.
-    const std::string name = locale;
+    std::string name = locale;
     out = LocalePatterns::ShortPatternsOf(name);
+    TString<wchar_t> pattern = out;
     const MutexLock lock(s_last.m_mutex);
-    s_last.m_strLocale = name;
-    s_last.m_strPattern = out;
+    s_last.m_strLocale.swap(name);
+    s_last.m_strPattern.swap(pattern);
     return true;
 }
 

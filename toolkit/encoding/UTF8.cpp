@@ -1,5 +1,6 @@
 #include "toolkit/encoding/UTF8.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -43,6 +44,30 @@ void CopyAscii(const From* from, std::size_t length, To* to)
             to[position + i] = static_cast<To>(from[position + i]);
     for (; position < length; ++position)
         to[position] = static_cast<To>(from[position]);
+}
+
+// Encodes the ASCII elements other than zero that `text` begins with and answers their number, which may be
+// rounded down to whole blocks.
+std::size_t EncodeAscii(const wchar_t* text, std::size_t length, char* to)
+{
+    std::size_t position = 0;
+    for (; length - position >= s_uBlock; position += s_uBlock)
+    {
+        std::uint32_t all = 0;
+        for (std::size_t i = 0; i < s_uBlock; ++i)
+        {
+            const std::uint32_t value = static_cast<std::uint32_t>(text[position + i]);
+            // Less one, a zero has all its bits set.
+            all |= value | (value - 1U);
+        }
+        if (all > 0x7F)
+            return position;
+        for (std::size_t i = 0; i < s_uBlock; ++i)
+            to[position + i] = static_cast<char>(text[position + i]);
+    }
+    for (; position < length && static_cast<std::uint32_t>(text[position]) - 1U < 0x7F; ++position)
+        to[position] = static_cast<char>(text[position]);
+    return position;
 }
 
 bool IsContinuation(unsigned char byte)
@@ -183,17 +208,21 @@ TString<char> UTF8::ToUTF8(const TString<wchar_t>& text)
 
 void UTF8::Encode(const TString<wchar_t>& text, TString<char>& bytes)
 {
-    const std::size_t zero = text.find(L'\0');
-    const std::size_t length = zero == text.npos ? text.size() : zero;
-    const std::size_t ascii = AsciiPrefix(text.data(), length);
-    const std::size_t rest = CountBytes(text.data() + ascii, length - ascii);
-
-    bytes.clear();
-    if (rest == s_uInvalid)
+    bytes.resize(text.size());
+    const std::size_t ascii = EncodeAscii(text.data(), text.size(), bytes.data());
+    if (ascii == text.size())
         return;
-    bytes.resize(ascii + rest);
-    CopyAscii(text.data(), ascii, bytes.data());
-    EncodeRest(text.data() + ascii, length - ascii, bytes.data() + ascii);
+
+    const wchar_t* const rest = text.data() + ascii;
+    const std::size_t restLength = std::min(text.find(L'\0', ascii), text.size()) - ascii;
+    const std::size_t restBytes = CountBytes(rest, restLength);
+    if (restBytes == s_uInvalid)
+    {
+        bytes.clear();
+        return;
+    }
+    bytes.resize(ascii + restBytes);
+    EncodeRest(rest, restLength, bytes.data() + ascii);
 }
 
 bool UTF8::HasToBeUTF8(const TString<wchar_t>& text)

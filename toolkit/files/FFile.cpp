@@ -1,5 +1,7 @@
 #include "toolkit/files/FFile.h"
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <stdio_ext.h>
 #include <sys/stat.h>
@@ -54,7 +56,7 @@ std::FILE* OpenStream(const TString<wchar_t>& path, const TString<wchar_t>& mode
 
 } // namespace
 
-FFile::FFile() : m_pFile(new wxFFile) {}
+FFile::FFile() : m_pFile(new wxFFile), m_bUnbuffered(false), m_bLostText(false) {}
 
 FFile::~FFile()
 {
@@ -75,6 +77,9 @@ void FFile::Attach(std::FILE* stream)
         return;
     Close();
     m_pFile->Attach(stream);
+    // A buffer that is yet to be made has no size.
+    m_bUnbuffered = stream != nullptr && __fbufsize(stream) == 1 && fileno(stream) != -1;
+    m_bLostText = false;
 }
 
 bool FFile::IsOpened() const
@@ -95,11 +100,16 @@ void FFile::Write(const TString<wchar_t>& text)
     if (!IsOpened())
         return;
     UTF8::Encode(text, m_strBytes);
-    fwrite_unlocked(m_strBytes.data(), 1, m_strBytes.size(), m_pFile->fp());
+    if (m_bUnbuffered)
+        WriteThrough();
+    else
+        fwrite_unlocked(m_strBytes.data(), 1, m_strBytes.size(), m_pFile->fp());
 }
 
 bool FFile::Flush()
 {
+    if (m_bUnbuffered)
+        return IsOpened() && !m_bLostText;
     return IsOpened() && fflush_unlocked(m_pFile->fp()) == 0 && ferror_unlocked(m_pFile->fp()) == 0;
 }
 
@@ -109,7 +119,7 @@ bool FFile::Close()
     std::FILE* const stream = m_pFile->Detach();
     if (stream == nullptr)
         return true;
-    const bool whole = std::ferror(stream) == 0;
+    const bool whole = std::ferror(stream) == 0 && !m_bLostText;
     return std::fclose(stream) == 0 && whole;
 }
 
@@ -126,11 +136,16 @@ long long FFile::GetLength() const
 
 long long FFile::GetOffset() const
 {
-    return IsOpened() ? ftello(m_pFile->fp()) : -1;
+    if (!IsOpened())
+        return -1;
+    return m_bUnbuffered ? lseek(fileno(m_pFile->fp()), 0, SEEK_CUR) : ftello(m_pFile->fp());
 }
 
 bool FFile::Seek(long long offset, bool fromStart)
 {
+    // The stream does not know by itself how far it was passed by.
+    if (m_bUnbuffered && !fromStart && !Seek(GetOffset(), true))
+        return false;
     return IsOpened() && fseeko(m_pFile->fp(), offset, fromStart ? SEEK_SET : SEEK_CUR) == 0;
 }
 
@@ -147,6 +162,26 @@ bool FFile::IsEOF() const
 bool FFile::Exists(const TString<wchar_t>& path)
 {
     return NativePath(path).IsFile();
+}
+
+void FFile::WriteThrough()
+{
+    const int descriptor = fileno_unlocked(m_pFile->fp());
+    const char* bytes = m_strBytes.data();
+    for (std::size_t left = m_strBytes.size(); left > 0;)
+    {
+        const ssize_t written = write(descriptor, bytes, left);
+        if (written > 0)
+        {
+            bytes += written;
+            left -= static_cast<std::size_t>(written);
+        }
+        else if (errno != EINTR)
+        {
+            m_bLostText = true;
+            return;
+        }
+    }
 }
 
 } // namespace Toolkit

@@ -28,7 +28,8 @@ public:
     // waiting.
     bool Open(const TString<wchar_t>& path, const TString<wchar_t>& mode);
 
-    // Takes over an open stream instead; a file opened before is closed first.
+    // Takes over an open stream instead; a file opened before is closed first. What is written to a stream
+    // without a buffer reaches the system at once, each text in one write.
     void Attach(std::FILE* stream);
 
     bool IsOpened() const;
@@ -61,7 +62,13 @@ public:
     static bool Exists(const TString<wchar_t>& path);
 
 private:
+    void WriteThrough();
+
     wxFFile* m_pFile;
+    // Nothing is buffered: texts and positions pass the stream by, which costs half as much.
+    bool m_bUnbuffered;
+    // A write that passed the stream by has failed.
+    bool m_bLostText;
     // What is being written; kept for its memory.
     TString<char> m_strBytes;
 };

@@ -35,12 +35,13 @@ bool ReadMailDate(const Text& text, Toolkit::DateTime& date)
     wchar_t colon = L' ';
     stream >> day >> month >> year >> hour >> colon >> minute >> colon >> second >> zone;
     // Month 0 is none, so that the date is invalid. The zone's hours and minutes are one number.
-    date = Toolkit::DateTime(year, stream.fail() ? 0 : MonthOf(month), day, hour, minute, second, zone / 100);
-    const unsigned int minutes = static_cast<unsigned int>(std::abs(zone % 100));
+    const bool known = !stream.fail() && zone >= -9999 && zone <= 9999;
+    date = Toolkit::DateTime(year, known ? MonthOf(month) : 0, day, hour, minute, second, 0);
+    const unsigned int ahead = static_cast<unsigned int>(std::abs(known ? zone : 0));
     if (zone > 0)
-        date.Remove(0, minutes, 0);
+        date.Remove(ahead / 100, ahead % 100, 0);
     else
-        date.Add(0, minutes, 0);
+        date.Add(ahead / 100, ahead % 100, 0);
     return date.IsValid();
 }
 

@@ -1,0 +1,77 @@
+#ifndef TOOLKIT_BENCH_BENCH_H
+#define TOOLKIT_BENCH_BENCH_H
+
+#include <cstddef>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+#include <benchmark/benchmark.h>
+
+namespace ToolkitBench
+{
+
+// How often this thread has asked for memory, from whichever library.
+std::size_t Allocations();
+
+// Runs `work` as the loop of a benchmark and counts what it allocates.
+template <class Work>
+void Measure(benchmark::State& state, Work& work)
+{
+    work();
+    const std::size_t before = Allocations();
+    for (auto _ : state)
+        work();
+    state.counters["allocations"] =
+        benchmark::Counter(static_cast<double>(Allocations() - before), benchmark::Counter::kAvgIterations);
+}
+
+// Registers `work`, one operation, as "<operation>/<whose>": Toolkit, limit, or a peer's name.
+template <class Work>
+void Operation(const std::string& name, Work work)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [work](benchmark::State& state) mutable { Measure(state, work); });
+}
+
+// The same where most of the time passes in other processes.
+template <class Work>
+void WholeOperation(const std::string& name, Work work)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [work](benchmark::State& state) mutable { Measure(state, work); })
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond);
+}
+
+// Registers `make(size)`, which answers the work for that size, as "growth:<operation>" over the sizes.
+template <class Make>
+void Growth(const std::string& operation, std::initializer_list<long> sizes, Make make)
+{
+    auto* const growth = benchmark::RegisterBenchmark(("growth:" + operation).c_str(),
+                                                      [make](benchmark::State& state)
+                                                      {
+                                                          auto work =
+                                                              make(static_cast<std::size_t>(state.range(0)));
+                                                          Measure(state, work);
+                                                          state.SetComplexityN(state.range(0));
+                                                      });
+    for (const long size : sizes)
+        growth->Arg(size);
+    growth->Complexity();
+}
+
+// A folder that goes with the process.
+const std::filesystem::path& Folder();
+
+// A text of that many characters in lower-case words.
+std::string Words(std::size_t length);
+std::wstring WideWords(std::size_t length);
+
+// Each program registers its operations here.
+void Register();
+
+} // namespace ToolkitBench
+
+#endif

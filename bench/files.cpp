@@ -1,0 +1,229 @@
+#include <cstdio>
+#include <fstream>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+#include <wx/dir.h>
+#include <wx/textfile.h>
+
+#include "bench/Bench.h"
+#include "toolkit/Toolkit.h"
+
+#ifdef BENCH_QT
+#include <QDataStream>
+#include <QDir>
+#include <QFile>
+#include <QTextStream>
+#endif
+#ifdef BENCH_GLIB
+#include <glib.h>
+#endif
+
+using namespace Toolkit;
+
+namespace
+{
+
+std::wstring Wide(const std::filesystem::path& path)
+{
+    return UTF8::ToUNICODE(TString<char>(path.string()));
+}
+
+const unsigned int s_uNumbers = 1000;
+
+void RegisterSerialized()
+{
+    const std::filesystem::path path = ToolkitBench::Folder() / "serialized";
+    ToolkitBench::Operation("SerializedWrite/Toolkit",
+                            [path = TString<wchar_t>(Wide(path))]
+                            {
+                                FSStream stream(path, FSStream::ModeWrite);
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    stream.Write(i);
+                            });
+    ToolkitBench::Operation("SerializedWrite/limit",
+                            [path]
+                            {
+                                const int file =
+                                    open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    benchmark::DoNotOptimize(write(file, &i, sizeof i));
+                                close(file);
+                            });
+    const std::filesystem::path readPath = ToolkitBench::Folder() / "serialized-read";
+    {
+        FSStream stream(Wide(readPath), FSStream::ModeWrite);
+        for (unsigned int i = 0; i < s_uNumbers; ++i)
+            stream.Write(i);
+    }
+    ToolkitBench::Operation("SerializedRead/Toolkit",
+                            [path = TString<wchar_t>(Wide(readPath))]
+                            {
+                                FSStream stream(path, FSStream::ModeRead);
+                                unsigned int value = 0;
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    benchmark::DoNotOptimize(stream.Read(value));
+                            });
+    ToolkitBench::Operation("SerializedRead/limit",
+                            [path = readPath]
+                            {
+                                const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+                                unsigned int value = 0;
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    benchmark::DoNotOptimize(read(file, &value, sizeof value));
+                                close(file);
+                            });
+#ifdef BENCH_QT
+    ToolkitBench::Operation("SerializedWrite/Qt",
+                            [name = QString::fromStdString(path.string())]
+                            {
+                                QFile file(name);
+                                file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+                                QDataStream stream(&file);
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    stream << i;
+                            });
+    ToolkitBench::Operation("SerializedRead/Qt",
+                            [name = QString::fromStdString(readPath.string())]
+                            {
+                                QFile file(name);
+                                file.open(QIODevice::ReadOnly);
+                                QDataStream stream(&file);
+                                unsigned int value = 0;
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    stream >> value;
+                                benchmark::DoNotOptimize(value);
+                            });
+#endif
+}
+
+void WriteLines(const std::filesystem::path& path, std::size_t lines)
+{
+    std::ofstream file(path);
+    for (std::size_t i = 0; i < lines; ++i)
+        file << "line " << i << " of a text that somebody wrote\n";
+}
+
+void RegisterTextFile()
+{
+    const std::filesystem::path path = ToolkitBench::Folder() / "lines.txt";
+    WriteLines(path, 10000);
+    ToolkitBench::Operation("TextFileLoad/Toolkit",
+                            [path = TString<wchar_t>(Wide(path))]
+                            {
+                                TextFile file;
+                                file.Open(path);
+                                for (TString<wchar_t> line = file.GetFirstLine(); !file.Eof();
+                                     line = file.GetNextLine())
+                                    benchmark::DoNotOptimize(line.data());
+                            });
+    ToolkitBench::Operation("TextFileLoad/limit",
+                            [name = wxString(Wide(path))]
+                            {
+                                wxTextFile file;
+                                file.Open(name, wxConvUTF8);
+                                for (wxString line = file.GetFirstLine(); !file.Eof();
+                                     line = file.GetNextLine())
+                                    benchmark::DoNotOptimize(line);
+                            });
+#ifdef BENCH_QT
+    ToolkitBench::Operation("TextFileLoad/Qt",
+                            [name = QString::fromStdString(path.string())]
+                            {
+                                QFile file(name);
+                                file.open(QIODevice::ReadOnly);
+                                QTextStream stream(&file);
+                                stream.setCodec("UTF-8");
+                                QString line;
+                                while (stream.readLineInto(&line))
+                                    benchmark::DoNotOptimize(line);
+                            });
+#endif
+}
+
+void RegisterListing()
+{
+    const std::filesystem::path folder = ToolkitBench::Folder() / "listing";
+    std::filesystem::create_directories(folder);
+    for (int i = 0; i < 1000; ++i)
+        std::ofstream(folder / ("file" + std::to_string(i) + ".txt"));
+    ToolkitBench::Operation("Listing/Toolkit",
+                            [directory = Directory(Wide(folder)), filter = TString<wchar_t>(L"*.txt")]
+                            {
+                                std::vector<TString<wchar_t>> names;
+                                directory.GetFiles(filter, names);
+                                benchmark::DoNotOptimize(names.data());
+                            });
+    ToolkitBench::Operation("Listing/wx",
+                            [name = wxString(Wide(folder))]
+                            {
+                                std::vector<wxString> names;
+                                const wxDir directory(name);
+                                wxString file;
+                                for (bool found =
+                                         directory.GetFirst(&file, "*.txt", wxDIR_FILES | wxDIR_HIDDEN);
+                                     found; found = directory.GetNext(&file))
+                                    names.push_back(file);
+                                benchmark::DoNotOptimize(names.data());
+                            });
+    ToolkitBench::Operation("Listing/limit",
+                            [folder]
+                            {
+                                DIR* const directory = opendir(folder.c_str());
+                                while (const dirent* entry = readdir(directory))
+                                    benchmark::DoNotOptimize(entry->d_name);
+                                closedir(directory);
+                            });
+    ToolkitBench::Operation("Listing/std",
+                            [folder]
+                            {
+                                std::vector<std::string> names;
+                                for (const auto& entry : std::filesystem::directory_iterator(folder))
+                                    if (entry.path().extension() == ".txt" && !entry.is_directory())
+                                        names.push_back(entry.path().filename());
+                                benchmark::DoNotOptimize(names.data());
+                            });
+#ifdef BENCH_QT
+    ToolkitBench::Operation(
+        "Listing/Qt",
+        [name = QString::fromStdString(folder.string())]
+        {
+            benchmark::DoNotOptimize(
+                QDir(name).entryList({"*.txt"}, QDir::Files | QDir::Hidden, QDir::Unsorted).size());
+        });
+#endif
+#ifdef BENCH_GLIB
+    ToolkitBench::Operation("Listing/GLib",
+                            [folder]
+                            {
+                                GDir* const directory = g_dir_open(folder.c_str(), 0, nullptr);
+                                std::vector<std::string> names;
+                                while (const char* name = g_dir_read_name(directory))
+                                    if (g_pattern_match_simple("*.txt", name))
+                                        names.push_back(name);
+                                g_dir_close(directory);
+                                benchmark::DoNotOptimize(names.data());
+                            });
+#endif
+}
+
+} // namespace
+
+void ToolkitBench::Register()
+{
+    RegisterSerialized();
+    RegisterTextFile();
+    RegisterListing();
+    Growth("TextFileLoad", {1000, 4000, 16000, 64000},
+           [](std::size_t lines)
+           {
+               const std::filesystem::path path = Folder() / ("lines" + std::to_string(lines));
+               WriteLines(path, lines);
+               return [name = TString<wchar_t>(Wide(path))]
+               {
+                   TextFile file;
+                   benchmark::DoNotOptimize(file.Open(name));
+               };
+           });
+}

@@ -1,0 +1,6 @@
+#include "toolkit/core/ToolkitSession.h"
+
+int main()
+{
+    const Toolkit::ToolkitSession session;
+}

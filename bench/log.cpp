@@ -1,0 +1,220 @@
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/times.h>
+#include <unistd.h>
+
+#include "bench/Bench.h"
+#include "toolkit/Toolkit.h"
+
+#ifdef BENCH_SPDLOG
+#include <spdlog/async.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/null_sink.h>
+#include <spdlog/spdlog.h>
+#endif
+#ifdef BENCH_QT
+#include <QLoggingCategory>
+#endif
+#ifdef BENCH_GLIB
+#define G_LOG_USE_STRUCTURED 1
+#include <glib.h>
+#endif
+#ifdef BENCH_POCO
+#include <Poco/Logger.h>
+#endif
+
+using namespace Toolkit;
+
+namespace
+{
+
+class Sink : public ILogger
+{
+public:
+    explicit Sink(LogSeverity threshold) : ILogger(threshold) {}
+    void Write(const TString<wchar_t>& text) override { benchmark::DoNotOptimize(text.data()); }
+};
+
+void Install(ILogger* sink)
+{
+    ILogger::SetLogger(smart_ptr<ILogger>(sink));
+}
+
+void Pieces(LogSeverity severity, int value)
+{
+    *ILogger::s_pInstance->get() << SetSeverity(severity) << static_cast<unsigned int>(severity) << L" "
+                                 << GetTickCount() << L" : " << 42 << L" : " << "Function" << L" : " << value
+                                 << L"\n";
+}
+
+// Registers `work` with a sink installed that only the benchmark uses.
+template <class Work>
+void WithSink(const char* name, LogSeverity threshold, Work work)
+{
+    benchmark::RegisterBenchmark(name,
+                                 [threshold, work](benchmark::State& state) mutable
+                                 {
+                                     Install(new Sink(threshold));
+                                     ToolkitBench::Measure(state, work);
+                                     Install(new NullLogger);
+                                 });
+}
+
+void RegisterDropped()
+{
+    WithSink("DroppedLine/Toolkit", LogSeverity::Error,
+             [value = 7] { TOOLKIT_LOG(LogSeverity::Verbose) << "value " << value; });
+    WithSink("DroppedPieces/Toolkit", LogSeverity::Error, [] { Pieces(LogSeverity::Verbose, 7); });
+    ToolkitBench::Operation("DroppedPieces/limit", [] { benchmark::DoNotOptimize(times(nullptr)); });
+    ToolkitBench::Operation("DroppedLine/limit",
+                            [threshold = 1]() mutable
+                            {
+                                benchmark::DoNotOptimize(threshold);
+                                if (threshold > 3)
+                                    std::abort();
+                            });
+#ifdef BENCH_SPDLOG
+    const auto logger =
+        std::make_shared<spdlog::logger>("dropped", std::make_shared<spdlog::sinks::null_sink_st>());
+    logger->set_level(spdlog::level::critical);
+    ToolkitBench::Operation("DroppedLine/spdlog", [logger] { logger->debug("value {}", 7); });
+#endif
+#ifdef BENCH_QT
+    static const QLoggingCategory s_category("bench.dropped", QtCriticalMsg);
+    ToolkitBench::Operation("DroppedLine/Qt", [] { qCDebug(s_category, "value %d", 7); });
+#endif
+#ifdef BENCH_GLIB
+    ToolkitBench::Operation("DroppedLine/GLib", [] { g_debug("value %d", 7); });
+#endif
+#ifdef BENCH_POCO
+    Poco::Logger* const poco = &Poco::Logger::get("dropped");
+    poco->setLevel(Poco::Message::PRIO_CRITICAL);
+    ToolkitBench::Operation("DroppedLine/POCO", [poco] { poco->debug("value %d", 7); });
+#endif
+}
+
+void RegisterWritten()
+{
+    WithSink("WrittenLine/Toolkit", LogSeverity::Verbose,
+             [value = 7] { TOOLKIT_LOG(LogSeverity::Info) << "value " << value; });
+    WithSink("WrittenPieces/Toolkit", LogSeverity::Verbose, [] { Pieces(LogSeverity::Info, 7); });
+#ifdef BENCH_SPDLOG
+    class Formatted : public spdlog::sinks::base_sink<spdlog::details::null_mutex>
+    {
+        void sink_it_(const spdlog::details::log_msg& message) override
+        {
+            spdlog::memory_buf_t text;
+            formatter_->format(message, text);
+            benchmark::DoNotOptimize(text.data());
+        }
+        void flush_() override {}
+    };
+    for (const char* name : {"WrittenLine/spdlog", "WrittenPieces/spdlog"})
+        ToolkitBench::Operation(
+            name, [logger = std::make_shared<spdlog::logger>("written", std::make_shared<Formatted>())]
+            { logger->info("value {}", 7); });
+#endif
+}
+
+void RegisterProducer()
+{
+    benchmark::RegisterBenchmark(
+        "Producer/Toolkit",
+        [](benchmark::State& state)
+        {
+            Install(new FileLogger(LogSeverity::Verbose, L"toolkit-bench-producer", 1U << 30));
+            for (auto _ : state)
+                TOOLKIT_LOG(LogSeverity::Info) << "value " << 7;
+            Install(new NullLogger);
+            unlink("/tmp/toolkit-bench-producer.vxlog");
+        })
+        ->Iterations(20000);
+#ifdef BENCH_SPDLOG
+    benchmark::RegisterBenchmark("Producer/spdlog",
+                                 [](benchmark::State& state)
+                                 {
+                                     const auto pool =
+                                         std::make_shared<spdlog::details::thread_pool>(32768, 1);
+                                     const auto sink = std::make_shared<spdlog::sinks::basic_file_sink_mt>(
+                                         (ToolkitBench::Folder() / "producer").string(), true);
+                                     const auto logger =
+                                         std::make_shared<spdlog::async_logger>("producer", sink, pool);
+                                     for (auto _ : state)
+                                         logger->info("value {}", 7);
+                                     logger->flush();
+                                 })
+        ->Iterations(20000);
+#endif
+}
+
+const std::size_t s_uLines = 20000;
+const char s_strLine[] = "2 123456789 : 42 : Function : a message of the usual length, more or less\n";
+
+// What the worker does with a full queue, beside the same number of writes.
+void RegisterDrain()
+{
+    benchmark::RegisterBenchmark(
+        "Drain/Toolkit",
+        [](benchmark::State& state)
+        {
+            const std::vector<TString<wchar_t>> lines(
+                s_uLines, std::wstring(s_strLine, s_strLine + sizeof(s_strLine) - 1));
+            FFile file;
+            std::FILE* const stream = std::fopen((ToolkitBench::Folder() / "drain").c_str(), "w");
+            std::setvbuf(stream, nullptr, _IONBF, 0);
+            file.Attach(stream);
+            for (auto _ : state)
+            {
+                file.Seek(0, true);
+                for (const TString<wchar_t>& line : lines)
+                {
+                    file.Write(line);
+                    file.Flush();
+                }
+            }
+        })
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(
+        "Drain/limit",
+        [](benchmark::State& state)
+        {
+            const int file =
+                open((ToolkitBench::Folder() / "drain").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            for (auto _ : state)
+            {
+                lseek(file, 0, SEEK_SET);
+                for (std::size_t i = 0; i < s_uLines; ++i)
+                    benchmark::DoNotOptimize(write(file, s_strLine, sizeof(s_strLine) - 1));
+            }
+            close(file);
+        })
+        ->Unit(benchmark::kMillisecond);
+#ifdef BENCH_SPDLOG
+    benchmark::RegisterBenchmark("Drain/spdlog",
+                                 [](benchmark::State& state)
+                                 {
+                                     const auto sink = std::make_shared<spdlog::sinks::basic_file_sink_st>(
+                                         (ToolkitBench::Folder() / "spdlog").string(), true);
+                                     spdlog::logger logger("drain", sink);
+                                     logger.flush_on(spdlog::level::trace);
+                                     for (auto _ : state)
+                                         for (std::size_t i = 0; i < s_uLines; ++i)
+                                             logger.info("a message of the usual length, more or less");
+                                 })
+        ->Unit(benchmark::kMillisecond);
+#endif
+}
+
+} // namespace
+
+void ToolkitBench::Register()
+{
+    static const ToolkitSession s_session;
+    RegisterDropped();
+    RegisterWritten();
+    RegisterProducer();
+    RegisterDrain();
+}

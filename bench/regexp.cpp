@@ -1,0 +1,189 @@
+#include <regex>
+
+#include <pcre.h>
+#include <wx/regex.h>
+
+#include "bench/Bench.h"
+#include "toolkit/regExp/MatchResult.h"
+#include "toolkit/regExp/RegExp.h"
+
+#ifdef BENCH_QT
+#include <QRegularExpression>
+#endif
+#ifdef BENCH_GLIB
+#include <glib.h>
+#endif
+#ifdef BENCH_RE2
+#include <re2/re2.h>
+#endif
+#ifdef BENCH_POCO
+#include <Poco/RegularExpression.h>
+#endif
+#ifdef BENCH_BOOST_REGEX
+#include <boost/regex.hpp>
+#endif
+
+using namespace Toolkit;
+
+namespace
+{
+
+const char s_strPattern[] = "(\\w+)@(\\w+)\\.com";
+const char s_strSubject[] = "write to somebody@example.com or call";
+const char s_strReplaced[] = "dog|fox";
+
+// About 30 kB with 3,500 places to replace.
+std::string LongText(std::size_t places)
+{
+    std::string text;
+    for (std::size_t i = 0; i < places; ++i)
+        text += i % 2 == 0 ? "the dog " : "quick fox";
+    return text;
+}
+
+void RegisterMatch()
+{
+    const RegExp expression(TString<char>(s_strPattern), RegExpOptions::Default);
+    const TString<char> subject(s_strSubject);
+    ToolkitBench::Operation("IsMatch/Toolkit",
+                            [expression, subject] { benchmark::DoNotOptimize(expression.IsMatch(subject)); });
+    ToolkitBench::Operation("Match/Toolkit", [expression, subject]
+                            { benchmark::DoNotOptimize(expression.Match(subject)->GetResult()); });
+    // As the library must: compiled for each match, since an object keeps nothing but its pattern.
+    for (const char* name : {"IsMatch/limit", "Match/limit"})
+        ToolkitBench::Operation(
+            name,
+            [subject]
+            {
+                const char* error = nullptr;
+                int offset = 0;
+                pcre* const code = pcre_compile(s_strPattern, PCRE_UTF8, &error, &offset, nullptr);
+                int offsets[60];
+                benchmark::DoNotOptimize(pcre_exec(code, nullptr, subject.data(),
+                                                   static_cast<int>(subject.size()), 0, 0, offsets, 60));
+                pcre_free(code);
+            });
+    ToolkitBench::Operation("IsMatch/wx",
+                            [subject = wxString(subject)]
+                            {
+                                const wxRegEx regex(s_strPattern, wxRE_ADVANCED);
+                                benchmark::DoNotOptimize(regex.Matches(subject));
+                            });
+    ToolkitBench::Operation("IsMatch/std",
+                            [] {
+                                benchmark::DoNotOptimize(
+                                    std::regex_search(std::string(s_strSubject), std::regex(s_strPattern)));
+                            });
+#ifdef BENCH_QT
+    ToolkitBench::Operation(
+        "IsMatch/Qt", [subject = QString(s_strSubject)]
+        { benchmark::DoNotOptimize(QRegularExpression(s_strPattern).match(subject).hasMatch()); });
+#endif
+#ifdef BENCH_GLIB
+    ToolkitBench::Operation("IsMatch/GLib",
+                            []
+                            {
+                                benchmark::DoNotOptimize(g_regex_match_simple(
+                                    s_strPattern, s_strSubject, GRegexCompileFlags(0), GRegexMatchFlags(0)));
+                            });
+#endif
+#ifdef BENCH_RE2
+    ToolkitBench::Operation(
+        "IsMatch/RE2", [] { benchmark::DoNotOptimize(RE2::PartialMatch(s_strSubject, RE2(s_strPattern))); });
+#endif
+#ifdef BENCH_POCO
+    ToolkitBench::Operation(
+        "IsMatch/POCO",
+        []
+        {
+            std::string found;
+            benchmark::DoNotOptimize(
+                Poco::RegularExpression(s_strPattern).extract(std::string(s_strSubject), found));
+        });
+#endif
+#ifdef BENCH_BOOST_REGEX
+    ToolkitBench::Operation("IsMatch/Boost",
+                            [] {
+                                benchmark::DoNotOptimize(boost::regex_search(std::string(s_strSubject),
+                                                                             boost::regex(s_strPattern)));
+                            });
+#endif
+}
+
+void RegisterReplace()
+{
+    const std::string text = LongText(3500);
+    ToolkitBench::Operation("RegExpReplace/Toolkit",
+                            [expression = RegExp(TString<char>(s_strReplaced), RegExpOptions::Default),
+                             text = TString<char>(text), with = TString<char>("cat")]
+                            { benchmark::DoNotOptimize(expression.Replace(with, text, 0)); });
+    ToolkitBench::Operation("RegExpReplace/wx",
+                            [text = wxString(text)]
+                            {
+                                const wxRegEx regex(s_strReplaced, wxRE_ADVANCED);
+                                wxString copy(text);
+                                benchmark::DoNotOptimize(regex.ReplaceAll(&copy, "cat"));
+                            });
+    ToolkitBench::Operation(
+        "RegExpReplace/std",
+        [text] { benchmark::DoNotOptimize(std::regex_replace(text, std::regex(s_strReplaced), "cat")); });
+#ifdef BENCH_QT
+    ToolkitBench::Operation("RegExpReplace/Qt",
+                            [text = QString::fromStdString(text)]
+                            {
+                                QString copy(text);
+                                copy.replace(QRegularExpression(s_strReplaced), "cat");
+                                benchmark::DoNotOptimize(copy.size());
+                            });
+#endif
+#ifdef BENCH_GLIB
+    ToolkitBench::Operation("RegExpReplace/GLib",
+                            [text]
+                            {
+                                GRegex* const regex = g_regex_new(s_strReplaced, GRegexCompileFlags(0),
+                                                                  GRegexMatchFlags(0), nullptr);
+                                g_free(g_regex_replace(regex, text.data(), static_cast<gssize>(text.size()),
+                                                       0, "cat", GRegexMatchFlags(0), nullptr));
+                                g_regex_unref(regex);
+                            });
+#endif
+#ifdef BENCH_RE2
+    ToolkitBench::Operation("RegExpReplace/RE2",
+                            [text]
+                            {
+                                std::string copy(text);
+                                benchmark::DoNotOptimize(
+                                    RE2::GlobalReplace(&copy, RE2(s_strReplaced), "cat"));
+                            });
+#endif
+#ifdef BENCH_POCO
+    ToolkitBench::Operation("RegExpReplace/POCO",
+                            [text]
+                            {
+                                std::string copy(text);
+                                benchmark::DoNotOptimize(
+                                    Poco::RegularExpression(s_strReplaced)
+                                        .subst(copy, "cat", Poco::RegularExpression::RE_GLOBAL));
+                            });
+#endif
+#ifdef BENCH_BOOST_REGEX
+    ToolkitBench::Operation(
+        "RegExpReplace/Boost",
+        [text] { benchmark::DoNotOptimize(boost::regex_replace(text, boost::regex(s_strReplaced), "cat")); });
+#endif
+}
+
+} // namespace
+
+void ToolkitBench::Register()
+{
+    RegisterMatch();
+    RegisterReplace();
+    Growth("RegExpReplace", {100, 400, 1600, 6400},
+           [](std::size_t places)
+           {
+               return [expression = RegExp(TString<char>(s_strReplaced), RegExpOptions::Default),
+                       text = TString<char>(LongText(places)), with = TString<char>("cat")]
+               { benchmark::DoNotOptimize(expression.Replace(with, text, 0)); };
+           });
+}

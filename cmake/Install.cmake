@@ -1,0 +1,65 @@
+# What a user of the library gets: the library, its public headers, and the files by which CMake and pkg-config find
+# both. The prefix may be moved afterwards. Two components: Toolkit_Runtime is what a program needs that was linked
+# with the library, Toolkit_Development what it needs to be built.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(toolkit_cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/Toolkit)
+install(
+  TARGETS toolkit
+  EXPORT ToolkitTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          COMPONENT Toolkit_Runtime
+          NAMELINK_COMPONENT Toolkit_Development
+  FILE_SET HEADERS
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT Toolkit_Development
+  # For consumers whose CMake does not know file sets yet.
+  INCLUDES
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(
+  EXPORT ToolkitTargets
+  NAMESPACE Toolkit::
+  DESTINATION ${toolkit_cmake_folder}
+  COMPONENT Toolkit_Development)
+
+# The headers hold classes of wxWidgets by value: a consumer takes the release that the library was built with.
+execute_process(
+  COMMAND ${TOOLKIT_WX_CONFIG} --release
+  OUTPUT_VARIABLE TOOLKIT_WX_RELEASE
+  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+configure_package_config_file(
+  ${CMAKE_CURRENT_LIST_DIR}/ToolkitConfig.cmake.in ${PROJECT_BINARY_DIR}/cmake/ToolkitConfig.cmake
+  INSTALL_DESTINATION ${toolkit_cmake_folder}
+  NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/ToolkitConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(
+  FILES ${PROJECT_BINARY_DIR}/cmake/ToolkitConfig.cmake ${PROJECT_BINARY_DIR}/cmake/ToolkitConfigVersion.cmake
+        ${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake
+  DESTINATION ${toolkit_cmake_folder}
+  COMPONENT Toolkit_Development)
+
+# toolkit.pc finds its prefix from where it lies itself, unless the folders were asked for by absolute paths.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(TOOLKIT_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+  set(TOOLKIT_PC_LIBDIR ${CMAKE_INSTALL_FULL_LIBDIR})
+  set(TOOLKIT_PC_INCLUDEDIR ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+else()
+  file(RELATIVE_PATH toolkit_pc_upwards /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" toolkit_pc_upwards "${toolkit_pc_upwards}")
+  set(TOOLKIT_PC_PREFIX "\${pcfiledir}/${toolkit_pc_upwards}")
+  set(TOOLKIT_PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+  set(TOOLKIT_PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+foreach(question CXXFLAGS LIBS)
+  string(TOLOWER --${question} option)
+  execute_process(
+    COMMAND ${TOOLKIT_WX_CONFIG} ${option} base,net
+    OUTPUT_VARIABLE TOOLKIT_WX_${question}
+    OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+configure_file(${CMAKE_CURRENT_LIST_DIR}/toolkit.pc.in ${PROJECT_BINARY_DIR}/cmake/toolkit.pc @ONLY)
+install(
+  FILES ${PROJECT_BINARY_DIR}/cmake/toolkit.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT Toolkit_Development)

@@ -1,0 +1,69 @@
+# The Debian packages: libtoolkit<soversion> with the library, libtoolkit-dev with what a program is built with. Made in
+# the preset "package" by cpack; the prefix must be /usr, since that alone gives the folders of the distribution.
+set(toolkit_debian ${PROJECT_SOURCE_DIR}/packaging/debian)
+set(toolkit_runtime libtoolkit${PROJECT_VERSION_MAJOR})
+set(toolkit_revision 1)
+
+# Each package brings its copyright and its changes. gzip leaves out name and time, so that the file is always the same.
+set(toolkit_docs ${PROJECT_BINARY_DIR}/packaging)
+file(MAKE_DIRECTORY ${toolkit_docs})
+function(toolkit_package_text text name)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${text})
+  execute_process(COMMAND gzip -9nc ${text} OUTPUT_FILE ${toolkit_docs}/${name}.gz COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+toolkit_package_text(${toolkit_debian}/changelog changelog.Debian)
+toolkit_package_text(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog)
+
+function(toolkit_package_files package component)
+  install(
+    FILES ${toolkit_debian}/copyright ${toolkit_docs}/changelog.Debian.gz ${toolkit_docs}/changelog.gz
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}
+    COMPONENT ${component})
+  install(
+    FILES ${toolkit_debian}/${package}.lintian-overrides
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides
+    COMPONENT ${component}
+    RENAME ${package})
+endfunction()
+toolkit_package_files(${toolkit_runtime} Toolkit_Runtime)
+toolkit_package_files(libtoolkit-dev Toolkit_Development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_COMPONENTS_ALL Toolkit_Runtime Toolkit_Development)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_PACKAGE_CONTACT "The maintainers of Toolkit <maintainers@toolkit.invalid>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_DEBIAN_PACKAGE_SOURCE toolkit)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${toolkit_revision})
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(toolkit_about
+    "Toolkit gives a desktop application and its plug-ins one set of services:
+a logger, threads, text encodings, files, settings, ZIP archives, regular
+expressions, and the folders of the application.")
+
+set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_NAME ${toolkit_runtime})
+set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_CONTROL_EXTRA ${toolkit_debian}/triggers)
+# A program asks for the version that it was linked with, or a later one.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_COMPONENT_TOOLKIT_RUNTIME_DESCRIPTION "${toolkit_about}")
+
+# The base libraries of wxWidgets are developed with the package of the whole of it; there is none for them alone.
+set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_NAME libtoolkit-dev)
+set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_DEPENDS
+    "${toolkit_runtime} (= ${PROJECT_VERSION}-${toolkit_revision}), libwxgtk3.2-dev")
+set(CPACK_COMPONENT_TOOLKIT_DEVELOPMENT_DESCRIPTION
+    "${toolkit_about}
+.
+This package holds the headers and what CMake and pkg-config need.")
+
+include(CPack)

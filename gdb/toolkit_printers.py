@@ -1,0 +1,95 @@
+"""Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes and DateTime.
+
+gdb loads this file by itself beside an installed libtoolkit; from a build tree: (gdb) source gdb/toolkit_printers.py
+"""
+
+import datetime
+
+import gdb
+import gdb.printing
+
+INVALID_TIME = -(1 << 63)
+
+
+class TStringPrinter:
+    """The text, whatever zeros it holds."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        data = self.value["_M_dataplus"]["_M_p"]
+        return data.lazy_string(length=int(self.value["_M_string_length"]))
+
+    def display_hint(self):
+        return "string"
+
+
+class SmartPtrPrinter:
+    """The number of owners, and the object below."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        if int(self.value["m_pObject"]) == 0:
+            return "smart_ptr, null"
+        owners = int(self.value["m_pBlock"]["m_iCount"])
+        return f"smart_ptr, {owners} owner{'' if owners == 1 else 's'}"
+
+    def children(self):
+        pointer = self.value["m_pObject"]
+        if int(pointer) != 0:
+            pointer = pointer.cast(pointer.dynamic_type)
+            yield "get()", pointer
+            if pointer.type.target().code != gdb.TYPE_CODE_VOID:
+                yield "*", pointer.dereference()
+
+
+class BytesPrinter:
+    """The number of bytes, and the first of them in hexadecimal digits."""
+
+    SHOWN = 32
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        size = int(self.value["m_uSize"])
+        data = self.value["m_pData"]
+        shown = min(size, self.SHOWN)
+        digits = " ".join(f"{int(data[index]):02X}" for index in range(shown))
+        rest = " ..." if shown < size else ""
+        return f"{size} byte{'' if size == 1 else 's'}{': ' if size else ''}{digits}{rest}"
+
+
+class DateTimePrinter:
+    """The instant in UTC, as GetIsoString writes it, with its milliseconds."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        pointer = self.value["m_pDateTime"]
+        if int(pointer) == 0:
+            return "no time"
+        milliseconds = int(pointer.dereference()["m_time"]["m_ll"])
+        if milliseconds == INVALID_TIME:
+            return "invalid"
+        try:
+            instant = datetime.datetime(1970, 1, 1) + datetime.timedelta(milliseconds=milliseconds)
+        except OverflowError:
+            return f"{milliseconds} ms since 1970-01-01 00:00:00 Z"
+        return f"{instant:%Y-%m-%d %H:%M:%S}.{milliseconds % 1000:03} Z"
+
+
+def build_printers():
+    printers = gdb.printing.RegexpCollectionPrettyPrinter("toolkit")
+    printers.add_printer("TString", r"^Toolkit::TString<(char|wchar_t)>$", TStringPrinter)
+    printers.add_printer("smart_ptr", r"^Toolkit::smart_ptr<.*>$", SmartPtrPrinter)
+    printers.add_printer("Bytes", r"^Toolkit::Bytes$", BytesPrinter)
+    printers.add_printer("DateTime", r"^Toolkit::DateTime$", DateTimePrinter)
+    return printers
+
+
+gdb.printing.register_pretty_printer(gdb.current_objfile(), build_printers(), replace=True)

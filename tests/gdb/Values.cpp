@@ -1,0 +1,50 @@
+// Values for the debugger to look at: it stops in `Stop`, one frame below them.
+
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/datetime/DateTime.h"
+#include "toolkit/encoding/Bytes.h"
+
+using namespace Toolkit;
+
+namespace
+{
+
+class Shape
+{
+public:
+    virtual ~Shape() = default;
+};
+
+class Circle : public Shape
+{
+public:
+    int m_iRadius = 7;
+};
+
+// A place for a breakpoint, where all values of the caller are alive.
+[[gnu::noinline]] void Stop()
+{
+    asm volatile("" : : : "memory");
+}
+
+} // namespace
+
+int main()
+{
+    [[maybe_unused]] const TString<wchar_t> wide = L"caf\u00e9 \u5c71\u7530";
+    const TString<char> narrow(std::string("a\0b", 3));
+    [[maybe_unused]] const TString<char> emptyText;
+    const smart_ptr<TString<char>> null;
+    const smart_ptr<TString<char>> one(new TString<char>("held"));
+    const smart_ptr<Shape> circle(new Circle);
+    const smart_ptr<Shape> sameCircle = circle;
+    const Bytes noBytes;
+    const Bytes bytes(reinterpret_cast<const unsigned char*>("Man\xff"), 4);
+    const unsigned char zeros[40] = {};
+    const Bytes manyBytes(zeros, sizeof(zeros));
+    const DateTime moment(2009, 3, 7, 13, 5, 9, 0);
+    const DateTime invalid(2009, 13, 1, 0, 0, 0);
+    Stop();
+    return 0;
+}

@@ -89,7 +89,9 @@ protected:
 TEST_F(DeskWindow, ShowsTheMailsTheTextTheLogAndTheMenu)
 {
     const auto first = StartFirst();
-    const std::string state = WaitForState({"status: 6 mails are indexed\n", "mailtext: read"});
+    // The log's file is behind the log.
+    const std::string state = WaitForState(
+        {"status: 6 mails are indexed\n", "Initialize : redact: ready\n", "Execute : desk: command dump "});
     EXPECT_THAT(state, StartsWith("menu: Open...\n"
                                   "menu: Plug-ins\n"
                                   "menu: Restart\n"
@@ -105,6 +107,7 @@ TEST_F(DeskWindow, ShowsTheMailsTheTextTheLogAndTheMenu)
                                   "sender: Nora Lindqvist <nora.lindqvist@example.org>, 03/02/26\n"
                                   "text: Dear Samuel,\n"));
     EXPECT_THAT(state, HasSubstr("text: Nora ([telephone], or ***@example.org)\n"));
+    EXPECT_THAT(state, HasSubstr("log: 2 "));
     EXPECT_THAT(state,
                 AllOf(HasSubstr("Initialize : redact: ready\n"), HasSubstr("Execute : desk: command dump ")));
     Quit(*first);

@@ -1,5 +1,7 @@
 #include "toolkit/core/ToolkitModule.h"
 
+#include <new>
+
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
@@ -28,9 +30,7 @@ void Create(Made (*make)() = &New<T>)
 template <class T>
 void Destroy()
 {
-    if (T::s_pInstance == nullptr)
-        return;
-    T::s_pInstance->Reset();
+    // Not made null first, which would take memory.
     delete T::s_pInstance;
     T::s_pInstance = nullptr;
 }
@@ -55,7 +55,14 @@ void ToolkitModule::Initialize()
 // RestartManagment, ILogger. The logger goes last, after the host's sink was replaced first.
 void ToolkitModule::Release()
 {
-    ILogger::SetLogger(smart_ptr<ILogger>());
+    try
+    {
+        ILogger::SetLogger(smart_ptr<ILogger>());
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The host's sink then stays until the logger goes: nothing keeps the teardown from its end.
+    }
     Destroy<PathManager>();
     Destroy<Version>();
     Destroy<SystemInfo>();

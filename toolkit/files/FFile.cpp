@@ -1,5 +1,7 @@
 #include "toolkit/files/FFile.h"
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <stdio_ext.h>
 #include <sys/stat.h>
@@ -52,6 +54,16 @@ std::FILE* OpenStream(const TString<wchar_t>& path, const TString<wchar_t>& mode
     return stream;
 }
 
+// True when a signal kept the stream from writing, which may then be tried again; an error from before stays.
+bool ForgetInterruption(std::FILE* stream, bool spoilt)
+{
+    if (errno != EINTR)
+        return false;
+    if (!spoilt)
+        clearerr_unlocked(stream);
+    return true;
+}
+
 } // namespace
 
 FFile::FFile() : m_pFile(new wxFFile) {}
@@ -95,12 +107,29 @@ void FFile::Write(const TString<wchar_t>& text)
     if (!IsOpened())
         return;
     UTF8::Encode(text, m_strBytes);
-    fwrite_unlocked(m_strBytes.data(), 1, m_strBytes.size(), m_pFile->fp());
+    std::FILE* const stream = m_pFile->fp();
+    const bool spoilt = ferror_unlocked(stream) != 0;
+    const char* bytes = m_strBytes.data();
+    for (std::size_t left = m_strBytes.size(); left > 0;)
+    {
+        const std::size_t written = fwrite_unlocked(bytes, 1, left, stream);
+        bytes += written;
+        left -= written;
+        if (left > 0 && !ForgetInterruption(stream, spoilt))
+            return;
+    }
 }
 
 bool FFile::Flush()
 {
-    return IsOpened() && fflush_unlocked(m_pFile->fp()) == 0 && ferror_unlocked(m_pFile->fp()) == 0;
+    if (!IsOpened())
+        return false;
+    std::FILE* const stream = m_pFile->fp();
+    const bool spoilt = ferror_unlocked(stream) != 0;
+    while (fflush_unlocked(stream) != 0)
+        if (!ForgetInterruption(stream, spoilt))
+            return false;
+    return ferror_unlocked(stream) == 0;
 }
 
 bool FFile::Close()

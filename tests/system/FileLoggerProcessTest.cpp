@@ -1,5 +1,8 @@
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <iostream>
+#include <random>
 #include <string>
 #include <thread>
 
@@ -42,6 +45,18 @@ std::string LogUntilKilled(const LogFile& file)
     }
 }
 
+// The same as fast as it goes, so that the thread has always something to write.
+std::string LogWithoutPause(const LogFile& file)
+{
+    FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+    for (unsigned int number = 0;; ++number)
+    {
+        logger.Write(PieceOf(number));
+        if (number % 1000 == 999)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 void ExpectBeginningOfTheLog(const std::string& bytes)
 {
     std::size_t position = 0;
@@ -75,6 +90,31 @@ TEST(FileLoggerProcess, KilledProcessLeavesTheBeginningOfItsLog)
         child.Kill();
         ExpectBeginningOfTheLog(file.Bytes());
     }
+}
+
+// TOOLKIT_TEST_KILLS says how often; the moments are others each time, and told when one is a finding.
+TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
+{
+    const char* const given = std::getenv("TOOLKIT_TEST_KILLS");
+    const unsigned long kills = given != nullptr ? std::strtoul(given, nullptr, 10) : 50;
+    std::mt19937 random(std::random_device{}());
+    // The thread of the logger writes at the start and whenever it has slept for 200 ms.
+    std::uniform_int_distribution<int> moments(0, 420000);
+    unsigned long nonempty = 0;
+    for (unsigned long i = 0; i < kills && !HasFailure(); ++i)
+    {
+        const std::chrono::microseconds moment(moments(random));
+        const LogFile file;
+        ChildProcess child([&file, i] { return i % 2 == 0 ? LogUntilKilled(file) : LogWithoutPause(file); });
+        std::this_thread::sleep_for(moment);
+        child.Kill();
+        const std::string bytes = file.Bytes();
+        nonempty += bytes.empty() ? 0 : 1;
+        ExpectBeginningOfTheLog(bytes);
+        EXPECT_TRUE(file.FallbackPaths().empty());
+        EXPECT_FALSE(HasFailure()) << "killed after " << moment.count() << " microseconds";
+    }
+    std::cout << "  kills: " << kills << ", of these " << nonempty << " with a log" << std::endl;
 }
 
 TEST(FileLoggerProcess, NextStartTakesTheKilledOnesFile)

@@ -1,5 +1,4 @@
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <random>
@@ -11,6 +10,7 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/InstalledLogger.h"
+#include "tests/support/LoadOf.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/log/FileLogger.h"
@@ -95,8 +95,7 @@ TEST(FileLoggerProcess, KilledProcessLeavesTheBeginningOfItsLog)
 // TOOLKIT_TEST_KILLS says how often; the moments are others each time, and told when one is a finding.
 TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
 {
-    const char* const given = std::getenv("TOOLKIT_TEST_KILLS");
-    const unsigned long kills = given != nullptr ? std::strtoul(given, nullptr, 10) : 50;
+    const unsigned long kills = ToolkitTest::LoadOf("TOOLKIT_TEST_KILLS", 50);
     std::mt19937 random(std::random_device{}());
     // The thread of the logger writes at the start and whenever it has slept for 200 ms.
     std::uniform_int_distribution<int> moments(0, 420000);

@@ -1,5 +1,4 @@
 #include <memory>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -78,26 +77,6 @@ TEST(OutOfMemory, IsSurvivedByLocksAndEvents)
                      EXPECT_TRUE(event.Wait(0));
                      event.Reset();
                  });
-         }},
-    });
-}
-
-// The thread that destroys it is gone, and its locks with it.
-TEST(OutOfMemory, IsSurvivedByTheDestructionOfAHeldMutex)
-{
-    const ToolkitSession session;
-    ToolkitTest::FailEachAllocation({
-        {"Mutex::~Mutex(held)",
-         [](const Attempt& attempt)
-         {
-             std::thread(
-                 [&]
-                 {
-                     auto mutex = std::make_unique<Mutex>();
-                     mutex->Lock(0);
-                     attempt([&] { mutex.reset(); });
-                 })
-                 .join();
          }},
     });
 }

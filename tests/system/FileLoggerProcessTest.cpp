@@ -33,26 +33,14 @@ std::wstring PieceOf(unsigned int number)
     return std::to_wstring(number) + std::wstring(number % 50, L'.') + L"\n";
 }
 
-// Logs without end, a little at a time.
-std::string LogUntilKilled(const LogFile& file)
+// Logs without end, that many pieces at a time.
+std::string LogUntilKilled(const LogFile& file, unsigned int pieces = 100)
 {
     FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
     for (unsigned int number = 0;; ++number)
     {
         logger.Write(PieceOf(number));
-        if (number % 100 == 99)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-}
-
-// The same as fast as it goes, so that the thread has always something to write.
-std::string LogWithoutPause(const LogFile& file)
-{
-    FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
-    for (unsigned int number = 0;; ++number)
-    {
-        logger.Write(PieceOf(number));
-        if (number % 1000 == 999)
+        if (number % pieces == 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
@@ -104,7 +92,7 @@ TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
     {
         const std::chrono::microseconds moment(moments(random));
         const LogFile file;
-        ChildProcess child([&file, i] { return i % 2 == 0 ? LogUntilKilled(file) : LogWithoutPause(file); });
+        ChildProcess child([&file, i] { return LogUntilKilled(file, i % 2 == 0 ? 100 : 1000); });
         std::this_thread::sleep_for(moment);
         child.Kill();
         const std::string bytes = file.Bytes();

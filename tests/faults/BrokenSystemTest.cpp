@@ -126,6 +126,16 @@ TEST_F(BrokenSystem, IsAnsweredByStreams)
              FSStream again(path, FSStream::ModeRead);
              EXPECT_EQ(StreamResult::Ok, again.Read(text));
          }},
+        {"FSStream, read with a count that is no multiple of 4",
+         [&](const Faults& faults)
+         {
+             Write("stream", std::string("\6\0\0\0x\0\0\0yz", 10));
+             TString<wchar_t> text = L"before";
+             StreamResult result = StreamResult::NotOpen;
+             faults([&] { result = FSStream(path, FSStream::ModeRead).Read(text); });
+             EXPECT_EQ(result == StreamResult::Ok ? L"x" : L"before", text);
+             EXPECT_EQ(StreamResult::Ok, FSStream(path, FSStream::ModeRead).Read(text));
+         }},
         {"FSOutputSerializer, FSInputSerializer, Bytes",
          [&](const Faults& faults)
          {

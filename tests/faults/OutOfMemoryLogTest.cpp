@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,6 +36,27 @@ struct CountingLogger : ILogger
     CountingLogger() : ILogger(LogSeverity::Verbose) {}
     void Write(const TString<wchar_t>&) override {}
 };
+
+// Logs while the logger's thread finds no memory; with `taken` the log's first name cannot be had.
+void LogShortOfMemory(const Attempt& attempt, bool taken)
+{
+    const LogFile file;
+    if (taken)
+        std::filesystem::create_directory(file.Path());
+    attempt.OnOtherThreads(
+        [&]
+        {
+            FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+            logger.Write(c_strPiece);
+            logger.Write(L"after");
+        });
+    // Each piece is there or is not; the file may have got the other name.
+    const std::vector<std::string> others = file.FallbackPaths();
+    const std::string bytes = ToolkitTest::ReadBytes(others.empty() ? file.Path() : others.front());
+    const std::string whole = UTF8::ToUTF8(c_strPiece);
+    EXPECT_THAT(bytes, testing::AnyOf("", "after", whole, whole + "after"));
+    EXPECT_GE(1U, others.size());
+}
 
 } // namespace
 
@@ -124,23 +146,8 @@ TEST(OutOfMemory, IsSurvivedByTheFileLogger)
              EXPECT_EQ(expected.size() * (c_strPiece.size() + 2) + 5, bytes.size());
              EXPECT_EQ("after", bytes.substr(bytes.size() - 5));
          }},
-        {"FileLogger's thread",
-         [](const Attempt& attempt)
-         {
-             const LogFile file;
-             attempt.OnOtherThreads(
-                 [&]
-                 {
-                     FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
-                     logger.Write(c_strPiece);
-                     logger.Write(L"after");
-                 });
-             // Each piece is there or is not; the file may have got the other name.
-             const std::vector<std::string> others = file.FallbackPaths();
-             const std::string bytes = others.empty() ? file.Bytes() : ToolkitTest::ReadBytes(others.front());
-             const std::string whole = UTF8::ToUTF8(c_strPiece);
-             EXPECT_THAT(bytes, testing::AnyOf("", "after", whole, whole + "after"));
-             EXPECT_GE(1U, others.size());
-         }},
+        {"FileLogger's thread", [](const Attempt& attempt) { LogShortOfMemory(attempt, false); }},
+        {"FileLogger's thread, by another name",
+         [](const Attempt& attempt) { LogShortOfMemory(attempt, true); }},
     });
 }

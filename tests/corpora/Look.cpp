@@ -1,5 +1,5 @@
-// Prints what the library makes of a file, one result a line, for tests/corpora/compare to hold against its
-// oracles.
+// Prints what the library makes of a file, one result a line, for tests/corpora/compare-texts to hold against
+// its oracles.
 //   Look zip <archive> <target folder>   "<name> <folder or content> <answer of UnZip> <target>" for each
 //   entry Look text <file>                     each line of a text file, or "unreadable" Look utf8 <file> the
 //   code points of each line of bytes, and whether they make the same bytes again Look match <pattern> <file>
@@ -53,28 +53,6 @@ void ForEachLine(const char* path, const Use& use)
         if (end == std::string::npos)
             return;
         begin = end + 1;
-    }
-}
-
-void Zip(const char* path, const std::string& folder)
-{
-    ArchiveZip archive;
-    archive.Open(Wide(path));
-    std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>> entries;
-    if (archive.EntriesList(entries, L"", ArchiveEntriesFlags::All) < 0)
-    {
-        std::puts("no archive");
-        return;
-    }
-    int number = 0;
-    for (const auto& [name, entry] : entries)
-    {
-        TString<char> file = folder + "/" + std::to_string(number++);
-        TString<wchar_t> target = Wide(file.c_str());
-        const bool isFolder = entry->IsDir();
-        const bool whole = !isFolder && archive.UnZip(entry, target);
-        std::printf("%s %s %d %s\n", Hex(UTF8::ToUTF8(name)).c_str(), isFolder ? "folder" : "content", whole,
-                    file.c_str());
     }
 }
 
@@ -147,9 +125,7 @@ int main(int argc, char** argv)
 {
     const std::string what = argc > 2 ? argv[1] : "";
     const ToolkitSession session;
-    if (what == "zip" && argc > 3)
-        Zip(argv[2], argv[3]);
-    else if (what == "text")
+    if (what == "text")
         Text(argv[2]);
     else if (what == "utf8")
         Utf8(argv[2]);

@@ -229,7 +229,7 @@ TEST(UTF8, EncodesEveryShortTextAtEveryPlaceAsThePlainFormDoes)
                 {
                     const std::wstring text =
                         std::wstring(before, L'x') + Wide(first) + Wide(second) + Wide(third) + L"yz";
-                    ASSERT_EQ(ToolkitTest::PlainToUtf8(text), UTF8::ToUTF8(text))
+                    ASSERT_EQ(ToolkitTest::PlainUtf8::Encode(text), UTF8::ToUTF8(text))
                         << before << " " << first << " " << second << " " << third;
                 }
 }
@@ -247,7 +247,7 @@ TEST(UTF8, EncodesRandomTextsIntoUsedMemoryAsThePlainFormDoes)
             text += static_cast<wchar_t>(random() % (oddity + 2) != 0 ? 1 + random() % 0x7F
                                                                       : random() % 0x120000);
         UTF8::Encode(text, bytes);
-        ASSERT_EQ(ToolkitTest::PlainToUtf8(text), bytes);
+        ASSERT_EQ(ToolkitTest::PlainUtf8::Encode(text), bytes);
     }
 }
 

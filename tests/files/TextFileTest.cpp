@@ -487,6 +487,23 @@ TEST(TextFile, WritesTheTargetOfALink)
     EXPECT_FALSE(std::filesystem::is_symlink(folder.Path("real/text")));
 }
 
+// The names that the new content may get until it takes the file's place can be guessed.
+TEST(TextFile, DoesNotWriteThroughLinksAtTheNamesOfItsNewContent)
+{
+    const TemporaryFolder precious;
+    WriteBytes(precious.Path("precious"), "precious");
+    Opened opened("one\n");
+    const std::string begin = std::filesystem::path(opened.Path()).parent_path().string() + "/.toolkit-";
+    for (int number = 0; number < 50; ++number)
+        std::filesystem::create_symlink(precious.Path("precious"),
+                                        begin + std::to_string(getpid()) + "-" + std::to_string(number));
+    opened.m_file.AddLine(L"two");
+    EXPECT_TRUE(opened.m_file.Write());
+    EXPECT_EQ("one\ntwo\n", ReadBytes(opened.Path()));
+    EXPECT_EQ("precious", ReadBytes(precious.Path("precious")));
+    EXPECT_EQ(51, opened.Entries());
+}
+
 TEST(TextFile, DoesNotWriteThroughALinkThatLeadsNowhere)
 {
     Opened opened("one\n");

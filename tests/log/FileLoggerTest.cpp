@@ -26,6 +26,7 @@
 #include "tests/support/LogFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
+#include "toolkit/app/GetTickCount.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/log/LogLine.h"
 #include "toolkit/threading/MutexLock.h"
@@ -455,6 +456,28 @@ TEST(FileLogger, FolderIsLeftAlone)
     WriteBytes(file.Path() + "/inside", "precious");
     ExpectFallback(file);
     EXPECT_EQ("precious", ReadBytes(file.Path() + "/inside"));
+}
+
+// The time stamps of the coming seconds can be guessed.
+TEST(FileLogger, LinksAtTheTimeStampedNamesAreNotFollowed)
+{
+    const LogFile file;
+    const ToolkitTest::TemporaryFolder folder;
+    ToolkitTest::WriteBytes(folder.Path("precious"), "precious");
+    std::filesystem::create_symlink(folder.Path("precious"), file.Path());
+    const std::string begin = file.Path().substr(0, file.Path().rfind('.')) + "-";
+    const unsigned int now = Toolkit::GetTickCount();
+    const unsigned int planted = 500;
+    for (unsigned int tick = now; tick != now + planted; ++tick)
+        std::filesystem::create_symlink(folder.Path("precious"), begin + std::to_string(tick) + ".vxlog");
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+        logger.Write(L"text");
+        EXPECT_TRUE(WaitUntil([&] { return file.FallbackPaths().size() > planted; }));
+    }
+    EXPECT_EQ("precious", ToolkitTest::ReadBytes(folder.Path("precious")));
+    for (const std::string& path : file.FallbackPaths())
+        EXPECT_EQ(std::filesystem::is_symlink(path) ? "precious" : "text", ToolkitTest::ReadBytes(path));
 }
 
 TEST(FileLogger, FileOfAnotherUserIsLeftAlone)

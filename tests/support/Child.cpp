@@ -38,7 +38,7 @@ bool SeparateMounts()
 bool MountSmallDisk(const std::string& folder, unsigned int kibibytes)
 {
     const std::string options = "mode=1777,size=" + std::to_string(kibibytes) + "k";
-    return SeparateMounts() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return SeparateMounts() && mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
            mount("tmpfs", folder.c_str(), "tmpfs", 0, options.c_str()) == 0;
 }
 
@@ -85,7 +85,7 @@ testing::AssertionResult OnSmallDisk(const std::string& folder, unsigned int kib
 bool RemountSmallDisk(const std::string& folder, bool readOnly)
 {
     const unsigned long flags = readOnly ? MS_REMOUNT | MS_RDONLY : MS_REMOUNT;
-    return mount("tmpfs", folder.c_str(), nullptr, flags, nullptr) == 0;
+    return mount("tmpfs", folder.c_str(), "tmpfs", flags, nullptr) == 0;
 }
 
 } // namespace ToolkitTest

@@ -1,5 +1,7 @@
 #include <chrono>
 #include <filesystem>
+#include <iostream>
+#include <random>
 #include <string>
 #include <thread>
 
@@ -8,6 +10,7 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/InstalledLogger.h"
+#include "tests/support/LoadOf.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/log/FileLogger.h"
@@ -30,14 +33,14 @@ std::wstring PieceOf(unsigned int number)
     return std::to_wstring(number) + std::wstring(number % 50, L'.') + L"\n";
 }
 
-// Logs without end, a little at a time.
-std::string LogUntilKilled(const LogFile& file)
+// Logs without end, that many pieces at a time.
+std::string LogUntilKilled(const LogFile& file, unsigned int pieces = 100)
 {
     FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
     for (unsigned int number = 0;; ++number)
     {
         logger.Write(PieceOf(number));
-        if (number % 100 == 99)
+        if (number % pieces == 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
@@ -75,6 +78,30 @@ TEST(FileLoggerProcess, KilledProcessLeavesTheBeginningOfItsLog)
         child.Kill();
         ExpectBeginningOfTheLog(file.Bytes());
     }
+}
+
+// TOOLKIT_TEST_KILLS says how often; the moments are others each time, and told when one is a finding.
+TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
+{
+    const unsigned long kills = ToolkitTest::LoadOf("TOOLKIT_TEST_KILLS", 50);
+    std::mt19937 random(std::random_device{}());
+    // The thread of the logger writes at the start and whenever it has slept for 200 ms.
+    std::uniform_int_distribution<int> moments(0, 420000);
+    unsigned long nonempty = 0;
+    for (unsigned long i = 0; i < kills && !HasFailure(); ++i)
+    {
+        const std::chrono::microseconds moment(moments(random));
+        const LogFile file;
+        ChildProcess child([&file, i] { return LogUntilKilled(file, i % 2 == 0 ? 100 : 1000); });
+        std::this_thread::sleep_for(moment);
+        child.Kill();
+        const std::string bytes = file.Bytes();
+        nonempty += bytes.empty() ? 0 : 1;
+        ExpectBeginningOfTheLog(bytes);
+        EXPECT_TRUE(file.FallbackPaths().empty());
+        EXPECT_FALSE(HasFailure()) << "killed after " << moment.count() << " microseconds";
+    }
+    std::cout << "  kills: " << kills << ", of these " << nonempty << " with a log" << std::endl;
 }
 
 TEST(FileLoggerProcess, NextStartTakesTheKilledOnesFile)

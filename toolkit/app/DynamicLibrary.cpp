@@ -44,9 +44,9 @@ void* Load(const TString<wchar_t>& path)
 
 DynamicLibrary::DynamicLibrary() : m_pLibrary(new wxDynamicLibrary) {}
 
-DynamicLibrary::DynamicLibrary(const TString<wchar_t>& path)
-    : m_strPath(path), m_pLibrary(new wxDynamicLibrary)
+DynamicLibrary::DynamicLibrary(const TString<wchar_t>& path) : DynamicLibrary()
 {
+    m_strPath = path;
     m_pLibrary->Attach(Load(path));
 }
 

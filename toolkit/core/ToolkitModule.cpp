@@ -1,5 +1,7 @@
 #include "toolkit/core/ToolkitModule.h"
 
+#include <new>
+
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/RestartManagment.h"
 #include "toolkit/app/SingleApplicationInstance.h"
@@ -30,9 +32,7 @@ void Create(Made (*make)() = &New<T>)
 template <class T>
 void Destroy()
 {
-    if (T::s_pInstance == nullptr)
-        return;
-    T::s_pInstance->Reset();
+    // Not made null first, which would take memory.
     delete T::s_pInstance;
     T::s_pInstance = nullptr;
 }
@@ -59,7 +59,14 @@ void ToolkitModule::Initialize()
 // first.
 void ToolkitModule::Release()
 {
-    ILogger::SetLogger(smart_ptr<ILogger>());
+    try
+    {
+        ILogger::SetLogger(smart_ptr<ILogger>());
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The host's sink then stays until the logger goes: nothing keeps the teardown from its end.
+    }
     Destroy<SingleApplicationInstance>();
     Destroy<PathManager>();
     Destroy<Version>();

@@ -53,7 +53,7 @@ bool BeginsWith(const TString<wchar_t>& name, const TString<wchar_t>& prefix)
 }
 
 // The file that content is extracted into: never the archive itself, which would be lost, nor a FIFO, whose
-// reader may let wait for ever and whose end would be a signal.
+// reader may let wait for ever and whose end would be a signal. It is emptied again unless it was kept.
 class Target
 {
 public:
@@ -66,7 +66,13 @@ public:
             Close();
     }
 
-    ~Target() { Close(); }
+    ~Target()
+    {
+        // Where it cannot be emptied, on a device, nothing can be taken back.
+        if (m_iDescriptor != -1)
+            static_cast<void>(ftruncate(m_iDescriptor, 0) == 0);
+        Close();
+    }
 
     Target(const Target&) = delete;
     Target& operator=(const Target&) = delete;
@@ -88,16 +94,15 @@ public:
         return true;
     }
 
-    // Where it cannot be emptied, on a device, nothing can be taken back.
-    void Empty() { static_cast<void>(ftruncate(m_iDescriptor, 0) == 0); }
+    bool Keep() { return Close(); }
 
+private:
     bool Close()
     {
         const int descriptor = std::exchange(m_iDescriptor, -1);
         return descriptor == -1 || close(descriptor) == 0;
     }
 
-private:
     int m_iDescriptor;
 };
 
@@ -179,11 +184,9 @@ bool ArchiveZip::UnZip(smart_ptr<ArchiveZipEntry> entry, TString<wchar_t>& targe
         return false;
     Target file(target, m_pStream->GetFile());
     const long long length = entry->GetSize();
-    bool whole = file.IsOpened() && length > 0 && Extract(*content, length, file);
+    const bool whole = file.IsOpened() && length > 0 && Extract(*content, length, file);
     m_pStream->CloseEntry();
-    if (!whole)
-        file.Empty();
-    return file.Close() && whole;
+    return whole && file.Keep();
 }
 
 } // namespace Toolkit

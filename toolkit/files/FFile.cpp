@@ -54,6 +54,16 @@ std::FILE* OpenStream(const TString<wchar_t>& path, const TString<wchar_t>& mode
     return stream;
 }
 
+// True when a signal kept the stream from writing, which may then be tried again; an error from before stays.
+bool ForgetInterruption(std::FILE* stream, bool spoilt)
+{
+    if (errno != EINTR)
+        return false;
+    if (!spoilt)
+        clearerr_unlocked(stream);
+    return true;
+}
+
 } // namespace
 
 FFile::FFile() : m_pFile(new wxFFile), m_bUnbuffered(false), m_bLostText(false) {}
@@ -103,14 +113,21 @@ void FFile::Write(const TString<wchar_t>& text)
     if (m_bUnbuffered)
         WriteThrough();
     else
-        fwrite_unlocked(m_strBytes.data(), 1, m_strBytes.size(), m_pFile->fp());
+        WriteBuffered();
 }
 
 bool FFile::Flush()
 {
+    if (!IsOpened())
+        return false;
     if (m_bUnbuffered)
-        return IsOpened() && !m_bLostText;
-    return IsOpened() && fflush_unlocked(m_pFile->fp()) == 0 && ferror_unlocked(m_pFile->fp()) == 0;
+        return !m_bLostText;
+    std::FILE* const stream = m_pFile->fp();
+    const bool spoilt = ferror_unlocked(stream) != 0;
+    while (fflush_unlocked(stream) != 0)
+        if (!ForgetInterruption(stream, spoilt))
+            return false;
+    return ferror_unlocked(stream) == 0;
 }
 
 bool FFile::Close()
@@ -164,6 +181,21 @@ bool FFile::Exists(const TString<wchar_t>& path)
     return NativePath(path).IsFile();
 }
 
+void FFile::WriteBuffered()
+{
+    std::FILE* const stream = m_pFile->fp();
+    const bool spoilt = ferror_unlocked(stream) != 0;
+    const char* bytes = m_strBytes.data();
+    for (std::size_t left = m_strBytes.size(); left > 0;)
+    {
+        const std::size_t written = fwrite_unlocked(bytes, 1, left, stream);
+        bytes += written;
+        left -= written;
+        if (left > 0 && !ForgetInterruption(stream, spoilt))
+            return;
+    }
+}
+
 void FFile::WriteThrough()
 {
     const int descriptor = fileno_unlocked(m_pFile->fp());
@@ -176,7 +208,7 @@ void FFile::WriteThrough()
             bytes += written;
             left -= static_cast<std::size_t>(written);
         }
-        else if (errno != EINTR)
+        else if (written == 0 || errno != EINTR)
         {
             m_bLostText = true;
             return;

@@ -62,6 +62,7 @@ public:
     static bool Exists(const TString<wchar_t>& path);
 
 private:
+    void WriteBuffered();
     void WriteThrough();
 
     wxFFile* m_pFile;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cwchar>
+#include <new>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,6 +20,25 @@ namespace
 
 // What is read at once where the system does not tell a file's length.
 const std::size_t s_uSlice = 65536;
+
+// A descriptor that is closed in the end; -1 for none.
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor) : m_iDescriptor(descriptor) {}
+    ~Descriptor()
+    {
+        if (m_iDescriptor != -1)
+            close(m_iDescriptor);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int Get() const { return m_iDescriptor; }
+
+private:
+    const int m_iDescriptor;
+};
 
 // Reads to the end, wherever that is: the file may change while it is read.
 bool ReadAll(int descriptor, std::size_t expected, TString<char>& bytes)
@@ -44,14 +64,10 @@ bool ReadAll(int descriptor, std::size_t expected, TString<char>& bytes)
 
 bool ReadFile(const NativePath& path, TString<char>& bytes)
 {
-    const int descriptor = path.Open(O_RDONLY);
-    if (descriptor == -1)
-        return false;
+    const Descriptor descriptor(path.Open(O_RDONLY));
     struct stat status = {};
-    const bool read = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-                      ReadAll(descriptor, static_cast<std::size_t>(status.st_size), bytes);
-    close(descriptor);
-    return read;
+    return descriptor.Get() != -1 && fstat(descriptor.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
+           ReadAll(descriptor.Get(), static_cast<std::size_t>(status.st_size), bytes);
 }
 
 } // namespace
@@ -62,19 +78,20 @@ TextFile::~TextFile() = default;
 
 bool TextFile::Open(const TString<wchar_t>& path)
 {
+    TString<wchar_t> name(path);
     Close();
     TString<char> bytes;
-    if (!ReadFile(NativePath(path), bytes))
+    if (!ReadFile(NativePath(name), bytes))
         return false;
     const TextEncoding encoding(bytes.data(), bytes.size());
     bytes.erase(0, encoding.GetMarkLength());
-    if (!encoding.Decode(bytes, m_strText))
-    {
-        m_strText.clear();
+    TString<wchar_t> text;
+    if (!encoding.Decode(bytes, text))
         return false;
-    }
-    m_strPath = path;
-    FindLines();
+    // Taken over once all of it is there: a part must not be written back.
+    m_lines = FindLines(text);
+    m_strText.swap(text);
+    m_strPath.swap(name);
     return true;
 }
 
@@ -99,11 +116,21 @@ bool TextFile::Eof() const
 
 void TextFile::AddLine(const TString<wchar_t>& line)
 {
-    if (!m_lines.empty() && m_lines.back().m_uBegin + m_lines.back().m_uLength == m_strText.size())
+    const std::size_t before = m_strText.size();
+    try
+    {
+        if (!m_lines.empty() && m_lines.back().m_uBegin + m_lines.back().m_uLength == before)
+            m_strText += L'\n';
+        const std::size_t begin = m_strText.size();
+        m_strText += line;
         m_strText += L'\n';
-    m_lines.push_back({m_strText.size(), line.size()});
-    m_strText += line;
-    m_strText += L'\n';
+        m_lines.push_back({begin, line.size()});
+    }
+    catch (const std::bad_alloc&)
+    {
+        m_strText.resize(before);
+        throw;
+    }
 }
 
 void TextFile::Clear()
@@ -126,19 +153,21 @@ void TextFile::Close()
     Clear();
 }
 
-void TextFile::FindLines()
+std::vector<TextFile::Line> TextFile::FindLines(const TString<wchar_t>& text)
 {
-    const std::size_t size = m_strText.size();
+    std::vector<Line> lines;
+    const std::size_t size = text.size();
     for (std::size_t begin = 0; begin < size;)
     {
         std::size_t end = begin;
-        while (end < size && m_strText[end] != L'\n' && m_strText[end] != L'\r')
+        while (end < size && text[end] != L'\n' && text[end] != L'\r')
             ++end;
-        m_lines.push_back({begin, end - begin});
+        lines.push_back({begin, end - begin});
         begin = end + 1;
-        if (begin < size && m_strText[end] == L'\r' && m_strText[begin] == L'\n')
+        if (begin < size && text[end] == L'\r' && text[begin] == L'\n')
             ++begin;
     }
+    return lines;
 }
 
 TString<wchar_t> TextFile::GetCurrentLine() const

@@ -12,7 +12,8 @@ namespace Toolkit
 
 // A text file held in memory as lines, of which one is the current one. Lines may be added and removed
 // without a file; only `Open` and `Write` touch the disk, and the file is not held open in between. The
-// object belongs to one thread at a time. Failures are answered, not logged.
+// object belongs to one thread at a time. Failures are answered, not logged; without memory nothing is opened
+// and nothing added.
 class TOOLKIT_API TextFile
 {
 public:
@@ -56,7 +57,7 @@ private:
         std::size_t m_uLength;
     };
 
-    void FindLines();
+    static std::vector<Line> FindLines(const TString<wchar_t>& text);
     TString<wchar_t> GetCurrentLine() const;
 
     TString<wchar_t> m_strPath;

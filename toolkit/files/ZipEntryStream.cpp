@@ -31,7 +31,9 @@ ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipE
     auto source = std::make_unique<ZipFileStream>(m_pFile);
     const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
     source->Replace(record);
-    auto decoder = std::make_unique<wxZipInputStream>(source.release(), ZipNameConverter::Instance());
+    // Not made by make_unique, which would lose the source if there is no memory for the decoder.
+    std::unique_ptr<wxZipInputStream> decoder(
+        new wxZipInputStream(source.release(), ZipNameConverter::Instance()));
     if (!decoder->OpenEntry(m_entry))
         return;
     m_pDecoder = std::move(decoder);

@@ -31,7 +31,7 @@ ZipFileStream::~ZipFileStream() = default;
 
 wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
 {
-    // The base library's own form fills the buffer with zeros first.
+    // The base library's own form fills the whole buffer with zeros first.
     if (m_wback == nullptr)
         m_lastcount = OnSysRead(buffer, count);
     else
@@ -64,6 +64,9 @@ std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
 {
     const std::size_t read = count <= ZipFile::s_uWindow ? m_pFile->ReadRecord(m_iPosition, buffer, count)
                                                          : m_pFile->ReadAt(m_iPosition, buffer, count);
+    // The base library takes a name that the file cuts short with all the length that it should have.
+    if (read < count)
+        std::memset(static_cast<char*>(buffer) + read, 0, count - read);
     if (m_replaced.completed)
         ShowReplaced(static_cast<char*>(buffer), read);
     m_iPosition += static_cast<long long>(read);

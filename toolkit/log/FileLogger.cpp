@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <new>
 #include <utility>
 
 #include <sys/file.h>
@@ -62,6 +63,7 @@ FileLogger::FileLogger(LogSeverity level, const TString<wchar_t>& name, unsigned
       m_pWorkEvent(new EventObject(true, false)),
       m_pStopEvent(new EventObject(false, false)),
       m_strName(NameOrApplication(name)),
+      m_pFile(new FFile),
       m_uMaxSize(maxSize),
       m_bRuns(false)
 {
@@ -94,8 +96,7 @@ void FileLogger::Write(const TString<wchar_t>& text)
 
 wxThread::ExitCode FileLogger::DoWork()
 {
-    m_pFile = new FFile;
-    for (TString<wchar_t> path = PrimaryPath(); !OpenFile(path); path = FallbackPath())
+    for (bool opened = OpenPrimary(); !opened; opened = OpenFallback())
         if (m_pStopEvent->Wait(s_uRetryInterval))
             return reinterpret_cast<ExitCode>(std::intptr_t{1});
 
@@ -109,12 +110,37 @@ wxThread::ExitCode FileLogger::DoWork()
     return nullptr;
 }
 
+bool FileLogger::OpenPrimary()
+{
+    try
+    {
+        return OpenFile(PrimaryPath());
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
+bool FileLogger::OpenFallback()
+{
+    try
+    {
+        return OpenFile(FallbackPath());
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
 bool FileLogger::OpenFile(const TString<wchar_t>& path)
 {
+    const TString<char> mode = UTF8::ToUTF8(c_strOpenMode);
     const int descriptor = OpenLogDescriptor(path);
     if (descriptor == -1)
         return false;
-    std::FILE* const stream = fdopen(descriptor, UTF8::ToUTF8(c_strOpenMode).c_str());
+    std::FILE* const stream = fdopen(descriptor, mode.c_str());
     if (stream == nullptr)
     {
         close(descriptor);
@@ -152,22 +178,31 @@ bool FileLogger::HasMoreToDo()
 
 void FileLogger::DrainQueue()
 {
-    std::deque<TString<wchar_t>> pieces;
-    for (TakePending(pieces); !pieces.empty(); TakePending(pieces))
+    for (TakePending(); !m_writing.empty(); TakePending())
     {
-        for (const TString<wchar_t>& piece : pieces)
-        {
-            m_pFile->Write(piece);
-            m_pFile->Flush();
-        }
-        pieces.clear();
+        for (const TString<wchar_t>& piece : m_writing)
+            WritePiece(piece);
+        m_writing.clear();
     }
 }
 
-void FileLogger::TakePending(std::deque<TString<wchar_t>>& pieces)
+void FileLogger::TakePending()
 {
     const MutexLock lock(m_mutex);
-    m_pending.swap(pieces);
+    m_pending.swap(m_writing);
+}
+
+void FileLogger::WritePiece(const TString<wchar_t>& piece)
+{
+    try
+    {
+        m_pFile->Write(piece);
+        m_pFile->Flush();
+    }
+    catch (const std::bad_alloc&)
+    {
+        // The piece is lost; it must not take the process with it.
+    }
 }
 
 void FileLogger::WrapAround()

@@ -18,8 +18,9 @@ class FFile;
 // The sink that writes a file in the temporary folder: a piece is queued, and the logger's own thread writes
 // it. The file is `name`.vxlog, emptied when it is opened; while that one cannot be had, another time-stamped
 // name is tried every 10 ms. Any thread may call `Write`; no other thread may still do so when the owner
-// destroys the logger. No failure is reported: a piece that the disk does not take is lost, and so is what is
-// queued when the logger goes before any file could be opened.
+// destroys the logger. No failure is reported: a piece is lost that the disk does not take, that finds no
+// memory when it is written, or that is queued when the logger goes before any file could be opened. `Write`
+// throws std::bad_alloc where a piece cannot be queued.
 class TOOLKIT_API FileLogger : public ILogger, public Thread
 {
 public:
@@ -44,18 +45,24 @@ protected:
     ExitCode DoWork() override;
 
 private:
+    // False also when there is no memory for it, as there may be at the next try.
+    bool OpenPrimary();
+    bool OpenFallback();
     bool OpenFile(const TString<wchar_t>& path);
     TString<wchar_t> PathWithoutExtension() const;
     TString<wchar_t> PrimaryPath() const;
     TString<wchar_t> FallbackPath() const;
     bool HasMoreToDo();
     void DrainQueue();
-    // Swaps the queue with `pieces`.
-    void TakePending(std::deque<TString<wchar_t>>& pieces);
+    // Takes over what is queued, once what was taken before is written.
+    void TakePending();
+    void WritePiece(const TString<wchar_t>& piece);
     void WrapAround();
 
     std::deque<TString<wchar_t>> m_pending;
     Mutex m_mutex;
+    // What the thread is writing; made beforehand, so that it needs no memory for it.
+    std::deque<TString<wchar_t>> m_writing;
     const smart_ptr<EventObject> m_pWorkEvent;
     const smart_ptr<EventObject> m_pStopEvent;
     const TString<wchar_t> m_strName;

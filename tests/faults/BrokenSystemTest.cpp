@@ -1,0 +1,371 @@
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/faults/BrokenSystem.h"
+#include "tests/support/Archives.h"
+#include "tests/support/LogFile.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/core/ToolkitSession.h"
+#include "toolkit/encoding/Bytes.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/ArchiveZip.h"
+#include "toolkit/files/Directory.h"
+#include "toolkit/files/FFile.h"
+#include "toolkit/files/FSInputSerializer.h"
+#include "toolkit/files/FSOutputSerializer.h"
+#include "toolkit/files/FSStream.h"
+#include "toolkit/files/IniFile.h"
+#include "toolkit/files/TextFile.h"
+#include "toolkit/files/ZipInputStream.h"
+#include "toolkit/log/FileLogger.h"
+
+using namespace Toolkit;
+using ToolkitTest::FailingSystem;
+using ToolkitTest::Faults;
+using ToolkitTest::ReadBytes;
+using ToolkitTest::WaitUntil;
+using ToolkitTest::WriteBytes;
+
+namespace
+{
+
+const unsigned int s_uLarge = 1U << 30;
+const TString<wchar_t> c_strText(L"a text of more than a few characters, \x20AC");
+
+class BrokenSystem : public testing::Test
+{
+protected:
+    TString<wchar_t> Path(const char* name) const { return m_folder.Wide(name); }
+    std::string Content(const char* name) const { return ReadBytes(m_folder.Path(name)); }
+    void Write(const char* name, const std::string& bytes) const { WriteBytes(m_folder.Path(name), bytes); }
+    std::size_t CountFiles() const
+    {
+        const std::filesystem::directory_iterator files(m_folder.Path());
+        return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+    }
+
+    void RemoveLeftBehind() const
+    {
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path()))
+            if (entry.path().filename().string()[0] == '.')
+                std::filesystem::remove(entry.path());
+    }
+
+    const ToolkitTest::TemporaryFolder m_folder;
+    const ToolkitSession m_session;
+};
+
+// What a logger wrote, by whichever name.
+std::string Log(const ToolkitTest::LogFile& file)
+{
+    std::string whole = file.Bytes();
+    for (const std::string& other : file.FallbackPaths())
+        whole += ReadBytes(other);
+    return whole;
+}
+
+// True when `text` begins with `beginning`.
+bool Begins(const std::string& text, const std::string& beginning)
+{
+    return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+} // namespace
+
+TEST_F(BrokenSystem, IsAnsweredByStreams)
+{
+    const TString<wchar_t> path = Path("stream");
+    ToolkitTest::FailEachCall({
+        {"FSStream, written",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove(m_folder.Path("stream"));
+             bool whole = false;
+             faults(
+                 [&]
+                 {
+                     FSStream stream(path, FSStream::ModeCreate);
+                     whole = stream.Write(c_strText) == StreamResult::Ok &&
+                             stream.Write(7U) == StreamResult::Ok &&
+                             stream.Write("block", 5) == StreamResult::Ok;
+                 });
+             const std::string bytes = Content("stream");
+             EXPECT_TRUE(!whole || bytes.size() == 4 + 4 * c_strText.size() + 4 + 5);
+             // Later work goes on.
+             FSStream again(path, FSStream::ModeWrite);
+             EXPECT_EQ(StreamResult::Ok, again.Write(c_strText));
+         }},
+        {"FSStream, read",
+         [&](const Faults& faults)
+         {
+             {
+                 FSStream stream(path, FSStream::ModeWrite);
+                 stream.Write(c_strText);
+                 stream.Write(7U);
+             }
+             TString<wchar_t> text = L"before";
+             unsigned int value = 1;
+             StreamResult results[2] = {StreamResult::NotOpen, StreamResult::NotOpen};
+             faults(
+                 [&]
+                 {
+                     FSStream stream(path, FSStream::ModeRead);
+                     results[0] = stream.Read(text);
+                     results[1] = results[0] == StreamResult::Ok ? stream.Read(value) : StreamResult::NotOpen;
+                     stream.Length();
+                 });
+             EXPECT_EQ(results[0] == StreamResult::Ok ? c_strText : TString<wchar_t>(L"before"), text);
+             EXPECT_EQ(results[1] == StreamResult::Ok ? 7U : 1U, value);
+             FSStream again(path, FSStream::ModeRead);
+             EXPECT_EQ(StreamResult::Ok, again.Read(text));
+         }},
+        {"FSStream, read with a count that is no multiple of 4",
+         [&](const Faults& faults)
+         {
+             Write("stream", std::string("\6\0\0\0x\0\0\0yz", 10));
+             TString<wchar_t> text = L"before";
+             StreamResult result = StreamResult::NotOpen;
+             faults([&] { result = FSStream(path, FSStream::ModeRead).Read(text); });
+             EXPECT_EQ(result == StreamResult::Ok ? L"x" : L"before", text);
+             EXPECT_EQ(StreamResult::Ok, FSStream(path, FSStream::ModeRead).Read(text));
+         }},
+        {"FSOutputSerializer, FSInputSerializer, Bytes",
+         [&](const Faults& faults)
+         {
+             const std::vector<unsigned char> data(3000, 'x');
+             Bytes read;
+             bool whole = false;
+             faults(
+                 [&]
+                 {
+                     {
+                         FSOutputSerializer output(path);
+                         whole = output.Serialize(Bytes(data.data(), 3000)) == StreamResult::Ok;
+                     }
+                     FSInputSerializer input(path);
+                     whole = input.Deserialize(read) == StreamResult::Ok && whole;
+                 });
+             unsigned char* out = nullptr;
+             unsigned int size = 0;
+             read.GetBytes(&out, &size);
+             EXPECT_TRUE(!whole || std::vector<unsigned char>(out, out + size) == data);
+             delete[] out;
+         }},
+    });
+}
+
+TEST_F(BrokenSystem, IsAnsweredByFiles)
+{
+    const TString<wchar_t> path = Path("file");
+    const std::string bytes = UTF8::ToUTF8(c_strText);
+    ToolkitTest::FailEachCall({
+        {"FFile, written",
+         [&](const Faults& faults)
+         {
+             bool whole = false;
+             faults(
+                 [&]
+                 {
+                     FFile file;
+                     whole = file.Open(path, L"wb");
+                     file.Write(c_strText);
+                     const bool flushed = file.Flush();
+                     file.Write(c_strText);
+                     whole = file.Close() && flushed && whole;
+                 });
+             // A second half that was not written is known from the length alone.
+             EXPECT_TRUE(!whole || Begins(Content("file"), bytes));
+             FFile again;
+             EXPECT_TRUE(again.Open(path, L"wb"));
+             again.Write(c_strText);
+             EXPECT_TRUE(again.Close());
+             EXPECT_EQ(bytes, Content("file"));
+         }},
+        {"FFile, read",
+         [&](const Faults& faults)
+         {
+             Write("file", bytes);
+             std::string got(100, '\0');
+             long long length = 0;
+             faults(
+                 [&]
+                 {
+                     FFile file;
+                     file.Open(path, L"rb");
+                     got.resize(file.Read(got.data(), 100));
+                     length = file.GetLength();
+                     file.SeekEnd(0);
+                     file.GetOffset();
+                 });
+             EXPECT_TRUE(Begins(bytes, got)) << got;
+             EXPECT_THAT(length, testing::AnyOf(-1, static_cast<long long>(bytes.size())));
+         }},
+        {"TextFile::Open",
+         [&](const Faults& faults)
+         {
+             Write("file", bytes + "\nlast");
+             TextFile file;
+             bool opened = false;
+             faults([&] { opened = file.Open(path); });
+             EXPECT_EQ(opened ? c_strText : TString<wchar_t>(), file.GetFirstLine());
+             EXPECT_EQ(opened ? L"last" : L"", file.GetNextLine());
+             EXPECT_TRUE(file.Open(path));
+         }},
+        {"TextFile::Write",
+         [&](const Faults& faults)
+         {
+             Write("file", "before\n");
+             const std::size_t count = CountFiles();
+             TextFile file;
+             ASSERT_TRUE(file.Open(path));
+             file.AddLine(c_strText);
+             bool written = false;
+             faults([&] { written = file.Write(); });
+             EXPECT_EQ(written ? "before\n" + bytes + "\n" : "before\n", Content("file"));
+             // Where not even a removal works, the new file stays; no later one is hindered by it.
+             EXPECT_EQ(count + (FailingSystem::HasFailed("unlink") ? 1 : 0), CountFiles());
+             RemoveLeftBehind();
+             EXPECT_TRUE(file.Write());
+             EXPECT_EQ("before\n" + bytes + "\n", Content("file"));
+         }},
+        {"IniFile",
+         [&](const Faults& faults)
+         {
+             Write("file", "[section]\nkey=" + bytes + "\n");
+             std::unique_ptr<IniFile> ini;
+             faults([&] { ini = std::make_unique<IniFile>(path); });
+             EXPECT_EQ(ini->IsLoaded(), ini->HasSection(L"section"));
+             EXPECT_EQ(ini->IsLoaded() ? c_strText : TString<wchar_t>(),
+                       ini->GetValue(L"section", L"key", L""));
+             EXPECT_TRUE(ini->Parse(path));
+         }},
+        {"Directory",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove_all(m_folder.Path("made"));
+             Write("removed", "");
+             const TString<wchar_t> made = Path("made/twice");
+             const TString<wchar_t> gone = Path("removed");
+             bool isMade = false;
+             bool isGone = false;
+             std::vector<TString<wchar_t>> names;
+             faults(
+                 [&]
+                 {
+                     isMade = Directory::Create(made);
+                     isGone = Directory::RemoveFile(gone);
+                     Directory(m_folder.Wide()).GetFiles(L"file", names);
+                 });
+             EXPECT_TRUE(!isMade || std::filesystem::exists(m_folder.Path("made/twice")));
+             EXPECT_EQ(isGone, !std::filesystem::exists(m_folder.Path("removed")));
+             EXPECT_GE(1U, names.size());
+             EXPECT_TRUE(Directory::Create(made));
+         }},
+    });
+}
+
+TEST_F(BrokenSystem, IsAnsweredByArchives)
+{
+    ToolkitTest::MakeSmallArchive(m_folder, "zip");
+    const TString<wchar_t> path = Path("zip");
+    TString<wchar_t> target = Path("target");
+    const std::string content = ToolkitTest::ContentOf("two.txt");
+    using Entries = std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>;
+    ToolkitTest::FailEachCall({
+        {"ArchiveZip::Open, EntriesList",
+         [&](const Faults& faults)
+         {
+             ArchiveZip archive;
+             Entries entries;
+             int count = 0;
+             faults(
+                 [&]
+                 {
+                     archive.Open(path);
+                     count = archive.EntriesList(entries, L"", ArchiveEntriesFlags::All);
+                 });
+             EXPECT_EQ(entries.size(), static_cast<std::size_t>(std::max(count, 0)));
+             archive.Open(path);
+             EXPECT_EQ(3, archive.EntriesList(entries, L"", ArchiveEntriesFlags::All));
+         }},
+        {"ArchiveZip::UnZip",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove(m_folder.Path("target"));
+             ToolkitTest::OpenArchive open(path);
+             const smart_ptr<ArchiveZipEntry> entry = open[L"two.txt"];
+             bool whole = false;
+             faults([&] { whole = open.archive.UnZip(entry, target); });
+             const std::string bytes = Content("target");
+             EXPECT_TRUE(whole ? bytes == content : Begins(content, bytes)) << bytes;
+             EXPECT_TRUE(open.archive.UnZip(entry, target));
+             EXPECT_EQ(content, Content("target"));
+         }},
+        {"ZipInputStream, read",
+         [&](const Faults& faults)
+         {
+             ToolkitTest::OpenArchive open(path);
+             std::string got;
+             faults([&] { got = open.Read(L"two.txt"); });
+             EXPECT_THAT(got, testing::AnyOf("", content));
+             EXPECT_EQ(content, open.Read(L"two.txt"));
+         }},
+    });
+}
+
+TEST_F(BrokenSystem, IsAnsweredByTheApplication)
+{
+    const TString<wchar_t> path = Path("data/folder");
+    ToolkitTest::FailEachCall({
+        {"SystemInfo::StartProcess",
+         [&](const Faults& faults)
+         {
+             int answer = 0;
+             faults([&] { answer = SystemInfo::StartProcess(L"/bin/true", L"-an argument", true); });
+             EXPECT_LT(0, answer);
+             EXPECT_LT(0, SystemInfo::StartProcess(L"/bin/true", L"", true));
+         }},
+        {"PathManager",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove_all(m_folder.Path("data"));
+             faults([&] { PathManager().SetApplicationDataPath(path); });
+             PathManager().SetApplicationDataPath(path);
+             EXPECT_TRUE(PathManager::DirExists(path));
+         }},
+    });
+}
+
+// The other name of the log is tried every 10 ms, so that a fault that passes costs nothing but the name.
+TEST_F(BrokenSystem, IsAnsweredByTheFileLogger)
+{
+    ToolkitTest::FailEachCall({
+        {"FileLogger",
+         [](const Faults& faults)
+         {
+             const ToolkitTest::LogFile file;
+             faults.OnOtherThreads(
+                 [&]
+                 {
+                     FileLogger logger(LogSeverity::Info, file.WideName(), s_uLarge);
+                     logger.Write(L"one,");
+                     logger.Write(L"two,");
+                     // A logger that goes before it has a file loses what is queued.
+                     EXPECT_TRUE(FailingSystem::IsOnwards() || WaitUntil([&] { return !Log(file).empty(); }));
+                 });
+             const std::string whole = Log(file);
+             // Of each piece there is nothing, half or all; one fault costs no more than one piece.
+             EXPECT_THAT(whole, testing::MatchesRegex("(on|one,)?(tw|two,)?"));
+             const bool goesOn = whole.find("one,") != whole.npos || whole.find("two,") != whole.npos;
+             EXPECT_TRUE(goesOn || FailingSystem::IsOnwards()) << whole;
+             EXPECT_TRUE(whole == "one,two," || FailingSystem::GetFault() != FailingSystem::Interrupted);
+         }},
+    });
+}

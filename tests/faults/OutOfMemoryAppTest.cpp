@@ -1,0 +1,154 @@
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "tests/faults/OutOfMemory.h"
+#include "tests/support/TemporaryFolder.h"
+#include "toolkit/app/CmdLineOption.h"
+#include "toolkit/app/CmdLineParser.h"
+#include "toolkit/app/DynamicLibrary.h"
+#include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/app/Version.h"
+#include "toolkit/core/ToolkitSession.h"
+
+using namespace Toolkit;
+using ToolkitTest::Attempt;
+
+namespace
+{
+const TString<wchar_t> c_strLine(L"-name \"a value that is too long for the string object\" -other stray");
+}
+
+TEST(OutOfMemory, IsSurvivedByTheCommandLine)
+{
+    const char* const narrow[] = {"program", "-name", "a value that is too long for the string object"};
+    const wchar_t* const wide[] = {L"program", L"-name", L"a value that is too long for the string object"};
+    ToolkitTest::FailEachAllocation({
+        {"CmdLineParser::CmdLineParser",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { CmdLineParser(3, const_cast<const char**>(narrow)); });
+             attempt([&] { CmdLineParser(3, const_cast<const wchar_t**>(wide)); });
+             attempt([&] { const CmdLineParser parser(c_strLine); });
+             attempt([&] { const CmdLineParser parser(TString<char>("-name value -other")); });
+         }},
+        {"CmdLineParser::Tokenize",
+         [](const Attempt& attempt)
+         {
+             std::vector<TString<wchar_t>> tokens;
+             attempt([&] { CmdLineParser::Tokenize(c_strLine, tokens); });
+             CmdLineParser::Tokenize(c_strLine, tokens);
+             EXPECT_EQ(4U, tokens.size());
+         }},
+        {"CmdLineOption", [](const Attempt& attempt)
+         { attempt([] { const CmdLineOption option(L"A-LONG-NAME-FOR-AN-OPTION-THAT-IS", true); }); }},
+        {"CmdLineParser::AddOption",
+         [](const Attempt& attempt)
+         {
+             CmdLineParser parser(c_strLine);
+             const smart_ptr<CmdLineOption> option(new CmdLineOption(L"name", true));
+             const bool added = attempt([&] { EXPECT_TRUE(parser.AddOption(option)); });
+             EXPECT_EQ(!added, parser.AddOption(option));
+             EXPECT_TRUE(parser.Parse());
+         }},
+        {"CmdLineParser::Parse",
+         [](const Attempt& attempt)
+         {
+             CmdLineParser parser(c_strLine);
+             const smart_ptr<CmdLineOption> option(new CmdLineOption(L"name", true));
+             parser.AddOption(option);
+             attempt([&] { EXPECT_TRUE(parser.Parse()); });
+             EXPECT_TRUE(parser.Parse());
+             EXPECT_EQ(L"a value that is too long for the string object", option->GetValue());
+         }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByTheApplication)
+{
+    const ToolkitSession session;
+    const ToolkitTest::TemporaryFolder folder;
+    const TString<wchar_t> path = folder.Wide("data");
+    ToolkitTest::FailEachAllocation({
+        {"PathManager::PathManager",
+         [](const Attempt& attempt) { attempt([] { const PathManager manager; }); }},
+        {"PathManager::SetApplicationDataPath",
+         [&](const Attempt& attempt)
+         {
+             PathManager manager;
+             attempt([&] { manager.SetApplicationDataPath(path); });
+             manager.SetApplicationDataPath(path);
+             EXPECT_EQ(path, manager.GetApplicationDataPath());
+         }},
+        {"PathManager::SetApplicationRessourcesPath",
+         [&](const Attempt& attempt)
+         {
+             PathManager manager;
+             attempt([&] { manager.SetApplicationRessourcesPath(path); });
+             manager.SetApplicationRessourcesPath(path);
+             EXPECT_EQ(path + L"/plugins", manager.GetPluginsPath());
+         }},
+        {"PathManager::SetMassStorageDataPath, SetCdRomPath",
+         [&](const Attempt& attempt)
+         {
+             PathManager manager;
+             attempt([&] { manager.SetMassStorageDataPath(path); });
+             attempt([&] { manager.SetCdRomPath(path); });
+         }},
+        {"PathManager::GetDataDir, GetUserLocalDataDir, GetTempDir",
+         [](const Attempt& attempt)
+         {
+             const smart_ptr<PathManager> manager = *PathManager::s_pInstance;
+             attempt([&] { manager->GetDataDir(); });
+             attempt([&] { manager->GetUserLocalDataDir(); });
+             attempt([&] { EXPECT_EQ(L"/tmp", manager->GetTempDir()); });
+         }},
+        {"PathManager::AppendPath, SplitPath, Exists",
+         [&](const Attempt& attempt)
+         {
+             TString<wchar_t> result(path);
+             TString<wchar_t> parts[4];
+             attempt([&] { PathManager::AppendPath(result, c_strLine); });
+             attempt([&] { PathManager::AppendPath(result, path, c_strLine); });
+             attempt([&] { PathManager::SplitPath(path, parts[0], parts[1], parts[2], parts[3]); });
+             attempt([&] { PathManager::Exists(path); });
+             attempt([&] { PathManager::FileExists(path); });
+             attempt([&] { PathManager::DirExists(path); });
+         }},
+        {"SystemInfo, GetTickCount",
+         [](const Attempt& attempt)
+         {
+             attempt([] { SystemInfo::GetOSMajorVersion(); });
+             attempt([] { SystemInfo::GetOperatingSystemId(); });
+             attempt([] { SystemInfo::GetPlatform(); });
+             attempt([] { GetTickCount(); });
+         }},
+        {"SystemInfo::StartProcess", [](const Attempt& attempt)
+         { attempt([] { EXPECT_LT(0, SystemInfo::StartProcess(L"/bin/true", c_strLine, true)); }); }},
+        {"Version",
+         [](const Attempt& attempt)
+         {
+             attempt(
+                 []
+                 { EXPECT_EQ(L"1.22222222.333333333.44", Version(L"1.22222222.333333333.44").ToString()); });
+             attempt([] { EXPECT_EQ(0, Version(1, 2, 3, 4).CompareVersion(L"1.2.3.4")); });
+             attempt([] { delete Version::Create(); });
+         }},
+        {"DynamicLibrary",
+         [](const Attempt& attempt)
+         {
+             attempt(
+                 []
+                 {
+                     DynamicLibrary library(L"libz.so.1");
+                     library.GetSymbol(L"a symbol of a long name that is not there");
+                     DynamicLibrary::Unload(library.Detach());
+                 });
+             attempt([] { const DynamicLibrary library(L"/no/such/library/at/all.so"); });
+         }},
+    });
+}

@@ -1,0 +1,89 @@
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <pcre.h>
+
+#include "tests/faults/OutOfMemory.h"
+#include "toolkit/regExp/RegExp.h"
+
+using namespace Toolkit;
+using ToolkitTest::Attempt;
+
+namespace
+{
+
+const TString<char> c_strPattern("(?<first>[a-z]+) (?<second_of_a_long_name>[a-z]+)|(x*)*y{2,30}");
+const TString<char> c_strSubject("one two, three four and five or more words");
+
+} // namespace
+
+TEST(OutOfMemory, IsSurvivedByRegularExpressions)
+{
+    // What PCRE allocates counts as well.
+    const auto pcreMalloc = pcre_malloc;
+    const auto pcreFree = pcre_free;
+    pcre_malloc = [](std::size_t size) { return operator new(size, std::nothrow); };
+    pcre_free = [](void* memory) { operator delete(memory); };
+    const RegExp regExp(c_strPattern, RegExpOptions::Default);
+    ToolkitTest::FailEachAllocation({
+        {"RegExp::RegExp",
+         [](const Attempt& attempt)
+         {
+             attempt([] { RegExp(c_strPattern, RegExpOptions::Default); });
+             attempt([] { RegExp(std::wstring(100, L'x'), RegExpOptions::Default); });
+         }},
+        {"RegExp::IsMatch",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { EXPECT_TRUE(regExp.IsMatch(c_strSubject)); });
+             attempt([&] { EXPECT_TRUE(regExp.IsMatch(TString<wchar_t>(L"one two"))); });
+             EXPECT_TRUE(regExp.IsMatch(c_strSubject));
+         }},
+        {"RegExp::Match",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { EXPECT_EQ("one", regExp.Match(c_strSubject)->Find("first")->GetValue()); });
+             EXPECT_EQ(3, regExp.Match(c_strSubject)->GetResult());
+         }},
+        {"RegExp::Match(invalid pattern)", [](const Attempt& attempt)
+         { attempt([] { RegExp("(", RegExpOptions::Default).Match(c_strSubject); }); }},
+        {"RegExp::Match(failed execution)",
+         [&](const Attempt& attempt) { attempt([&] { regExp.Match(TString<char>("\xFF")); }); }},
+        {"RegExp::Replace(text)", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_EQ("-, - - -", regExp.Replace("-", "a b, c d e f g hs", 0)); }); }},
+        {"RegExp::Replace(by number)",
+         [&](const Attempt& attempt)
+         {
+             const std::vector<TString<char>> replacements(2, std::string(50, '-'));
+             attempt([&] { EXPECT_EQ(101U, regExp.Replace(replacements, "one two").size()); });
+         }},
+        {"RegExp::Replace(by name)",
+         [&](const Attempt& attempt)
+         {
+             RegExp::ReplacementMappedStrings replacements = {{"first", std::string(50, '-')}};
+             attempt([&] { EXPECT_EQ(51U, regExp.Replace(replacements, "one two").size()); });
+             EXPECT_EQ(51U, regExp.Replace(replacements, "one two").size());
+         }},
+        {"RegExp::RegExp_compile, RegExp_exec, RegExp_replace",
+         [&](const Attempt& attempt)
+         {
+             smart_ptr<MatchResult> record(new MatchResult);
+             record->SetPattern("(b+)");
+             record->SetSubject("abbc");
+             attempt([&] { regExp.RegExp_compile(record); });
+             attempt([&] { regExp.RegExp_exec(record, 0); });
+             regExp.RegExp_compile(record);
+             regExp.RegExp_exec(record, 0);
+             TString<char> target("abbc");
+             attempt([&] { regExp.RegExp_replace(record, 1, target, std::string(40, '-'), 0); });
+             EXPECT_EQ(1, record->GetOffsets()[0]);
+         }},
+        {"RegExpException::Throw",
+         [](const Attempt& attempt) {
+             attempt([]
+                     { RegExpException::Throw(L"a message that is too long for the string object itself"); });
+         }},
+    });
+    pcre_malloc = pcreMalloc;
+    pcre_free = pcreFree;
+}

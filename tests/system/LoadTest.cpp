@@ -1,0 +1,121 @@
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "tests/support/LoadOf.h"
+#include "tests/support/LogFile.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/core/ToolkitSession.h"
+#include "toolkit/log/FileLogger.h"
+
+using namespace Toolkit;
+using ToolkitTest::LoadOf;
+using ToolkitTest::LogFile;
+
+namespace
+{
+
+const unsigned int s_uThreads = 8;
+const std::size_t s_uPieceLength = 12;
+// How far the threads may be ahead of the disk, in pieces: what is queued is memory.
+const std::uintmax_t s_uMostQueued = 200000;
+
+// "<thread> <number>\n", always of one length.
+std::wstring PieceOf(unsigned int thread, unsigned long number)
+{
+    wchar_t piece[s_uPieceLength + 1];
+    std::swprintf(piece, s_uPieceLength + 1, L"%u %09lu\n", thread, number);
+    return piece;
+}
+
+void LogMany(FileLogger& logger, const LogFile& file, std::atomic<std::uintmax_t>& logged,
+             unsigned int thread, unsigned long pieces)
+{
+    for (unsigned long number = 0; number < pieces; ++number)
+    {
+        logger.Write(PieceOf(thread, number));
+        if (++logged % 1000 != 0)
+            continue;
+        std::error_code none;
+        while (logged > std::filesystem::file_size(file.Path(), none) / s_uPieceLength + s_uMostQueued)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+// Reads the log piece by piece; the number of pieces that are in their place, of all threads.
+unsigned long CountOrdered(const LogFile& file)
+{
+    std::ifstream log(file.Path());
+    std::array<unsigned long, s_uThreads> next = {};
+    unsigned long count = 0;
+    for (std::string line; std::getline(log, line); ++count)
+    {
+        const std::size_t thread =
+            line.size() + 1 == s_uPieceLength ? static_cast<std::size_t>(line[0] - '0') : s_uThreads;
+        if (thread >= s_uThreads || std::stoul(line.substr(2)) != next[thread]++)
+        {
+            ADD_FAILURE() << "line " << count << ": " << line;
+            break;
+        }
+    }
+    return count;
+}
+
+long CountDescriptors()
+{
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return std::distance(begin(descriptors), end(descriptors));
+}
+
+} // namespace
+
+// TOOLKIT_TEST_PIECES says how many pieces.
+TEST(Load, EightThreadsLoseNoPieceAndKeepTheirOrder)
+{
+    const unsigned long pieces = LoadOf("TOOLKIT_TEST_PIECES", 200000) / s_uThreads;
+    const ToolkitSession session;
+    const LogFile file;
+    std::atomic<std::uintmax_t> logged{0};
+    {
+        FileLogger logger(LogSeverity::Info, file.WideName(), 4294967295U);
+        std::vector<std::thread> threads;
+        for (unsigned int thread = 0; thread < s_uThreads; ++thread)
+            threads.emplace_back([&, thread] { LogMany(logger, file, logged, thread, pieces); });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    EXPECT_EQ(pieces * s_uThreads, CountOrdered(file));
+    std::cout << "  pieces: " << pieces * s_uThreads << std::endl;
+}
+
+// TOOLKIT_TEST_STARTS says how many processes.
+TEST(Load, StartedProcessesLeaveNoZombieAndNoDescriptor)
+{
+    const unsigned long starts = LoadOf("TOOLKIT_TEST_STARTS", 200);
+    const long before = CountDescriptors();
+    for (unsigned long i = 0; i < starts && !HasFailure(); ++i)
+    {
+        const bool wait = i % 2 == 0;
+        const int child = SystemInfo::StartProcess(L"/bin/true", L"-an argument", wait);
+        EXPECT_LT(0, child);
+        // What is not waited for is the caller's to wait for.
+        EXPECT_TRUE(wait || waitpid(child, nullptr, 0) == child);
+    }
+    EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
+    EXPECT_EQ(ECHILD, errno);
+    EXPECT_EQ(before, CountDescriptors());
+    std::cout << "  starts: " << starts << std::endl;
+}

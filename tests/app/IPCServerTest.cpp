@@ -108,6 +108,12 @@ TEST_F(IPCServerTest, AcceptsACommandWithoutAnyListener)
     IPCServer server(Service());
     ASSERT_TRUE(server.Run());
     EXPECT_TRUE(SendTo(Service(), L"open x"));
+    EventPump().Run(0);
+    Commands heard;
+    server.AddListener(Calling([&heard](const TString<wchar_t>& command) { heard.push_back(command); }));
+    EXPECT_TRUE(SendTo(Service(), L"open y"));
+    EXPECT_TRUE(PumpUntil([&heard] { return !heard.empty(); }));
+    EXPECT_EQ(L"open y", heard.back());
 }
 
 TEST_F(IPCServerTest, ListensOnAPortOfThisMachineAlone)
@@ -504,8 +510,9 @@ TEST_F(IPCServerTest, DecodesCommandsByTheirFormat)
                 ExecuteBytes(wxIPC_UNICODETEXT, wideBytes) + ExecuteBytes(wxIPC_UTF8TEXT, "\xff") +
                 ExecuteBytes(wxIPC_UNICODETEXT, wideBytes.substr(0, 11)) +
                 ExecuteBytes(wxIPC_UTF8TEXT, std::string("cut\0off", 7)) + ExecuteBytes(wxIPC_UTF8TEXT, ""));
-    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 5; }));
-    EXPECT_THAT(server.Received(), ElementsAre(L"narrow", L"wide \u4e2d", L"wi", L"cut", L""));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 7; }));
+    EXPECT_THAT(server.Received(),
+                ElementsAre(L"narrow", L"private", L"none", L"wide \u4e2d", L"wi", L"cut", L""));
 }
 
 TEST_F(IPCServerTest, AnswersTheProtocol)

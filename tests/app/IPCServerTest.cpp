@@ -588,6 +588,42 @@ TEST_F(IPCServerTest, DropsTheMostSilentOfTooManyClients)
     EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
 }
 
+TEST_F(IPCServerTest, HearsWhatTheClientsThatItDropsHadSent)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    std::vector<RawClient> clients;
+    for (int i = 0; i < 256; ++i)
+    {
+        clients.emplace_back(Path());
+        clients.back().Send(ConnectBytes("t"));
+        EXPECT_TRUE(PumpUntil([&clients] { return !clients.back().Receive().empty(); }));
+    }
+    // They wait to be accepted before the others have said anything more.
+    std::vector<RawClient> others;
+    for (int i = 0; i < 300; ++i)
+        others.emplace_back(Path());
+    for (RawClient& client : clients)
+        EXPECT_TRUE(client.Send(ExecuteBytes(s_iUTF8, "one") + ExecuteBytes(s_iUTF8, std::string(50000, 'x')) +
+                                ExecuteBytes(s_iUTF8, "half").substr(0, 8)));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 512; }));
+    EXPECT_EQ(512U, server.Received().size());
+    EXPECT_TRUE(clients.front().IsClosed());
+    EXPECT_FALSE(others.back().IsClosed());
+}
+
+TEST_F(IPCServerTest, HearsACommandBeforeAnyNumberOfNewClients)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    EXPECT_TRUE(IPCClient::Connect(Service(), L"open x"));
+    std::vector<RawClient> others;
+    for (int i = 0; i < 300; ++i)
+        others.emplace_back(Path());
+    EXPECT_TRUE(PumpUntil([&others] { return others.front().IsClosed(); }));
+    EXPECT_THAT(server.Received(), ElementsAre(L"open x"));
+}
+
 TEST_F(IPCServerTest, IsSilentWhateverFails)
 {
     CapturedOutput errors(2);

@@ -7,6 +7,7 @@
 
 #include <poll.h>
 #include <sys/epoll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <wx/app.h>
@@ -57,6 +58,13 @@ bool SendCode(int socket, IPCMessage::Code code)
 wxIPCFormat FormatOf(const IPCMessage& message)
 {
     return message.m_uFormat <= wxIPC_PRIVATE ? static_cast<wxIPCFormat>(message.m_uFormat) : wxIPC_INVALID;
+}
+
+// What has arrived on the socket and was not read yet, in bytes.
+std::size_t WaitingOn(int socket)
+{
+    int waiting = 0;
+    return ioctl(socket, FIONREAD, &waiting) == 0 && waiting > 0 ? static_cast<std::size_t>(waiting) : 0;
 }
 
 void LogFailure(const TString<wchar_t>& what)
@@ -258,20 +266,26 @@ void IPCEndpoint::Add(Descriptor client)
 void IPCEndpoint::ReadFrom(const std::shared_ptr<Connection>& connection)
 {
     MoveToEnd(*connection);
-    m_buffer.resize(s_uReadAtOnce);
-    const ssize_t count = recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    const ssize_t count = Receive(*connection);
     if (count == -1 && (errno == EINTR || errno == EAGAIN))
         return;
-    if (count <= 0)
-        return Drop(connection);
-    connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
-    if (!TakeMessages(connection))
+    if (count <= 0 || !TakeMessages(connection))
         return Drop(connection);
     m_uBuffered -= connection->m_uBuffered;
     connection->m_uBuffered = connection->m_reader.GetSize();
     m_uBuffered += connection->m_uBuffered;
     if (m_uBuffered > s_uMostBuffered)
         DropOldestUnfinished();
+}
+
+// As `recv` answers.
+ssize_t IPCEndpoint::Receive(Connection& connection)
+{
+    m_buffer.resize(s_uReadAtOnce);
+    const ssize_t count = recv(connection.m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    if (count > 0)
+        connection.m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
+    return count;
 }
 
 // False when the connection has come to its end.
@@ -329,17 +343,42 @@ void IPCEndpoint::MoveToEnd(const Connection& connection)
     m_connections.splice(m_connections.end(), m_connections, m_places[connection.m_uId]);
 }
 
+// Rather one that has said nothing new than one that waits to be read.
 void IPCEndpoint::DropIdlest()
 {
-    if (!m_connections.empty())
-        Drop(std::shared_ptr<Connection>(m_connections.front()));
+    if (m_connections.empty())
+        return;
+    const auto idle = std::find_if(m_connections.begin(), m_connections.end(),
+                                   [](const std::shared_ptr<Connection>& connection)
+                                   { return WaitingOn(connection->m_socket.Get()) == 0; });
+    DropWhole(std::shared_ptr<Connection>(idle != m_connections.end() ? *idle : m_connections.front()));
 }
 
 void IPCEndpoint::DropOldestUnfinished()
 {
     const auto isOlder = [](const std::shared_ptr<Connection>& a, const std::shared_ptr<Connection>& b)
     { return a->m_uBuffered > 0 && (b->m_uBuffered == 0 || a->m_uId < b->m_uId); };
-    Drop(std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+    DropWhole(std::shared_ptr<Connection>(
+        *std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+}
+
+// A client whose topic was accepted may have been told already that its command was sent: what waits there is
+// taken before. Once the socket is shut, no more can arrive on a local one; what arrives on a port meanwhile
+// is not waited for.
+void IPCEndpoint::DropWhole(const std::shared_ptr<Connection>& connection)
+{
+    const int socket = connection->m_socket.Get();
+    shutdown(socket, SHUT_RD);
+    for (std::size_t waiting = connection->m_pObject != nullptr ? WaitingOn(socket) : 0; waiting > 0;)
+    {
+        const ssize_t count = Receive(*connection);
+        if (count == -1 && errno == EINTR)
+            continue;
+        if (count <= 0 || !TakeMessages(connection))
+            break;
+        waiting -= std::min(waiting, static_cast<std::size_t>(count));
+    }
+    Drop(connection);
 }
 
 // The object hears of it after the last command of its client.

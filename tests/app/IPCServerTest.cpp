@@ -1,5 +1,7 @@
 #include "toolkit/app/IPCServer.h"
 
+#include <atomic>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -34,6 +36,7 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 using Toolkit::EventPump;
 using Toolkit::ILogger;
 using Toolkit::IPCClient;
@@ -376,6 +379,59 @@ TEST_F(IPCServerTest, ForkedCopyLeavesTheServerAlone)
     EXPECT_TRUE(PumpUntil([&server] { return !server->Received().empty(); }));
 }
 
+TEST_F(IPCServerTest, ForkedCopyTakesNoneOfTheClientsAndDeliversNothing)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    RawClient begun(Path());
+    begun.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "read before"));
+    // Both are served while this thread connects, and delivered later.
+    EXPECT_TRUE(IPCClient::Connect(Service(), L"sent before"));
+    EXPECT_EQ("\x0a", begun.Receive());
+    EXPECT_TRUE(begun.Send(ExecuteBytes(s_iUTF8, "read later")));
+    RawClient waiting(Path());
+    EXPECT_TRUE(waiting.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "accepted later")));
+    EXPECT_TRUE(InChild(
+        [&]() -> ChildAnswer
+        {
+            if (IPCClient::Connect(Service(), L"never accepted", 200))
+                return "served by the copy";
+            EventPump().Run(0);
+            if (server.Run())
+                return "listens as well";
+            EventPump().Run(0);
+            return server.Received().empty();
+        }));
+    EXPECT_TRUE(SendTo(Service(), L"last"));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 5; }));
+    EXPECT_THAT(server.Received(), UnorderedElementsAre(L"read before", L"sent before", L"read later",
+                                                        L"accepted later", L"last"));
+    EXPECT_FALSE(begun.IsClosed());
+    EXPECT_FALSE(waiting.IsClosed());
+}
+
+TEST_F(IPCServerTest, ThatNeverListenedGoesOnAnyThread)
+{
+    std::atomic<bool> ended{false};
+    std::thread worker(
+        [&]
+        {
+            for (int i = 0; i < 2000; ++i)
+            {
+                IPCServer server(Service("other"));
+                server.SendExecuteEvent(L"nobody hears");
+            }
+            ended = true;
+        });
+    while (!ended)
+    {
+        RecordingServer server(Service());
+        EXPECT_TRUE(server.Run());
+        EXPECT_TRUE(IPCClient::Connect(Service(), L"open x"));
+    }
+    worker.join();
+}
+
 TEST_F(IPCServerTest, ClosesItsDescriptorsInOtherPrograms)
 {
     const auto openInPrograms = []
@@ -604,7 +660,8 @@ TEST_F(IPCServerTest, HearsWhatTheClientsThatItDropsHadSent)
     for (int i = 0; i < 300; ++i)
         others.emplace_back(Path());
     for (RawClient& client : clients)
-        EXPECT_TRUE(client.Send(ExecuteBytes(s_iUTF8, "one") + ExecuteBytes(s_iUTF8, std::string(50000, 'x')) +
+        EXPECT_TRUE(client.Send(ExecuteBytes(s_iUTF8, "one") +
+                                ExecuteBytes(s_iUTF8, std::string(50000, 'x')) +
                                 ExecuteBytes(s_iUTF8, "half").substr(0, 8)));
     EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 512; }));
     EXPECT_EQ(512U, server.Received().size());

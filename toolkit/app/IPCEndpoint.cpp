@@ -126,7 +126,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
 {
     if (!IsMainThread() || !address.IsValid())
         return false;
-    if (m_application != nullptr && m_listener.IsInPlace(address))
+    if (m_application != nullptr && IsOurs() && m_listener.IsInPlace(address))
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
@@ -162,7 +162,7 @@ bool IPCEndpoint::WaitFor(int descriptor, short events, int milliseconds)
     std::vector<IPCEndpoint*> endpoints = {nullptr};
     if (IsMainThread())
         for (IPCEndpoint* const endpoint : s_endpoints)
-            if (endpoint->m_uWaiting <= s_uMostWaiting)
+            if (endpoint->IsOurs() && endpoint->m_uWaiting <= s_uMostWaiting)
             {
                 waited.push_back({endpoint->m_poll.Get(), POLLIN, 0});
                 endpoints.push_back(endpoint);
@@ -198,11 +198,20 @@ bool IPCEndpoint::Watch()
 // process in a forked one: the source is abandoned then.
 void IPCEndpoint::Forget()
 {
+    // Never opened, or closed since: then it may go on any thread.
+    if (m_pSource == nullptr)
+        return;
     s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
-    if (m_pSource != nullptr && (m_application == nullptr || m_process != getpid()))
+    if (m_application == nullptr || !IsOurs())
         static_cast<void>(m_pSource.release());
     const BaseLibrary::Silence silence;
     m_pSource.reset();
+}
+
+// A forked process shares the sockets with the one that listens, and must take nothing from it.
+bool IPCEndpoint::IsOurs() const
+{
+    return m_process == getpid();
 }
 
 void IPCEndpoint::OnReadWaiting()
@@ -212,6 +221,8 @@ void IPCEndpoint::OnReadWaiting()
 
 void IPCEndpoint::Serve()
 {
+    if (!IsOurs())
+        return;
     epoll_event events[s_iEventsInTurn];
     const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
     for (int i = 0; i < count; ++i)
@@ -358,8 +369,8 @@ void IPCEndpoint::DropOldestUnfinished()
 {
     const auto isOlder = [](const std::shared_ptr<Connection>& a, const std::shared_ptr<Connection>& b)
     { return a->m_uBuffered > 0 && (b->m_uBuffered == 0 || a->m_uId < b->m_uId); };
-    DropWhole(std::shared_ptr<Connection>(
-        *std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+    DropWhole(
+        std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
 }
 
 // A client whose topic was accepted may have been told already that its command was sent: what waits there is
@@ -409,6 +420,8 @@ void IPCEndpoint::HandOverSoon()
 // loop, which does not know of it.
 void IPCEndpoint::HandOver()
 {
+    if (!IsOurs())
+        return;
     if (m_commands.size() > 1)
         HandOverSoon();
     while (!m_commands.empty())

@@ -61,6 +61,7 @@ private:
 
     bool Watch();
     void Forget();
+    bool IsOurs() const;
     void Serve();
 
     void AcceptClients();

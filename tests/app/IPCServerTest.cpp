@@ -742,6 +742,44 @@ TEST(IPCServer, ServesOnWhenTheDescriptorsWereUsedUp)
         }));
 }
 
+TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(InChild(
+        [&folder]() -> ChildAnswer
+        {
+            const ToolkitSession session;
+            RecordingServer server(folder.Wide("s"));
+            EventPump pump;
+            if (!server.Run())
+                return "not run";
+            RawClient begun(folder.Path("s"));
+            begun.Send(ConnectBytes("t"));
+            if (!PumpUntil([&begun] { return !begun.Receive().empty(); }))
+                return "not begun";
+            begun.Send(ExecuteBytes(s_iUTF8, "sent before"));
+            RawClient waiting(folder.Path("s"));
+            waiting.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "waits"));
+            rlimit limit = {};
+            getrlimit(RLIMIT_NOFILE, &limit);
+            double seconds = 0;
+            wxEvtHandler handler;
+            handler.CallAfter(
+                [&]
+                {
+                    const rlimit none = {3, limit.rlim_max};
+                    setrlimit(RLIMIT_NOFILE, &none);
+                    const std::clock_t start = std::clock();
+                    pump.Run(1000);
+                    seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+                    setrlimit(RLIMIT_NOFILE, &limit);
+                });
+            if (!pump.Run(0) || seconds > 0.5)
+                return "busy for " + std::to_string(seconds) + " s";
+            return PumpUntil([&server] { return server.Received().size() >= 2; });
+        }));
+}
+
 TEST(IPCServer, DoesNotRunWithoutTheBaseLibrary)
 {
     const TemporaryFolder folder;

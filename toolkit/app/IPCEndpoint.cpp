@@ -9,6 +9,7 @@
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
 #include <wx/app.h>
 #include <wx/ipcbase.h>
@@ -33,8 +34,11 @@ const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
 const std::size_t s_uReadAtOnce = 16 * 1024;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
-// The number of the listening socket among those that are watched.
+// The numbers of what is watched beside the clients, which have those from 1 on.
 const std::uint64_t s_uListener = 0;
+const std::uint64_t s_uTimer = ~std::uint64_t(0);
+// How long the listening socket is left alone when nothing can be done for those who wait there: 100 ms.
+const itimerspec s_pause = {{0, 0}, {0, 100 * 1000 * 1000}};
 
 // Those that listen; for the base library's main thread alone.
 std::vector<IPCEndpoint*> s_endpoints;
@@ -151,6 +155,7 @@ void IPCEndpoint::Close()
     m_uWaiting = 0;
     m_pEvents.reset();
     m_poll = Descriptor();
+    m_timer = Descriptor();
     if (m_bHolds)
         BaseLibrary::Stop();
     m_bHolds = false;
@@ -175,13 +180,20 @@ bool IPCEndpoint::WaitFor(int descriptor, short events, int milliseconds)
     return waited[0].revents != 0;
 }
 
+bool IPCEndpoint::Watch(int operation, int descriptor, std::uint64_t id, std::uint32_t events)
+{
+    epoll_event event = {};
+    event.events = events;
+    event.data.u64 = id;
+    return epoll_ctl(m_poll.Get(), operation, descriptor, &event) == 0;
+}
+
 bool IPCEndpoint::Watch()
 {
     m_poll = Descriptor(epoll_create1(EPOLL_CLOEXEC));
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = s_uListener;
-    if (!m_poll.IsOpen() || epoll_ctl(m_poll.Get(), EPOLL_CTL_ADD, m_listener.Get(), &event) != 0)
+    m_timer = Descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
+    if (!Watch(EPOLL_CTL_ADD, m_listener.Get(), s_uListener, EPOLLIN) ||
+        !Watch(EPOLL_CTL_ADD, m_timer.Get(), s_uTimer, EPOLLIN))
         return false;
     const BaseLibrary::Silence silence;
     m_pSource.reset(wxEventLoopBase::AddSourceForFD(m_poll.Get(), this, wxEVENT_SOURCE_INPUT));
@@ -231,6 +243,8 @@ void IPCEndpoint::Serve()
         const std::uint64_t id = events[i].data.u64;
         if (id == s_uListener)
             AcceptClients();
+        else if (id == s_uTimer)
+            ListenOn();
         else if (const auto place = m_places.find(id); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
     }
@@ -250,7 +264,11 @@ void IPCEndpoint::AcceptClients()
             break;
         case IPCListener::Accepted::Exhausted:
             DropIdlest();
+            if (!m_listener.Recover())
+                return PauseListening();
             break;
+        case IPCListener::Accepted::Failed:
+            return PauseListening();
         case IPCListener::Accepted::Refused:
             break;
         case IPCListener::Accepted::Nobody:
@@ -259,15 +277,26 @@ void IPCEndpoint::AcceptClients()
     }
 }
 
+// A client that cannot even be refused must not keep the loop awake; the timer ends the pause.
+void IPCEndpoint::PauseListening()
+{
+    if (timerfd_settime(m_timer.Get(), 0, &s_pause, nullptr) == 0)
+        Watch(EPOLL_CTL_MOD, m_listener.Get(), s_uListener, 0);
+}
+
+void IPCEndpoint::ListenOn()
+{
+    const itimerspec never = {};
+    timerfd_settime(m_timer.Get(), 0, &never, nullptr);
+    Watch(EPOLL_CTL_MOD, m_listener.Get(), s_uListener, EPOLLIN);
+}
+
 void IPCEndpoint::Add(Descriptor client)
 {
     if (m_connections.size() >= s_uMostConnections)
         DropIdlest();
     const auto connection = std::make_shared<Connection>(++m_uLastId, std::move(client));
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = connection->m_uId;
-    if (epoll_ctl(m_poll.Get(), EPOLL_CTL_ADD, connection->m_socket.Get(), &event) != 0)
+    if (!Watch(EPOLL_CTL_ADD, connection->m_socket.Get(), connection->m_uId, EPOLLIN))
         return;
     m_places[connection->m_uId] = m_connections.insert(m_connections.end(), connection);
     ReadFrom(connection);

@@ -60,11 +60,14 @@ private:
     void OnExceptionWaiting() override {}
 
     bool Watch();
+    bool Watch(int operation, int descriptor, std::uint64_t id, std::uint32_t events);
     void Forget();
     bool IsOurs() const;
     void Serve();
 
     void AcceptClients();
+    void PauseListening();
+    void ListenOn();
     void Add(Descriptor client);
     void ReadFrom(const std::shared_ptr<Connection>& connection);
     ssize_t Receive(Connection& connection);
@@ -84,6 +87,8 @@ private:
     wxServerBase& m_server;
     IPCListener m_listener;
     Descriptor m_poll;
+    // Ends a pause of the listening.
+    Descriptor m_timer;
     std::unique_ptr<wxEventLoopSource> m_pSource;
     // Null once the base library that the source belongs to has ended.
     wxWeakRef<wxEvtHandler> m_application;

@@ -14,6 +14,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -32,6 +33,7 @@
 #include "toolkit/app/IPCClient.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/core/ToolkitSession.h"
+#include "toolkit/encoding/UTF8.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -72,6 +74,27 @@ public:
 
 // The base library's formats, as bytes of the protocol know them.
 const int s_iUTF8 = wxIPC_UTF8TEXT;
+
+// The default channel is one for all tests of this program, and each may be a process of its own: only the
+// one that has this at a time may listen there.
+class DefaultChannel
+{
+public:
+    DefaultChannel() : m_iProgram(open("/proc/self/exe", O_RDONLY | O_CLOEXEC))
+    {
+        EXPECT_EQ(0, flock(m_iProgram, LOCK_EX));
+    }
+    ~DefaultChannel()
+    {
+        flock(m_iProgram, LOCK_UN);
+        close(m_iProgram);
+    }
+    DefaultChannel(const DefaultChannel&) = delete;
+    DefaultChannel& operator=(const DefaultChannel&) = delete;
+
+private:
+    const int m_iProgram;
+};
 
 bool PumpUntilWithin(EventPump& pump, const std::function<bool()>& condition)
 {
@@ -137,14 +160,24 @@ TEST_F(IPCServerTest, ListensOnAPortOfThisMachineAlone)
 
 TEST_F(IPCServerTest, EmptyServiceIsTheDefaultChannelWhateverTheEnvironmentSays)
 {
+    const DefaultChannel channel;
     const ScopedEnvironment environment("TMPDIR", m_folder.Path().c_str());
-    TString<wchar_t> name = L"/tmp/" + (*PathManager::s_pInstance)->GetUniqueInstanceName() + L".ipc";
-    RecordingServer server(L"");
-    ASSERT_TRUE(server.Run());
-    EXPECT_TRUE(SendTo(name, L"by name"));
-    EXPECT_TRUE(SendTo(L"", L"by default"));
-    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 2; }));
-    EXPECT_THAT(server.Received(), ElementsAre(L"by name", L"by default"));
+    const TString<wchar_t> name = L"/tmp/" + (*PathManager::s_pInstance)->GetUniqueInstanceName() + L".ipc";
+    const std::string path = Toolkit::UTF8::ToUTF8(name);
+    // A longer one, of a program that lies deep, is cut; IPCAddress has its tests.
+    const bool whole = path.size() <= 107;
+    {
+        RecordingServer server(L"");
+        ASSERT_TRUE(server.Run());
+        EXPECT_EQ(whole, fs::is_socket(path)) << path;
+        EXPECT_TRUE(SendTo(name, L"by name"));
+        EXPECT_TRUE(SendTo(L"", L"by default"));
+        EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 2; }));
+        EXPECT_THAT(server.Received(), ElementsAre(L"by name", L"by default"));
+        EXPECT_TRUE(fs::is_empty(m_folder.Path()));
+    }
+    EXPECT_FALSE(fs::exists(fs::symlink_status(path)));
+    EXPECT_TRUE(fs::is_empty(m_folder.Path()));
 }
 
 TEST_F(IPCServerTest, RunningServerRunsOn)
@@ -783,6 +816,7 @@ TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)
 TEST(IPCServer, DoesNotRunWithoutTheBaseLibrary)
 {
     const TemporaryFolder folder;
+    const DefaultChannel channel;
     CapturedOutput errors(2);
     {
         IPCServer server(folder.Wide("s"));

@@ -8,9 +8,12 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 
+#include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
 
 using Toolkit::IPCAddress;
+using Toolkit::PathManager;
+using Toolkit::smart_ptr;
 
 namespace
 {
@@ -101,6 +104,20 @@ TEST(IPCAddress, MovesToTheTemporaryFolderWhenTheFolderAloneIsTooLong)
     EXPECT_EQ("/tmp", Folder(PathOf(folder + L"a")));
     EXPECT_NE(PathOf(folder + L"a"), PathOf(folder + L"b"));
     EXPECT_NE(PathOf(folder + L"a"), PathOf(L"/home/" + std::wstring(201, L'f') + L"/a"));
+}
+
+TEST(IPCAddress, HasNoDefaultWithoutAPathManager)
+{
+    ASSERT_EQ(nullptr, PathManager::s_pInstance);
+    EXPECT_EQ(L"", IPCAddress::ServiceOrDefault(L""));
+    PathManager::s_pInstance = new smart_ptr<PathManager>;
+    EXPECT_EQ(L"", IPCAddress::ServiceOrDefault(L""));
+    EXPECT_EQ(L"name", IPCAddress::ServiceOrDefault(L"name"));
+    *PathManager::s_pInstance = smart_ptr<PathManager>(new PathManager);
+    EXPECT_EQ(L"/tmp/" + (*PathManager::s_pInstance)->GetUniqueInstanceName() + L".ipc",
+              IPCAddress::ServiceOrDefault(L""));
+    delete PathManager::s_pInstance;
+    PathManager::s_pInstance = nullptr;
 }
 
 TEST(IPCAddress, CutsNoCharacterInTwo)

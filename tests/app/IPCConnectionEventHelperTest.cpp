@@ -47,13 +47,32 @@ TEST(IPCConnectionEventHelper, TurnsAnExecuteIntoAnEvent)
     EXPECT_THAT(server.Received(), ElementsAre(L"open x", L"open \u4e2d", L""));
 }
 
-TEST(IPCConnectionEventHelper, RefusesWhatIsNoText)
+TEST(IPCConnectionEventHelper, TakesTheBytesOfAnyOtherFormatForUTF8)
 {
     RecordingServer server(L"/nowhere/s");
     IPCConnectionEventHelper helper(server);
-    EXPECT_FALSE(Execute(helper, "open x", wxIPC_PRIVATE));
-    EXPECT_FALSE(Execute(helper, "\xff", wxIPC_UTF8TEXT));
+    EXPECT_TRUE(Execute(helper, std::string("open \xe4\xb8\xad\0x", 10), wxIPC_PRIVATE));
+    EXPECT_TRUE(Execute(helper, "oem", wxIPC_OEMTEXT));
+    EXPECT_TRUE(Execute(helper, "file", wxIPC_FILENAME));
+    EXPECT_TRUE(Execute(helper, "none", wxIPC_INVALID));
+    EXPECT_THAT(server.Received(), ElementsAre(L"open \u4e2d", L"oem", L"file", L"none"));
+}
+
+TEST(IPCConnectionEventHelper, AcceptsWhatIsNoTextWithoutAnEvent)
+{
+    RecordingServer server(L"/nowhere/s");
+    IPCConnectionEventHelper helper(server);
+    EXPECT_TRUE(Execute(helper, "\xff", wxIPC_UTF8TEXT));
+    EXPECT_TRUE(Execute(helper, "\xff", wxIPC_PRIVATE));
+    EXPECT_TRUE(Execute(helper, std::string(4, '\xff'), wxIPC_UTF32TEXT));
     EXPECT_THAT(server.Received(), IsEmpty());
+}
+
+TEST(IPCConnectionEventHelper, AcceptsAnExecuteWithoutAnyListener)
+{
+    Toolkit::IPCServer server(L"/nowhere/s");
+    IPCConnectionEventHelper helper(server);
+    EXPECT_TRUE(Execute(helper, "open x", wxIPC_UTF8TEXT));
 }
 
 TEST(IPCConnectionEventHelper, LetsTheExceptionOfAListenerPass)

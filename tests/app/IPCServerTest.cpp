@@ -1,5 +1,7 @@
 #include "toolkit/app/IPCServer.h"
 
+#include <atomic>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -12,6 +14,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -30,10 +33,12 @@
 #include "toolkit/app/IPCClient.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/core/ToolkitSession.h"
+#include "toolkit/encoding/UTF8.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 using Toolkit::EventPump;
 using Toolkit::ILogger;
 using Toolkit::IPCClient;
@@ -69,6 +74,27 @@ public:
 
 // The base library's formats, as bytes of the protocol know them.
 const int s_iUTF8 = wxIPC_UTF8TEXT;
+
+// The default channel is one for all tests of this program, and each may be a process of its own: only the
+// one that has this at a time may listen there.
+class DefaultChannel
+{
+public:
+    DefaultChannel() : m_iProgram(open("/proc/self/exe", O_RDONLY | O_CLOEXEC))
+    {
+        EXPECT_EQ(0, flock(m_iProgram, LOCK_EX));
+    }
+    ~DefaultChannel()
+    {
+        flock(m_iProgram, LOCK_UN);
+        close(m_iProgram);
+    }
+    DefaultChannel(const DefaultChannel&) = delete;
+    DefaultChannel& operator=(const DefaultChannel&) = delete;
+
+private:
+    const int m_iProgram;
+};
 
 bool PumpUntilWithin(EventPump& pump, const std::function<bool()>& condition)
 {
@@ -108,6 +134,12 @@ TEST_F(IPCServerTest, AcceptsACommandWithoutAnyListener)
     IPCServer server(Service());
     ASSERT_TRUE(server.Run());
     EXPECT_TRUE(SendTo(Service(), L"open x"));
+    EventPump().Run(0);
+    Commands heard;
+    server.AddListener(Calling([&heard](const TString<wchar_t>& command) { heard.push_back(command); }));
+    EXPECT_TRUE(SendTo(Service(), L"open y"));
+    EXPECT_TRUE(PumpUntil([&heard] { return !heard.empty(); }));
+    EXPECT_EQ(L"open y", heard.back());
 }
 
 TEST_F(IPCServerTest, ListensOnAPortOfThisMachineAlone)
@@ -128,14 +160,24 @@ TEST_F(IPCServerTest, ListensOnAPortOfThisMachineAlone)
 
 TEST_F(IPCServerTest, EmptyServiceIsTheDefaultChannelWhateverTheEnvironmentSays)
 {
+    const DefaultChannel channel;
     const ScopedEnvironment environment("TMPDIR", m_folder.Path().c_str());
-    TString<wchar_t> name = L"/tmp/" + (*PathManager::s_pInstance)->GetUniqueInstanceName() + L".ipc";
-    RecordingServer server(L"");
-    ASSERT_TRUE(server.Run());
-    EXPECT_TRUE(SendTo(name, L"by name"));
-    EXPECT_TRUE(SendTo(L"", L"by default"));
-    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 2; }));
-    EXPECT_THAT(server.Received(), ElementsAre(L"by name", L"by default"));
+    const TString<wchar_t> name = L"/tmp/" + (*PathManager::s_pInstance)->GetUniqueInstanceName() + L".ipc";
+    const std::string path = Toolkit::UTF8::ToUTF8(name);
+    // A longer one, of a program that lies deep, is cut; IPCAddress has its tests.
+    const bool whole = path.size() <= 107;
+    {
+        RecordingServer server(L"");
+        ASSERT_TRUE(server.Run());
+        EXPECT_EQ(whole, fs::is_socket(path)) << path;
+        EXPECT_TRUE(SendTo(name, L"by name"));
+        EXPECT_TRUE(SendTo(L"", L"by default"));
+        EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 2; }));
+        EXPECT_THAT(server.Received(), ElementsAre(L"by name", L"by default"));
+        EXPECT_TRUE(fs::is_empty(m_folder.Path()));
+    }
+    EXPECT_FALSE(fs::exists(fs::symlink_status(path)));
+    EXPECT_TRUE(fs::is_empty(m_folder.Path()));
 }
 
 TEST_F(IPCServerTest, RunningServerRunsOn)
@@ -370,6 +412,59 @@ TEST_F(IPCServerTest, ForkedCopyLeavesTheServerAlone)
     EXPECT_TRUE(PumpUntil([&server] { return !server->Received().empty(); }));
 }
 
+TEST_F(IPCServerTest, ForkedCopyTakesNoneOfTheClientsAndDeliversNothing)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    RawClient begun(Path());
+    begun.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "read before"));
+    // Both are served while this thread connects, and delivered later.
+    EXPECT_TRUE(IPCClient::Connect(Service(), L"sent before"));
+    EXPECT_EQ("\x0a", begun.Receive());
+    EXPECT_TRUE(begun.Send(ExecuteBytes(s_iUTF8, "read later")));
+    RawClient waiting(Path());
+    EXPECT_TRUE(waiting.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "accepted later")));
+    EXPECT_TRUE(InChild(
+        [&]() -> ChildAnswer
+        {
+            if (IPCClient::Connect(Service(), L"never accepted", 200))
+                return "served by the copy";
+            EventPump().Run(0);
+            if (server.Run())
+                return "listens as well";
+            EventPump().Run(0);
+            return server.Received().empty();
+        }));
+    EXPECT_TRUE(SendTo(Service(), L"last"));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 5; }));
+    EXPECT_THAT(server.Received(), UnorderedElementsAre(L"read before", L"sent before", L"read later",
+                                                        L"accepted later", L"last"));
+    EXPECT_FALSE(begun.IsClosed());
+    EXPECT_FALSE(waiting.IsClosed());
+}
+
+TEST_F(IPCServerTest, ThatNeverListenedGoesOnAnyThread)
+{
+    std::atomic<bool> ended{false};
+    std::thread worker(
+        [&]
+        {
+            for (int i = 0; i < 2000; ++i)
+            {
+                IPCServer server(Service("other"));
+                server.SendExecuteEvent(L"nobody hears");
+            }
+            ended = true;
+        });
+    while (!ended)
+    {
+        RecordingServer server(Service());
+        EXPECT_TRUE(server.Run());
+        EXPECT_TRUE(IPCClient::Connect(Service(), L"open x"));
+    }
+    worker.join();
+}
+
 TEST_F(IPCServerTest, ClosesItsDescriptorsInOtherPrograms)
 {
     const auto openInPrograms = []
@@ -504,8 +599,9 @@ TEST_F(IPCServerTest, DecodesCommandsByTheirFormat)
                 ExecuteBytes(wxIPC_UNICODETEXT, wideBytes) + ExecuteBytes(wxIPC_UTF8TEXT, "\xff") +
                 ExecuteBytes(wxIPC_UNICODETEXT, wideBytes.substr(0, 11)) +
                 ExecuteBytes(wxIPC_UTF8TEXT, std::string("cut\0off", 7)) + ExecuteBytes(wxIPC_UTF8TEXT, ""));
-    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 5; }));
-    EXPECT_THAT(server.Received(), ElementsAre(L"narrow", L"wide \u4e2d", L"wi", L"cut", L""));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 7; }));
+    EXPECT_THAT(server.Received(),
+                ElementsAre(L"narrow", L"private", L"none", L"wide \u4e2d", L"wi", L"cut", L""));
 }
 
 TEST_F(IPCServerTest, AnswersTheProtocol)
@@ -581,6 +677,43 @@ TEST_F(IPCServerTest, DropsTheMostSilentOfTooManyClients)
     EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
 }
 
+TEST_F(IPCServerTest, HearsWhatTheClientsThatItDropsHadSent)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    std::vector<RawClient> clients;
+    for (int i = 0; i < 256; ++i)
+    {
+        clients.emplace_back(Path());
+        clients.back().Send(ConnectBytes("t"));
+        EXPECT_TRUE(PumpUntil([&clients] { return !clients.back().Receive().empty(); }));
+    }
+    // They wait to be accepted before the others have said anything more.
+    std::vector<RawClient> others;
+    for (int i = 0; i < 300; ++i)
+        others.emplace_back(Path());
+    for (RawClient& client : clients)
+        EXPECT_TRUE(client.Send(ExecuteBytes(s_iUTF8, "one") +
+                                ExecuteBytes(s_iUTF8, std::string(50000, 'x')) +
+                                ExecuteBytes(s_iUTF8, "half").substr(0, 8)));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 512; }));
+    EXPECT_EQ(512U, server.Received().size());
+    EXPECT_TRUE(clients.front().IsClosed());
+    EXPECT_FALSE(others.back().IsClosed());
+}
+
+TEST_F(IPCServerTest, HearsACommandBeforeAnyNumberOfNewClients)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    EXPECT_TRUE(IPCClient::Connect(Service(), L"open x"));
+    std::vector<RawClient> others;
+    for (int i = 0; i < 300; ++i)
+        others.emplace_back(Path());
+    EXPECT_TRUE(PumpUntil([&others] { return others.front().IsClosed(); }));
+    EXPECT_THAT(server.Received(), ElementsAre(L"open x"));
+}
+
 TEST_F(IPCServerTest, IsSilentWhateverFails)
 {
     CapturedOutput errors(2);
@@ -642,9 +775,48 @@ TEST(IPCServer, ServesOnWhenTheDescriptorsWereUsedUp)
         }));
 }
 
+TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(InChild(
+        [&folder]() -> ChildAnswer
+        {
+            const ToolkitSession session;
+            RecordingServer server(folder.Wide("s"));
+            EventPump pump;
+            if (!server.Run())
+                return "not run";
+            RawClient begun(folder.Path("s"));
+            begun.Send(ConnectBytes("t"));
+            if (!PumpUntil([&begun] { return !begun.Receive().empty(); }))
+                return "not begun";
+            begun.Send(ExecuteBytes(s_iUTF8, "sent before"));
+            RawClient waiting(folder.Path("s"));
+            waiting.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "waits"));
+            rlimit limit = {};
+            getrlimit(RLIMIT_NOFILE, &limit);
+            double seconds = 0;
+            wxEvtHandler handler;
+            handler.CallAfter(
+                [&]
+                {
+                    const rlimit none = {3, limit.rlim_max};
+                    setrlimit(RLIMIT_NOFILE, &none);
+                    const std::clock_t start = std::clock();
+                    pump.Run(1000);
+                    seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+                    setrlimit(RLIMIT_NOFILE, &limit);
+                });
+            if (!pump.Run(0) || seconds > 0.5)
+                return "busy for " + std::to_string(seconds) + " s";
+            return PumpUntil([&server] { return server.Received().size() >= 2; });
+        }));
+}
+
 TEST(IPCServer, DoesNotRunWithoutTheBaseLibrary)
 {
     const TemporaryFolder folder;
+    const DefaultChannel channel;
     CapturedOutput errors(2);
     {
         IPCServer server(folder.Wide("s"));

@@ -125,13 +125,6 @@ const Planted s_planted[] = {
     {"a link to nothing",
      [](const std::string& lock, const std::string& other) { std::filesystem::create_symlink(other, lock); },
      ""},
-    {"another name of a file",
-     [](const std::string& lock, const std::string& other)
-     {
-         MakeOther(other);
-         std::filesystem::create_hard_link(other, lock);
-     },
-     "precious"},
     {"a FIFO", [](const std::string& lock, const std::string&) { EXPECT_EQ(0, mkfifo(lock.c_str(), 0666)); },
      ""},
     {"a folder", [](const std::string& lock, const std::string&) { std::filesystem::create_directory(lock); },
@@ -175,18 +168,11 @@ TEST_F(RestartManagmentTest, TakesTheNameOfTheExecutable)
 TEST_F(RestartManagmentTest, TakesTheFirstTemporaryFolderThatTheEnvironmentNames)
 {
     const std::vector<Variables> rows = {
-        {"/a", "/b", "/c", L"/a"},
-        {"", "/b", "/c", L"/b"},
-        {nullptr, "/b", "/c", L"/b"},
-        {nullptr, nullptr, "/c", L"/c"},
-        {"", "", "/c", L"/c"},
-        {nullptr, nullptr, nullptr, L"/tmp"},
-        {"", "", "", L"/tmp"},
-        {"/a/", nullptr, nullptr, L"/a/"},
-        {"rel", "/b", "/c", L"rel"},
-        {"/h\xC3\xA9", "/b", "/c", L"/h\u00e9"},
-        // What is no text names no folder.
-        {"/h\xE9", "/b", "/c", L"/b"},
+        {"/a", "/b", "/c", L"/a"},    {"", "/b", "/c", L"/b"},
+        {nullptr, "/b", "/c", L"/b"}, {nullptr, nullptr, "/c", L"/c"},
+        {"", "", "/c", L"/c"},        {nullptr, nullptr, nullptr, L"/tmp"},
+        {"", "", "", L"/tmp"},        {"/a/", nullptr, nullptr, L"/a/"},
+        {"rel", "/b", "/c", L"rel"},  {"/h\xC3\xA9", "/b", "/c", L"/h\u00e9"},
     };
     for (const Variables& row : rows)
     {
@@ -196,6 +182,16 @@ TEST_F(RestartManagmentTest, TakesTheFirstTemporaryFolderThatTheEnvironmentNames
         EXPECT_EQ(row.folder, RestartManagment::GetTempDir());
         EXPECT_EQ(row.folder + (L"/Tool" + User()) + L".restart", RestartManagment::GetLockFileName());
     }
+}
+
+TEST_F(RestartManagmentTest, PassesOverATemporaryFolderThatIsNoUTF8)
+{
+    const ScopedEnvironment tmpdir("TMPDIR", "/h\xE9");
+    const ScopedEnvironment tmp("TMP", "/b");
+    EXPECT_EQ(L"/b", RestartManagment::GetTempDir());
+    const ScopedEnvironment tmpToo("TMP", "\xC0\xAF");
+    const ScopedEnvironment temp("TEMP", nullptr);
+    EXPECT_EQ(L"/tmp", RestartManagment::GetTempDir());
 }
 
 TEST_F(RestartManagmentTest, IsLockedWhileTheFileIsThere)
@@ -334,6 +330,18 @@ TEST_F(RestartManagmentTest, NeverTouchesWhatIsNoLock)
         const bool readable = type != std::filesystem::file_type::fifo;
         EXPECT_EQ(planted.bytes, readable ? ReadBytes(LockPath()) : "");
     }
+}
+
+TEST_F(RestartManagmentTest, LockWithAnotherNameCountsButIsNeverEmptied)
+{
+    MakeOther(m_folder.Path("other"));
+    std::filesystem::create_hard_link(m_folder.Path("other"), LockPath());
+    EXPECT_TRUE(RestartManagment::IsLocked());
+    EXPECT_TRUE(Activate({}));
+    EXPECT_EQ("precious", ReadBytes(m_folder.Path("other")));
+    RestartManagment::RemoveLock();
+    EXPECT_FALSE(RestartManagment::IsLocked());
+    EXPECT_EQ("precious", ReadBytes(m_folder.Path("other")));
 }
 
 TEST_F(RestartManagmentTest, NeverTouchesAnotherUsersFile)

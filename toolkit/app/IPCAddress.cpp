@@ -97,6 +97,8 @@ TString<wchar_t> IPCAddress::ServiceOrDefault(const TString<wchar_t>& service)
     if (!service.empty() || PathManager::s_pInstance == nullptr)
         return service;
     const smart_ptr<PathManager> paths(*PathManager::s_pInstance);
+    if (paths.IsNull())
+        return service;
     TString<wchar_t> path;
     PathManager::AppendPath(path, paths->GetTempDir(), paths->GetUniqueInstanceName() + c_strExtension);
     return path;

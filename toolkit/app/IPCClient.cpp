@@ -33,9 +33,9 @@ class Conversation
 {
 public:
     explicit Conversation(unsigned int timeoutMilliseconds)
+        : m_bLimited(timeoutMilliseconds != Mutex::s_uInfinite),
+          m_limit(Clock::now() + std::chrono::milliseconds(timeoutMilliseconds))
     {
-        if (timeoutMilliseconds != Mutex::s_uInfinite)
-            m_limit = Clock::now() + std::chrono::milliseconds(timeoutMilliseconds);
     }
 
     bool Open(const IPCAddress& address)
@@ -115,13 +115,14 @@ private:
 
     int TimeLeft() const
     {
-        if (!m_limit)
+        if (!m_bLimited)
             return s_iLongestWait;
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*m_limit - Clock::now()).count();
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_limit - Clock::now()).count();
         return static_cast<int>(std::clamp<long long>(left, 0, s_iLongestWait));
     }
 
-    std::optional<Clock::time_point> m_limit;
+    const bool m_bLimited;
+    const Clock::time_point m_limit;
     Descriptor m_socket;
 };
 

@@ -17,9 +17,8 @@ IPCConnectionEventHelper::~IPCConnectionEventHelper() = default;
 bool IPCConnectionEventHelper::OnExecute(const wxString&, const void* data, size_t size, wxIPCFormat format)
 {
     TString<wchar_t> command;
-    if (!IPCPayload::Decode(data, size, format, command))
-        return false;
-    m_server.SendExecuteEvent(command);
+    if (IPCPayload::Decode(data, size, format, command))
+        m_server.SendExecuteEvent(command);
     return true;
 }
 

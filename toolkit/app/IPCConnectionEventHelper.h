@@ -18,9 +18,9 @@ public:
     explicit IPCConnectionEventHelper(IPCServer& server);
     ~IPCConnectionEventHelper() override;
 
-    // Decodes the data by its format and size (narrow text is UTF-8), up to its first zero, and sends it to
-    // the server's listeners, whose exceptions pass. False, and no event, for another format than text and
-    // for what is no Unicode text.
+    // Decodes the data by its format and size (wide text as such, everything else as UTF-8), up to its first
+    // zero, and sends it to the server's listeners, whose exceptions pass. True in any case. Quirk: what is
+    // no Unicode text is accepted, but is no event.
     bool OnExecute(const wxString& topic, const void* data, size_t size, wxIPCFormat format) override;
 
 private:

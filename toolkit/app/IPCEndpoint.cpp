@@ -7,7 +7,9 @@
 
 #include <poll.h>
 #include <sys/epoll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/timerfd.h>
 #include <unistd.h>
 #include <wx/app.h>
 #include <wx/ipcbase.h>
@@ -32,8 +34,11 @@ const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
 const std::size_t s_uReadAtOnce = 16 * 1024;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
-// The number of the listening socket among those that are watched.
+// The numbers of what is watched beside the clients, which have those from 1 on.
 const std::uint64_t s_uListener = 0;
+const std::uint64_t s_uTimer = ~std::uint64_t(0);
+// How long the listening socket is left alone when nothing can be done for those who wait there: 100 ms.
+const itimerspec s_pause = {{0, 0}, {0, 100 * 1000 * 1000}};
 
 // Those that listen; for the base library's main thread alone.
 std::vector<IPCEndpoint*> s_endpoints;
@@ -57,6 +62,13 @@ bool SendCode(int socket, IPCMessage::Code code)
 wxIPCFormat FormatOf(const IPCMessage& message)
 {
     return message.m_uFormat <= wxIPC_PRIVATE ? static_cast<wxIPCFormat>(message.m_uFormat) : wxIPC_INVALID;
+}
+
+// What has arrived on the socket and was not read yet, in bytes.
+std::size_t WaitingOn(int socket)
+{
+    int waiting = 0;
+    return ioctl(socket, FIONREAD, &waiting) == 0 && waiting > 0 ? static_cast<std::size_t>(waiting) : 0;
 }
 
 void LogFailure(const TString<wchar_t>& what)
@@ -118,7 +130,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
 {
     if (!IsMainThread() || !address.IsValid())
         return false;
-    if (m_application != nullptr && m_listener.IsInPlace(address))
+    if (m_application != nullptr && IsOurs() && m_listener.IsInPlace(address))
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
@@ -143,6 +155,7 @@ void IPCEndpoint::Close()
     m_uWaiting = 0;
     m_pEvents.reset();
     m_poll = Descriptor();
+    m_timer = Descriptor();
     if (m_bHolds)
         BaseLibrary::Stop();
     m_bHolds = false;
@@ -154,7 +167,7 @@ bool IPCEndpoint::WaitFor(int descriptor, short events, int milliseconds)
     std::vector<IPCEndpoint*> endpoints = {nullptr};
     if (IsMainThread())
         for (IPCEndpoint* const endpoint : s_endpoints)
-            if (endpoint->m_uWaiting <= s_uMostWaiting)
+            if (endpoint->IsOurs() && endpoint->m_uWaiting <= s_uMostWaiting)
             {
                 waited.push_back({endpoint->m_poll.Get(), POLLIN, 0});
                 endpoints.push_back(endpoint);
@@ -167,13 +180,20 @@ bool IPCEndpoint::WaitFor(int descriptor, short events, int milliseconds)
     return waited[0].revents != 0;
 }
 
+bool IPCEndpoint::Watch(int operation, int descriptor, std::uint64_t id, std::uint32_t events)
+{
+    epoll_event event = {};
+    event.events = events;
+    event.data.u64 = id;
+    return epoll_ctl(m_poll.Get(), operation, descriptor, &event) == 0;
+}
+
 bool IPCEndpoint::Watch()
 {
     m_poll = Descriptor(epoll_create1(EPOLL_CLOEXEC));
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = s_uListener;
-    if (!m_poll.IsOpen() || epoll_ctl(m_poll.Get(), EPOLL_CTL_ADD, m_listener.Get(), &event) != 0)
+    m_timer = Descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
+    if (!Watch(EPOLL_CTL_ADD, m_listener.Get(), s_uListener, EPOLLIN) ||
+        !Watch(EPOLL_CTL_ADD, m_timer.Get(), s_uTimer, EPOLLIN))
         return false;
     const BaseLibrary::Silence silence;
     m_pSource.reset(wxEventLoopBase::AddSourceForFD(m_poll.Get(), this, wxEVENT_SOURCE_INPUT));
@@ -190,11 +210,20 @@ bool IPCEndpoint::Watch()
 // process in a forked one: the source is abandoned then.
 void IPCEndpoint::Forget()
 {
+    // Never opened, or closed since: then it may go on any thread.
+    if (m_pSource == nullptr)
+        return;
     s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
-    if (m_pSource != nullptr && (m_application == nullptr || m_process != getpid()))
+    if (m_application == nullptr || !IsOurs())
         static_cast<void>(m_pSource.release());
     const BaseLibrary::Silence silence;
     m_pSource.reset();
+}
+
+// A forked process shares the sockets with the one that listens, and must take nothing from it.
+bool IPCEndpoint::IsOurs() const
+{
+    return m_process == getpid();
 }
 
 void IPCEndpoint::OnReadWaiting()
@@ -204,6 +233,8 @@ void IPCEndpoint::OnReadWaiting()
 
 void IPCEndpoint::Serve()
 {
+    if (!IsOurs())
+        return;
     epoll_event events[s_iEventsInTurn];
     const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
     for (int i = 0; i < count; ++i)
@@ -212,6 +243,8 @@ void IPCEndpoint::Serve()
         const std::uint64_t id = events[i].data.u64;
         if (id == s_uListener)
             AcceptClients();
+        else if (id == s_uTimer)
+            ListenOn();
         else if (const auto place = m_places.find(id); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
     }
@@ -231,7 +264,11 @@ void IPCEndpoint::AcceptClients()
             break;
         case IPCListener::Accepted::Exhausted:
             DropIdlest();
+            if (!m_listener.Recover())
+                return PauseListening();
             break;
+        case IPCListener::Accepted::Failed:
+            return PauseListening();
         case IPCListener::Accepted::Refused:
             break;
         case IPCListener::Accepted::Nobody:
@@ -240,15 +277,26 @@ void IPCEndpoint::AcceptClients()
     }
 }
 
+// A client that cannot even be refused must not keep the loop awake; the timer ends the pause.
+void IPCEndpoint::PauseListening()
+{
+    if (timerfd_settime(m_timer.Get(), 0, &s_pause, nullptr) == 0)
+        Watch(EPOLL_CTL_MOD, m_listener.Get(), s_uListener, 0);
+}
+
+void IPCEndpoint::ListenOn()
+{
+    const itimerspec never = {};
+    timerfd_settime(m_timer.Get(), 0, &never, nullptr);
+    Watch(EPOLL_CTL_MOD, m_listener.Get(), s_uListener, EPOLLIN);
+}
+
 void IPCEndpoint::Add(Descriptor client)
 {
     if (m_connections.size() >= s_uMostConnections)
         DropIdlest();
     const auto connection = std::make_shared<Connection>(++m_uLastId, std::move(client));
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = connection->m_uId;
-    if (epoll_ctl(m_poll.Get(), EPOLL_CTL_ADD, connection->m_socket.Get(), &event) != 0)
+    if (!Watch(EPOLL_CTL_ADD, connection->m_socket.Get(), connection->m_uId, EPOLLIN))
         return;
     m_places[connection->m_uId] = m_connections.insert(m_connections.end(), connection);
     ReadFrom(connection);
@@ -258,20 +306,26 @@ void IPCEndpoint::Add(Descriptor client)
 void IPCEndpoint::ReadFrom(const std::shared_ptr<Connection>& connection)
 {
     MoveToEnd(*connection);
-    m_buffer.resize(s_uReadAtOnce);
-    const ssize_t count = recv(connection->m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    const ssize_t count = Receive(*connection);
     if (count == -1 && (errno == EINTR || errno == EAGAIN))
         return;
-    if (count <= 0)
-        return Drop(connection);
-    connection->m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
-    if (!TakeMessages(connection))
+    if (count <= 0 || !TakeMessages(connection))
         return Drop(connection);
     m_uBuffered -= connection->m_uBuffered;
     connection->m_uBuffered = connection->m_reader.GetSize();
     m_uBuffered += connection->m_uBuffered;
     if (m_uBuffered > s_uMostBuffered)
         DropOldestUnfinished();
+}
+
+// As `recv` answers.
+ssize_t IPCEndpoint::Receive(Connection& connection)
+{
+    m_buffer.resize(s_uReadAtOnce);
+    const ssize_t count = recv(connection.m_socket.Get(), m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
+    if (count > 0)
+        connection.m_reader.Append(m_buffer.data(), static_cast<std::size_t>(count));
+    return count;
 }
 
 // False when the connection has come to its end.
@@ -329,17 +383,42 @@ void IPCEndpoint::MoveToEnd(const Connection& connection)
     m_connections.splice(m_connections.end(), m_connections, m_places[connection.m_uId]);
 }
 
+// Rather one that has said nothing new than one that waits to be read.
 void IPCEndpoint::DropIdlest()
 {
-    if (!m_connections.empty())
-        Drop(std::shared_ptr<Connection>(m_connections.front()));
+    if (m_connections.empty())
+        return;
+    const auto idle = std::find_if(m_connections.begin(), m_connections.end(),
+                                   [](const std::shared_ptr<Connection>& connection)
+                                   { return WaitingOn(connection->m_socket.Get()) == 0; });
+    DropWhole(std::shared_ptr<Connection>(idle != m_connections.end() ? *idle : m_connections.front()));
 }
 
 void IPCEndpoint::DropOldestUnfinished()
 {
     const auto isOlder = [](const std::shared_ptr<Connection>& a, const std::shared_ptr<Connection>& b)
     { return a->m_uBuffered > 0 && (b->m_uBuffered == 0 || a->m_uId < b->m_uId); };
-    Drop(std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+    DropWhole(
+        std::shared_ptr<Connection>(*std::min_element(m_connections.begin(), m_connections.end(), isOlder)));
+}
+
+// A client whose topic was accepted may have been told already that its command was sent: what waits there is
+// taken before. Once the socket is shut, no more can arrive on a local one; what arrives on a port meanwhile
+// is not waited for.
+void IPCEndpoint::DropWhole(const std::shared_ptr<Connection>& connection)
+{
+    const int socket = connection->m_socket.Get();
+    shutdown(socket, SHUT_RD);
+    for (std::size_t waiting = connection->m_pObject != nullptr ? WaitingOn(socket) : 0; waiting > 0;)
+    {
+        const ssize_t count = Receive(*connection);
+        if (count == -1 && errno == EINTR)
+            continue;
+        if (count <= 0 || !TakeMessages(connection))
+            break;
+        waiting -= std::min(waiting, static_cast<std::size_t>(count));
+    }
+    Drop(connection);
 }
 
 // The object hears of it after the last command of its client.
@@ -370,6 +449,8 @@ void IPCEndpoint::HandOverSoon()
 // loop, which does not know of it.
 void IPCEndpoint::HandOver()
 {
+    if (!IsOurs())
+        return;
     if (m_commands.size() > 1)
         HandOverSoon();
     while (!m_commands.empty())

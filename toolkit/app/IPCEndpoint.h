@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include <sys/types.h>
 #include <wx/event.h>
 #include <wx/evtloopsrc.h>
 #include <wx/weakref.h>
@@ -27,7 +28,7 @@ class IPCAddress;
 // hands each command over as an event of the base library. To the base library's loop it is one descriptor
 // that becomes readable. It belongs to the base library's main thread and keeps the base library running
 // while it listens. No client holds up another: of too many, or of too much that is not yet a command, those
-// are dropped that were silent for longest.
+// are dropped that were silent for longest; what they have sent whole is handed over all the same.
 class IPCEndpoint : private wxEventLoopSourceHandler
 {
 public:
@@ -59,18 +60,24 @@ private:
     void OnExceptionWaiting() override {}
 
     bool Watch();
+    bool Watch(int operation, int descriptor, std::uint64_t id, std::uint32_t events);
     void Forget();
+    bool IsOurs() const;
     void Serve();
 
     void AcceptClients();
+    void PauseListening();
+    void ListenOn();
     void Add(Descriptor client);
     void ReadFrom(const std::shared_ptr<Connection>& connection);
+    ssize_t Receive(Connection& connection);
     bool TakeMessages(const std::shared_ptr<Connection>& connection);
     bool Handle(const std::shared_ptr<Connection>& connection, const IPCMessage& message);
     bool Begin(Connection& connection, const IPCMessage& message);
     void MoveToEnd(const Connection& connection);
     void DropIdlest();
     void DropOldestUnfinished();
+    void DropWhole(const std::shared_ptr<Connection>& connection);
     void Drop(const std::shared_ptr<Connection>& connection);
 
     void Enqueue(Command command);
@@ -80,6 +87,8 @@ private:
     wxServerBase& m_server;
     IPCListener m_listener;
     Descriptor m_poll;
+    // Ends a pause of the listening.
+    Descriptor m_timer;
     std::unique_ptr<wxEventLoopSource> m_pSource;
     // Null once the base library that the source belongs to has ended.
     wxWeakRef<wxEvtHandler> m_application;

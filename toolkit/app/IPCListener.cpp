@@ -172,7 +172,11 @@ IPCListener::Accepted IPCListener::Accept(Descriptor& client)
     {
     case EMFILE:
     case ENFILE:
-        return RefuseOne() ? Accepted::Exhausted : Accepted::Nobody;
+        RefuseOne();
+        return Accepted::Exhausted;
+    case ENOBUFS:
+    case ENOMEM:
+        return Accepted::Failed;
     case ECONNABORTED:
     case EINTR:
         return Accepted::Refused;
@@ -181,12 +185,20 @@ IPCListener::Accepted IPCListener::Accept(Descriptor& client)
     }
 }
 
-bool IPCListener::RefuseOne()
+bool IPCListener::Recover()
 {
+    if (!m_spare.IsOpen())
+        m_spare = MakeSpare();
+    return m_spare.IsOpen();
+}
+
+void IPCListener::RefuseOne()
+{
+    if (!m_spare.IsOpen())
+        return;
     m_spare = Descriptor();
-    const bool refused = Descriptor(accept4(Get(), nullptr, nullptr, SOCK_CLOEXEC)).IsOpen();
+    Descriptor(accept4(Get(), nullptr, nullptr, SOCK_CLOEXEC));
     m_spare = MakeSpare();
-    return refused;
 }
 
 } // namespace Toolkit

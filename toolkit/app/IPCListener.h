@@ -38,16 +38,22 @@ public:
         Client,
         // A client that was not let in: one of another user, or one too many for the process's descriptors.
         Refused,
-        // As `Refused`, but there are no descriptors left.
+        // There are no descriptors left: the client was refused if there was one for that, and waits on
+        // otherwise.
         Exhausted,
+        // The system lacks the memory for now; the client waits on.
+        Failed,
         Nobody
     };
     // Takes the next client that waits. Its socket never blocks.
     Accepted Accept(Descriptor& client);
+    // After `Exhausted`: true when there is enough for the next client again, if only to refuse it. When
+    // there is not, the listener had better not be asked for a while.
+    bool Recover();
 
 private:
     bool ListenAtPath(const IPCAddress& address);
-    bool RefuseOne();
+    void RefuseOne();
     bool IsOwnFile() const;
 
     Descriptor m_socket;

@@ -68,15 +68,12 @@ bool DecodeText(const void* data, std::size_t size, int format, TString<wchar_t>
 {
     switch (format)
     {
-    case wxIPC_TEXT:
-    case wxIPC_UTF8TEXT:
-        return FromUTF8(ElementsOf<char>(data, size), text);
     case wxIPC_UTF16TEXT:
         return FromUTF16(ElementsOf<char16_t>(data, size), text);
     case wxIPC_UTF32TEXT:
         return FromUTF32(ElementsOf<char32_t>(data, size), text);
     default:
-        return false;
+        return FromUTF8(ElementsOf<char>(data, size), text);
     }
 }
 

@@ -36,8 +36,8 @@ public:
 
     // The name in `s_strExecutableFilename`, without folder and extension.
     static TString<wchar_t> GetAppName();
-    // The first of the variables TMPDIR, TMP and TEMP that is not empty; "/tmp" if there is none. Quirk: the
-    // path manager's temporary folder is another matter.
+    // The first of the variables TMPDIR, TMP and TEMP that is not empty; "/tmp" if there is none. Quirk: one
+    // whose value is no UTF-8 is passed over. Quirk: the path manager's temporary folder is another matter.
     static TString<wchar_t> GetTempDir();
     // "<temporary folder>/<application><user>.restart".
     static TString<wchar_t> GetLockFileName();

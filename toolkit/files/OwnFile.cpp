@@ -14,7 +14,13 @@ namespace
 
 bool IsOurs(const struct stat& status)
 {
-    return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1;
+    return S_ISREG(status.st_mode) && status.st_uid == geteuid();
+}
+
+// Only then does writing change no file of another name.
+bool IsOursAlone(const struct stat& status)
+{
+    return IsOurs(status) && status.st_nlink == 1;
 }
 
 } // namespace
@@ -28,14 +34,14 @@ bool OwnFile::IsAt(const NativePath& path)
 bool OwnFile::Is(int descriptor)
 {
     struct stat status = {};
-    return fstat(descriptor, &status) == 0 && IsOurs(status);
+    return fstat(descriptor, &status) == 0 && IsOursAlone(status);
 }
 
 int OwnFile::Open(const NativePath& path)
 {
     // Looked at before, so that a FIFO's reader learns nothing, and again afterwards, as it may have changed.
     struct stat status = {};
-    if (!path.IsValid() || (lstat(path.c_str(), &status) == 0 && !IsOurs(status)))
+    if (!path.IsValid() || (lstat(path.c_str(), &status) == 0 && !IsOursAlone(status)))
         return -1;
     const int descriptor = path.Open(O_WRONLY | O_CREAT | O_NOFOLLOW);
     if (descriptor != -1 && !Is(descriptor))

@@ -222,7 +222,7 @@ TEST(UTF8, EncodesEveryShortTextAtEveryPlaceAsThePlainFormDoes)
 {
     const std::uint32_t values[] = {0,      'a',    0x7F,   0x80,    0x7FF,    0x800,     0xD7FF,
                                     0xD800, 0xDFFF, 0xE000, 0x10000, 0x10FFFF, 0x110000U, 0xFFFFFFFFU};
-    for (const std::size_t before : {0, 1, 14, 15, 16, 17, 40})
+    for (const std::size_t before : {0UL, 1UL, 14UL, 15UL, 16UL, 17UL, 40UL})
         for (const std::uint32_t first : values)
             for (const std::uint32_t second : values)
                 for (const std::uint32_t third : values)

@@ -9,8 +9,14 @@
 #include "toolkit/app/CmdLineOption.h"
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/app/DynamicLibrary.h"
+#include "toolkit/app/EventPump.h"
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/IPCClient.h"
+#include "toolkit/app/IPCConnectionEvent.h"
+#include "toolkit/app/IPCServer.h"
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/ToolkitSession.h"
@@ -21,7 +27,20 @@ using ToolkitTest::Attempt;
 namespace
 {
 const TString<wchar_t> c_strLine(L"-name \"a value that is too long for the string object\" -other stray");
-}
+
+// Keeps the commands that it is told.
+class Recorder : public IPCConnectionEvent
+{
+public:
+    explicit Recorder(std::vector<TString<wchar_t>>& heard) : m_heard(heard) {}
+
+    void OnExecuteEvent(const TString<wchar_t>& command) override { m_heard.push_back(command); }
+
+private:
+    std::vector<TString<wchar_t>>& m_heard;
+};
+
+} // namespace
 
 TEST(OutOfMemory, IsSurvivedByTheCommandLine)
 {
@@ -149,6 +168,51 @@ TEST(OutOfMemory, IsSurvivedByTheApplication)
                      DynamicLibrary::Unload(library.Detach());
                  });
              attempt([] { const DynamicLibrary library(L"/no/such/library/at/all.so"); });
+         }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByRestartSingleInstanceAndIPC)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const ToolkitTest::ScopedEnvironment home("HOME", folder.Path().c_str());
+    const ToolkitTest::ScopedEnvironment temporary("TMPDIR", folder.Path().c_str());
+    const ToolkitSession session;
+    const TString<wchar_t> service =
+        folder.Wide("a channel of a name that is too long for the string object");
+    ToolkitTest::FailEachAllocation({
+        {"RestartManagment",
+         [](const Attempt& attempt)
+         {
+             attempt([] { RestartManagment::GetLockFileName(); });
+             attempt([] { RestartManagment::IsLocked(); });
+             attempt([] { RestartManagment::RemoveLock(); });
+             attempt([] { RestartManagment::WaitingForPreviousProcessFinish(); });
+             EXPECT_FALSE(RestartManagment::IsLocked());
+         }},
+        {"SingleApplicationInstance",
+         [](const Attempt& attempt)
+         {
+             attempt([] { EXPECT_FALSE(SingleApplicationInstance().IsAlreadyRunning()); });
+             EXPECT_FALSE(SingleApplicationInstance().IsAlreadyRunning());
+         }},
+        {"IPCServer, IPCClient, EventPump",
+         [&](const Attempt& attempt)
+         {
+             std::vector<TString<wchar_t>> heard;
+             EventPump pump;
+             {
+                 IPCServer server(service);
+                 server.AddListener(new Recorder(heard));
+                 attempt([&] { server.Run(); });
+                 ASSERT_TRUE(server.Run());
+                 attempt([&] { IPCClient::Connect(service, c_strLine, 1000); });
+                 attempt([&] { pump.Run(0); });
+                 EXPECT_TRUE(IPCClient::Connect(service, L"last", 5000));
+                 while (heard.empty() || heard.back() != L"last")
+                     pump.Run(10);
+             }
+             attempt([&] { const IPCServer other(service); });
          }},
     });
 }

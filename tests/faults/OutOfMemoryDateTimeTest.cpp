@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include "tests/faults/OutOfMemory.h"
+#include "tests/support/TemporaryFolder.h"
+#include "toolkit/core/ToolkitSession.h"
+#include "toolkit/datetime/CultureInfo.h"
+#include "toolkit/datetime/DateTime.h"
+#include "toolkit/datetime/Locales.h"
+
+using namespace Toolkit;
+using ToolkitTest::Attempt;
+
+TEST(OutOfMemory, IsSurvivedByDates)
+{
+    const ToolkitSession session;
+    const DateTime moment(2009, 3, 7, 14, 5, 9);
+    const TString<wchar_t> text(L"2009-03-07 14:05:09, and more than fits into the string object");
+    ToolkitTest::FailEachAllocation({
+        {"DateTime, constructors",
+         [&](const Attempt& attempt)
+         {
+             attempt([] { const DateTime now; });
+             attempt([&] { EXPECT_EQ(moment, DateTime(2009, 3, 7, 14, 5, 9)); });
+             attempt([] { EXPECT_TRUE(DateTime(2009, 3, 7, 14, 5, 9, 2).IsValid()); });
+             attempt([&] { EXPECT_EQ(moment, DateTime(moment)); });
+             attempt([] { EXPECT_EQ(3, DateTime::CreateNormalizedDateTime(2009, 2, 30).GetMonth()); });
+         }},
+        {"DateTime, changes and differences",
+         [&](const Attempt& attempt)
+         {
+             DateTime value(moment);
+             const smart_ptr<DateTime> other(new DateTime(moment));
+             attempt([&] { value.Add(0, 1, 0, 0); });
+             attempt([&] { value.Remove(0, 1, 0, 0); });
+             attempt([&] { value.Add(0, 0, 90); });
+             attempt([&] { value.MakeToUTC().MakeFromUTC(); });
+             attempt([&] { value.GetTotalMinutes(other); });
+             attempt([&] { value.Now(); });
+             attempt([&] { value = moment; });
+             EXPECT_TRUE(value.IsValid());
+         }},
+        {"DateTime, ISO and sortable texts",
+         [&](const Attempt& attempt)
+         {
+             TString<wchar_t> wide;
+             TString<char> narrow;
+             DateTime value(moment);
+             attempt([&] { moment.GetIsoString(wide, true); });
+             attempt([&] { moment.GetIsoString(narrow, false); });
+             attempt([&] { moment.GetSortableString(wide); });
+             attempt([&] { moment.IntToUString(7, 60); });
+             attempt([&] { value.ParseIsoString(text); });
+             attempt([&]
+                     { value.ParseIsoString(TString<char>("2009-03-07 14:05:09 Z, and some more text")); });
+             EXPECT_TRUE(value.ParseIsoString(text));
+         }},
+        {"DateTime, texts of the user's locale, and Locales",
+         [&](const Attempt& attempt)
+         {
+             TString<wchar_t> out;
+             for (const char* const locale : {"en_US.UTF-8", "ja_JP.UTF-8"})
+             {
+                 const ToolkitTest::ScopedEnvironment environment("LC_ALL", locale);
+                 attempt([&] { Locales::GetCurrentDateFormat(out); });
+                 attempt([&] { moment.GetString(out); });
+                 attempt([&] { moment.GetRelativeStringFromNow(out); });
+                 moment.GetDate(out);
+                 EXPECT_EQ(locale[0] == 'e' ? L"03/7/09" : L"2009/03/07", out);
+             }
+         }},
+        {"CultureInfo", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_EQ(text, CultureInfo(text, text).m_strDisplayName); }); }},
+    });
+}

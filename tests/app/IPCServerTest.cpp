@@ -475,13 +475,16 @@ TEST_F(IPCServerTest, ClosesItsDescriptorsInOtherPrograms)
                 ++count;
         return count;
     };
-    EventPump().Run(0);
     const int before = openInPrograms();
     IPCServer server(Service());
     ASSERT_TRUE(server.Run());
+    EXPECT_EQ(before, openInPrograms());
+    int within = 0;
+    server.AddListener(Calling([&](const TString<wchar_t>&) { within = openInPrograms(); }));
     RawClient client(Path());
-    client.Send(ConnectBytes("t"));
-    EXPECT_TRUE(PumpUntil([&client] { return !client.Receive().empty(); }));
+    client.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "within the pump"));
+    EXPECT_TRUE(PumpUntil([&within] { return within != 0; }));
+    EXPECT_EQ(before, within);
     EXPECT_EQ(before, openInPrograms());
 }
 

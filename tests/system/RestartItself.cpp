@@ -1,13 +1,16 @@
 // A host that restarts itself, as often as the variable TOOLKIT_TEST_RESTARTS says, and that hands its own
-// arguments on. Each process writes what it saw into a file of the folder TOOLKIT_TEST_REPORTS, when
-// everything else is done: "old", then "restarted1", "restarted2" and so on.
+// arguments on. It does so on a command of its own server, within the pump that delivers it. Each process
+// writes what it saw into a file of the folder TOOLKIT_TEST_REPORTS, when everything else is done: "old",
+// then "restarted1", "restarted2" and so on.
 //   RestartItself [<argument>...]
 
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "toolkit/Toolkit.h"
@@ -60,6 +63,34 @@ void RestartOnceMore(int argc, const std::vector<TString<wchar_t>>& arguments, s
     report += RestartManagment::ActivateRestartProcess(argc, vector.data()) ? "started\n" : "not started\n";
 }
 
+// A listener that restarts the host once.
+class Restarter : public Toolkit::IPCConnectionEvent
+{
+public:
+    explicit Restarter(std::function<void()> restart) : m_restart(std::move(restart)) {}
+    void OnExecuteEvent(const TString<wchar_t>&) override { m_restart(); }
+
+private:
+    const std::function<void()> m_restart;
+};
+
+// False when the server does not run, or does not hear.
+bool OnACommandOfItsOwn(const std::string& path, const std::function<void()>& restart)
+{
+    const TString<wchar_t> service = UTF8::ToUNICODE(path);
+    Toolkit::EventPump pump;
+    Toolkit::IPCServer server(service);
+    bool heard = false;
+    server.AddListener(Toolkit::smart_ptr<Toolkit::IPCConnectionEvent>(new Restarter(
+        [&]
+        {
+            restart();
+            heard = true;
+            pump.Stop();
+        })));
+    return server.Run() && Toolkit::IPCClient::Connect(service, L"restart") && pump.Run(60000) && heard;
+}
+
 std::size_t OpenDescriptors()
 {
     const std::filesystem::directory_iterator descriptors("/proc/self/fd");
@@ -85,7 +116,9 @@ int main(int argc, char** argv)
         ILogger::SetLogger(Toolkit::smart_ptr<ILogger>(new TextLogger(log)));
         if (std::strcmp(argv[argc - 1], "-restart") == 0)
             TakeOver(report);
-        RestartOnceMore(argc, arguments, report);
+        const std::string service = Variable("TOOLKIT_TEST_REPORTS") + "/s" + done;
+        if (!OnACommandOfItsOwn(service, [&] { RestartOnceMore(argc, arguments, report); }))
+            report += "not served\n";
     }
     const std::string path = Variable("TOOLKIT_TEST_REPORTS") + (done.empty() ? "/old" : "/restarted" + done);
     std::ofstream(path + ".part") << report << UTF8::ToUTF8(log);

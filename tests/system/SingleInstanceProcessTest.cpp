@@ -313,16 +313,67 @@ TEST_F(SingleInstanceProcess, PlantedLinksAndFifosAreLeftAlone)
     EXPECT_EQ("1", ReadBytes(other));
 }
 
+TEST_F(SingleInstanceProcess, WhateverLiesWhereTheTurnIsTakenIsLeftAlone)
+{
+    const std::string turn = LockPath() + ".turn";
+    const std::string other = m_home.Path("other");
+    WriteBytes(other, "precious");
+    const std::function<void()> plants[] = {
+        [&] { std::filesystem::create_symlink(other, turn); },
+        [&] { std::filesystem::create_symlink(m_home.Path("nothing"), turn); },
+        [&] { EXPECT_EQ(0, mkfifo(turn.c_str(), 0600)); },
+        [&] { std::filesystem::create_directory(turn); },
+        [&] { WriteBytes(turn, "precious"); },
+    };
+    for (const auto& plant : plants)
+    {
+        plant();
+        const std::filesystem::file_type type = std::filesystem::symlink_status(turn).type();
+        RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+        EXPECT_EQ("first", first.Ask("start"));
+        EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+        EXPECT_EQ("stopped", first.Ask("stop"));
+        EXPECT_EQ(type, std::filesystem::symlink_status(turn).type());
+        EXPECT_FALSE(std::filesystem::exists(m_home.Path("nothing")));
+        EXPECT_EQ("precious", ReadBytes(other));
+        std::filesystem::remove(turn);
+    }
+}
+
 using SingleInstanceProcessTiming = SingleInstanceProcess;
 
-TEST_F(SingleInstanceProcessTiming, StrangerWhoLocksTheHomeFolderDelaysTheStartByFiveSeconds)
+TEST_F(SingleInstanceProcessTiming, StrangerWhoLocksTheHomeFolderDelaysNothing)
 {
     const int folder = open(m_home.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(0, flock(folder, LOCK_EX));
     RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ("first", program.Ask("start"));
+    EXPECT_EQ("stopped", program.Ask("stop"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+    close(folder);
+}
+
+TEST_F(SingleInstanceProcessTiming, ProcessThatHangsDelaysTheStartByFiveSecondsAndTheEndByAMoment)
+{
+    const std::string turn = LockPath() + ".turn";
+    EXPECT_FALSE(std::filesystem::exists(turn));
+    const int held = open(turn.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(0, flock(held, LOCK_EX));
+    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ("first", program.Ask("start"));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
-    close(folder);
+    start = std::chrono::steady_clock::now();
+    EXPECT_EQ("stopped", program.Ask("stop"));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(250));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+    EXPECT_EQ(std::vector<std::string>{turn}, Files());
+    close(held);
+    // Left like this by a process that was killed, it delays nobody.
+    start = std::chrono::steady_clock::now();
+    EXPECT_EQ("first", program.Ask("start"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+    EXPECT_FALSE(std::filesystem::exists(turn));
 }

@@ -15,6 +15,7 @@
 #include <wx/evtloopsrc.h>
 #include <wx/thread.h>
 
+#include "toolkit/app/NewDescriptors.h"
 #include "toolkit/core/BaseLibrary.h"
 #include "toolkit/threading/Mutex.h"
 
@@ -39,7 +40,9 @@ public:
         if (wxEventLoopBase::GetActive() != nullptr)
             return;
         const BaseLibrary::Silence silence;
+        const NewDescriptors descriptors;
         m_pOwn.reset(wxAppConsole::GetInstance()->GetTraits()->CreateEventLoop());
+        descriptors.KeepLoopFromPrograms();
         if (m_pOwn != nullptr && m_pOwn->IsOk())
             m_activator.emplace(m_pOwn.get());
     }

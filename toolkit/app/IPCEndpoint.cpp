@@ -16,6 +16,7 @@
 #include <wx/thread.h>
 
 #include "toolkit/app/IPCAddress.h"
+#include "toolkit/app/NewDescriptors.h"
 #include "toolkit/core/BaseLibrary.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/encoding/WxText.h"
@@ -196,7 +197,9 @@ bool IPCEndpoint::Watch()
         !Watch(EPOLL_CTL_ADD, m_timer.Get(), s_uTimer, EPOLLIN))
         return false;
     const BaseLibrary::Silence silence;
+    const NewDescriptors descriptors;
     m_pSource.reset(wxEventLoopBase::AddSourceForFD(m_poll.Get(), this, wxEVENT_SOURCE_INPUT));
+    descriptors.KeepLoopFromPrograms();
     if (m_pSource == nullptr)
         return false;
     m_pEvents = std::make_unique<wxEvtHandler>();

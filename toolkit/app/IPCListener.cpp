@@ -2,16 +2,15 @@
 
 #include <cerrno>
 #include <chrono>
-#include <thread>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "toolkit/app/IPCAddress.h"
 #include "toolkit/app/IPCSocket.h"
+#include "toolkit/app/PathLock.h"
 
 namespace Toolkit
 {
@@ -21,64 +20,7 @@ namespace
 
 const mode_t s_uOwnerOnly = 0600;
 const char* const c_strLockExtension = ".ipc-lock";
-const std::chrono::milliseconds s_lockPause(5);
 const std::chrono::seconds s_lockLimit(2);
-
-bool IsSame(const struct stat& a, const struct stat& b)
-{
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-// Held while a server looks at a path and takes it, so that of two that start at once neither takes the
-// other's socket for a stale one. It is a locked file beside the socket, which goes with the lock.
-class PathLock
-{
-public:
-    explicit PathLock(const TString<char>& path) : m_strFile(path + c_strLockExtension)
-    {
-        const auto limit = std::chrono::steady_clock::now() + s_lockLimit;
-        while (!TryLock() && errno == EWOULDBLOCK && std::chrono::steady_clock::now() < limit)
-            std::this_thread::sleep_for(s_lockPause);
-    }
-
-    ~PathLock()
-    {
-        struct stat status = {};
-        if (IsLocked() && fstat(m_file.Get(), &status) == 0 && status.st_size == 0)
-            unlink(m_strFile.c_str());
-    }
-
-    PathLock(const PathLock&) = delete;
-    PathLock& operator=(const PathLock&) = delete;
-
-    bool IsLocked() const { return m_file.IsOpen(); }
-
-private:
-    // When it fails, EWOULDBLOCK tells that another server is at it.
-    bool TryLock()
-    {
-        Descriptor file(open(m_strFile.c_str(),
-                             O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY,
-                             s_uOwnerOnly));
-        struct stat opened = {};
-        if (!file.IsOpen() || fstat(file.Get(), &opened) != 0)
-            return false;
-        errno = EPERM;
-        if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid())
-            return false;
-        if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0)
-            return false;
-        struct stat named = {};
-        errno = EWOULDBLOCK;
-        if (lstat(m_strFile.c_str(), &named) != 0 || !IsSame(opened, named))
-            return false;
-        m_file = std::move(file);
-        return true;
-    }
-
-    const TString<char> m_strFile;
-    Descriptor m_file;
-};
 
 // True for a socket of this user to which nobody listens any more.
 bool IsStale(const IPCAddress& address)
@@ -121,11 +63,13 @@ bool IPCListener::Open(const IPCAddress& address)
     return listening;
 }
 
-// The mode of a socket before it is bound is the one that its file gets.
+// The lock is held while a server looks at a path and takes it, so that of two that start at once neither
+// takes the other's socket for a stale one. The mode of a socket before it is bound is the one that its file
+// gets.
 bool IPCListener::ListenAtPath(const IPCAddress& address)
 {
     const TString<char>& path = address.GetPath();
-    const PathLock lock(path);
+    const PathLock lock(path + c_strLockExtension, s_lockLimit);
     if (!lock.IsLocked() || fchmod(Get(), s_uOwnerOnly) != 0)
         return false;
     if (!Bind(Get(), address) &&

@@ -1,13 +1,9 @@
 #include "toolkit/app/SingleApplicationInstance.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <memory>
+#include <chrono>
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <wx/app.h>
@@ -17,12 +13,13 @@
 #define wxTheApp wxAppConsole::GetInstance()
 #include <wx/snglinst.h>
 
+#include "toolkit/app/NewDescriptors.h"
+#include "toolkit/app/PathLock.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/StandardFolders.h"
 #include "toolkit/core/BaseLibrary.h"
 #include "toolkit/encoding/WxText.h"
 #include "toolkit/files/NativePath.h"
-#include "toolkit/threading/Thread.h"
 
 namespace Toolkit
 {
@@ -30,38 +27,18 @@ namespace Toolkit
 namespace
 {
 
-const unsigned int s_uTryInterval = 10;
-const unsigned int s_uTries = 500;
+// A starting process may wait for others that start; an ending one is not to be held up by any that hangs.
+const std::chrono::seconds s_startLimit(5);
+const std::chrono::milliseconds s_endLimit(250);
+const char* const c_strTurnExtension = ".turn";
 
-// Keeps other processes from looking at, making or removing a lock file of the folder meanwhile: the base
-// library writes its file some time after making it, and whoever takes over a dead process's file might
-// remove that of the one who was quicker. Without the folder, or if that takes too long, it does without.
-class FolderTurn
+// Keeps other processes from looking at, making or removing the lock file meanwhile: the base library writes
+// its file some time after making it, and whoever takes over a dead process's file might remove that of the
+// one who was quicker. If that takes too long, or there can be no such lock, it does without.
+PathLock TakeTurn(const NativePath& file, std::chrono::milliseconds limit)
 {
-public:
-    explicit FolderTurn(const NativePath& folder) : m_iDescriptor(-1)
-    {
-        if (folder.IsValid())
-            m_iDescriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        for (unsigned int i = 0; i < s_uTries && m_iDescriptor != -1 && !Take(); ++i)
-            Thread::Sleep(s_uTryInterval);
-    }
-    ~FolderTurn()
-    {
-        if (m_iDescriptor == -1)
-            return;
-        // Not left to the closing: a child that is being forked may have the descriptor, too.
-        flock(m_iDescriptor, LOCK_UN);
-        close(m_iDescriptor);
-    }
-    FolderTurn(const FolderTurn&) = delete;
-    FolderTurn& operator=(const FolderTurn&) = delete;
-
-private:
-    bool Take() const { return flock(m_iDescriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
-
-    int m_iDescriptor;
-};
+    return PathLock(file.GetBytes() + c_strTurnExtension, limit);
+}
 
 bool IsDigit(char c)
 {
@@ -81,8 +58,8 @@ bool IsProcessNumber(const char* begin, const char* end)
 bool MayBeLock(const NativePath& path)
 {
     struct stat status = {};
-    if (!path.IsValid() || lstat(path.c_str(), &status) != 0)
-        return path.IsValid();
+    if (lstat(path.c_str(), &status) != 0)
+        return true;
     const int descriptor = S_ISREG(status.st_mode) ? path.Open(O_RDONLY | O_NOFOLLOW) : -1;
     if (descriptor == -1)
         return false;
@@ -92,21 +69,10 @@ bool MayBeLock(const NativePath& path)
     return count > 0 && IsProcessNumber(bytes, bytes + count);
 }
 
-// The base library lets every child inherit its lock file.
-void KeepFromChildren(const NativePath& path)
+bool IsAt(const struct stat& opened, const NativePath& path)
 {
     struct stat file = {};
-    const std::unique_ptr<DIR, int (*)(DIR*)> descriptors(opendir("/proc/self/fd"), &closedir);
-    if (descriptors == nullptr || lstat(path.c_str(), &file) != 0)
-        return;
-    while (const dirent* const entry = readdir(descriptors.get()))
-    {
-        struct stat status = {};
-        const int descriptor = std::atoi(entry->d_name);
-        if (entry->d_name[0] != '.' && fstat(descriptor, &status) == 0 && status.st_dev == file.st_dev &&
-            status.st_ino == file.st_ino)
-            fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    }
+    return lstat(path.c_str(), &file) == 0 && opened.st_dev == file.st_dev && opened.st_ino == file.st_ino;
 }
 
 // The name of the lock file; empty without a path manager.
@@ -120,13 +86,13 @@ TString<wchar_t> LockName()
 
 } // namespace
 
-// The base library's checker, where it looks, and which process made it.
+// The base library's checker, its file, and which process made it.
 class SingleApplicationInstance::Checker : public wxSingleInstanceChecker
 {
 public:
-    explicit Checker(const TString<wchar_t>& folder) : m_folder(folder), m_iProcess(getpid()) {}
+    explicit Checker(const NativePath& file) : m_file(file), m_iProcess(getpid()) {}
 
-    const NativePath m_folder;
+    const NativePath m_file;
     const pid_t m_iProcess;
 };
 
@@ -139,14 +105,17 @@ SingleApplicationInstance::SingleApplicationInstance() : m_pChecker(nullptr)
     TString<wchar_t> path;
     PathManager::AppendPath(path, folder, name);
     const NativePath file(path);
-    const FolderTurn turn{NativePath(folder)};
     // Without a name the base library would assert, and a checker that was never made ready as well.
-    if (name.empty() || folder.empty() || !MayBeLock(file))
+    if (name.empty() || folder.empty() || !file.IsValid())
+        return;
+    const PathLock turn = TakeTurn(file, s_startLimit);
+    if (!MayBeLock(file))
         return;
     const BaseLibrary::Silence silence;
-    m_pChecker = new Checker(folder);
+    m_pChecker = new Checker(file);
+    const NewDescriptors descriptors;
     m_pChecker->Create(ToWx(name), ToWx(folder));
-    KeepFromChildren(file);
+    descriptors.KeepFromPrograms([&file](const struct stat& opened) { return IsAt(opened, file); });
 }
 
 SingleApplicationInstance::~SingleApplicationInstance()
@@ -154,7 +123,7 @@ SingleApplicationInstance::~SingleApplicationInstance()
     // The file belongs to the process that made it; there is no giving up the checker without the file.
     if (m_pChecker == nullptr || m_pChecker->m_iProcess != getpid())
         return;
-    const FolderTurn turn(m_pChecker->m_folder);
+    const PathLock turn = TakeTurn(m_pChecker->m_file, s_endLimit);
     const BaseLibrary::Silence silence;
     delete m_pChecker;
 }

@@ -18,10 +18,11 @@ public:
     // Null before the modules are initialised and after they are released.
     static smart_ptr<SingleApplicationInstance, smart_ptr_policy>* s_pInstance;
 
-    // Finds out who is first. Blocks while other processes do the same; milliseconds as a rule, and five
-    // seconds at most.
+    // Finds out who is first. Blocks while other processes of this user do the same; milliseconds as a rule,
+    // and five seconds at most, when one of them is stopped in the midst of it.
     SingleApplicationInstance();
-    // Gives the lock up, but not in a process that was forked meanwhile.
+    // Gives the lock up, but not in a process that was forked meanwhile. Blocks likewise, for a quarter of a
+    // second at most.
     ~SingleApplicationInstance();
 
     SingleApplicationInstance(const SingleApplicationInstance&) = delete;

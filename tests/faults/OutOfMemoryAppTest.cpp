@@ -208,7 +208,7 @@ TEST(OutOfMemory, IsSurvivedByRestartSingleInstanceAndIPC)
                  ASSERT_TRUE(server.Run());
                  attempt([&] { IPCClient::Connect(service, c_strLine, 1000); });
                  attempt([&] { pump.Run(0); });
-                 EXPECT_TRUE(IPCClient::Connect(service, L"last", 5000));
+                 ASSERT_TRUE(IPCClient::Connect(service, L"last", 5000));
                  while (heard.empty() || heard.back() != L"last")
                      pump.Run(10);
              }

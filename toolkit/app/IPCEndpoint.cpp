@@ -131,7 +131,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
 {
     if (!IsMainThread() || !address.IsValid())
         return false;
-    if (m_application != nullptr && IsOurs() && m_listener.IsInPlace(address))
+    if (m_pSource != nullptr && m_application != nullptr && IsOurs() && m_listener.IsInPlace(address))
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
@@ -196,15 +196,15 @@ bool IPCEndpoint::Watch()
     if (!Watch(EPOLL_CTL_ADD, m_listener.Get(), s_uListener, EPOLLIN) ||
         !Watch(EPOLL_CTL_ADD, m_timer.Get(), s_uTimer, EPOLLIN))
         return false;
+    m_pEvents = std::make_unique<wxEvtHandler>();
+    m_application = wxAppConsole::GetInstance();
+    m_process = getpid();
     const BaseLibrary::Silence silence;
     const NewDescriptors descriptors;
     m_pSource.reset(wxEventLoopBase::AddSourceForFD(m_poll.Get(), this, wxEVENT_SOURCE_INPUT));
     descriptors.KeepLoopFromPrograms();
     if (m_pSource == nullptr)
         return false;
-    m_pEvents = std::make_unique<wxEvtHandler>();
-    m_application = wxAppConsole::GetInstance();
-    m_process = getpid();
     s_endpoints.push_back(this);
     return true;
 }

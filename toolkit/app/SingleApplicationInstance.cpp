@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
+#include <new>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,9 +38,9 @@ const char* const c_strTurnExtension = ".turn";
 // Keeps other processes from looking at, making or removing the lock file meanwhile: the base library writes
 // its file some time after making it, and whoever takes over a dead process's file might remove that of the
 // one who was quicker. If that takes too long, or there can be no such lock, it does without.
-PathLock TakeTurn(const NativePath& file, std::chrono::milliseconds limit)
+void TakeTurn(std::optional<PathLock>& turn, const NativePath& file, std::chrono::milliseconds limit)
 {
-    return PathLock(file.GetBytes() + c_strTurnExtension, limit);
+    turn.emplace(file.GetBytes() + c_strTurnExtension, limit);
 }
 
 bool IsDigit(char c)
@@ -108,14 +111,16 @@ SingleApplicationInstance::SingleApplicationInstance() : m_pChecker(nullptr)
     // Without a name the base library would assert, and a checker that was never made ready as well.
     if (name.empty() || folder.empty() || !file.IsValid())
         return;
-    const PathLock turn = TakeTurn(file, s_startLimit);
+    std::optional<PathLock> turn;
+    TakeTurn(turn, file, s_startLimit);
     if (!MayBeLock(file))
         return;
     const BaseLibrary::Silence silence;
-    m_pChecker = new Checker(file);
+    auto checker = std::make_unique<Checker>(file);
     const NewDescriptors descriptors;
-    m_pChecker->Create(ToWx(name), ToWx(folder));
+    checker->Create(ToWx(name), ToWx(folder));
     descriptors.KeepFromPrograms([&file](const struct stat& opened) { return IsAt(opened, file); });
+    m_pChecker = checker.release();
 }
 
 SingleApplicationInstance::~SingleApplicationInstance()
@@ -123,7 +128,15 @@ SingleApplicationInstance::~SingleApplicationInstance()
     // The file belongs to the process that made it; there is no giving up the checker without the file.
     if (m_pChecker == nullptr || m_pChecker->m_iProcess != getpid())
         return;
-    const PathLock turn = TakeTurn(m_pChecker->m_file, s_endLimit);
+    std::optional<PathLock> turn;
+    try
+    {
+        TakeTurn(turn, m_pChecker->m_file, s_endLimit);
+    }
+    catch (const std::bad_alloc&)
+    {
+        // Then it goes without a turn.
+    }
     const BaseLibrary::Silence silence;
     delete m_pChecker;
 }

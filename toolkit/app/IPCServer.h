@@ -16,8 +16,9 @@ class IPCInternalServer;
 // Listens on a local channel and announces each command that a client (`IPCClient`) sends to its listeners.
 // It belongs to the base library's main thread, whose event loop (or an `EventPump`) delivers the commands
 // there, and keeps the base library running while it listens. A client that is silent, slow or talks nonsense
-// holds up no other; of more than 256 at a time those are dropped that were silent for longest. Failures are
-// answered by `Run`; nothing is logged but a listener's exception.
+// holds up no other; of more than 256 at a time those are dropped that were silent for longest. A forked copy
+// of the process takes no part in it. Failures are answered by `Run`; nothing is logged but a listener's
+// exception.
 class TOOLKIT_API IPCServer : public EventNotifier<IPCConnectionEvent>
 {
 public:

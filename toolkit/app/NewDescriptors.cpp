@@ -1,8 +1,12 @@
 #include "toolkit/app/NewDescriptors.h"
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+
 #include <fcntl.h>
 #include <sys/eventfd.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include "toolkit/app/Descriptor.h"
 
@@ -15,9 +19,12 @@ namespace
 // The base library opens three for its first loop.
 const std::size_t s_uMost = 4;
 
-bool IsOfLoop(const struct stat& status)
+bool IsOfLoop(const char* link)
 {
-    return S_ISFIFO(status.st_mode) || (status.st_mode & S_IFMT) == 0;
+    char bytes[64];
+    const ssize_t count = readlink(link, bytes, sizeof bytes);
+    const std::string_view target(bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return target.substr(0, 6) == "pipe:[" || target == "anon_inode:[eventpoll]";
 }
 
 } // namespace
@@ -33,10 +40,10 @@ NewDescriptors::NewDescriptors()
     }
 }
 
-void NewDescriptors::KeepFromPrograms(const std::function<bool(const struct stat&)>& isMeant) const
+void NewDescriptors::KeepFromPrograms(const std::function<bool(const char* link)>& isMeant) const
 {
     for (const int number : m_numbers)
-        if (struct stat status = {}; fstat(number, &status) == 0 && isMeant(status))
+        if (isMeant(("/proc/self/fd/" + std::to_string(number)).c_str()))
             fcntl(number, F_SETFD, FD_CLOEXEC);
 }
 

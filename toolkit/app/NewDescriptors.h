@@ -4,8 +4,6 @@
 #include <functional>
 #include <vector>
 
-struct stat;
-
 namespace Toolkit
 {
 
@@ -18,9 +16,10 @@ class NewDescriptors
 public:
     NewDescriptors();
 
-    // Has those that are meant closed in other programs.
-    void KeepFromPrograms(const std::function<bool(const struct stat&)>& isMeant) const;
-    // Those of the base library's loops: pipes, and what is no file at all.
+    // Has those that are meant closed in other programs. Asked are the links by which the system shows them,
+    // for one that is another thread's had better not be touched.
+    void KeepFromPrograms(const std::function<bool(const char* link)>& isMeant) const;
+    // Those of the base library's loops.
     void KeepLoopFromPrograms() const;
 
 private:

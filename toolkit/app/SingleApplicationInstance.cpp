@@ -72,10 +72,12 @@ bool MayBeLock(const NativePath& path)
     return count > 0 && IsProcessNumber(bytes, bytes + count);
 }
 
-bool IsAt(const struct stat& opened, const NativePath& path)
+bool IsLinkTo(const char* link, const NativePath& path)
 {
+    struct stat linked = {};
     struct stat file = {};
-    return lstat(path.c_str(), &file) == 0 && opened.st_dev == file.st_dev && opened.st_ino == file.st_ino;
+    return stat(link, &linked) == 0 && lstat(path.c_str(), &file) == 0 && linked.st_dev == file.st_dev &&
+           linked.st_ino == file.st_ino;
 }
 
 // The name of the lock file; empty without a path manager.
@@ -119,7 +121,7 @@ SingleApplicationInstance::SingleApplicationInstance() : m_pChecker(nullptr)
     auto checker = std::make_unique<Checker>(file);
     const NewDescriptors descriptors;
     checker->Create(ToWx(name), ToWx(folder));
-    descriptors.KeepFromPrograms([&file](const struct stat& opened) { return IsAt(opened, file); });
+    descriptors.KeepFromPrograms([&file](const char* link) { return IsLinkTo(link, file); });
     m_pChecker = checker.release();
 }
 

@@ -1,5 +1,7 @@
 #include "toolkit/datetime/LocalePatterns.h"
 
+#include <memory>
+
 #include <dlfcn.h>
 #include <unicode/udat.h>
 #include <unicode/uenum.h>
@@ -35,12 +37,12 @@ bool IsKnown(const std::string& language)
 {
     KeepIcuLoaded();
     UErrorCode status = U_ZERO_ERROR;
-    UEnumeration* const locales = uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status);
+    const std::unique_ptr<UEnumeration, decltype(&uenum_close)> locales(
+        uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status), &uenum_close);
     bool known = false;
-    for (const char* locale = uenum_next(locales, nullptr, &status); !known && locale != nullptr;
-         locale = uenum_next(locales, nullptr, &status))
+    for (const char* locale = uenum_next(locales.get(), nullptr, &status); !known && locale != nullptr;
+         locale = uenum_next(locales.get(), nullptr, &status))
         known = LocaleName(locale).Language() == language;
-    uenum_close(locales);
     return known;
 }
 

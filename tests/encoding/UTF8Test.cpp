@@ -222,7 +222,7 @@ TEST(UTF8, EncodesEveryShortTextAtEveryPlaceAsThePlainFormDoes)
 {
     const std::uint32_t values[] = {0,      'a',    0x7F,   0x80,    0x7FF,    0x800,     0xD7FF,
                                     0xD800, 0xDFFF, 0xE000, 0x10000, 0x10FFFF, 0x110000U, 0xFFFFFFFFU};
-    for (const std::size_t before : {0, 1, 14, 15, 16, 17, 40})
+    for (const std::size_t before : {0UL, 1UL, 14UL, 15UL, 16UL, 17UL, 40UL})
         for (const std::uint32_t first : values)
             for (const std::uint32_t second : values)
                 for (const std::uint32_t third : values)
@@ -249,6 +249,25 @@ TEST(UTF8, EncodesRandomTextsIntoUsedMemoryAsThePlainFormDoes)
         UTF8::Encode(text, bytes);
         ASSERT_EQ(ToolkitTest::PlainToUtf8(text), bytes);
     }
+}
+
+TEST(UTF8, EncodesACharacterAnywhereInTextOfSeveralParts)
+{
+    const std::wstring longText(1100, L'x');
+    for (const std::uint32_t value : {0U, 0xE4U, 0x4E00U, 0xD800U, 0x10FFFFU, 0x110000U})
+        for (std::size_t place = 0; place < longText.size(); ++place)
+        {
+            std::wstring text = longText;
+            text[place] = static_cast<wchar_t>(value);
+            const TString<char> bytes = UTF8::ToUTF8(text);
+            const bool invalid = value == 0xD800 || value == 0x110000;
+            const std::string character = value == 0 ? std::string() : std::string(UTF8::ToUTF8(Wide(value)));
+            const std::size_t behind = value == 0 ? 0 : longText.size() - place - 1;
+            ASSERT_EQ(invalid ? std::string()
+                              : std::string(place, 'x') + character + std::string(behind, 'x'),
+                      bytes)
+                << value << " " << place;
+        }
 }
 
 TEST(UTF8, HasToBeUTF8WhenTheLengthChanges)

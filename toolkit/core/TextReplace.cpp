@@ -53,7 +53,8 @@ void ReplaceOnce(std::wstring& text, const std::wstring& what, const std::wstrin
 {
     const Overlaps overlaps(what, with);
     std::wstring result;
-    result.reserve(text.size());
+    // Some room for a replacement that is longer.
+    result.reserve(text.size() + (with.size() > what.size() ? text.size() / 4 : 0));
     // Replacements that are still to be looked at, the next element last.
     std::wstring pending;
     std::size_t next = 0;

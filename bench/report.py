@@ -9,7 +9,7 @@ UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 def load_results(folder):
     """The medians and spreads in ns by name, the growth by operation, and what the machine says of itself."""
-    medians, spreads, allocations, peaks, growth, context = {}, {}, {}, {}, {}, {}
+    medians, spreads, allocations, peaks, growth, costs, context = {}, {}, {}, {}, {}, {}, {}
     for path in sorted(folder.glob("*.json")):
         if path.name == "headers.json":
             continue
@@ -26,7 +26,9 @@ def load_results(folder):
             if kind == "BigO":
                 growth[name.split(":", 1)[1]] = row["big_o"]
             elif name.startswith("growth:"):
-                continue
+                if kind == "median":
+                    operation, size = name.split(":", 1)[1].split("/")
+                    costs.setdefault(operation, {})[int(size)] = row[clock] * UNITS[row["time_unit"]] / int(size)
             elif kind == "median":
                 medians[name] = row[clock] * UNITS[row["time_unit"]]
                 if "allocations" in row:
@@ -34,7 +36,7 @@ def load_results(folder):
                     peaks[name] = row["peak"]
             elif kind == "cv":
                 spreads[name] = row[clock]
-    return medians, spreads, allocations, peaks, growth, context
+    return medians, spreads, allocations, peaks, growth, costs, context
 
 
 def time_text(ns):
@@ -135,7 +137,7 @@ def processor_name():
 
 def main():
     table, folder, headers = (pathlib.Path(argument) for argument in sys.argv[1:4])
-    medians, spreads, allocations, peaks, growth, context = load_results(folder)
+    medians, spreads, allocations, peaks, growth, costs, context = load_results(folder)
     rows, missing = operation_rows(table, medians, allocations)
     noise = sorted(spreads.values()) or [0.0]
     out = ["# Benchmarks", "",
@@ -151,9 +153,13 @@ def main():
     out += ["", "## Memory", "", "Allocations of one operation, and the most memory that it held at a time, on the calling "
             "thread.", ""]
     out += markdown_table(["operation", "Toolkit", "others"], memory_rows(table, allocations, peaks))
-    out += ["", "## How cost grows", "", "Fitted over four sizes at least; \"?\" where noise hid the form.", ""]
+    out += ["", "## How cost grows", "", "Fitted over four sizes at least; \"?\" where noise hid the form. \"n log n\" is also "
+            "what a linear operation looks like whose data outgrow the caches: the cost of one element tells.", ""]
     forms = {"N": "linear", "NlgN": "n log n", "(1)": "constant", "lgN": "logarithmic", "N^2": "worse", "N^3": "worse"}
-    out += markdown_table(["operation", "grows"], [[name, forms.get(form, "?")] for name, form in growth.items()])
+    out += markdown_table(["operation", "grows", "one element, by size"],
+                          [[name, forms.get(form, "?"),
+                            "; ".join(f"{size}: {time_text(cost)}" for size, cost in sorted(costs.get(name, {}).items()))]
+                           for name, form in growth.items()])
     if headers.exists():
         out += ["", "## What a header costs", "", "Time to compile a source of nothing but this include.", ""]
         out += markdown_table(["header", "time"], [[f"`{name}`", f"{seconds * 1000:.0f} ms"]

@@ -9,7 +9,7 @@ UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 def load_results(folder):
     """The medians and spreads in ns by name, the growth by operation, and what the machine says of itself."""
-    medians, spreads, allocations, growth, context = {}, {}, {}, {}, {}
+    medians, spreads, allocations, peaks, growth, costs, context = {}, {}, {}, {}, {}, {}, {}
     for path in sorted(folder.glob("*.json")):
         if path.name == "headers.json":
             continue
@@ -26,14 +26,17 @@ def load_results(folder):
             if kind == "BigO":
                 growth[name.split(":", 1)[1]] = row["big_o"]
             elif name.startswith("growth:"):
-                continue
+                if kind == "median":
+                    operation, size = name.split(":", 1)[1].split("/")
+                    costs.setdefault(operation, {})[int(size)] = row[clock] * UNITS[row["time_unit"]] / int(size)
             elif kind == "median":
                 medians[name] = row[clock] * UNITS[row["time_unit"]]
                 if "allocations" in row:
                     allocations[name] = row["allocations"]
+                    peaks[name] = row["peak"]
             elif kind == "cv":
                 spreads[name] = row[clock]
-    return medians, spreads, allocations, growth, context
+    return medians, spreads, allocations, peaks, growth, costs, context
 
 
 def time_text(ns):
@@ -68,6 +71,30 @@ def verdict(goals, own, peers, limit):
     if False in answers:
         return "no"
     return "?" if None in answers else "yes" if answers else ""
+
+
+def size_text(size):
+    for unit, scale in (("MiB", 1 << 20), ("KiB", 1 << 10)):
+        if size >= scale:
+            return f"{size / scale:.3g} {unit}"
+    return f"{size:.0f} B"
+
+
+def memory_rows(table, allocations, peaks):
+    """The library, its peers and the limit beside each other, where allocations were counted."""
+    rows = []
+    for line in table.read_text().splitlines():
+        if not line or line.startswith("#"):
+            continue
+        name, operation, wanted = [part.strip() for part in line.split("|")][:3]
+        cells = []
+        for whose in ["Toolkit", *filter(None, (peer.strip() for peer in wanted.split(","))), "limit"]:
+            key = f"{name}/{whose}"
+            if key in peaks:
+                cells.append((whose, f"{allocations[key]:.3g}, {size_text(peaks[key])}"))
+        if cells and cells[0][0] == "Toolkit":
+            rows.append([operation, cells[0][1], "; ".join(f"{whose} {cell}" for whose, cell in cells[1:])])
+    return rows
 
 
 def operation_rows(table, medians, allocations):
@@ -110,7 +137,7 @@ def processor_name():
 
 def main():
     table, folder, headers = (pathlib.Path(argument) for argument in sys.argv[1:4])
-    medians, spreads, allocations, growth, context = load_results(folder)
+    medians, spreads, allocations, peaks, growth, costs, context = load_results(folder)
     rows, missing = operation_rows(table, medians, allocations)
     noise = sorted(spreads.values()) or [0.0]
     out = ["# Benchmarks", "",
@@ -123,9 +150,16 @@ def main():
         out += ["Left out, because it is not installed or has no such operation: " + ", ".join(sorted(missing)) + ".", ""]
     out += ["A ratio above 1 is slower than what it is compared with. Allocations are counted on the calling thread.", ""]
     out += markdown_table(["operation", "median", "to the best peer", "to the limit", "allocations", "goal", "met"], rows)
-    out += ["", "## How cost grows", "", "Fitted over four sizes at least; \"?\" where noise hid the form.", ""]
+    out += ["", "## Memory", "", "Allocations of one operation, and the most memory that it held at a time, on the calling "
+            "thread.", ""]
+    out += markdown_table(["operation", "Toolkit", "others"], memory_rows(table, allocations, peaks))
+    out += ["", "## How cost grows", "", "Fitted over four sizes at least; \"?\" where noise hid the form. \"n log n\" is also "
+            "what a linear operation looks like whose data outgrow the caches: the cost of one element tells.", ""]
     forms = {"N": "linear", "NlgN": "n log n", "(1)": "constant", "lgN": "logarithmic", "N^2": "worse", "N^3": "worse"}
-    out += markdown_table(["operation", "grows"], [[name, forms.get(form, "?")] for name, form in growth.items()])
+    out += markdown_table(["operation", "grows", "one element, by size"],
+                          [[name, forms.get(form, "?"),
+                            "; ".join(f"{size}: {time_text(cost)}" for size, cost in sorted(costs.get(name, {}).items()))]
+                           for name, form in growth.items()])
     if headers.exists():
         out += ["", "## What a header costs", "", "Time to compile a source of nothing but this include.", ""]
         out += markdown_table(["header", "time"], [[f"`{name}`", f"{seconds * 1000:.0f} ms"]

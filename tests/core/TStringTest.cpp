@@ -333,6 +333,21 @@ TEST(TString, IgnoresCaseAsThePlainFormsDoInAnEightBitLocale)
         }));
 }
 
+TEST(TString, CompareNoCaseTellsEveryPairOfBytesWithinLongText)
+{
+    for (const std::size_t place : {0UL, 9UL, 20UL, 33UL})
+        for (int first = 0; first < 256; ++first)
+            for (int second = 0; second < 256; ++second)
+            {
+                TString<char> a("AbcdefghIjklmnopQrstuvwxYz 0123456789");
+                TString<char> b("aBCDEFGHiJKLMNOPqRSTUVWXyZ 0123456789");
+                a[place] = static_cast<char>(first);
+                b[place] = static_cast<char>(second);
+                ASSERT_EQ(PlainCompareNoCase(a, b), a.compareNoCase(b))
+                    << place << " " << first << " " << second;
+            }
+}
+
 TEST(TString, ReplaceReplacesEveryOccurrence)
 {
     struct Row

@@ -251,6 +251,25 @@ TEST(UTF8, EncodesRandomTextsIntoUsedMemoryAsThePlainFormDoes)
     }
 }
 
+TEST(UTF8, EncodesACharacterAnywhereInTextOfSeveralParts)
+{
+    const std::wstring longText(1100, L'x');
+    for (const std::uint32_t value : {0U, 0xE4U, 0x4E00U, 0xD800U, 0x10FFFFU, 0x110000U})
+        for (std::size_t place = 0; place < longText.size(); ++place)
+        {
+            std::wstring text = longText;
+            text[place] = static_cast<wchar_t>(value);
+            const TString<char> bytes = UTF8::ToUTF8(text);
+            const bool invalid = value == 0xD800 || value == 0x110000;
+            const std::string character = value == 0 ? std::string() : std::string(UTF8::ToUTF8(Wide(value)));
+            const std::size_t behind = value == 0 ? 0 : longText.size() - place - 1;
+            ASSERT_EQ(invalid ? std::string()
+                              : std::string(place, 'x') + character + std::string(behind, 'x'),
+                      bytes)
+                << value << " " << place;
+        }
+}
+
 TEST(UTF8, HasToBeUTF8WhenTheLengthChanges)
 {
     EXPECT_FALSE(UTF8::HasToBeUTF8(L""));

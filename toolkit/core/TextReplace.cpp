@@ -1,7 +1,8 @@
 #include "toolkit/core/TString.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <utility>
+#include <vector>
 
 namespace Toolkit::Detail
 {
@@ -9,34 +10,90 @@ namespace Toolkit::Detail
 namespace
 {
 
-// True when no occurrence of `what` can overlap an occurrence of `with`, so that a replacement creates no
-// match.
-bool IsIndependent(const std::wstring& what, const std::wstring& with)
+// Which matches a replacement can make with its neighbours, where neither of `what` and `with` holds the
+// other.
+class Overlaps
 {
-    if (with.empty() || with.find(what) != with.npos || what.find(with) != what.npos)
-        return false;
-    for (std::size_t count = 1; count < std::min(what.size(), with.size()); ++count)
-        if (what.compare(0, count, with, with.size() - count, count) == 0 ||
-            what.compare(what.size() - count, count, with, 0, count) == 0)
-            return false;
-    return true;
-}
-
-void ReplaceIndependent(std::wstring& text, const std::wstring& what, const std::wstring& with)
-{
-    std::size_t found = text.find(what);
-    if (found == text.npos)
-        return;
-    std::wstring result;
-    result.reserve(text.size());
-    std::size_t done = 0;
-    for (; found != text.npos; found = text.find(what, done))
+public:
+    Overlaps(const std::wstring& what, const std::wstring& with) : m_what(what)
     {
-        result.append(text, done, found - done);
-        result += with;
-        done = found + what.size();
+        for (std::size_t count = 1; count < what.size() && count <= with.size(); ++count)
+        {
+            if (what.compare(what.size() - count, count, with, 0, count) == 0)
+                m_begins.push_back(what.size() - count);
+            if (what.compare(0, count, with, with.size() - count, count) == 0)
+                m_ends.push_back(count);
+        }
     }
-    result.append(text, done);
+
+    // True when the replacement may have made a match with what stands before it or with what follows.
+    bool MayMatch(const std::wstring& before, const wchar_t* after, std::size_t afterLength) const
+    {
+        for (const std::size_t count : m_begins)
+            if (before.size() >= count && before.compare(before.size() - count, count, m_what, 0, count) == 0)
+                return true;
+        for (const std::size_t count : m_ends)
+            if (afterLength >= m_what.size() - count &&
+                std::char_traits<wchar_t>::compare(after, &m_what[count], m_what.size() - count) == 0)
+                return true;
+        return false;
+    }
+
+private:
+    const std::wstring& m_what;
+    // The elements of a match before a replacement with which it ends; those of it with which a replacement
+    // ends.
+    std::vector<std::size_t> m_begins;
+    std::vector<std::size_t> m_ends;
+};
+
+// Goes through the text once: `result` holds no match, and what a replacement may have made a match with is
+// looked at again element by element.
+void ReplaceOnce(std::wstring& text, const std::wstring& what, const std::wstring& with)
+{
+    const Overlaps overlaps(what, with);
+    std::wstring result;
+    // Some room for a replacement that is longer.
+    result.reserve(text.size() + (with.size() > what.size() ? text.size() / 4 : 0));
+    // Replacements that are still to be looked at, the next element last.
+    std::wstring pending;
+    std::size_t next = 0;
+    for (std::size_t found = text.find(what); found != text.npos; found = text.find(what, next))
+    {
+        result.append(text, next, found - next);
+        next = found + what.size();
+        if (!overlaps.MayMatch(result, &text[next], text.size() - next))
+        {
+            result += with;
+            continue;
+        }
+        pending.assign(with.rbegin(), with.rend());
+        // A match that begins behind the replacements is found by the search above.
+        std::size_t apart = 0;
+        while (apart + 1 < what.size() && (!pending.empty() || next < text.size()))
+        {
+            if (pending.empty())
+            {
+                result += text[next++];
+                ++apart;
+            }
+            else
+            {
+                result += pending.back();
+                pending.pop_back();
+                apart = 0;
+            }
+            if (result.size() < what.size() || result.back() != what.back() ||
+                result.compare(result.size() - what.size(), what.size(), what) != 0)
+                continue;
+            result.resize(result.size() - what.size());
+            pending.append(with.rbegin(), with.rend());
+            apart = 0;
+        }
+        result.resize(result.size() - apart);
+        next -= apart;
+    }
+    result.append(text, next);
     text = std::move(result);
 }
 
@@ -59,12 +116,10 @@ void ReplaceShrinking(std::wstring& text, const std::wstring& what, const std::w
     text.resize(done);
 }
 
-// The next match can begin at the earliest where its last element is the first one replaced.
-void ReplaceResuming(std::wstring& text, const std::wstring& what, const std::wstring& with)
+// For what never ends.
+void ReplaceEndlessly(std::wstring& text, const std::wstring& what, const std::wstring& with)
 {
-    const std::size_t overlap = what.empty() ? 0 : what.size() - 1;
-    for (std::size_t found = text.find(what); found != text.npos;
-         found = text.find(what, found - std::min(found, overlap)))
+    for (std::size_t found = text.find(what); found != text.npos; found = text.find(what))
         text.replace(found, what.size(), with);
 }
 
@@ -76,12 +131,12 @@ void Replace(std::wstring& text, const std::wstring& what, const std::wstring& w
         Replace(text, std::wstring(what), std::wstring(with));
     else if (text.find(what) == text.npos)
         return;
-    else if (IsIndependent(what, with))
-        ReplaceIndependent(text, what, with);
-    else if (with.size() <= what.size() && with != what)
+    else if (with.find(what) != with.npos)
+        ReplaceEndlessly(text, what, with);
+    else if (what.find(with) != what.npos)
         ReplaceShrinking(text, what, with);
     else
-        ReplaceResuming(text, what, with);
+        ReplaceOnce(text, what, with);
 }
 
 } // namespace Toolkit::Detail

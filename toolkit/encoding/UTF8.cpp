@@ -4,6 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace Toolkit
 {
@@ -12,27 +17,30 @@ namespace
 {
 
 const std::size_t s_uBlock = 16;
+// The characters that are encoded at once, on the stack, so that no memory is cleared before it is written.
+const std::size_t s_uPart = 512;
 const std::size_t s_uInvalid = static_cast<std::size_t>(-1);
 
-// The number of ASCII elements that `text` begins with, rounded down to whole blocks unless all of it is
-// ASCII.
-template <class C>
-std::size_t AsciiPrefix(const C* text, std::size_t length)
+bool IsAsciiBlock(const char* text)
 {
-    using Unsigned = std::make_unsigned_t<C>;
+    unsigned char all = 0;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+        all = static_cast<unsigned char>(all | static_cast<unsigned char>(text[i]));
+    return all <= 0x7F;
+}
+
+// The number of ASCII bytes that `text` begins with, rounded down to whole blocks unless all of it is ASCII.
+std::size_t AsciiPrefix(const char* text, std::size_t length)
+{
     std::size_t position = 0;
     for (; length - position >= s_uBlock; position += s_uBlock)
-    {
-        Unsigned all = 0;
-        for (std::size_t i = 0; i < s_uBlock; ++i)
-            all = static_cast<Unsigned>(all | static_cast<Unsigned>(text[position + i]));
-        if (all > 0x7F)
+        if (!IsAsciiBlock(text + position))
             return position;
-    }
-    std::size_t rest = position;
-    while (rest < length && static_cast<Unsigned>(text[rest]) <= 0x7F)
-        ++rest;
-    return rest == length ? rest : position;
+    if (length >= s_uBlock)
+        return IsAsciiBlock(text + length - s_uBlock) ? length : position;
+    while (position < length && static_cast<unsigned char>(text[position]) <= 0x7F)
+        ++position;
+    return position == length ? position : 0;
 }
 
 template <class From, class To>
@@ -44,30 +52,6 @@ void CopyAscii(const From* from, std::size_t length, To* to)
             to[position + i] = static_cast<To>(from[position + i]);
     for (; position < length; ++position)
         to[position] = static_cast<To>(from[position]);
-}
-
-// Encodes the ASCII elements other than zero that `text` begins with and answers their number, which may be
-// rounded down to whole blocks.
-std::size_t EncodeAscii(const wchar_t* text, std::size_t length, char* to)
-{
-    std::size_t position = 0;
-    for (; length - position >= s_uBlock; position += s_uBlock)
-    {
-        std::uint32_t all = 0;
-        for (std::size_t i = 0; i < s_uBlock; ++i)
-        {
-            const std::uint32_t value = static_cast<std::uint32_t>(text[position + i]);
-            // Less one, a zero has all its bits set.
-            all |= value | (value - 1U);
-        }
-        if (all > 0x7F)
-            return position;
-        for (std::size_t i = 0; i < s_uBlock; ++i)
-            to[position + i] = static_cast<char>(text[position + i]);
-    }
-    for (; position < length && static_cast<std::uint32_t>(text[position]) - 1U < 0x7F; ++position)
-        to[position] = static_cast<char>(text[position]);
-    return position;
 }
 
 bool IsContinuation(unsigned char byte)
@@ -129,18 +113,47 @@ void Decode(const unsigned char* text, std::size_t length, wchar_t* to)
     }
 }
 
-// The bytes that the characters need, s_uInvalid if one of them has no UTF-8 form.
+// The bytes that the characters need, whether they have a UTF-8 form or not.
 std::size_t CountBytes(const wchar_t* text, std::size_t length)
 {
-    std::size_t bytes = 0;
+    std::size_t bytes = length;
     for (std::size_t i = 0; i < length; ++i)
     {
         const std::uint32_t value = static_cast<std::uint32_t>(text[i]);
-        if (value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
-            return s_uInvalid;
-        bytes += 1U + (value > 0x7F) + (value > 0x7FF) + (value > 0xFFFF);
+        bytes += static_cast<std::uint32_t>(value > 0x7F) + static_cast<std::uint32_t>(value > 0x7FF) +
+                 static_cast<std::uint32_t>(value > 0xFFFF);
     }
     return bytes;
+}
+
+// True when the block is encoded: all of it is ASCII other than zero.
+bool EncodeAsciiBlock(const wchar_t* text, char* to)
+{
+#ifdef __SSE2__
+    const auto load = [text](std::size_t i)
+    { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i)); };
+    // Values that do not fit are cut to the greatest or the least, so that none of them becomes ASCII; the
+    // least, and zero, are not greater than zero.
+    const __m128i low = _mm_packs_epi32(load(0), load(4));
+    const __m128i high = _mm_packs_epi32(load(8), load(12));
+    const __m128i bytes = _mm_packus_epi16(low, high);
+    if (_mm_movemask_epi8(_mm_cmpgt_epi8(bytes, _mm_setzero_si128())) != 0xFFFF)
+        return false;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
+#else
+    std::uint32_t all = 0;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+    {
+        const std::uint32_t value = static_cast<std::uint32_t>(text[i]);
+        // Less one, a zero has all its bits set.
+        all |= value | (value - 1U);
+    }
+    if (all > 0x7F)
+        return false;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+        to[i] = static_cast<char>(text[i]);
+#endif
+    return true;
 }
 
 char Continuation(std::uint32_t value, int shift)
@@ -148,31 +161,65 @@ char Continuation(std::uint32_t value, int shift)
     return static_cast<char>(0x80U | ((value >> shift) & 0x3FU));
 }
 
-void EncodeRest(const wchar_t* text, std::size_t length, char* to)
+// Encodes the character and answers the place behind it, null if it is zero or has no UTF-8 form.
+char* EncodeOne(std::uint32_t value, char* to)
 {
-    for (std::size_t i = 0; i < length; ++i)
+    if (value <= 0x7F)
     {
-        const std::uint32_t value = static_cast<std::uint32_t>(text[i]);
-        if (value <= 0x7F)
+        *to = static_cast<char>(value);
+        return value == 0 ? nullptr : to + 1;
+    }
+    if (value <= 0x7FF)
+    {
+        to[0] = static_cast<char>(0xC0U | (value >> 6));
+        to[1] = Continuation(value, 0);
+        return to + 2;
+    }
+    if (value <= 0xFFFF)
+    {
+        to[0] = static_cast<char>(0xE0U | (value >> 12));
+        to[1] = Continuation(value, 6);
+        to[2] = Continuation(value, 0);
+        return value >= 0xD800 && value <= 0xDFFF ? nullptr : to + 3;
+    }
+    to[0] = static_cast<char>(0xF0U | (value >> 18));
+    to[1] = Continuation(value, 12);
+    to[2] = Continuation(value, 6);
+    to[3] = Continuation(value, 0);
+    return value > 0x10FFFF ? nullptr : to + 4;
+}
+
+// Encodes up to the first zero or character without a UTF-8 form, at which `text` is left, and answers the
+// place behind what it has written.
+char* EncodePart(const wchar_t*& text, const wchar_t* end, char* to)
+{
+    const wchar_t* const begin = text;
+    while (text != end)
+    {
+        const std::size_t count = std::min(s_uBlock, static_cast<std::size_t>(end - text));
+        const std::size_t again = s_uBlock - count;
+        // The last block goes back over what has been encoded, if that was ASCII, too.
+        if (count < s_uBlock && static_cast<std::size_t>(text - begin) >= again &&
+            EncodeAsciiBlock(end - s_uBlock, to - again))
         {
-            *to++ = static_cast<char>(value);
+            text = end;
+            return to + count;
+        }
+        if (count == s_uBlock && EncodeAsciiBlock(text, to))
+        {
+            text += s_uBlock;
+            to += s_uBlock;
             continue;
         }
-        if (value <= 0x7FF)
-            *to++ = static_cast<char>(0xC0U | (value >> 6));
-        else
+        for (const wchar_t* const blockEnd = text + count; text != blockEnd; ++text)
         {
-            if (value <= 0xFFFF)
-                *to++ = static_cast<char>(0xE0U | (value >> 12));
-            else
-            {
-                *to++ = static_cast<char>(0xF0U | (value >> 18));
-                *to++ = Continuation(value, 12);
-            }
-            *to++ = Continuation(value, 6);
+            char* const next = EncodeOne(static_cast<std::uint32_t>(*text), to);
+            if (next == nullptr)
+                return to;
+            to = next;
         }
-        *to++ = Continuation(value, 0);
     }
+    return to;
 }
 
 std::size_t LengthToZero(const char* text, std::size_t length)
@@ -187,7 +234,10 @@ TString<wchar_t> UTF8::ToUNICODE(const TString<char>& text)
 {
     const std::size_t length = LengthToZero(text.data(), text.size());
     const std::size_t ascii = AsciiPrefix(text.data(), length);
-    const unsigned char* const rest = reinterpret_cast<const unsigned char*>(text.data()) + ascii;
+    const unsigned char* const begin = reinterpret_cast<const unsigned char*>(text.data());
+    if (ascii == length)
+        return std::wstring(begin, begin + length);
+    const unsigned char* const rest = begin + ascii;
     const std::size_t characters = CountCharacters(rest, length - ascii);
 
     TString<wchar_t> wide;
@@ -208,21 +258,24 @@ TString<char> UTF8::ToUTF8(const TString<wchar_t>& text)
 
 void UTF8::Encode(const TString<wchar_t>& text, TString<char>& bytes)
 {
-    bytes.resize(text.size());
-    const std::size_t ascii = EncodeAscii(text.data(), text.size(), bytes.data());
-    if (ascii == text.size())
-        return;
-
-    const wchar_t* const rest = text.data() + ascii;
-    const std::size_t restLength = std::min(text.find(L'\0', ascii), text.size()) - ascii;
-    const std::size_t restBytes = CountBytes(rest, restLength);
-    if (restBytes == s_uInvalid)
+    char part[4 * s_uPart];
+    const wchar_t* next = text.data();
+    const wchar_t* const end = next + text.size();
+    bytes.clear();
+    for (bool more = true; more;)
     {
-        bytes.clear();
-        return;
+        const wchar_t* const partEnd = next + std::min(s_uPart, static_cast<std::size_t>(end - next));
+        const char* const written = EncodePart(next, partEnd, part);
+        if (next != partEnd && *next != L'\0')
+        {
+            bytes.clear();
+            return;
+        }
+        more = next == partEnd && next != end;
+        if (more && bytes.empty())
+            bytes.reserve(written == part + s_uPart ? text.size() : CountBytes(text.data(), text.size()));
+        bytes.append(part, static_cast<std::size_t>(written - part));
     }
-    bytes.resize(ascii + restBytes);
-    EncodeRest(rest, restLength, bytes.data() + ascii);
 }
 
 bool UTF8::HasToBeUTF8(const TString<wchar_t>& text)

@@ -789,6 +789,10 @@ TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)
             EventPump pump;
             if (!server.Run())
                 return "not run";
+            // A sanitizer takes a descriptor for its first look at a type: let it look before there is none.
+            if (!SendTo(folder.Wide("s"), L"first") ||
+                !PumpUntil([&server] { return !server.Received().empty(); }))
+                return "the first command is lost";
             RawClient begun(folder.Path("s"));
             begun.Send(ConnectBytes("t"));
             if (!PumpUntil([&begun] { return !begun.Receive().empty(); }))
@@ -812,7 +816,7 @@ TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)
                 });
             if (!pump.Run(0) || seconds > 0.5)
                 return "busy for " + std::to_string(seconds) + " s";
-            return PumpUntil([&server] { return server.Received().size() >= 2; });
+            return PumpUntil([&server] { return server.Received().size() >= 3; });
         }));
 }
 

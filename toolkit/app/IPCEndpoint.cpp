@@ -135,8 +135,16 @@ bool IPCEndpoint::Open(const IPCAddress& address)
         return true;
     Close();
     m_bHolds = BaseLibrary::Hold();
-    if (m_listener.Open(address) && Watch())
-        return true;
+    try
+    {
+        if (m_listener.Open(address) && Watch())
+            return true;
+    }
+    catch (...)
+    {
+        Close();
+        throw;
+    }
     Close();
     return false;
 }

@@ -64,7 +64,11 @@ TEST(OutOfMemory, IsSurvivedByLocksAndEvents)
          {
              Mutex mutex;
              attempt([&] { const MutexLock lock(mutex); });
-             attempt([&] { EXPECT_TRUE(mutex.Lock(0) && mutex.Unlock() && !mutex.Unlock()); });
+             attempt([&] { EXPECT_TRUE(mutex.Lock(0) && mutex.Unlock()); });
+// ThreadSanitizer rightly sees a mutex unlocked that is not locked.
+#if !defined(__SANITIZE_THREAD__)
+             attempt([&] { EXPECT_FALSE(mutex.Unlock()); });
+#endif
          }},
         {"EventObject",
          [](const Attempt& attempt)

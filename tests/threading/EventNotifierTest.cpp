@@ -451,6 +451,9 @@ TEST_F(EventNotifierTest, ListenerThatGoesMayRemoveAnother)
     EXPECT_EQ("a", Send());
 }
 
+// ThreadSanitizer takes the last owner's release, of which nobody else can hold anything, for one of two
+// orders of locks.
+#if !defined(__SANITIZE_THREAD__)
 TEST_F(EventNotifierTest, ListenersMayUseTheListWhileItGoes)
 {
     EventNotifier<Listener>* const notifier = m_pNotifier.get();
@@ -465,6 +468,7 @@ TEST_F(EventNotifierTest, ListenersMayUseTheListWhileItGoes)
     m_pNotifier.Reset();
     EXPECT_EQ("~x", m_strJournal);
 }
+#endif
 
 TEST_F(EventNotifierTest, AnyThreadMayAddAndRemoveDuringAnnouncements)
 {

@@ -255,26 +255,28 @@ TEST_F(Reload, HundredsOfLivesLeaveNoMemoryBehind)
     const std::size_t resident = ResidentBytes();
     const unsigned long lives = LoadOf("TOOLKIT_TEST_LIVES", 200);
     live(lives);
-    std::cout << "  lives: " << lives << std::endl;
+    std::cout << "  lives: " << lives << ", heap grown by " << HeapInUse() - heap << std::endl;
     EXPECT_LE(HeapInUse(), heap + s_lHeapBound);
     EXPECT_LE(ResidentBytes(), resident + s_uResidentBound);
 }
 
+// What the allocator and the libraries keep for themselves grows for a while and then no more; what a life
+// loses grows with each of them. So one round of lives that leaves nothing behind is the proof.
 TEST_F(Reload, DatesInManyLivesLeaveNoMemoryBehind)
 {
     setenv("LC_ALL", "de_DE.UTF-8", 1);
-    const auto showDates = []
+    bool leavesNothing = false;
+    for (unsigned int round = 0; round < 20 && !leavesNothing && !HasFailure(); ++round)
     {
+        const long long heap = HeapInUse();
         for (unsigned int lives = 0; lives < 50; ++lives)
         {
             const Library host(HOST_CORE);
             EXPECT_TRUE(host.Find<HostShowsDate>("HostShowsDate")());
         }
-    };
-    showDates();
-    EXPECT_FALSE(IsMapped("/libtoolkit.so"));
-    const long long heap = HeapInUse();
-    showDates();
-    EXPECT_LE(HeapInUse(), heap + s_lHeapBound);
+        EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+        leavesNothing = HeapInUse() <= heap;
+    }
+    EXPECT_TRUE(leavesNothing);
     unsetenv("LC_ALL");
 }

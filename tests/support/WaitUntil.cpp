@@ -8,7 +8,7 @@ namespace ToolkitTest
 
 bool WaitUntil(const std::function<bool()>& condition)
 {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (!condition())
     {
         if (std::chrono::steady_clock::now() > end)

@@ -6,7 +6,7 @@
 namespace ToolkitTest
 {
 
-// True once `condition` holds; asked every few milliseconds for at most ten seconds.
+// True once `condition` holds; asked every few milliseconds for at most a minute.
 bool WaitUntil(const std::function<bool()>& condition);
 
 } // namespace ToolkitTest

@@ -490,8 +490,56 @@ TEST(ThreadLife, RunAndDestroyedAtOnce)
     EXPECT_TRUE(RepeatStarted(
         []
         {
+            bool done = false;
+            {
+                Worker worker(
+                    [&done](Thread& self)
+                    {
+                        done = true;
+                        return self.TestDestroy() ? nullptr : Code(1);
+                    });
+                worker.Run();
+            }
+            if (!done)
+                std::cerr << "work was not done\n";
+        }));
+}
+
+TEST(ThreadLife, RunThroughTheBaseClass)
+{
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            int count = 0;
+            {
+                Worker worker(
+                    [&count](Thread&)
+                    {
+                        ++count;
+                        return Code(3);
+                    });
+                wxThread& base = worker;
+                base.Run();
+                if (worker.Run())
+                    std::cerr << "was run twice\n";
+                if (worker.Wait() != Code(3))
+                    std::cerr << "was not waited for\n";
+            }
+            if (count != 1)
+                std::cerr << "work was not done once\n";
+        }));
+}
+
+TEST(Thread, ThatCouldNotBeCreatedHasNoIdentifier)
+{
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            const rlimit none{0, 0};
+            if (setrlimit(RLIMIT_NPROC, &none) != 0 || setuid(65534) != 0)
+                return "no limit";
             Worker worker;
-            worker.Run();
+            return worker.GetId() == Thread::UndefinedThread && !worker.Run() ? "" : "it was created";
         }));
 }
 

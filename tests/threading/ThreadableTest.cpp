@@ -189,11 +189,12 @@ TEST(Threadable, MayBeDestroyedAtOnce)
         []() -> std::string
         {
             CapturedOutput errors(2);
+            int count = 0;
             for (int i = 0; i < 3000; ++i)
             {
-                Threadable thread(smart_ptr<IRunnable>(new Task([] {})));
+                Threadable thread(smart_ptr<IRunnable>(new Task([&count] { ++count; })));
                 thread.Run();
             }
-            return errors.Stop();
+            return errors.Stop() + (count == 3000 ? "" : "tasks were not done");
         }));
 }

@@ -40,7 +40,7 @@ Thread::~Thread()
 
 bool Thread::Run()
 {
-    if (!m_bCreated || m_bStarted)
+    if (!m_bCreated || IsStarted())
         return false;
     const BaseLibrary::Silence silence;
     m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
@@ -77,7 +77,7 @@ wxThreadError Thread::Kill()
 
 wxThread::ExitCode Thread::Wait()
 {
-    if (!m_bStarted || IsCurrent())
+    if (!IsStarted() || IsCurrent())
         return nullptr;
     return wxThread::Wait();
 }
@@ -94,7 +94,7 @@ bool Thread::IsPaused() const
 
 unsigned long Thread::GetId() const
 {
-    return wxThread::GetId();
+    return m_bCreated ? wxThread::GetId() : UndefinedThread;
 }
 
 unsigned long Thread::GetCurrentId()
@@ -114,13 +114,15 @@ void Thread::Sleep(unsigned int milliseconds)
 
 void Thread::StopAndWait()
 {
-    m_bAbandoned = true;
     HoldForDestruction();
     if (!m_bCreated)
         return;
     // A thread that was never started can be ended only by starting it; Entry then returns at once.
-    if (!m_bStarted)
+    if (!IsStarted())
+    {
+        m_bAbandoned = true;
         m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
+    }
     Delete();
     // Delete does not join a thread that has finished by itself.
     wxThread::Wait();
@@ -128,11 +130,18 @@ void Thread::StopAndWait()
 
 wxThread::ExitCode Thread::Entry()
 {
+    m_bEntered = true;
     // A subclass that does not wait in its destructor may be gone before its thread gets here: there is no
     // DoWork left then. The identity is compared without a call, so that one look at the object decides both.
     if (m_bAbandoned || &typeid(*this) == &typeid(Thread))
         return nullptr;
     return DoWork();
+}
+
+// The base class may have started it behind this one's back.
+bool Thread::IsStarted() const
+{
+    return m_bStarted || m_bEntered || IsAlive();
 }
 
 bool Thread::IsCurrent() const

@@ -31,8 +31,8 @@ private:
 // A joinable worker thread; a subclass puts its work into DoWork. Its owner constructs it, runs it and
 // destroys it, never the thread itself, and calls every operation but DoWork. The destructor asks the thread
 // to stop (TestDestroy answers true from then on) and waits for it, so DoWork must return by itself or watch
-// TestDestroy. Each leaf class does the same in its own destructor, with StopAndWait, while its DoWork and
-// members still exist. Failures are answered, not logged.
+// TestDestroy; the work of a thread that was run is done even then. Each leaf class does the same in its own
+// destructor, with StopAndWait, while its DoWork and members still exist. Failures are answered, not logged.
 class TOOLKIT_API Thread : private ThreadBaseLibraryHold, public wxThread
 {
 public:
@@ -60,6 +60,7 @@ public:
     bool IsRunning() const;
     bool IsPaused() const;
 
+    // UndefinedThread when the operating system's thread could not be created.
     unsigned long GetId() const;
     static unsigned long GetCurrentId();
     // True on the process's first thread, whether or not the base library runs.
@@ -79,12 +80,17 @@ protected:
     virtual ExitCode DoWork() = 0;
 
 private:
+    // It is created here, once.
+    using wxThread::Create;
+
+    bool IsStarted() const;
     bool IsCurrent() const;
 
     bool m_bCreated;
     bool m_bStarted = false;
     bool m_bKilled = false;
     std::atomic<bool> m_bAbandoned{false};
+    std::atomic<bool> m_bEntered{false};
 };
 
 } // namespace Toolkit

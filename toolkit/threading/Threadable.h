@@ -9,7 +9,7 @@ namespace Toolkit::Threading
 {
 
 // A thread that runs one task. It shares the task, which is released when the object is destroyed; the
-// destructor waits for a task that still runs.
+// destructor waits for a task that was run and has not ended yet.
 class TOOLKIT_API Threadable : public Thread
 {
 public:

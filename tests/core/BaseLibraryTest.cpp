@@ -234,6 +234,33 @@ TEST(BaseLibrary, LogTargetThatTheHostInstalledMeanwhileSurvivesTheStop)
         }));
 }
 
+TEST(BaseLibrary, StartsThatTheHostTookBackAreForgotten)
+{
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            REQUIRE(BaseLibrary::Start());
+            wxUninitialize();
+            BaseLibrary::Stop();
+            REQUIRE(!BaseLibrary::IsStarted());
+            bool destroyed = false;
+            HostLog log(destroyed);
+            delete wxLog::SetActiveTarget(&log);
+            REQUIRE(BaseLibrary::Start());
+            BaseLibrary::Stop();
+            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(!destroyed);
+            REQUIRE(BaseLibrary::Hold());
+            wxUninitialize();
+            REQUIRE(BaseLibrary::Hold());
+            REQUIRE(BaseLibrary::IsStarted());
+            BaseLibrary::Stop();
+            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(wxLog::SetActiveTarget(nullptr) == &log);
+            return "";
+        }));
+}
+
 TEST(BaseLibrary, SilenceNestsAndRestores)
 {
     EXPECT_TRUE(InChild(

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -66,6 +67,9 @@ template struct Reach<QueueMutex, &FileLogger::m_mutex>;
 template struct Reach<StopEvent, &FileLogger::m_pStopEvent>;
 
 const unsigned int s_uLarge = 1000000000;
+
+// What a host keeps until the very end.
+smart_ptr<ILogger> s_kept;
 
 long long MillisecondsSince(std::chrono::steady_clock::time_point start)
 {
@@ -701,6 +705,19 @@ TEST(FileLoggerTiming, PiecesAfterTheStopKeepItGoing)
     EXPECT_GE(MillisecondsSince(start), 200);
     EXPECT_LE(MillisecondsSince(start), 5000);
     EXPECT_EQ(expected, file.Bytes());
+}
+
+TEST(FileLogger, MayLieInAStaticOfTheHost)
+{
+    const LogFile file;
+    EXPECT_EXIT(
+        {
+            s_kept = new FileLogger(LogSeverity::Info, file.WideName(), s_uLarge);
+            s_kept->Write(L"text");
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "^$");
+    EXPECT_EQ("text", file.Bytes());
 }
 
 TEST(FileLoggerTiming, GoesAtOnceWhenNoFileCouldBeOpened)

@@ -9,6 +9,7 @@
 #include <wx/init.h>
 #include <wx/log.h>
 #include <wx/thread.h>
+#include <wx/translation.h>
 
 namespace Toolkit
 {
@@ -28,6 +29,11 @@ bool s_bMainLogged = true;
 unsigned int s_uProcessSilences = 0;
 wxLogLevel s_uProcessLevel = wxLOG_Max;
 
+// The base library keeps what it knows of its threads in a table that it makes when it is first asked. Made
+// when this library is loaded, it outlives the statics of a host, one of which may own a running thread.
+[[maybe_unused]] const bool s_bThreadTableIsMade =
+    (static_cast<void>(wxTranslations::GetUntranslatedString(wxString())), true);
+
 // Starting and stopping would delete the active log target, which belongs to the host.
 class KeptLogTarget
 {
@@ -44,6 +50,13 @@ public:
 private:
     wxLog* const m_pTarget;
 };
+
+// A host that stops the base library itself takes back every start.
+void ForgetWhatTheHostStopped()
+{
+    if (!BaseLibrary::IsStarted())
+        s_uStarts = s_uStopsOwed = 0;
+}
 
 bool StartOnce()
 {
@@ -93,6 +106,7 @@ bool BaseLibrary::IsStarted()
 bool BaseLibrary::Start()
 {
     const std::lock_guard<std::mutex> lock(s_startMutex);
+    ForgetWhatTheHostStopped();
     const bool started = StartOnce();
     StopWhatIsOwed();
     return started;
@@ -101,6 +115,7 @@ bool BaseLibrary::Start()
 void BaseLibrary::Stop()
 {
     const std::lock_guard<std::mutex> lock(s_startMutex);
+    ForgetWhatTheHostStopped();
     if (s_uStarts > s_uStopsOwed)
         ++s_uStopsOwed;
     StopWhatIsOwed();
@@ -109,6 +124,7 @@ void BaseLibrary::Stop()
 bool BaseLibrary::Hold()
 {
     const std::lock_guard<std::mutex> lock(s_startMutex);
+    ForgetWhatTheHostStopped();
     return IsCounted() && StartOnce();
 }
 

@@ -52,7 +52,8 @@ public:
     void Initialize(bool initializeBaseLibrary);
 
     // Releases every module, whether initialised or not; they stay registered. Then stops the base library if
-    // asked to, unless no `Initialize` started it.
+    // asked to, unless no `Initialize` started it; on another thread than the one that started it, that is
+    // put off until a later start or stop on that one.
     void Release(bool uninitializeBaseLibrary);
 
     // True from the end of `Initialize` to the end of the next `Release`.

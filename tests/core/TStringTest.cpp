@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -149,6 +150,19 @@ std::string ReplaceForAWhile(const wchar_t* text, const wchar_t* what, const wch
 const char c_strStoppedByAlarm[] = " (the child ended with status 14)";
 
 } // namespace
+
+TEST(TString, HasTheConstructorsOfTheStandardString)
+{
+    EXPECT_EQ(std::wstring(L"a\0b", 3), Text(L"a\0b", 3));
+    EXPECT_EQ(L"xxx", Text(3, L'x'));
+    EXPECT_EQ(L"ab", (Text{L'a', L'b'}));
+    EXPECT_EQ("bc", Bytes(Bytes("abc"), 1));
+    EXPECT_EQ("b", Bytes(Bytes("abc"), 1, 1));
+    const std::string source = "abc";
+    EXPECT_EQ("abc", Bytes(source.begin(), source.end()));
+    EXPECT_EQ("abc", Bytes(std::string_view(source)));
+    EXPECT_EQ("", Bytes(static_cast<const char*>(nullptr)));
+}
 
 TEST(TString, AddsNoDataToTheStandardString)
 {

@@ -33,6 +33,8 @@ class TString : public std::basic_string<C>
 
 public:
     using Base = std::basic_string<C>;
+    // Those of the standard string.
+    using Base::Base;
 
     TString() = default;
     // A null pointer gives an empty string.

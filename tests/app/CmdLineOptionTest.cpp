@@ -8,7 +8,6 @@ using Toolkit::CmdLineOption;
 using Toolkit::TString;
 
 static_assert(std::has_virtual_destructor_v<CmdLineOption>);
-static_assert(!std::is_copy_constructible_v<CmdLineOption>);
 
 TEST(CmdLineOption, LowersTheAsciiLettersOfItsName)
 {
@@ -38,6 +37,15 @@ TEST(CmdLineOption, IsNotFoundAndWithoutAValueAtFirst)
     const CmdLineOption option(L"name", true);
     EXPECT_FALSE(option.IsFound());
     EXPECT_EQ(option.GetValue(), L"");
+}
+
+TEST(CmdLineOption, CanBeCopied)
+{
+    const CmdLineOption copy = CmdLineOption(L"Name", true);
+    CmdLineOption assigned(L"other", false);
+    assigned = copy;
+    EXPECT_EQ(assigned.GetName(), L"name");
+    EXPECT_TRUE(assigned.IsRequired());
 }
 
 TEST(CmdLineOption, KeepsWhetherItIsRequired)

@@ -721,6 +721,23 @@ TEST(ArchiveZip, KeepsItsFileFromChildProcesses)
     EXPECT_EQ(fcntl(next, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
+TEST(ArchiveZip, CopySharesTheListingUntilEitherOpensAnother)
+{
+    const TemporaryFolder folder;
+    MakeSmallArchive(folder, "a.zip");
+    OpenArchive open(folder.Wide("a.zip"));
+    ArchiveZip copy(open.archive);
+    ZipEntries entries;
+    EXPECT_EQ(copy.EntriesList(entries, L"", ArchiveEntriesFlags::All), -1);
+    copy.Open(folder.Wide("a.zip"));
+    EXPECT_EQ(copy.EntriesList(entries, L"", ArchiveEntriesFlags::All), open.count);
+    ArchiveZip assigned;
+    assigned = open.archive;
+    open.archive.Close();
+    EXPECT_FALSE(assigned.GetZipInputStream(open[L"one.txt"]).IsNull());
+    EXPECT_TRUE(open.archive.GetZipInputStream(open[L"one.txt"]).IsNull());
+}
+
 TEST(ArchiveZip, GivesItsFileBackWhenClosed)
 {
     const TemporaryFolder folder;

@@ -521,6 +521,28 @@ TEST(IniFile, KeepsTheLoadedFlagWhenParsedAgain)
     EXPECT_TRUE(missing.HasSection(L"s"));
 }
 
+TEST(IniFile, CopyHasSectionsOfItsOwn)
+{
+    const Settings other("[t]\nk=2\n");
+    IniFile assigned(other.folder.Wide("missing.ini"));
+    {
+        Settings settings("[s]\nk=1\nl=3\n");
+        const IniFile copy(settings.ini);
+        EXPECT_TRUE(settings.ini.Parse(other.file));
+        EXPECT_EQ(settings.Get(L"t", L"k"), L"2");
+        EXPECT_TRUE(copy.IsLoaded());
+        EXPECT_FALSE(copy.HasSection(L"t"));
+        EXPECT_EQ(copy.GetValue(L"s", L"k", s_strNone), L"1");
+        assigned = copy;
+        const IniFile& self = assigned;
+        assigned = self;
+    }
+    EXPECT_TRUE(assigned.IsLoaded());
+    EXPECT_EQ(assigned.GetValue(L"s", L"l", s_strNone), L"3");
+    EXPECT_TRUE(assigned.Parse(other.file));
+    EXPECT_FALSE(assigned.HasSection(L"s"));
+}
+
 TEST(IniFile, ParsesAFileThatOneOfItsValuesNames)
 {
     TemporaryFolder folder;

@@ -16,8 +16,8 @@ public:
     CmdLineOption(const TString<wchar_t>& name, bool required);
     virtual ~CmdLineOption();
 
-    CmdLineOption(const CmdLineOption&) = delete;
-    CmdLineOption& operator=(const CmdLineOption&) = delete;
+    CmdLineOption(const CmdLineOption&) = default;
+    CmdLineOption& operator=(const CmdLineOption&) = default;
 
     // In lower case.
     const TString<wchar_t>& GetName() const { return m_strName; }

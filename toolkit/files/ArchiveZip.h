@@ -23,8 +23,9 @@ public:
     ArchiveZip();
     virtual ~ArchiveZip();
 
-    ArchiveZip(const ArchiveZip&) = delete;
-    ArchiveZip& operator=(const ArchiveZip&) = delete;
+    // A copy has the same archive open, with one stream and one listing for both, until either opens another.
+    ArchiveZip(const ArchiveZip&) = default;
+    ArchiveZip& operator=(const ArchiveZip&) = default;
 
     // Opens the archive at `path` in place of the one opened before. A FIFO is never waited for.
     void Open(const TString<wchar_t>& path);

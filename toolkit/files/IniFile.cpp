@@ -72,7 +72,22 @@ IniFile::IniFile(const TString<wchar_t>& path) : m_pSections(std::make_unique<Se
     m_bLoaded = Parse(path);
 }
 
+IniFile::IniFile(const IniFile& other)
+    : m_pSections(std::make_unique<Sections>(*other.m_pSections)), m_bLoaded(other.m_bLoaded)
+{
+    // A pointer of the copied object is of no use here; nothing is parsed but from the beginning.
+    m_pSections->m_pCurrent = nullptr;
+}
+
 IniFile::~IniFile() = default;
+
+IniFile& IniFile::operator=(const IniFile& other)
+{
+    IniFile copy(other);
+    m_pSections.swap(copy.m_pSections);
+    m_bLoaded = copy.m_bLoaded;
+    return *this;
+}
 
 bool IniFile::Parse(const TString<wchar_t>& path)
 {

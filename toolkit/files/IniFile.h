@@ -21,8 +21,9 @@ public:
     explicit IniFile(const TString<wchar_t>& path);
     ~IniFile();
 
-    IniFile(const IniFile&) = delete;
-    IniFile& operator=(const IniFile&) = delete;
+    // A copy has sections of its own.
+    IniFile(const IniFile& other);
+    IniFile& operator=(const IniFile& other);
 
     // True when the file given to the constructor was read; a later `Parse` does not change it.
     bool IsLoaded() const { return m_bLoaded; }
@@ -68,7 +69,7 @@ private:
     template <class Number>
     Number GetNumber(const TString<wchar_t>& section, const TString<wchar_t>& key, Number defaultValue) const;
 
-    const std::unique_ptr<Sections> m_pSections;
+    std::unique_ptr<Sections> m_pSections;
     bool m_bLoaded;
 };
 

@@ -1,0 +1,223 @@
+#ifndef TOOLKIT_ENCODING_UTF8BLOCKS_H
+#define TOOLKIT_ENCODING_UTF8BLOCKS_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <immintrin.h>
+#endif
+
+// What the conversion of UTF-8 does with many neighbouring elements at once. Not installed.
+namespace Toolkit::Utf8Blocks
+{
+
+// The elements of a block.
+const std::size_t s_uBlock = 16;
+
+#ifdef __SSE2__
+
+inline __m128i Load(const void* from)
+{
+    return _mm_loadu_si128(static_cast<const __m128i*>(from));
+}
+
+inline void Store(void* to, __m128i elements)
+{
+    _mm_storeu_si128(static_cast<__m128i*>(to), elements);
+}
+
+// Widens a block that is ASCII; of any other it answers false and writes nothing.
+inline bool WidenAscii(const char* text, wchar_t* to)
+{
+    const __m128i bytes = Load(text);
+    if (_mm_movemask_epi8(bytes) != 0)
+        return false;
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i low = _mm_unpacklo_epi8(bytes, zero);
+    const __m128i high = _mm_unpackhi_epi8(bytes, zero);
+    Store(to, _mm_unpacklo_epi16(low, zero));
+    Store(to + 4, _mm_unpackhi_epi16(low, zero));
+    Store(to + 8, _mm_unpacklo_epi16(high, zero));
+    Store(to + 12, _mm_unpackhi_epi16(high, zero));
+    return true;
+}
+
+// Narrows a block that is ASCII without a zero; of any other it answers false and writes nothing.
+inline bool NarrowAscii(const wchar_t* text, char* to)
+{
+    // Values that do not fit are cut to the greatest or the least, so that none of them becomes ASCII; the
+    // least, and zero, are not greater than zero.
+    const __m128i low = _mm_packs_epi32(Load(text), Load(text + 4));
+    const __m128i high = _mm_packs_epi32(Load(text + 8), Load(text + 12));
+    const __m128i bytes = _mm_packus_epi16(low, high);
+    if (_mm_movemask_epi8(_mm_cmpgt_epi8(bytes, _mm_setzero_si128())) != 0xFFFF)
+        return false;
+    Store(to, bytes);
+    return true;
+}
+
+__attribute__((target("avx2"))) inline __m256i NarrowedPair(const wchar_t* text)
+{
+    const auto load = reinterpret_cast<const __m256i*>(text);
+    const __m256i low = _mm256_packs_epi32(_mm256_loadu_si256(load), _mm256_loadu_si256(load + 1));
+    const __m256i high = _mm256_packs_epi32(_mm256_loadu_si256(load + 2), _mm256_loadu_si256(load + 3));
+    return _mm256_packus_epi16(low, high);
+}
+
+// Narrows four blocks at a time while they are ASCII without a zero, and answers the elements.
+__attribute__((target("avx2"))) inline std::size_t NarrowAsciiFours(const wchar_t* text, std::size_t length,
+                                                                    char* to)
+{
+    // Either half of a vector is packed by itself.
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    // From the second time on, no load goes across two lines of the cache.
+    const std::size_t unaligned = reinterpret_cast<std::uintptr_t>(text) % sizeof(__m256i) / sizeof(wchar_t);
+    std::size_t i = 0;
+    while (length - i >= 4 * s_uBlock)
+    {
+        const __m256i first = NarrowedPair(text + i);
+        const __m256i second = NarrowedPair(text + i + 2 * s_uBlock);
+        const __m256i ascii = _mm256_cmpgt_epi8(_mm256_min_epi8(first, second), _mm256_setzero_si256());
+        if (_mm256_movemask_epi8(ascii) != -1)
+            break;
+        const auto into = reinterpret_cast<__m256i*>(to + i);
+        _mm256_storeu_si256(into, _mm256_permutevar8x32_epi32(first, order));
+        _mm256_storeu_si256(into + 1, _mm256_permutevar8x32_epi32(second, order));
+        i += 4 * s_uBlock - (i == 0 ? unaligned : 0);
+    }
+    return i;
+}
+
+#else
+
+inline bool WidenAscii(const char* text, wchar_t* to)
+{
+    unsigned char all = 0;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+        all = static_cast<unsigned char>(all | static_cast<unsigned char>(text[i]));
+    if (all > 0x7F)
+        return false;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+        to[i] = static_cast<wchar_t>(text[i]);
+    return true;
+}
+
+inline bool NarrowAscii(const wchar_t* text, char* to)
+{
+    std::uint32_t all = 0;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+    {
+        const std::uint32_t value = static_cast<std::uint32_t>(text[i]);
+        // Less one, a zero has all its bits set.
+        all |= value | (value - 1U);
+    }
+    if (all > 0x7F)
+        return false;
+    for (std::size_t i = 0; i < s_uBlock; ++i)
+        to[i] = static_cast<char>(text[i]);
+    return true;
+}
+
+#endif
+
+// Narrows what `text` begins with while it is ASCII without a zero, in whole blocks unless that is all of it,
+// and answers the elements.
+inline std::size_t NarrowAsciiRun(const wchar_t* text, std::size_t length, char* to)
+{
+    std::size_t i = 0;
+#ifdef __SSE2__
+    if (__builtin_cpu_supports("avx2"))
+        i = NarrowAsciiFours(text, length, to);
+#endif
+    while (length - i >= s_uBlock && NarrowAscii(text + i, to + i))
+        i += s_uBlock;
+    const bool tail = length - i < s_uBlock && length >= s_uBlock;
+    return tail && NarrowAscii(text + length - s_uBlock, to + length - s_uBlock) ? length : i;
+}
+
+typedef signed char ByteLanes __attribute__((vector_size(s_uBlock)));
+typedef std::int32_t CharacterLanes __attribute__((vector_size(s_uBlock)));
+
+template <class Lanes, class C>
+Lanes LoadLanes(const C* text)
+{
+    Lanes lanes;
+    std::memcpy(&lanes, text, sizeof lanes);
+    return lanes;
+}
+
+// True if the bytes are ASCII without a zero.
+inline bool IsAscii(const char* text, std::size_t length)
+{
+    const auto other = [text](std::size_t i) { return LoadLanes<ByteLanes>(text + i) <= 0; };
+    const auto any = [](ByteLanes mask)
+    {
+        std::uint64_t halves[2];
+        std::memcpy(halves, &mask, sizeof halves);
+        return (halves[0] | halves[1]) != 0;
+    };
+    std::size_t i = 0;
+    for (; length - i >= 4 * s_uBlock; i += 4 * s_uBlock)
+        if (any(other(i) | other(i + s_uBlock) | other(i + 2 * s_uBlock) | other(i + 3 * s_uBlock)))
+            return false;
+    for (; length - i >= s_uBlock; i += s_uBlock)
+        if (any(other(i)))
+            return false;
+    if (length >= s_uBlock)
+        return !any(other(length - s_uBlock));
+    while (i<length&& static_cast<signed char>(text[i])> 0)
+        ++i;
+    return i == length;
+}
+
+// The bytes that do not continue a character.
+inline std::size_t CountLeads(const char* text, std::size_t length)
+{
+    const std::size_t lanes = s_uBlock;
+    std::size_t leads = 0;
+    std::size_t i = 0;
+    while (length - i >= lanes)
+    {
+        // A lane counts to 127.
+        const std::size_t blocks = std::min<std::size_t>((length - i) / lanes, 127);
+        ByteLanes sums{};
+        for (const std::size_t end = i + blocks * lanes; i != end; i += lanes)
+            sums -= LoadLanes<ByteLanes>(text + i) > -65;
+        for (std::size_t lane = 0; lane < lanes; ++lane)
+            leads += static_cast<std::size_t>(sums[lane]);
+    }
+    for (; i < length; ++i)
+        leads += static_cast<std::size_t>(static_cast<signed char>(text[i]) > -65);
+    return leads;
+}
+
+// The bytes of the UTF-8 form; of elements that have none, some number.
+inline std::size_t CountBytes(const wchar_t* text, std::size_t length)
+{
+    const std::size_t lanes = s_uBlock / sizeof(wchar_t);
+    std::size_t bytes = length;
+    std::size_t i = 0;
+    while (length - i >= lanes)
+    {
+        // Few enough for the sum of a lane.
+        const std::size_t blocks = std::min<std::size_t>((length - i) / lanes, 1U << 20);
+        CharacterLanes sums{};
+        for (const std::size_t end = i + blocks * lanes; i != end; i += lanes)
+        {
+            const CharacterLanes values = LoadLanes<CharacterLanes>(text + i);
+            sums -= (values > 0x7F) + (values > 0x7FF) + (values > 0xFFFF);
+        }
+        for (std::size_t lane = 0; lane < lanes; ++lane)
+            bytes += static_cast<std::size_t>(sums[lane]);
+    }
+    for (; i < length; ++i)
+        bytes += static_cast<std::size_t>((text[i] > 0x7F) + (text[i] > 0x7FF) + (text[i] > 0xFFFF));
+    return bytes;
+}
+
+} // namespace Toolkit::Utf8Blocks
+
+#endif

@@ -4,11 +4,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #ifdef __SSE2__
 #include <immintrin.h>
 #endif
+
+#include "toolkit/core/Lanes.h"
 
 // What the conversion of UTF-8 does with many neighbouring elements at once. Not installed.
 namespace Toolkit::Utf8Blocks
@@ -138,55 +139,40 @@ inline std::size_t NarrowAsciiRun(const wchar_t* text, std::size_t length, char*
     return tail && NarrowAscii(text + length - s_uBlock, to + length - s_uBlock) ? length : i;
 }
 
-typedef signed char ByteLanes __attribute__((vector_size(s_uBlock)));
-typedef std::int32_t CharacterLanes __attribute__((vector_size(s_uBlock)));
-
-template <class Lanes, class C>
-Lanes LoadLanes(const C* text)
-{
-    Lanes lanes;
-    std::memcpy(&lanes, text, sizeof lanes);
-    return lanes;
-}
-
 // True if the bytes are ASCII without a zero.
 inline bool IsAscii(const char* text, std::size_t length)
 {
-    const auto other = [text](std::size_t i) { return LoadLanes<ByteLanes>(text + i) <= 0; };
-    const auto any = [](ByteLanes mask)
-    {
-        std::uint64_t halves[2];
-        std::memcpy(halves, &mask, sizeof halves);
-        return (halves[0] | halves[1]) != 0;
-    };
+    using Bytes = Detail::Lanes<char>;
+    const auto other = [text](std::size_t i) { return Bytes::Load(text + i) <= 0; };
     std::size_t i = 0;
     for (; length - i >= 4 * s_uBlock; i += 4 * s_uBlock)
-        if (any(other(i) | other(i + s_uBlock) | other(i + 2 * s_uBlock) | other(i + 3 * s_uBlock)))
+        if (Bytes::Any(other(i) | other(i + s_uBlock) | other(i + 2 * s_uBlock) | other(i + 3 * s_uBlock)))
             return false;
     for (; length - i >= s_uBlock; i += s_uBlock)
-        if (any(other(i)))
+        if (Bytes::Any(other(i)))
             return false;
     if (length >= s_uBlock)
-        return !any(other(length - s_uBlock));
-    while (i<length&& static_cast<signed char>(text[i])> 0)
-        ++i;
-    return i == length;
+        return !Bytes::Any(other(length - s_uBlock));
+    for (; i < length; ++i)
+        if (static_cast<signed char>(text[i]) <= 0)
+            return false;
+    return true;
 }
 
-// The bytes that do not continue a character.
+// The bytes that do not continue a character, which those of 80 to BF do: as signed numbers, -128 to -65.
 inline std::size_t CountLeads(const char* text, std::size_t length)
 {
-    const std::size_t lanes = s_uBlock;
+    using Bytes = Detail::Lanes<char>;
     std::size_t leads = 0;
     std::size_t i = 0;
-    while (length - i >= lanes)
+    while (length - i >= Bytes::s_uCount)
     {
         // A lane counts to 127.
-        const std::size_t blocks = std::min<std::size_t>((length - i) / lanes, 127);
-        ByteLanes sums{};
-        for (const std::size_t end = i + blocks * lanes; i != end; i += lanes)
-            sums -= LoadLanes<ByteLanes>(text + i) > -65;
-        for (std::size_t lane = 0; lane < lanes; ++lane)
+        const std::size_t blocks = std::min<std::size_t>((length - i) / Bytes::s_uCount, 127);
+        Bytes::Vector sums{};
+        for (const std::size_t end = i + blocks * Bytes::s_uCount; i != end; i += Bytes::s_uCount)
+            sums -= Bytes::Load(text + i) > -65;
+        for (std::size_t lane = 0; lane < Bytes::s_uCount; ++lane)
             leads += static_cast<std::size_t>(sums[lane]);
     }
     for (; i < length; ++i)
@@ -197,20 +183,20 @@ inline std::size_t CountLeads(const char* text, std::size_t length)
 // The bytes of the UTF-8 form; of elements that have none, some number.
 inline std::size_t CountBytes(const wchar_t* text, std::size_t length)
 {
-    const std::size_t lanes = s_uBlock / sizeof(wchar_t);
+    using Text = Detail::Lanes<wchar_t>;
     std::size_t bytes = length;
     std::size_t i = 0;
-    while (length - i >= lanes)
+    while (length - i >= Text::s_uCount)
     {
         // Few enough for the sum of a lane.
-        const std::size_t blocks = std::min<std::size_t>((length - i) / lanes, 1U << 20);
-        CharacterLanes sums{};
-        for (const std::size_t end = i + blocks * lanes; i != end; i += lanes)
+        const std::size_t blocks = std::min<std::size_t>((length - i) / Text::s_uCount, 1U << 20);
+        Text::Vector sums{};
+        for (const std::size_t end = i + blocks * Text::s_uCount; i != end; i += Text::s_uCount)
         {
-            const CharacterLanes values = LoadLanes<CharacterLanes>(text + i);
+            const Text::Vector values = Text::Load(text + i);
             sums -= (values > 0x7F) + (values > 0x7FF) + (values > 0xFFFF);
         }
-        for (std::size_t lane = 0; lane < lanes; ++lane)
+        for (std::size_t lane = 0; lane < Text::s_uCount; ++lane)
             bytes += static_cast<std::size_t>(sums[lane]);
     }
     for (; i < length; ++i)

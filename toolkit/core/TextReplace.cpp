@@ -79,7 +79,7 @@ std::size_t CopyUpTo(wchar_t element, const wchar_t* from, std::size_t length, w
     {
         const Block::Vector elements = Block::Load(from + i);
         std::memcpy(to + i, &elements, sizeof elements);
-        if (Block::Any(elements == element))
+        if (Block::Any(elements == static_cast<Block::Element>(element)))
             break;
     }
     for (; i < length && from[i] != element; ++i)

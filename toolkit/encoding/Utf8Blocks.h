@@ -20,52 +20,36 @@ const std::size_t s_uBlock = 16;
 
 #ifdef __SSE2__
 
-inline __m128i Load(const void* from)
-{
-    return _mm_loadu_si128(static_cast<const __m128i*>(from));
-}
-
-inline void Store(void* to, __m128i elements)
-{
-    _mm_storeu_si128(static_cast<__m128i*>(to), elements);
-}
-
 // Widens a block that is ASCII; of any other it answers false and writes nothing.
 inline bool WidenAscii(const char* text, wchar_t* to)
 {
-    const __m128i bytes = Load(text);
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
     if (_mm_movemask_epi8(bytes) != 0)
         return false;
     const __m128i zero = _mm_setzero_si128();
     const __m128i low = _mm_unpacklo_epi8(bytes, zero);
     const __m128i high = _mm_unpackhi_epi8(bytes, zero);
-    Store(to, _mm_unpacklo_epi16(low, zero));
-    Store(to + 4, _mm_unpackhi_epi16(low, zero));
-    Store(to + 8, _mm_unpacklo_epi16(high, zero));
-    Store(to + 12, _mm_unpackhi_epi16(high, zero));
+    const auto into = reinterpret_cast<__m128i*>(to);
+    _mm_storeu_si128(into, _mm_unpacklo_epi16(low, zero));
+    _mm_storeu_si128(into + 1, _mm_unpackhi_epi16(low, zero));
+    _mm_storeu_si128(into + 2, _mm_unpacklo_epi16(high, zero));
+    _mm_storeu_si128(into + 3, _mm_unpackhi_epi16(high, zero));
     return true;
 }
 
 // Narrows a block that is ASCII without a zero; of any other it answers false and writes nothing.
 inline bool NarrowAscii(const wchar_t* text, char* to)
 {
+    const auto from = reinterpret_cast<const __m128i*>(text);
     // Values that do not fit are cut to the greatest or the least, so that none of them becomes ASCII; the
     // least, and zero, are not greater than zero.
-    const __m128i low = _mm_packs_epi32(Load(text), Load(text + 4));
-    const __m128i high = _mm_packs_epi32(Load(text + 8), Load(text + 12));
+    const __m128i low = _mm_packs_epi32(_mm_loadu_si128(from), _mm_loadu_si128(from + 1));
+    const __m128i high = _mm_packs_epi32(_mm_loadu_si128(from + 2), _mm_loadu_si128(from + 3));
     const __m128i bytes = _mm_packus_epi16(low, high);
     if (_mm_movemask_epi8(_mm_cmpgt_epi8(bytes, _mm_setzero_si128())) != 0xFFFF)
         return false;
-    Store(to, bytes);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
     return true;
-}
-
-__attribute__((target("avx2"))) inline __m256i NarrowedPair(const wchar_t* text)
-{
-    const auto load = reinterpret_cast<const __m256i*>(text);
-    const __m256i low = _mm256_packs_epi32(_mm256_loadu_si256(load), _mm256_loadu_si256(load + 1));
-    const __m256i high = _mm256_packs_epi32(_mm256_loadu_si256(load + 2), _mm256_loadu_si256(load + 3));
-    return _mm256_packus_epi16(low, high);
 }
 
 // Narrows four blocks at a time while they are ASCII without a zero, and answers the elements.
@@ -79,14 +63,22 @@ __attribute__((target("avx2"))) inline std::size_t NarrowAsciiFours(const wchar_
     std::size_t i = 0;
     while (length - i >= 4 * s_uBlock)
     {
-        const __m256i first = NarrowedPair(text + i);
-        const __m256i second = NarrowedPair(text + i + 2 * s_uBlock);
-        const __m256i ascii = _mm256_cmpgt_epi8(_mm256_min_epi8(first, second), _mm256_setzero_si256());
+        const __m256i* from = reinterpret_cast<const __m256i*>(text + i);
+        __m256i bytes[2];
+        for (__m256i& pair : bytes)
+        {
+            const __m256i low = _mm256_packs_epi32(_mm256_loadu_si256(from), _mm256_loadu_si256(from + 1));
+            const __m256i high =
+                _mm256_packs_epi32(_mm256_loadu_si256(from + 2), _mm256_loadu_si256(from + 3));
+            pair = _mm256_packus_epi16(low, high);
+            from += 4;
+        }
+        const __m256i ascii = _mm256_cmpgt_epi8(_mm256_min_epi8(bytes[0], bytes[1]), _mm256_setzero_si256());
         if (_mm256_movemask_epi8(ascii) != -1)
             break;
         const auto into = reinterpret_cast<__m256i*>(to + i);
-        _mm256_storeu_si256(into, _mm256_permutevar8x32_epi32(first, order));
-        _mm256_storeu_si256(into + 1, _mm256_permutevar8x32_epi32(second, order));
+        _mm256_storeu_si256(into, _mm256_permutevar8x32_epi32(bytes[0], order));
+        _mm256_storeu_si256(into + 1, _mm256_permutevar8x32_epi32(bytes[1], order));
         i += 4 * s_uBlock - (i == 0 ? unaligned : 0);
     }
     return i;

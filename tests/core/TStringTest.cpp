@@ -461,7 +461,7 @@ TEST(TString, ReplaceDoesWhatThePlainFormDoesWithLongRandomText)
     };
     for (int round = 0; round < 4000; ++round)
     {
-        const unsigned int letters = 2 + round % 8;
+        const unsigned int letters = 2 + static_cast<unsigned int>(round) % 8;
         std::wstring plain = make(400, letters);
         const std::wstring what = make(3, letters);
         const std::wstring with = make(random() % 8 == 0 ? 300 : 9, letters + 2);

@@ -463,6 +463,45 @@ TEST(TString, ReplaceDoesWhatThePlainFormDoesWithRandomText)
     }
 }
 
+TEST(TString, ReplaceDoesWhatThePlainFormDoesWithLongRandomText)
+{
+    std::mt19937 random(43);
+    const auto make = [&](std::size_t longest, unsigned int letters)
+    {
+        std::wstring text(random() % (longest + 1), L'a');
+        for (wchar_t& element : text)
+            element = static_cast<wchar_t>(L'a' + random() % letters);
+        return text;
+    };
+    for (int round = 0; round < 4000; ++round)
+    {
+        const unsigned int letters = 2 + static_cast<unsigned int>(round) % 8;
+        std::wstring plain = make(400, letters);
+        const std::wstring what = make(3, letters);
+        const std::wstring with = make(random() % 8 == 0 ? 300 : 9, letters + 2);
+        Text fast(plain);
+        if (with.find(what) != with.npos || !PlainReplace(plain, what, with, 2000))
+            continue;
+        fast.Replace(what, with);
+        ASSERT_EQ(plain, fast) << round;
+    }
+}
+
+TEST(TString, ReplaceFindsEveryPlace)
+{
+    for (std::size_t length = 3; length < 40; ++length)
+        for (std::size_t at = 0; at + 3 <= length; ++at)
+            for (const std::wstring with : {L"", L"x", L"xyz", L"wvxyz"})
+            {
+                std::wstring expected(length, L'.');
+                Text text(expected.substr(3));
+                text.insert(at, L"abc");
+                expected.replace(at, 3, with);
+                text.Replace(L"abc", with);
+                ASSERT_EQ(expected, text) << length << " at " << at;
+            }
+}
+
 TEST(TString, ReplaceTakesNoLongerThanTheTextIsLong)
 {
     const std::size_t count = 500000;

@@ -270,6 +270,82 @@ TEST(UTF8, EncodesACharacterAnywhereInTextOfSeveralParts)
         }
 }
 
+TEST(UTF8, DecodesEveryFourBytesAtEveryPlaceAsThePlainFormDoes)
+{
+    const std::string bytes("\0a\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xED\xEF\xF0\xF4\xF5\xF8\xFF",
+                            21);
+    std::string four(4, 'x');
+    for (const char first : bytes)
+        for (const char second : bytes)
+            for (const char third : bytes)
+                for (const char fourth : bytes)
+                {
+                    four = {first, second, third, fourth};
+                    const std::wstring plain = ToolkitTest::PlainUtf8::Decode(four);
+                    // What follows a text that is invalid or ends at a zero makes no difference.
+                    const bool goesOn = plain.size() > 0 && four.find('\0') == four.npos;
+                    for (const std::size_t before : {0UL, 12UL, 13UL, 14UL, 15UL, 61UL})
+                    {
+                        const std::wstring expected =
+                            plain.empty() && first != '\0'
+                                ? std::wstring()
+                                : std::wstring(before, L'x') + plain + (goesOn ? L"yz" : L"");
+                        ASSERT_EQ(expected, UTF8::ToUNICODE(std::string(before, 'x') + four + "yz"))
+                            << before << testing::PrintToString(four);
+                    }
+                }
+}
+
+TEST(UTF8, ConvertsRandomTextsOfAllLengthsAsThePlainFormDoes)
+{
+    std::mt19937 random(5);
+    for (int round = 0; round < 6000; ++round)
+    {
+        // From ASCII alone to hardly any; some with a zero or what is no character.
+        const std::size_t other = std::size_t{1} << random() % 12;
+        const bool broken = random() % 8 == 0;
+        std::wstring wide;
+        for (std::size_t left = random() % (round % 8 == 0 ? 1500 : 90); left > 0; --left)
+            wide +=
+                static_cast<wchar_t>(random() % other != 0 ? 1 + random() % 0x7F : RandomCharacter(random));
+        if (broken && !wide.empty())
+            wide[random() % wide.size()] = static_cast<wchar_t>(random() % 2 == 0 ? 0 : 0xD800 + random());
+        const std::string encoded = ToolkitTest::PlainUtf8::Encode(wide);
+        ASSERT_EQ(encoded, UTF8::ToUTF8(wide)) << round;
+        std::string narrow = encoded;
+        if (broken && !narrow.empty())
+            narrow[random() % narrow.size()] = static_cast<char>(random());
+        ASSERT_EQ(ToolkitTest::PlainUtf8::Decode(narrow), UTF8::ToUNICODE(narrow)) << round;
+    }
+}
+
+TEST(UTF8, DecodesACharacterAnywhereInLongText)
+{
+    const std::string longText(1100, 'x');
+    const std::string characters[] = {std::string(1, '\0'), "\xC3\xA4", "\xE4\xB8\x80", "\xF4\x8F\xBF\xBF",
+                                      "\xED\xA0\x80"};
+    for (const std::string& character : characters)
+        for (std::size_t place = 0; place < longText.size(); ++place)
+        {
+            std::string text = longText;
+            text.replace(place, 1, character);
+            ASSERT_EQ(ToolkitTest::PlainUtf8::Decode(text), UTF8::ToUNICODE(text)) << place;
+        }
+}
+
+TEST(UTF8, TakesNoMoreMemoryThanALongTextNeeds)
+{
+    const std::wstring ascii(1000, L'a');
+    for (const std::wstring& wide : {ascii, L"\u00E4" + ascii, ascii + L"\u00E4", ascii + L"\u4E00" + ascii})
+    {
+        const TString<char> narrow = UTF8::ToUTF8(wide);
+        EXPECT_EQ(narrow.size(), narrow.capacity());
+        const TString<wchar_t> again = UTF8::ToUNICODE(narrow);
+        EXPECT_EQ(wide, again);
+        EXPECT_EQ(again.size(), again.capacity());
+    }
+}
+
 TEST(UTF8, HasToBeUTF8WhenTheLengthChanges)
 {
     EXPECT_FALSE(UTF8::HasToBeUTF8(L""));

@@ -1,14 +1,27 @@
 #include "toolkit/core/TString.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <string>
 #include <utility>
 #include <vector>
+
+#include "toolkit/core/Lanes.h"
 
 namespace Toolkit::Detail
 {
 
 namespace
 {
+
+bool Equal(const wchar_t* a, const wchar_t* b, std::size_t count)
+{
+    std::size_t same = 0;
+    while (same < count && a[same] == b[same])
+        ++same;
+    return same == count;
+}
 
 // Which matches a replacement can make with its neighbours, where neither of `what` and `with` holds the
 // other.
@@ -27,14 +40,15 @@ public:
     }
 
     // True when the replacement may have made a match with what stands before it or with what follows.
-    bool MayMatch(const std::wstring& before, const wchar_t* after, std::size_t afterLength) const
+    bool MayMatch(const wchar_t* before, std::size_t beforeLength, const wchar_t* after,
+                  std::size_t afterLength) const
     {
+        const wchar_t* const what = m_what.data();
         for (const std::size_t count : m_begins)
-            if (before.size() >= count && before.compare(before.size() - count, count, m_what, 0, count) == 0)
+            if (beforeLength >= count && Equal(before + beforeLength - count, what, count))
                 return true;
         for (const std::size_t count : m_ends)
-            if (afterLength >= m_what.size() - count &&
-                std::char_traits<wchar_t>::compare(after, &m_what[count], m_what.size() - count) == 0)
+            if (afterLength >= m_what.size() - count && Equal(after, what + count, m_what.size() - count))
                 return true;
         return false;
     }
@@ -47,11 +61,79 @@ private:
     std::vector<std::size_t> m_ends;
 };
 
+using Block = Lanes<wchar_t>;
+
+// Copies whole blocks, the last of which may go beyond the length.
+void CopyBlocks(const wchar_t* from, std::size_t length, wchar_t* to)
+{
+    for (std::size_t i = 0; i < length; i += Block::s_uCount)
+        std::memcpy(to + i, from + i, sizeof(Block::Vector));
+}
+
+// Copies up to the first such element and answers where that is; `length` if there is none. A block of `to`
+// may be overwritten up to its end.
+std::size_t CopyUpTo(wchar_t element, const wchar_t* from, std::size_t length, wchar_t* to)
+{
+    std::size_t i = 0;
+    for (; length - i >= Block::s_uCount; i += Block::s_uCount)
+    {
+        const Block::Vector elements = Block::Load(from + i);
+        std::memcpy(to + i, &elements, sizeof elements);
+        if (Block::Any(elements == static_cast<Block::Element>(element)))
+            break;
+    }
+    for (; i < length && from[i] != element; ++i)
+        to[i] = from[i];
+    return i;
+}
+
+// For replacements that make no match with their neighbours: false, with the text as it was, as soon as one
+// may.
+bool ReplaceApart(std::wstring& text, const std::wstring& what, const std::wstring& with,
+                  const Overlaps& overlaps)
+{
+    std::wstring blocks(with);
+    blocks.resize(with.size() + Block::s_uCount);
+    // Always room for a replacement more, and some where it is longer.
+    const std::size_t more = with.size() > what.size() ? text.size() / 4 : 0;
+    std::wstring result(text.size() + more + blocks.size(), L'\0');
+    std::size_t done = 0;
+    const wchar_t* next = text.data();
+    const wchar_t* const end = next + text.size();
+    while (next != end)
+    {
+        if (result.size() - done <= blocks.size())
+            result.resize(2 * result.size() + blocks.size());
+        const std::size_t left = static_cast<std::size_t>(end - next);
+        const std::size_t length = std::min(left, result.size() - blocks.size() - done);
+        const std::size_t copied = CopyUpTo(what[0], next, length, &result[done]);
+        next += copied;
+        done += copied;
+        if (copied == length)
+            continue;
+        if (left - copied < what.size() || !Equal(next, what.data(), what.size()))
+        {
+            result[done++] = *next++;
+            continue;
+        }
+        next += what.size();
+        if (overlaps.MayMatch(result.data(), done, next, static_cast<std::size_t>(end - next)))
+            return false;
+        CopyBlocks(blocks.data(), with.size(), &result[done]);
+        done += with.size();
+    }
+    result.resize(done);
+    text = std::move(result);
+    return true;
+}
+
 // Goes through the text once: `result` holds no match, and what a replacement may have made a match with is
 // looked at again element by element.
 void ReplaceOnce(std::wstring& text, const std::wstring& what, const std::wstring& with)
 {
     const Overlaps overlaps(what, with);
+    if (ReplaceApart(text, what, with, overlaps))
+        return;
     std::wstring result;
     // Some room for a replacement that is longer.
     result.reserve(text.size() + (with.size() > what.size() ? text.size() / 4 : 0));
@@ -62,7 +144,7 @@ void ReplaceOnce(std::wstring& text, const std::wstring& what, const std::wstrin
     {
         result.append(text, next, found - next);
         next = found + what.size();
-        if (!overlaps.MayMatch(result, &text[next], text.size() - next))
+        if (!overlaps.MayMatch(result.data(), result.size(), &text[next], text.size() - next))
         {
             result += with;
             continue;

@@ -1,9 +1,9 @@
 #include "toolkit/core/TString.h"
 
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
 
+#include "toolkit/core/Lanes.h"
 #include "toolkit/core/NarrowFold.h"
 
 namespace Toolkit::Detail
@@ -12,31 +12,14 @@ namespace Toolkit::Detail
 namespace
 {
 
-// A few neighbouring elements, compared at once.
+// All ones where the element is `a` or `b`.
 template <class C>
-struct Lanes
+typename Lanes<C>::Vector Either(const C* text, C a, C b)
 {
-    using Element = std::conditional_t<sizeof(C) == 1, signed char, std::int32_t>;
-    typedef Element Vector __attribute__((vector_size(16)));
-
-    static const std::size_t s_uCount = sizeof(Vector) / sizeof(C);
-
-    // All ones where the element is `a` or `b`.
-    static Vector Either(const C* text, C a, C b)
-    {
-        Vector elements;
-        std::memcpy(&elements, text, sizeof elements);
-        return (elements == (Vector{} + static_cast<Element>(a))) |
-               (elements == (Vector{} + static_cast<Element>(b)));
-    }
-
-    static bool Any(Vector mask)
-    {
-        std::uint64_t halves[2];
-        std::memcpy(halves, &mask, sizeof halves);
-        return (halves[0] | halves[1]) != 0;
-    }
-};
+    using Element = typename Lanes<C>::Element;
+    const typename Lanes<C>::Vector elements = Lanes<C>::Load(text);
+    return (elements == static_cast<Element>(a)) | (elements == static_cast<Element>(b));
+}
 
 // Two elements; a third one that would belong to them makes the pair incomplete.
 template <class C>
@@ -62,7 +45,7 @@ Pair<C> SameFold(C folded, const NarrowFold& fold)
     Pair<C> pair{folded, folded, true};
     for (std::size_t block = 0; block < candidates; block += Table::s_uCount)
     {
-        if (!Table::Any(Table::Either(fold.Table() + block, a, b)))
+        if (!Table::Any(Either(fold.Table() + block, a, b)))
             continue;
         for (std::size_t i = block; i < block + Table::s_uCount; ++i)
         {
@@ -104,8 +87,7 @@ bool SearchEnds(const C* text, std::size_t starts, const C* what, std::size_t co
     std::size_t at = 0;
     for (; starts - at >= Text::s_uCount; at += Text::s_uCount)
     {
-        if (!Text::Any(Text::Either(text + at, first.a, first.b) &
-                       Text::Either(text + at + toLast, last.a, last.b)))
+        if (!Text::Any(Either(text + at, first.a, first.b) & Either(text + at + toLast, last.a, last.b)))
             continue;
         for (std::size_t i = at; i < at + Text::s_uCount; ++i)
             if (first.Has(text[i]) && last.Has(text[i + toLast]) && SameFolded(text + i, what, count, fold))

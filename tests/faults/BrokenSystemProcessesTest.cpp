@@ -43,11 +43,10 @@ bool MustSucceed()
            !FailingSystem::HasFailed();
 }
 
-// Once all goes wrong, nobody is answered.
-unsigned int Patience()
+// Once all goes wrong nobody is answered, which need not be waited for; a busy machine may be as slow.
+bool IsHurried()
 {
-    return FailingSystem::IsOnwards() && FailingSystem::GetFault() != FailingSystem::Short ? s_uImpatience
-                                                                                           : s_uPatience;
+    return FailingSystem::IsOnwards() && FailingSystem::GetFault() != FailingSystem::Short;
 }
 
 // A home folder and a folder for what is tested. Whatever is said of errors fails the test.
@@ -147,7 +146,7 @@ protected:
         const auto count = std::count(heard.begin(), heard.end(), L"open x");
         EXPECT_EQ(heard.size(), static_cast<std::size_t>(count) + 1);
         EXPECT_LE(count, sent ? 1 : 0);
-        EXPECT_TRUE(count == 1 || !MustSucceed());
+        EXPECT_TRUE(count == 1 || !sent || !MustSucceed());
     }
 
     const std::wstring m_service = m_folder.Wide("s");
@@ -325,8 +324,9 @@ TEST_F(BrokenSystemIPC, CommandArrivesOnceOrTheAnswerIsFalse)
         ASSERT_TRUE(server.Run());
         bool sent = false;
         // On this thread the server takes its clients while they wait.
-        faults([&] { sent = IPCClient::Connect(service, L"open x", Patience()); });
-        EXPECT_TRUE(sent || !MustSucceed());
+        faults([&]
+               { sent = IPCClient::Connect(service, L"open x", IsHurried() ? s_uImpatience : s_uPatience); });
+        EXPECT_TRUE(sent || !MustSucceed() || IsHurried());
         ExpectServed(server, service);
         ExpectHeard(server, sent);
     };

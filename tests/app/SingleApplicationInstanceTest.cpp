@@ -4,6 +4,12 @@
 #include <type_traits>
 
 #include <gtest/gtest.h>
+#include <wx/app.h>
+// The checker's header asks the application object, by a cast to the class of the graphical library, whose
+// type information the sanitizers would look for.
+#undef wxTheApp
+#define wxTheApp wxAppConsole::GetInstance()
+#include <wx/snglinst.h>
 
 #include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
@@ -41,11 +47,11 @@ protected:
         PathManager::s_pInstance = nullptr;
     }
 
-    bool IsLockThere() const
+    std::string LockPath() const
     {
-        return std::filesystem::exists(
-            m_home.Path(UTF8::ToUTF8((*PathManager::s_pInstance)->GetUniqueInstanceName())));
+        return m_home.Path(UTF8::ToUTF8((*PathManager::s_pInstance)->GetUniqueInstanceName()));
     }
+    bool IsLockThere() const { return std::filesystem::exists(LockPath()); }
 
     TemporaryFolder m_home;
     const ScopedEnvironment m_environment{"HOME", m_home.Path().c_str()};
@@ -76,6 +82,38 @@ TEST_F(SingleApplicationInstanceTest, FurtherObjectsOfTheProcessAreNoOtherInstan
     EXPECT_FALSE(SingleApplicationInstance().IsAlreadyRunning());
     EXPECT_TRUE(IsLockThere());
     EXPECT_TRUE(InChild([] { return SingleApplicationInstance().IsAlreadyRunning(); }));
+}
+
+// A host of an older kind may stand at the same path.
+TEST_F(SingleApplicationInstanceTest, AndACheckerOfTheBaseLibrarySeeEachOther)
+{
+    const auto isSeenByChecker = [this]
+    {
+        wxSingleInstanceChecker checker;
+        return checker.Create((*PathManager::s_pInstance)->GetUniqueInstanceName(), m_home.Path()) &&
+               checker.IsAnotherRunning();
+    };
+    {
+        const SingleApplicationInstance instance;
+        EXPECT_TRUE(InChild(isSeenByChecker));
+    }
+    EXPECT_FALSE(isSeenByChecker());
+    wxSingleInstanceChecker checker;
+    ASSERT_TRUE(checker.Create((*PathManager::s_pInstance)->GetUniqueInstanceName(), m_home.Path()));
+    EXPECT_TRUE(InChild([] { return SingleApplicationInstance().IsAlreadyRunning(); }));
+    EXPECT_TRUE(IsLockThere());
+}
+
+TEST_F(SingleApplicationInstanceTest, RemovesNoLockButItsOwn)
+{
+    const std::string other = m_home.Path("other");
+    ToolkitTest::WriteBytes(other, "1");
+    {
+        const SingleApplicationInstance instance;
+        EXPECT_TRUE(IsLockThere());
+        std::filesystem::rename(other, LockPath());
+    }
+    EXPECT_EQ("1", ToolkitTest::ReadBytes(LockPath()));
 }
 
 TEST_F(SingleApplicationInstanceTest, IsFirstWithoutAPathManager)

@@ -53,6 +53,7 @@ unsigned long RunThrough(const SystemOperation& operation, const Kind& kind)
         const std::string where = std::string(operation.name) + ", " + kind.name + " at call " +
                                   std::to_string(failing) + ", " + FailingSystem::GetFailed();
         EXPECT_EQ(before, CountDescriptors()) << where;
+        EXPECT_FALSE(FailingSystem::HasClosedStrange()) << where;
         if (testing::Test::HasFailure())
             std::cout << "failed after " << where << std::endl;
     }

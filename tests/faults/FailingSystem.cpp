@@ -3,15 +3,23 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/timerfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,23 +29,42 @@ namespace ToolkitTest
 namespace
 {
 
-thread_local bool t_bSpared = false;
 std::atomic<bool> s_bArmed{false};
-std::atomic<bool> s_bOnwards{false};
-std::atomic<std::uint32_t> s_uFault{0};
-std::atomic<unsigned long> s_uFailing{0};
-std::atomic<unsigned long> s_uCount{0};
-// Those that failed, in their order; later ones are forgotten.
-const std::size_t s_uMostFailed = 256;
-std::atomic<const char*> s_failed[s_uMostFailed];
-std::atomic<std::size_t> s_uFailed{0};
+thread_local bool t_bSpared = false;
 
-int ErrorOf(std::uint32_t fault)
+// What a forked process shares with the one that it comes from.
+struct State
+{
+    static const std::size_t s_uMostFailed = 256;
+
+    std::atomic<bool> m_bOnwards{false};
+    std::atomic<std::uint32_t> m_uFault{0};
+    std::atomic<unsigned long> m_uFailing{0};
+    std::atomic<unsigned long> m_uCount{0};
+    // Those that failed, in their order; later ones are forgotten.
+    std::atomic<const char*> m_failed[s_uMostFailed] = {};
+    std::atomic<std::size_t> m_uFailed{0};
+    std::atomic<bool> m_bClosedStrange{false};
+};
+
+// Null until something is set, for the calls that are made before `main`.
+std::atomic<State*> s_pState{nullptr};
+
+State& GetState()
+{
+    static void* const memory =
+        mmap(nullptr, sizeof(State), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    static State* const state = new (memory) State;
+    s_pState = state;
+    return *state;
+}
+
+int ErrorOf(std::uint32_t fault, int noSpace)
 {
     switch (fault)
     {
     case FailingSystem::NoSpace:
-        return ENOSPC;
+        return noSpace;
     case FailingSystem::Broken:
         return EIO;
     case FailingSystem::Interrupted:
@@ -49,18 +76,24 @@ int ErrorOf(std::uint32_t fault)
 
 } // namespace
 
-// True when this call fails; `faults` are those that it knows.
-bool Fails(const char* call, std::uint32_t faults)
+// True when this call fails; `faults` are those that it knows, and `noSpace` is its error of the first kind.
+bool Fails(const char* call, std::uint32_t faults, int noSpace = ENOSPC)
 {
-    if (!s_bArmed || t_bSpared || (faults & s_uFault) == 0)
+    State* const state = s_pState;
+    if (state == nullptr || !s_bArmed || t_bSpared)
         return false;
-    const unsigned long number = ++s_uCount;
-    if (s_bOnwards ? number < s_uFailing : number != s_uFailing)
+    const std::uint32_t fault = state->m_uFault;
+    if (((faults | FailingSystem::Killed) & fault) == 0)
         return false;
-    const std::size_t place = s_uFailed++;
-    if (place < s_uMostFailed)
-        s_failed[place] = call;
-    errno = ErrorOf(s_uFault);
+    const unsigned long number = ++state->m_uCount;
+    if (state->m_bOnwards ? number < state->m_uFailing : number != state->m_uFailing)
+        return false;
+    const std::size_t place = state->m_uFailed++;
+    if (place < State::s_uMostFailed)
+        state->m_failed[place] = call;
+    if (fault == FailingSystem::Killed)
+        kill(getpid(), SIGKILL);
+    errno = ErrorOf(fault, noSpace);
     return true;
 }
 
@@ -72,26 +105,34 @@ std::size_t PartOf(std::size_t count)
 
 bool IsShort()
 {
-    return s_uFault == FailingSystem::Short;
+    return FailingSystem::GetFault() == FailingSystem::Short;
+}
+
+void NoteClosed(int answer)
+{
+    if (State* const state = s_pState; state != nullptr && answer != 0 && errno == EBADF)
+        state->m_bClosedStrange = true;
 }
 
 void FailingSystem::Set(unsigned long failing, Fault fault, bool onwards)
 {
-    s_uFailing = failing;
-    s_uFault = fault;
-    s_bOnwards = onwards;
-    s_uCount = 0;
-    s_uFailed = 0;
+    State& state = GetState();
+    state.m_uFailing = failing;
+    state.m_uFault = fault;
+    state.m_bOnwards = onwards;
+    state.m_uCount = 0;
+    state.m_uFailed = 0;
+    state.m_bClosedStrange = false;
 }
 
 FailingSystem::Fault FailingSystem::GetFault()
 {
-    return static_cast<Fault>(s_uFault.load());
+    return static_cast<Fault>(GetState().m_uFault.load());
 }
 
 bool FailingSystem::IsOnwards()
 {
-    return s_bOnwards;
+    return GetState().m_bOnwards;
 }
 
 void FailingSystem::Arm()
@@ -113,19 +154,25 @@ void FailingSystem::Disarm()
 
 bool FailingSystem::HasFailed()
 {
-    return s_uFailed != 0;
+    return GetState().m_uFailed != 0;
 }
 
 bool FailingSystem::HasFailed(const char* call)
 {
-    const std::size_t count = std::min<std::size_t>(s_uFailed, s_uMostFailed);
-    return std::any_of(s_failed, s_failed + count,
+    const State& state = GetState();
+    const std::size_t count = std::min<std::size_t>(state.m_uFailed, State::s_uMostFailed);
+    return std::any_of(state.m_failed, state.m_failed + count,
                        [call](const char* failed) { return std::strcmp(failed, call) == 0; });
 }
 
 const char* FailingSystem::GetFailed()
 {
-    return HasFailed() ? s_failed[0].load() : "nothing";
+    return HasFailed() ? GetState().m_failed[0].load() : "nothing";
+}
+
+bool FailingSystem::HasClosedStrange()
+{
+    return GetState().m_bClosedStrange;
 }
 
 } // namespace ToolkitTest
@@ -133,18 +180,34 @@ const char* FailingSystem::GetFailed()
 using ToolkitTest::FailingSystem;
 using ToolkitTest::Fails;
 using ToolkitTest::IsShort;
+using ToolkitTest::NoteClosed;
 using ToolkitTest::PartOf;
 
 namespace
 {
 
+// A call that never fails.
+const std::uint32_t s_uNone = 0;
 const std::uint32_t s_uChange = FailingSystem::NoSpace | FailingSystem::Broken;
 const std::uint32_t s_uWait = FailingSystem::Broken | FailingSystem::Interrupted;
 const std::uint32_t s_uOpen = FailingSystem::NoSpace | s_uWait | FailingSystem::NoDescriptors;
+// What makes a socket, or anything else that is no file.
+const std::uint32_t s_uMake = FailingSystem::NoSpace | FailingSystem::NoDescriptors;
 const std::uint32_t s_uWrite = FailingSystem::NoSpace | s_uWait | FailingSystem::Short;
 
 // What the C library sets in a stream for `ferror` to answer.
 const int s_iErrorSeen = 0x20;
+
+// Pipes and counters that are not full, like those that wake loops up, take and give what they are asked to.
+std::uint32_t OnlyOfFiles(int descriptor, std::uint32_t faults)
+{
+    static const auto next = reinterpret_cast<int (*)(int, struct stat*)>(dlsym(RTLD_NEXT, "fstat64"));
+    struct stat status = {};
+    const int error = errno;
+    const bool isFile = next(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    errno = error;
+    return isFile ? faults : s_uNone;
+}
 
 template <class Function>
 Function* Next(Function*, const char* name)
@@ -177,6 +240,7 @@ extern "C"
         const bool fails = Fails("close", s_uWait | FailingSystem::NoSpace);
         const int error = errno;
         const int answer = next(descriptor);
+        NoteClosed(answer);
         if (!fails)
             return answer;
         errno = error;
@@ -186,7 +250,7 @@ extern "C"
     ssize_t read(int descriptor, void* buffer, size_t count)
     {
         NEXT(read, "read");
-        if (!Fails("read", s_uWait | FailingSystem::Short))
+        if (!Fails("read", OnlyOfFiles(descriptor, s_uWait | FailingSystem::Short)))
             return next(descriptor, buffer, count);
         return IsShort() ? next(descriptor, buffer, std::max(PartOf(count), size_t{1})) : -1;
     }
@@ -202,7 +266,7 @@ extern "C"
     ssize_t write(int descriptor, const void* buffer, size_t count)
     {
         NEXT(write, "write");
-        if (!Fails("write", s_uWrite))
+        if (!Fails("write", OnlyOfFiles(descriptor, s_uWrite)))
             return next(descriptor, buffer, count);
         return IsShort() ? next(descriptor, buffer, std::max(PartOf(count), size_t{1})) : -1;
     }
@@ -334,6 +398,139 @@ extern "C"
         return EOF;
     }
 
+    int fcntl(int descriptor, int command, ...)
+    {
+        NEXT(fcntl, "fcntl64");
+        va_list arguments;
+        va_start(arguments, command);
+        void* const argument = va_arg(arguments, void*);
+        va_end(arguments);
+        const bool locks = command == F_SETLK || command == F_GETLK;
+        return Fails("fcntl", locks ? FailingSystem::NoSpace : s_uNone, ENOLCK)
+                   ? -1
+                   : next(descriptor, command, argument);
+    }
+
+    int socket(int family, int type, int protocol) noexcept
+    {
+        NEXT(socket, "socket");
+        return Fails("socket", s_uMake, ENOBUFS) ? -1 : next(family, type, protocol);
+    }
+
+    int connect(int socket, const sockaddr* address, socklen_t size)
+    {
+        NEXT(connect, "connect");
+        return Fails("connect", s_uWait | FailingSystem::NoSpace, ENOMEM) ? -1 : next(socket, address, size);
+    }
+
+    int bind(int socket, const sockaddr* address, socklen_t size) noexcept
+    {
+        NEXT(bind, "bind");
+        return Fails("bind", s_uChange) ? -1 : next(socket, address, size);
+    }
+
+    int listen(int socket, int most) noexcept
+    {
+        NEXT(listen, "listen");
+        return Fails("listen", FailingSystem::NoSpace, ENOBUFS) ? -1 : next(socket, most);
+    }
+
+    int accept4(int socket, sockaddr* address, socklen_t* size, int flags)
+    {
+        NEXT(accept4, "accept4");
+        return Fails("accept", s_uMake | s_uWait, ENOBUFS) ? -1 : next(socket, address, size, flags);
+    }
+
+    ssize_t send(int socket, const void* data, size_t count, int flags)
+    {
+        NEXT(send, "send");
+        if (!Fails("send", s_uWrite, ENOBUFS))
+            return next(socket, data, count, flags);
+        return IsShort() ? next(socket, data, std::max(PartOf(count), size_t{1}), flags) : -1;
+    }
+
+    ssize_t recv(int socket, void* buffer, size_t count, int flags)
+    {
+        NEXT(recv, "recv");
+        if (!Fails("recv", s_uWrite, ENOMEM))
+            return next(socket, buffer, count, flags);
+        // So little is rarely there that half of what is asked for would be less.
+        return IsShort() ? next(socket, buffer, std::min(count, size_t{1}), flags) : -1;
+    }
+
+    int getsockopt(int socket, int level, int option, void* value, socklen_t* size) noexcept
+    {
+        NEXT(getsockopt, "getsockopt");
+        return Fails("getsockopt", FailingSystem::NoSpace, ENOMEM) ? -1
+                                                                   : next(socket, level, option, value, size);
+    }
+
+    int setsockopt(int socket, int level, int option, const void* value, socklen_t size) noexcept
+    {
+        NEXT(setsockopt, "setsockopt");
+        return Fails("setsockopt", FailingSystem::NoSpace, ENOMEM) ? -1
+                                                                   : next(socket, level, option, value, size);
+    }
+
+    int shutdown(int socket, int how) noexcept
+    {
+        NEXT(shutdown, "shutdown");
+        Fails("shutdown", s_uNone);
+        return next(socket, how);
+    }
+
+    int poll(pollfd* descriptors, nfds_t count, int milliseconds)
+    {
+        NEXT(poll, "poll");
+        return Fails("poll", FailingSystem::Interrupted | FailingSystem::NoSpace, ENOMEM)
+                   ? -1
+                   : next(descriptors, count, milliseconds);
+    }
+
+    int epoll_create(int size) noexcept
+    {
+        NEXT(epoll_create, "epoll_create");
+        return Fails("epoll_create", s_uMake, ENOMEM) ? -1 : next(size);
+    }
+
+    int epoll_create1(int flags) noexcept
+    {
+        NEXT(epoll_create1, "epoll_create1");
+        return Fails("epoll_create", s_uMake, ENOMEM) ? -1 : next(flags);
+    }
+
+    int epoll_ctl(int poll, int operation, int descriptor, epoll_event* event) noexcept
+    {
+        NEXT(epoll_ctl, "epoll_ctl");
+        return Fails("epoll_ctl", operation == EPOLL_CTL_ADD ? FailingSystem::NoSpace : s_uNone)
+                   ? -1
+                   : next(poll, operation, descriptor, event);
+    }
+
+    int epoll_wait(int poll, epoll_event* events, int most, int milliseconds)
+    {
+        NEXT(epoll_wait, "epoll_wait");
+        return Fails("epoll_wait", FailingSystem::Interrupted) ? -1 : next(poll, events, most, milliseconds);
+    }
+
+    int timerfd_create(clockid_t clock, int flags) noexcept
+    {
+        NEXT(timerfd_create, "timerfd_create");
+        return Fails("timerfd_create", s_uMake, ENOMEM) ? -1 : next(clock, flags);
+    }
+
+    int eventfd(unsigned int count, int flags) noexcept
+    {
+        NEXT(eventfd, "eventfd");
+        return Fails("eventfd", s_uMake, ENOMEM) ? -1 : next(count, flags);
+    }
+
+    int pipe(int* ends) noexcept
+    {
+        NEXT(pipe, "pipe");
+        return Fails("pipe", FailingSystem::NoDescriptors) ? -1 : next(ends);
+    }
+
     pid_t fork() noexcept
     {
         NEXT(fork, "fork");
@@ -341,6 +538,19 @@ extern "C"
             return next();
         errno = EAGAIN;
         return -1;
+    }
+
+    // A copy of the process does what a child that borrows its memory may do.
+    pid_t vfork() noexcept
+    {
+        return fork();
+    }
+
+    int execv(const char* path, char* const* arguments) noexcept
+    {
+        NEXT(execv, "execv");
+        return Fails("execv", FailingSystem::Broken | FailingSystem::NoDescriptors) ? -1
+                                                                                    : next(path, arguments);
     }
 
     pid_t waitpid(pid_t child, int* status, int options)

@@ -7,19 +7,23 @@ namespace ToolkitTest
 {
 
 // The calls of the system and of the C library's files in a program that links FailingSystem.cpp: they are
-// counted while the system is armed, and one of them fails, or one and all later ones.
+// counted while the system is armed, and one of them fails, or one and all later ones. A forked process is
+// armed as the other is, and goes on with the same count.
 class FailingSystem
 {
 public:
     // A call fails only in ways in which it can fail.
     enum Fault : std::uint32_t
     {
-        // ENOSPC, EIO, EINTR, EMFILE (EAGAIN for a fork), and less transferred than asked for.
+        // ENOSPC (no memory in the system for a socket), EIO, EINTR, EMFILE (EAGAIN for a fork), and less
+        // transferred than asked for.
         NoSpace = 1,
         Broken = 2,
         Interrupted = 4,
         NoDescriptors = 8,
-        Short = 16
+        Short = 16,
+        // The process is killed before the call, whichever it is.
+        Killed = 32
     };
 
     // Begins to count anew the calls that can fail so; the one of that number, from 1, does.
@@ -39,6 +43,9 @@ public:
     static bool HasFailed();
     static bool HasFailed(const char* call);
     static const char* GetFailed();
+
+    // True when a descriptor was closed since `Set` that was not open, and so might have been another's.
+    static bool HasClosedStrange();
 };
 
 } // namespace ToolkitTest

@@ -1,7 +1,9 @@
 #include "tests/support/TemporaryFolder.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -16,6 +18,13 @@
 
 namespace ToolkitTest
 {
+
+namespace
+{
+
+const unsigned int s_uAnother = 65534;
+
+} // namespace
 
 TemporaryFolder::TemporaryFolder()
 {
@@ -55,6 +64,14 @@ void WriteBytes(const std::string& path, const std::string& bytes)
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     ASSERT_TRUE(file) << path;
+}
+
+bool GiveToAnotherUser(const std::string& path)
+{
+    if (lchown(path.c_str(), s_uAnother, s_uAnother) == 0)
+        return true;
+    std::cout << "[ NOT RUN  ] no file of another user: " << std::strerror(errno) << std::endl;
+    return false;
 }
 
 ScopedEnvironment::ScopedEnvironment(const char* name, const char* value)

@@ -231,8 +231,7 @@ TEST_F(SingleInstanceProcess, TooLongANameMakesEveryoneFirst)
 TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
 {
     const std::string lock = LockPath();
-    const std::string contents[] = {"",
-                                    "garbage",
+    const std::string contents[] = {"garbage",
                                     "-1",
                                     "0",
                                     " " + std::to_string(getpid()),
@@ -263,9 +262,9 @@ TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
 TEST_F(SingleInstanceProcess, LockOfAProcessThatIsGoneIsTakenOver)
 {
     const std::string lock = LockPath();
-    // No process has a number this large.
-    for (const std::string& content :
-         {std::string("999999999"), std::string("999999999\n"), std::string("999999999\0", 10)})
+    // No process has a number this large; one that was killed meanwhile had not written its number.
+    for (const std::string& content : {std::string(), std::string("999999999"), std::string("999999999\n"),
+                                       std::string("999999999\0", 10)})
     {
         WriteBytes(lock, content);
         std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
@@ -338,6 +337,56 @@ TEST_F(SingleInstanceProcess, WhateverLiesWhereTheTurnIsTakenIsLeftAlone)
         EXPECT_EQ("precious", ReadBytes(other));
         std::filesystem::remove(turn);
     }
+}
+
+TEST_F(SingleInstanceProcess, AnotherUsersFilesAreLeftAlone)
+{
+    const std::string lock = LockPath();
+    const std::string turn = lock + ".turn";
+    // Process 1 is always there.
+    WriteBytes(lock, "1");
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+    if (!ToolkitTest::GiveToAnotherUser(lock))
+        return;
+    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("1", ReadBytes(lock));
+    std::filesystem::remove(lock);
+    WriteBytes(turn, "");
+    ToolkitTest::GiveToAnotherUser(turn);
+    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", first.Ask("start"));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("stopped", first.Ask("stop"));
+    EXPECT_EQ(std::vector<std::string>{turn}, Files());
+}
+
+TEST_F(SingleInstanceProcess, LockThatIsBeingWrittenIsNotTakenOver)
+{
+    const std::string lock = LockPath();
+    WriteBytes(lock, "");
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+    const auto expectLeftAlone = [&lock]
+    {
+        RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+        EXPECT_EQ("first", program.Ask("start"));
+        EXPECT_TRUE(std::filesystem::exists(lock) && std::filesystem::is_empty(lock));
+        EXPECT_EQ(0, program.End());
+        EXPECT_TRUE(std::filesystem::exists(lock));
+    };
+    // Reading the file here would give the lock up.
+    const int descriptor = open(lock.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    ASSERT_EQ(0, fcntl(descriptor, F_SETLK, &whole));
+    expectLeftAlone();
+    close(descriptor);
+    // Without a turn nobody knows whether its maker lives.
+    std::filesystem::create_directory(lock + ".turn");
+    expectLeftAlone();
+    std::filesystem::remove(lock + ".turn");
+    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    EXPECT_EQ("first", program.Ask("start"));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
 }
 
 using SingleInstanceProcessTiming = SingleInstanceProcess;

@@ -56,7 +56,7 @@ bool SendCode(int socket, IPCMessage::Code code)
     do
         sent = send(socket, &code, sizeof code, MSG_NOSIGNAL | MSG_DONTWAIT);
     while (sent == -1 && errno == EINTR);
-    return sent == sizeof code || errno != EAGAIN;
+    return sent == sizeof code || errno == EPIPE || errno == ECONNRESET;
 }
 
 // A number that the base library has no format for must not become one.

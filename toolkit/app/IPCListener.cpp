@@ -77,7 +77,10 @@ bool IPCListener::ListenAtPath(const IPCAddress& address)
         return false;
     struct stat file = {};
     if (lstat(path.c_str(), &file) != 0)
+    {
+        unlink(path.c_str());
         return false;
+    }
     m_strFile = address.GetAbsolutePath();
     m_device = file.st_dev;
     m_inode = file.st_ino;

@@ -40,16 +40,11 @@ NewDescriptors::NewDescriptors()
     }
 }
 
-void NewDescriptors::KeepFromPrograms(const std::function<bool(const char* link)>& isMeant) const
-{
-    for (const int number : m_numbers)
-        if (isMeant(("/proc/self/fd/" + std::to_string(number)).c_str()))
-            fcntl(number, F_SETFD, FD_CLOEXEC);
-}
-
 void NewDescriptors::KeepLoopFromPrograms() const
 {
-    KeepFromPrograms(&IsOfLoop);
+    for (const int number : m_numbers)
+        if (IsOfLoop(("/proc/self/fd/" + std::to_string(number)).c_str()))
+            fcntl(number, F_SETFD, FD_CLOEXEC);
 }
 
 } // namespace Toolkit

@@ -27,7 +27,7 @@ bool IsSame(const struct stat& a, const struct stat& b)
 PathLock::PathLock(const TString<char>& file, std::chrono::milliseconds limit) : m_strFile(file)
 {
     const auto end = std::chrono::steady_clock::now() + limit;
-    while (!TryLock() && errno == EWOULDBLOCK && std::chrono::steady_clock::now() < end)
+    while (!TryLock() && (errno == EWOULDBLOCK || errno == EINTR) && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(s_pause);
 }
 
@@ -42,7 +42,7 @@ PathLock::~PathLock()
     flock(m_file.Get(), LOCK_UN);
 }
 
-// When it fails, EWOULDBLOCK tells that another process is at it.
+// When it fails, EWOULDBLOCK tells that another process is at it, and EINTR that a signal came.
 bool PathLock::TryLock()
 {
     Descriptor file(open(m_strFile.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY,

@@ -50,7 +50,7 @@ void CreateLock(const TString<wchar_t>& path)
     const int descriptor = OwnFile::Open(NativePath(path));
     if (descriptor == -1)
         return;
-    std::FILE* const stream = ftruncate(descriptor, 0) == 0 ? fdopen(descriptor, "w") : nullptr;
+    std::FILE* const stream = OwnFile::Empty(descriptor) ? fdopen(descriptor, "w") : nullptr;
     if (stream == nullptr)
     {
         close(descriptor);

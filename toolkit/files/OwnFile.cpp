@@ -1,5 +1,7 @@
 #include "toolkit/files/OwnFile.h"
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -50,6 +52,15 @@ int OwnFile::Open(const NativePath& path)
         return -1;
     }
     return descriptor;
+}
+
+bool OwnFile::Empty(int descriptor)
+{
+    int answer = 0;
+    do
+        answer = ftruncate(descriptor, 0);
+    while (answer != 0 && errno == EINTR);
+    return answer == 0;
 }
 
 } // namespace Toolkit

@@ -21,6 +21,9 @@ public:
     // Opens for writing, made if missing, not truncated: a close-on-exec descriptor, which the caller closes;
     // -1 on failure and when something else, or a file with a second name, lies there. It never waits.
     static int Open(const NativePath& path);
+
+    // Empties the file of `descriptor`; false on failure.
+    static bool Empty(int descriptor);
 };
 
 } // namespace Toolkit

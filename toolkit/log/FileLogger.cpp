@@ -43,8 +43,8 @@ int OpenLogDescriptor(const TString<wchar_t>& path)
 {
     const int descriptor = OwnFile::Open(NativePath(path));
     // The links are counted again under the lock: who held it before may have removed the file.
-    if (descriptor != -1 && !(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && OwnFile::Is(descriptor) &&
-                              ftruncate(descriptor, 0) == 0))
+    if (descriptor != -1 &&
+        !(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && OwnFile::Is(descriptor) && OwnFile::Empty(descriptor)))
     {
         close(descriptor);
         return -1;

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/Rounds.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -131,12 +132,14 @@ TEST_F(SingleInstanceProcess, KilledFirstInstanceFreesTheWay)
 
 TEST_F(SingleInstanceProcess, TwentyStartsAtOnceAfterAKillGiveOneFirstInstance)
 {
-    for (int i = 0; i < 5; ++i)
+    ToolkitTest::Rounds rounds("instances", "TOOLKIT_TEST_INSTANCES", 100);
+    while (rounds.GoOn())
     {
         const std::vector<std::string> answers = StartAtOnce(20);
         EXPECT_EQ(1, Firsts(answers));
         EXPECT_EQ(19, Seconds(answers));
         KillTheFirstAndEndTheRest(answers);
+        rounds.Did(answers.size());
     }
 }
 

@@ -1,0 +1,216 @@
+#include <cerrno>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "tests/soak/Loads.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/LogFile.h"
+#include "tests/support/Rounds.h"
+#include "toolkit/app/IPCServer.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/core/ToolkitSession.h"
+#include "toolkit/log/FileLogger.h"
+#include "toolkit/log/LogLine.h"
+
+using namespace Toolkit;
+using namespace ToolkitTest;
+
+// The same load over and over, for as long as tests/soak/run wants it: support/Rounds.h says how. The
+// variable that a test names tells how much it does in all.
+
+namespace
+{
+
+const unsigned int s_uPatience = 60000;
+const unsigned int s_uClientProcesses = 6;
+const unsigned int s_uClientThreads = 2;
+const unsigned int s_uClients = s_uClientProcesses + s_uClientThreads;
+const unsigned int s_uThreads = 4;
+
+// Does `work` on that many threads at once, a part of `all` on each.
+void Share(unsigned long all, unsigned int threads, const std::function<void(unsigned long)>& work)
+{
+    std::vector<std::thread> sharing;
+    for (unsigned int thread = 0; thread < threads; ++thread)
+        sharing.emplace_back(work, (all + threads - 1) / threads);
+    for (std::thread& thread : sharing)
+        thread.join();
+}
+
+// A server, and the pump that delivers what its clients send.
+class Served
+{
+public:
+    explicit Served(const std::wstring& service) : m_pCommands(new CommandsLoad(m_pump)), m_server(service)
+    {
+        m_server.AddListener(smart_ptr<IPCConnectionEvent>(m_pCommands));
+        EXPECT_TRUE(m_server.Run());
+    }
+
+    CommandsLoad& GetCommands() { return *m_pCommands; }
+
+    void DeliverAll()
+    {
+        EXPECT_TRUE(m_pump.Run(s_uPatience));
+        EXPECT_EQ(0U, m_pCommands->Missing());
+    }
+
+    // Anything that arrives now is too much.
+    void DeliverTheRest() { EXPECT_TRUE(m_pump.Run(0)); }
+
+private:
+    EventPump m_pump;
+    // The server's.
+    CommandsLoad* const m_pCommands;
+    IPCServer m_server;
+};
+
+} // namespace
+
+TEST(Load, EightThreadsLoseNoPieceAndKeepTheirOrder)
+{
+    const ToolkitSession session;
+    Rounds rounds("pieces", "TOOLKIT_TEST_PIECES", 100000);
+    while (rounds.GoOn())
+    {
+        // All that is wanted through one logger.
+        const unsigned long pieces = rounds.Size(4294967295UL);
+        LogPieces(pieces);
+        rounds.Did(pieces);
+    }
+}
+
+TEST(Load, StartedProcessesLeaveNoZombieAndNoDescriptor)
+{
+    Rounds rounds("starts", "TOOLKIT_TEST_STARTS", 200);
+    while (rounds.GoOn())
+    {
+        const unsigned long starts = rounds.Size(100);
+        StartProcesses(starts);
+        EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
+        EXPECT_EQ(ECHILD, errno);
+        rounds.Did(starts);
+    }
+}
+
+// From processes and threads at once, each with a connection of its own for every command.
+TEST(Load, EveryCommandOfManyClientsArrivesOnceByteForByte)
+{
+    const TemporaryFolder folder;
+    const std::wstring service = folder.Wide("s");
+    const ToolkitSession session;
+    Served served(service);
+    Rounds rounds("commands", "TOOLKIT_TEST_COMMANDS", 2000);
+    while (rounds.GoOn())
+    {
+        const unsigned long each = rounds.Size(4000) / s_uClients + 1;
+        CommandsLoad& commands = served.GetCommands();
+        commands.Expect(s_uClients, each);
+        std::vector<std::unique_ptr<ChildProcess>> processes;
+        for (unsigned int client = 0; client < s_uClientProcesses; ++client)
+            processes.push_back(
+                std::make_unique<ChildProcess>([&, client] { return commands.Send(service, client); }));
+        std::vector<std::thread> threads;
+        for (unsigned int client = s_uClientProcesses; client < s_uClients; ++client)
+            threads.emplace_back([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
+        served.DeliverAll();
+        for (const auto& process : processes)
+            EXPECT_EQ("", process->Wait());
+        for (std::thread& thread : threads)
+            thread.join();
+        served.DeliverTheRest();
+        rounds.Did(each * s_uClients);
+    }
+}
+
+TEST(Load, BackgroundOperationsTellTheirListenersTheirStartAndEnd)
+{
+    const ToolkitSession session;
+    Rounds rounds("operations", "TOOLKIT_TEST_OPERATIONS", 100);
+    while (rounds.GoOn())
+    {
+        const unsigned long operations = rounds.Size(50);
+        RunOperations(operations);
+        rounds.Did(operations);
+    }
+}
+
+TEST(Load, RegularExpressionsAnswerTheSameOnManyThreads)
+{
+    Rounds rounds("matches", "TOOLKIT_TEST_MATCHES", 8000);
+    while (rounds.GoOn())
+    {
+        const unsigned long matches = rounds.Size(20000);
+        Share(matches, s_uThreads, MatchExpressions);
+        rounds.Did(matches);
+    }
+}
+
+TEST(Load, FilesOfAllKindsReadBackWhatWasWritten)
+{
+    const FilesLoad files;
+    Rounds rounds("files", "TOOLKIT_TEST_FILES", 400);
+    while (rounds.GoOn())
+    {
+        const unsigned long count = rounds.Size(4000);
+        Share(count, s_uThreads, [&files](unsigned long part) { files.Do(part); });
+        rounds.Did(count);
+    }
+}
+
+TEST(Load, DatesFollowChangingZonesAndLocales)
+{
+    Rounds rounds("dates", "TOOLKIT_TEST_DATES", 2000);
+    while (rounds.GoOn())
+    {
+        const unsigned long dates = rounds.Size(10000);
+        ShowDates(dates);
+        rounds.Did(dates);
+    }
+}
+
+// What a host does in its best time: commands from threads and a log to a file that wraps, with all that
+// needs no environment of its own.
+TEST(Load, OneProcessDoesAllOfItAtOnce)
+{
+    const TemporaryFolder folder;
+    const std::wstring service = folder.Wide("s");
+    const FilesLoad files;
+    const LogFile log;
+    const ToolkitSession session;
+    ILogger::SetLogger(smart_ptr<ILogger>(new FileLogger(LogSeverity::Info, log.WideName(), 1000000)));
+    Served served(service);
+    Rounds rounds("together", "TOOLKIT_TEST_TOGETHER", 2);
+    while (rounds.GoOn())
+    {
+        CommandsLoad& commands = served.GetCommands();
+        commands.Expect(s_uClientThreads, 200);
+        std::vector<std::thread> threads;
+        for (unsigned int client = 0; client < s_uClientThreads; ++client)
+            threads.emplace_back([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
+        for (unsigned int i = 0; i < 2; ++i)
+        {
+            threads.emplace_back(LogPieces, 8000);
+            threads.emplace_back(StartProcesses, 20);
+            threads.emplace_back(RunOperations, 16);
+            threads.emplace_back(MatchExpressions, 1000);
+            threads.emplace_back([&files] { files.Do(100); });
+            threads.emplace_back(
+                []
+                {
+                    for (unsigned int line = 0; line < 1000; ++line)
+                        TOOLKIT_LOG(LogSeverity::Info) << L"line " << line;
+                });
+        }
+        served.DeliverAll();
+        for (std::thread& thread : threads)
+            thread.join();
+        served.DeliverTheRest();
+        rounds.Did(1);
+    }
+}

@@ -16,6 +16,7 @@
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/log/FileLogger.h"
 #include "toolkit/log/LogLine.h"
+#include "toolkit/threading/Threadable.h"
 
 using namespace Toolkit;
 using namespace ToolkitTest;
@@ -41,6 +42,22 @@ void Share(unsigned long all, unsigned int threads, const std::function<void(uns
     for (std::thread& thread : sharing)
         thread.join();
 }
+
+void LogLines(unsigned int lines)
+{
+    for (unsigned int line = 0; line < lines; ++line)
+        TOOLKIT_LOG(LogSeverity::Info) << L"line " << line;
+}
+
+class Task : public Threading::IRunnable
+{
+public:
+    explicit Task(const std::function<void()>& work) : m_work(work) {}
+    void Run() override { m_work(); }
+
+private:
+    const std::function<void()> m_work;
+};
 
 // A server, and the pump that delivers what its clients send.
 class Served
@@ -174,8 +191,8 @@ TEST(Load, DatesFollowChangingZonesAndLocales)
     }
 }
 
-// What a host does in its best time: commands from threads and a log to a file that wraps, with all that
-// needs no environment of its own.
+// What a host does in its best time, all on the library's own threads: commands, a log to a file that wraps,
+// and whatever needs no environment of its own.
 TEST(Load, OneProcessDoesAllOfItAtOnce)
 {
     const TemporaryFolder folder;
@@ -190,26 +207,27 @@ TEST(Load, OneProcessDoesAllOfItAtOnce)
     {
         CommandsLoad& commands = served.GetCommands();
         commands.Expect(s_uClientThreads, 200);
-        std::vector<std::thread> threads;
+        std::vector<std::function<void()>> tasks;
         for (unsigned int client = 0; client < s_uClientThreads; ++client)
-            threads.emplace_back([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
+            tasks.emplace_back([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
         for (unsigned int i = 0; i < 2; ++i)
         {
-            threads.emplace_back(LogPieces, 8000);
-            threads.emplace_back(StartProcesses, 20);
-            threads.emplace_back(RunOperations, 16);
-            threads.emplace_back(MatchExpressions, 1000);
-            threads.emplace_back([&files] { files.Do(100); });
-            threads.emplace_back(
-                []
-                {
-                    for (unsigned int line = 0; line < 1000; ++line)
-                        TOOLKIT_LOG(LogSeverity::Info) << L"line " << line;
-                });
+            tasks.emplace_back([] { LogPieces(8000); });
+            tasks.emplace_back([] { LogLines(1000); });
+            tasks.emplace_back([] { StartProcesses(20); });
+            tasks.emplace_back([] { RunOperations(16); });
+            tasks.emplace_back([] { MatchExpressions(1000); });
+            tasks.emplace_back([&files] { files.Do(100); });
+        }
+        std::vector<std::unique_ptr<Threading::Threadable>> threads;
+        for (const std::function<void()>& task : tasks)
+        {
+            threads.push_back(
+                std::make_unique<Threading::Threadable>(smart_ptr<Threading::IRunnable>(new Task(task))));
+            EXPECT_TRUE(threads.back()->Run());
         }
         served.DeliverAll();
-        for (std::thread& thread : threads)
-            thread.join();
+        threads.clear();
         served.DeliverTheRest();
         rounds.Did(1);
     }

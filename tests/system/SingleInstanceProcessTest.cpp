@@ -247,6 +247,7 @@ TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
                                                 3),
                                     std::string(1, '\0'),
                                     std::string(256, '1'),
+                                    "1" + std::string(300, '\n'),
                                     std::string(1000000, 'x')};
     for (const std::string& content : contents)
     {

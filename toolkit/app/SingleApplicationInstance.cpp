@@ -20,6 +20,7 @@
 #include "toolkit/app/PathLock.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/StandardFolders.h"
+#include "toolkit/core/Abandon.h"
 #include "toolkit/core/BaseLibrary.h"
 #include "toolkit/encoding/WxText.h"
 #include "toolkit/files/NativePath.h"
@@ -56,6 +57,22 @@ bool IsProcessNumber(const char* begin, const char* end)
            std::all_of(behind, end, [](char c) { return c == '\0' || c == '\n'; });
 }
 
+// True when the base library would take the file for one of its own.
+bool IsOwn(const struct stat& status)
+{
+    return S_ISREG(status.st_mode) && (status.st_mode & 07777) == 0600 && status.st_uid == geteuid();
+}
+
+// Writes the zero behind a number that the base library would have written there.
+bool EndNumber(const NativePath& path)
+{
+    const int descriptor = path.Open(O_WRONLY | O_APPEND | O_NOFOLLOW);
+    const bool ended = descriptor != -1 && write(descriptor, "", 1) == 1;
+    if (descriptor != -1)
+        close(descriptor);
+    return ended;
+}
+
 // False when something lies at the path that the base library had better not read: it looks for a number in
 // whatever it finds there, also behind the end of the file, and takes negative ones, too.
 bool MayBeLock(const NativePath& path)
@@ -69,7 +86,10 @@ bool MayBeLock(const NativePath& path)
     char bytes[16];
     const ssize_t count = read(descriptor, bytes, sizeof(bytes));
     close(descriptor);
-    return count > 0 && IsProcessNumber(bytes, bytes + count);
+    if (count <= 0 || !IsProcessNumber(bytes, bytes + count))
+        return false;
+    const bool ended = std::find(bytes, bytes + count, '\0') != bytes + count;
+    return ended || !IsOwn(status) || (count < static_cast<ssize_t>(sizeof(bytes)) && EndNumber(path));
 }
 
 bool IsLinkTo(const char* link, const NativePath& path)
@@ -128,8 +148,13 @@ SingleApplicationInstance::SingleApplicationInstance() : m_pChecker(nullptr)
 SingleApplicationInstance::~SingleApplicationInstance()
 {
     // The file belongs to the process that made it; there is no giving up the checker without the file.
-    if (m_pChecker == nullptr || m_pChecker->m_iProcess != getpid())
+    if (m_pChecker == nullptr)
         return;
+    if (m_pChecker->m_iProcess != getpid())
+    {
+        Abandon(m_pChecker);
+        return;
+    }
     std::optional<PathLock> turn;
     try
     {

@@ -1,7 +1,7 @@
 #include <cerrno>
 #include <functional>
 #include <memory>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -33,16 +33,6 @@ const unsigned int s_uClientThreads = 2;
 const unsigned int s_uClients = s_uClientProcesses + s_uClientThreads;
 const unsigned int s_uThreads = 4;
 
-// Does `work` on that many threads at once, a part of `all` on each.
-void Share(unsigned long all, unsigned int threads, const std::function<void(unsigned long)>& work)
-{
-    std::vector<std::thread> sharing;
-    for (unsigned int thread = 0; thread < threads; ++thread)
-        sharing.emplace_back(work, (all + threads - 1) / threads);
-    for (std::thread& thread : sharing)
-        thread.join();
-}
-
 void LogLines(unsigned int lines)
 {
     for (unsigned int line = 0; line < lines; ++line)
@@ -52,12 +42,40 @@ void LogLines(unsigned int lines)
 class Task : public Threading::IRunnable
 {
 public:
-    explicit Task(const std::function<void()>& work) : m_work(work) {}
+    explicit Task(std::function<void()> work) : m_work(std::move(work)) {}
     void Run() override { m_work(); }
 
 private:
     const std::function<void()> m_work;
 };
+
+// Work on threads of the library. On threads of others that come and go, the base library would leave a
+// record of each behind.
+class Workers
+{
+public:
+    ~Workers() { Finish(); }
+
+    void Start(std::function<void()> work)
+    {
+        const smart_ptr<Threading::IRunnable> task(new Task(std::move(work)));
+        m_threads.push_back(std::make_unique<Threading::Threadable>(task));
+        EXPECT_TRUE(m_threads.back()->Run());
+    }
+
+    void Finish() { m_threads.clear(); }
+
+private:
+    std::vector<std::unique_ptr<Threading::Threadable>> m_threads;
+};
+
+// Does `work` on that many threads at once, a part of `all` on each.
+void Share(unsigned long all, unsigned int threads, const std::function<void(unsigned long)>& work)
+{
+    Workers workers;
+    for (unsigned int thread = 0; thread < threads; ++thread)
+        workers.Start([&] { work((all + threads - 1) / threads); });
+}
 
 // A server, and the pump that delivers what its clients send.
 class Served
@@ -104,6 +122,7 @@ TEST(Load, EightThreadsLoseNoPieceAndKeepTheirOrder)
 
 TEST(Load, StartedProcessesLeaveNoZombieAndNoDescriptor)
 {
+    const ToolkitSession session;
     Rounds rounds("starts", "TOOLKIT_TEST_STARTS", 200);
     while (rounds.GoOn())
     {
@@ -132,14 +151,13 @@ TEST(Load, EveryCommandOfManyClientsArrivesOnceByteForByte)
         for (unsigned int client = 0; client < s_uClientProcesses; ++client)
             processes.push_back(
                 std::make_unique<ChildProcess>([&, client] { return commands.Send(service, client); }));
-        std::vector<std::thread> threads;
+        Workers workers;
         for (unsigned int client = s_uClientProcesses; client < s_uClients; ++client)
-            threads.emplace_back([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
+            workers.Start([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
         served.DeliverAll();
         for (const auto& process : processes)
             EXPECT_EQ("", process->Wait());
-        for (std::thread& thread : threads)
-            thread.join();
+        workers.Finish();
         served.DeliverTheRest();
         rounds.Did(each * s_uClients);
     }
@@ -159,6 +177,7 @@ TEST(Load, BackgroundOperationsTellTheirListenersTheirStartAndEnd)
 
 TEST(Load, RegularExpressionsAnswerTheSameOnManyThreads)
 {
+    const ToolkitSession session;
     Rounds rounds("matches", "TOOLKIT_TEST_MATCHES", 8000);
     while (rounds.GoOn())
     {
@@ -171,6 +190,7 @@ TEST(Load, RegularExpressionsAnswerTheSameOnManyThreads)
 TEST(Load, FilesOfAllKindsReadBackWhatWasWritten)
 {
     const FilesLoad files;
+    const ToolkitSession session;
     Rounds rounds("files", "TOOLKIT_TEST_FILES", 400);
     while (rounds.GoOn())
     {
@@ -191,7 +211,7 @@ TEST(Load, DatesFollowChangingZonesAndLocales)
     }
 }
 
-// What a host does in its best time, all on the library's own threads: commands, a log to a file that wraps,
+// What a host does in its best time: commands, a log to a file that wraps,
 // and whatever needs no environment of its own.
 TEST(Load, OneProcessDoesAllOfItAtOnce)
 {
@@ -207,27 +227,20 @@ TEST(Load, OneProcessDoesAllOfItAtOnce)
     {
         CommandsLoad& commands = served.GetCommands();
         commands.Expect(s_uClientThreads, 200);
-        std::vector<std::function<void()>> tasks;
+        Workers workers;
         for (unsigned int client = 0; client < s_uClientThreads; ++client)
-            tasks.emplace_back([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
+            workers.Start([&, client] { EXPECT_EQ("", commands.Send(service, client)); });
         for (unsigned int i = 0; i < 2; ++i)
         {
-            tasks.emplace_back([] { LogPieces(8000); });
-            tasks.emplace_back([] { LogLines(1000); });
-            tasks.emplace_back([] { StartProcesses(20); });
-            tasks.emplace_back([] { RunOperations(16); });
-            tasks.emplace_back([] { MatchExpressions(1000); });
-            tasks.emplace_back([&files] { files.Do(100); });
-        }
-        std::vector<std::unique_ptr<Threading::Threadable>> threads;
-        for (const std::function<void()>& task : tasks)
-        {
-            threads.push_back(
-                std::make_unique<Threading::Threadable>(smart_ptr<Threading::IRunnable>(new Task(task))));
-            EXPECT_TRUE(threads.back()->Run());
+            workers.Start([] { LogPieces(8000); });
+            workers.Start([] { LogLines(1000); });
+            workers.Start([] { StartProcesses(20); });
+            workers.Start([] { RunOperations(16); });
+            workers.Start([] { MatchExpressions(1000); });
+            workers.Start([&files] { files.Do(100); });
         }
         served.DeliverAll();
-        threads.clear();
+        workers.Finish();
         served.DeliverTheRest();
         rounds.Did(1);
     }

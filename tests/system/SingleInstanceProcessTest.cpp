@@ -279,6 +279,19 @@ TEST_F(SingleInstanceProcess, LockOfAProcessThatIsGoneIsTakenOver)
     }
 }
 
+TEST_F(SingleInstanceProcess, NumberThatEndsWithItsFileIsReadAsItIs)
+{
+    const std::string lock = LockPath();
+    const std::string number = std::to_string(getpid());
+    WriteBytes(lock, number);
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0666));
+    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ(number, ReadBytes(lock)) << "a file that is not trusted stays as it is";
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ(number + std::string(1, '\0'), ReadBytes(lock));
+}
+
 TEST_F(SingleInstanceProcess, LockThatOthersMayWriteIsNotTrusted)
 {
     const std::string lock = LockPath();

@@ -69,12 +69,32 @@ private:
     std::vector<std::unique_ptr<Threading::Threadable>> m_threads;
 };
 
-// Does `work` on that many threads at once, a part of `all` on each.
-void Share(unsigned long all, unsigned int threads, const std::function<void(unsigned long)>& work)
+// Does `work` on threads at once, a part of `all` on each.
+void Share(unsigned long all, const std::function<void(unsigned long)>& work)
 {
     Workers workers;
-    for (unsigned int thread = 0; thread < threads; ++thread)
-        workers.Start([&] { work((all + threads - 1) / threads); });
+    for (unsigned int thread = 0; thread < s_uThreads; ++thread)
+        workers.Start([&] { work((all + s_uThreads - 1) / s_uThreads); });
+}
+
+// How often a test does what, as for Rounds.
+struct Wanted
+{
+    const char* m_pWhat;
+    const char* m_pVariable;
+    unsigned long m_uEveryDay;
+};
+
+// Does as much as is wanted, but not more than `most` in a round.
+void DoInRounds(const Wanted& wanted, unsigned long most, const std::function<void(unsigned long)>& work)
+{
+    Rounds rounds(wanted.m_pWhat, wanted.m_pVariable, wanted.m_uEveryDay);
+    while (rounds.GoOn())
+    {
+        const unsigned long size = rounds.Size(most);
+        work(size);
+        rounds.Did(size);
+    }
 }
 
 // A server, and the pump that delivers what its clients send.
@@ -110,28 +130,20 @@ private:
 TEST(Load, EightThreadsLoseNoPieceAndKeepTheirOrder)
 {
     const ToolkitSession session;
-    Rounds rounds("pieces", "TOOLKIT_TEST_PIECES", 100000);
-    while (rounds.GoOn())
-    {
-        // All that is wanted through one logger.
-        const unsigned long pieces = rounds.Size(4294967295UL);
-        LogPieces(pieces);
-        rounds.Did(pieces);
-    }
+    // All that is wanted through one logger.
+    DoInRounds({"pieces", "TOOLKIT_TEST_PIECES", 100000}, 4294967295UL, LogPieces);
 }
 
 TEST(Load, StartedProcessesLeaveNoZombieAndNoDescriptor)
 {
     const ToolkitSession session;
-    Rounds rounds("starts", "TOOLKIT_TEST_STARTS", 200);
-    while (rounds.GoOn())
-    {
-        const unsigned long starts = rounds.Size(100);
-        StartProcesses(starts);
-        EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
-        EXPECT_EQ(ECHILD, errno);
-        rounds.Did(starts);
-    }
+    DoInRounds({"starts", "TOOLKIT_TEST_STARTS", 200}, 100,
+               [](unsigned long starts)
+               {
+                   StartProcesses(starts);
+                   EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
+                   EXPECT_EQ(ECHILD, errno);
+               });
 }
 
 // From processes and threads at once, each with a connection of its own for every command.
@@ -166,49 +178,28 @@ TEST(Load, EveryCommandOfManyClientsArrivesOnceByteForByte)
 TEST(Load, BackgroundOperationsTellTheirListenersTheirStartAndEnd)
 {
     const ToolkitSession session;
-    Rounds rounds("operations", "TOOLKIT_TEST_OPERATIONS", 100);
-    while (rounds.GoOn())
-    {
-        const unsigned long operations = rounds.Size(50);
-        RunOperations(operations);
-        rounds.Did(operations);
-    }
+    DoInRounds({"operations", "TOOLKIT_TEST_OPERATIONS", 100}, 50, RunOperations);
 }
 
 TEST(Load, RegularExpressionsAnswerTheSameOnManyThreads)
 {
     const ToolkitSession session;
-    Rounds rounds("matches", "TOOLKIT_TEST_MATCHES", 8000);
-    while (rounds.GoOn())
-    {
-        const unsigned long matches = rounds.Size(20000);
-        Share(matches, s_uThreads, MatchExpressions);
-        rounds.Did(matches);
-    }
+    DoInRounds({"matches", "TOOLKIT_TEST_MATCHES", 8000}, 20000,
+               [](unsigned long matches) { Share(matches, MatchExpressions); });
 }
 
 TEST(Load, FilesOfAllKindsReadBackWhatWasWritten)
 {
     const FilesLoad files;
     const ToolkitSession session;
-    Rounds rounds("files", "TOOLKIT_TEST_FILES", 400);
-    while (rounds.GoOn())
-    {
-        const unsigned long count = rounds.Size(4000);
-        Share(count, s_uThreads, [&files](unsigned long part) { files.Do(part); });
-        rounds.Did(count);
-    }
+    DoInRounds({"files", "TOOLKIT_TEST_FILES", 400}, 4000,
+               [&files](unsigned long count)
+               { Share(count, [&files](unsigned long part) { files.Do(part); }); });
 }
 
 TEST(Load, DatesFollowChangingZonesAndLocales)
 {
-    Rounds rounds("dates", "TOOLKIT_TEST_DATES", 2000);
-    while (rounds.GoOn())
-    {
-        const unsigned long dates = rounds.Size(10000);
-        ShowDates(dates);
-        rounds.Did(dates);
-    }
+    DoInRounds({"dates", "TOOLKIT_TEST_DATES", 2000}, 10000, ShowDates);
 }
 
 // What a host does in its best time: commands, a log to a file that wraps,

@@ -1,6 +1,6 @@
 #include <cstdio>
 #include <fstream>
-#include <iostream>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -9,70 +9,121 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/core/ToolkitSession.h"
+#include "toolkit/encoding/B64.h"
+#include "toolkit/encoding/QP.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/ArchiveZip.h"
 #include "toolkit/files/TextFile.h"
 #include "toolkit/files/ZipInputStream.h"
 #include "toolkit/regExp/RegExp.h"
 
-// What the library makes of files that others wrote, printed for tests/corpora/compare to judge.
-//   Corpora zip ARCHIVE    the number of entries, then each file: name, and its content in hexadecimal digits
-//   or "-" Corpora text FILE      the number of lines, then each line: its number of characters and the line
-//   Corpora fold FILE      compares RegExp with PCRE: each line holds a pattern and a subject, with a tab in
-//   between
+// Prints what the library makes of files that others wrote, for compare and compare-texts to judge.
+// Texts and bytes are "x" and hexadecimal digits.
+//   Corpora zip ARCHIVE          the number of entries; for each file its name, and its content or "-"
+//   Corpora text FILE            each line of a text file, or "unreadable"
+//   Corpora utf8 FILE            the code points of each line, and whether they make the same bytes again
+//   Corpora qp FILE              the quoted-printable form of each line, and whether it decodes to the same
+//   Corpora base64 FILE          the Base64 form of the whole file
+//   Corpora match FILE PATTERN   where the first match in each line begins and ends, or "none"
+//   Corpora fold FILE            of lines of a pattern, a tab and a subject: whether RegExp and PCRE agree
 
 using namespace Toolkit;
+using ToolkitTest::ReadBytes;
 
 namespace
 {
 
 std::string Hexadecimal(const std::string& bytes)
 {
-    static const char digits[] = "0123456789abcdef";
-    std::string text;
+    std::string digits = "x";
     for (const char byte : bytes)
     {
-        text += digits[static_cast<unsigned char>(byte) >> 4U];
-        text += digits[static_cast<unsigned char>(byte) & 15U];
+        digits += HEX[static_cast<unsigned char>(byte) >> 4U];
+        digits += HEX[static_cast<unsigned char>(byte) & 15U];
     }
-    return text;
+    return digits;
 }
 
-int ShowArchive(const TString<wchar_t>& path)
+void ForEachLine(const std::string& path, const std::function<void(const std::string&)>& use)
+{
+    std::ifstream file(path, std::ios::binary);
+    for (std::string line; std::getline(file, line);)
+        use(line);
+}
+
+void ShowArchive(const std::string& path)
 {
     const ToolkitTest::TemporaryFolder folder;
     ArchiveZip archive;
     std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>> entries;
-    archive.Open(path);
-    std::cout << archive.EntriesList(entries, L"", ArchiveEntriesFlags::Files) << '\n';
+    archive.Open(UTF8::ToUNICODE(path));
+    std::printf("%d\n", archive.EntriesList(entries, L"", ArchiveEntriesFlags::Files));
     for (const auto& [name, entry] : entries)
     {
         TString<wchar_t> target = folder.Wide("content");
         const bool whole = archive.UnZip(entry, target);
-        const std::string extracted = ToolkitTest::ReadBytes(folder.Path("content"));
+        const std::string extracted = ReadBytes(folder.Path("content"));
         std::vector<unsigned char> read;
         *archive.GetZipInputStream(entry) >> read;
         // Both ways of reading agree; an entry without content is extracted to nothing by a quirk.
         if (extracted != std::string(read.begin(), read.end()))
-            std::cout << "the two ways of reading differ: ";
+            std::fputs("the two ways of reading differ: ", stdout);
         const bool empty = entry->GetSize() == 0 && extracted.empty();
-        std::cout << Hexadecimal(UTF8::ToUTF8(name)) << '\t'
-                  << (whole || empty ? "x" + Hexadecimal(extracted) : "-") << '\n';
+        std::printf("%s\t%s\n", Hexadecimal(UTF8::ToUTF8(name)).c_str(),
+                    whole || empty ? Hexadecimal(extracted).c_str() : "-");
     }
-    return 0;
 }
 
-int ShowText(const TString<wchar_t>& path)
+void ShowText(const std::string& path)
 {
     TextFile file;
-    if (!file.Open(path))
-    {
-        std::cout << "not opened\n";
-        return 0;
-    }
+    if (!file.Open(UTF8::ToUNICODE(path)))
+        std::puts("unreadable");
     for (TString<wchar_t> line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
-        std::cout << line.size() << '\t' << UTF8::ToUTF8(line) << '\n';
-    return 0;
+        std::puts(Hexadecimal(UTF8::ToUTF8(line)).c_str());
+}
+
+void ShowCodePoints(const std::string& line)
+{
+    const TString<wchar_t> text = UTF8::ToUNICODE(line);
+    if (text.empty() && !line.empty())
+        std::fputs("broken", stdout);
+    for (const wchar_t character : text)
+        std::printf("%X ", static_cast<unsigned int>(character));
+    std::puts(UTF8::ToUTF8(text) == TString<char>(line) ? "same" : "changed");
+}
+
+void ShowQuotedPrintable(const std::string& line)
+{
+    const TString<wchar_t> text = UTF8::ToUNICODE(line);
+    const TString<wchar_t> encoded = QP::ToQP(text);
+    std::printf("%s %s\n", Hexadecimal(UTF8::ToUTF8(encoded)).c_str(),
+                QP::ToUNICODE(encoded) == text ? "same" : "changed");
+}
+
+void ShowBase64(const std::string& path)
+{
+    const std::string content = ReadBytes(path);
+    unsigned char* encoded = nullptr;
+    unsigned int size = 0;
+    b64_decode_binary(reinterpret_cast<const unsigned char*>(content.data()),
+                      static_cast<unsigned int>(content.size()), &encoded, &size);
+    std::printf("%.*s\n", static_cast<int>(size), reinterpret_cast<const char*>(encoded));
+    delete[] encoded;
+}
+
+void ShowMatches(const std::string& path, const std::string& pattern)
+{
+    const RegExp expression(TString<char>(pattern), RegExpOptions::Default);
+    ForEachLine(path,
+                [&expression](const std::string& line)
+                {
+                    const smart_ptr<MatchResult> result = expression.Match(TString<char>(line));
+                    if (result->GetResult() < 0)
+                        std::puts("none");
+                    else
+                        std::printf("%d %d\n", result->GetOffsets()[0], result->GetOffsets()[1]);
+                });
 }
 
 bool MatchesBare(const std::string& pattern, const std::string& subject)
@@ -88,38 +139,38 @@ bool MatchesBare(const std::string& pattern, const std::string& subject)
     return result > 0;
 }
 
-int CompareFolding(const std::string& path)
+void CompareFolding(const std::string& line)
 {
-    std::ifstream file(path);
-    unsigned long compared = 0;
-    unsigned long matching = 0;
-    for (std::string line; std::getline(file, line); ++compared)
-    {
-        const std::size_t tab = line.find('\t');
-        const std::string pattern = line.substr(0, tab);
-        const std::string subject = line.substr(tab + 1);
-        const bool matches =
-            RegExp(TString<char>(pattern), RegExpOptions::Default).IsMatch(TString<char>(subject));
-        if (matches != MatchesBare(pattern, subject))
-        {
-            std::cout << "differs: " << line << '\n';
-            return 1;
-        }
-        matching += matches ? 1 : 0;
-    }
-    std::cout << compared << '\t' << matching << '\n';
-    return 0;
+    const std::size_t tab = line.find('\t');
+    const std::string pattern = line.substr(0, tab);
+    const std::string subject = line.substr(tab + 1);
+    const bool matches =
+        RegExp(TString<char>(pattern), RegExpOptions::Default).IsMatch(TString<char>(subject));
+    std::puts(matches == MatchesBare(pattern, subject) ? "agree" : "differ");
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 3)
-        return 2;
+    const std::string command = argc > 2 ? argv[1] : "";
+    const std::string path = argc > 2 ? argv[2] : "";
     const ToolkitSession session;
-    const std::string command = argv[1];
     if (command == "zip")
-        return ShowArchive(UTF8::ToUNICODE(argv[2]));
-    return command == "text" ? ShowText(UTF8::ToUNICODE(argv[2])) : CompareFolding(argv[2]);
+        ShowArchive(path);
+    else if (command == "text")
+        ShowText(path);
+    else if (command == "utf8")
+        ForEachLine(path, ShowCodePoints);
+    else if (command == "qp")
+        ForEachLine(path, ShowQuotedPrintable);
+    else if (command == "base64")
+        ShowBase64(path);
+    else if (command == "match" && argc == 4)
+        ShowMatches(path, argv[3]);
+    else if (command == "fold")
+        ForEachLine(path, CompareFolding);
+    else
+        return 2;
+    return 0;
 }

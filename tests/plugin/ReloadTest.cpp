@@ -1,32 +1,16 @@
-#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <memory>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <unistd.h>
 
 #include "tests/plugin/Library.h"
 #include "tests/plugin/Plugin.h"
-#include "tests/support/LoadOf.h"
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TOOLKIT_TEST_SANITIZER_HEAP
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define TOOLKIT_TEST_SANITIZER_HEAP
-#endif
-#if defined(TOOLKIT_TEST_SANITIZER_HEAP)
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
-                                                         void (*onFree)(const volatile void*));
-extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void* memory);
-#endif
+#include "tests/support/Resources.h"
+#include "tests/support/Rounds.h"
 
 using namespace ToolkitTest;
 
@@ -43,57 +27,6 @@ Journal s_journal;
 void Record(const char* event)
 {
     s_journal.push_back(event);
-}
-
-#if defined(TOOLKIT_TEST_SANITIZER_HEAP)
-
-// A sanitizer's heap keeps freed memory for a while, so the blocks that are not freed yet are counted. Left
-// out are the C library's tables of exit functions, which the sanitizer's own entries keep from being used
-// again.
-std::atomic<long long> s_lBlocks{0};
-
-const std::size_t s_uExitTable = 1040;
-
-const bool s_bCounting = __sanitizer_install_malloc_and_free_hooks(
-                             [](const volatile void*, std::size_t size)
-                             {
-                                 if (size != s_uExitTable)
-                                     ++s_lBlocks;
-                             },
-                             [](const volatile void* memory)
-                             {
-                                 if (__sanitizer_get_allocated_size(memory) != s_uExitTable)
-                                     --s_lBlocks;
-                             }) != 0;
-
-long long HeapInUse()
-{
-    EXPECT_TRUE(s_bCounting);
-    return s_lBlocks;
-}
-
-const long long s_lHeapBound = 100;
-const std::size_t s_uResidentBound = 64U << 20U;
-
-#else
-
-long long HeapInUse()
-{
-    return static_cast<long long>(mallinfo2().uordblks);
-}
-
-// One small block lost by each of two hundred lives would be 6,400 bytes.
-const long long s_lHeapBound = 4096;
-const std::size_t s_uResidentBound = 256U << 10U;
-
-#endif
-
-std::size_t ResidentBytes()
-{
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 // True when code of the library is in the address space.
@@ -241,42 +174,32 @@ TEST_F(Reload, LibraryIsGoneAfterALifeInEveryOrder)
     EXPECT_FALSE(IsMapped(PLUGIN_B));
 }
 
-// TOOLKIT_TEST_LIVES says how many lives follow the first two hundred.
 TEST_F(Reload, HundredsOfLivesLeaveNoMemoryBehind)
 {
-    const auto live = [](unsigned long times)
+    Rounds rounds("lives", "TOOLKIT_TEST_LIVES", 240);
+    while (rounds.GoOn())
     {
-        for (unsigned long lives = 0; lives < times && !HasFailure(); lives += s_uOrders)
+        unsigned long lives = 0;
+        for (; lives < rounds.Size(80) && !HasFailure(); lives += s_uOrders)
             LiveInEveryOrder();
-    };
-    // The first lives fill the allocator's caches.
-    live(200);
-    const long long heap = HeapInUse();
-    const std::size_t resident = ResidentBytes();
-    const unsigned long lives = LoadOf("TOOLKIT_TEST_LIVES", 200);
-    live(lives);
-    std::cout << "  lives: " << lives << ", heap grown by " << HeapInUse() - heap << std::endl;
-    EXPECT_LE(HeapInUse(), heap + s_lHeapBound);
-    EXPECT_LE(ResidentBytes(), resident + s_uResidentBound);
+        rounds.Did(lives);
+    }
 }
 
-// What the allocator and the libraries keep for themselves grows for a while and then no more; what a life
-// loses grows with each of them. So one round of lives that leaves nothing behind is the proof.
 TEST_F(Reload, DatesInManyLivesLeaveNoMemoryBehind)
 {
     setenv("LC_ALL", "de_DE.UTF-8", 1);
-    bool leavesNothing = false;
-    for (unsigned int round = 0; round < 20 && !leavesNothing && !HasFailure(); ++round)
+    Rounds rounds("lives with dates", "TOOLKIT_TEST_LIVES", 100);
+    while (rounds.GoOn())
     {
-        const long long heap = HeapInUse();
-        for (unsigned int lives = 0; lives < 50; ++lives)
+        unsigned long lives = 0;
+        for (; lives < rounds.Size(50) && !HasFailure(); ++lives)
         {
             const Library host(HOST_CORE);
             EXPECT_TRUE(host.Find<HostShowsDate>("HostShowsDate")());
         }
         EXPECT_FALSE(IsMapped("/libtoolkit.so"));
-        leavesNothing = HeapInUse() <= heap;
+        rounds.Did(lives);
     }
-    EXPECT_TRUE(leavesNothing);
     unsetenv("LC_ALL");
 }

@@ -10,8 +10,8 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/InstalledLogger.h"
-#include "tests/support/LoadOf.h"
 #include "tests/support/LogFile.h"
+#include "tests/support/Rounds.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/log/FileLogger.h"
 #include "toolkit/log/LogLine.h"
@@ -80,15 +80,15 @@ TEST(FileLoggerProcess, KilledProcessLeavesTheBeginningOfItsLog)
     }
 }
 
-// TOOLKIT_TEST_KILLS says how often; the moments are others each time, and told when one is a finding.
+// The moments are others each time, and told when one is a finding.
 TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
 {
-    const unsigned long kills = ToolkitTest::LoadOf("TOOLKIT_TEST_KILLS", 50);
     std::mt19937 random(std::random_device{}());
     // The thread of the logger writes at the start and whenever it has slept for 200 ms.
     std::uniform_int_distribution<int> moments(0, 420000);
     unsigned long nonempty = 0;
-    for (unsigned long i = 0; i < kills && !HasFailure(); ++i)
+    ToolkitTest::Rounds rounds("kills", "TOOLKIT_TEST_KILLS", 50);
+    for (unsigned long i = 0; rounds.GoOn(); ++i)
     {
         const std::chrono::microseconds moment(moments(random));
         const LogFile file;
@@ -100,8 +100,9 @@ TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
         ExpectBeginningOfTheLog(bytes);
         EXPECT_TRUE(file.FallbackPaths().empty());
         EXPECT_FALSE(HasFailure()) << "killed after " << moment.count() << " microseconds";
+        rounds.Did(1);
     }
-    std::cout << "  kills: " << kills << ", of these " << nonempty << " with a log" << std::endl;
+    std::cout << "  kills with a log: " << nonempty << std::endl;
 }
 
 TEST(FileLoggerProcess, NextStartTakesTheKilledOnesFile)

@@ -205,8 +205,12 @@ TEST(IPCProcess, OneOfManyThatStartAtOnceTakesAStaleSocket)
                     RecordingServer server(folder.Wide("s"));
                     const bool runs = server.Run();
                     fs::create_directory(folder.Path((runs ? "runs" : "fails") + std::to_string(child)));
-                    return PumpUntil([&] { return fs::exists(folder.Path("end")); }) &&
-                           server.Received().size() == (runs ? 1U : 0U);
+                    // The command was sent before the end came, and may be delivered after it.
+                    return PumpUntil(
+                        [&] {
+                            return fs::exists(folder.Path("end")) &&
+                                   server.Received().size() == (runs ? 1U : 0U);
+                        });
                 }));
         const auto countOf = [&folder](const std::string& word)
         {

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <wx/utils.h>
 
+#include "tests/support/Rounds.h"
 #include "tests/support/RunProgram.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
@@ -127,6 +128,29 @@ TEST_F(RestartProcess, DescriptorsDoNotPileUp)
     EXPECT_THAT(Descriptors("old"), StartsWith("descriptors "));
     EXPECT_EQ(Descriptors("restarted1"), Descriptors("old"));
     EXPECT_EQ(Descriptors("restarted3"), Descriptors("old"));
+}
+
+TEST_F(RestartProcess, ManyRestartsInARowLoseNothingAndLeaveNothing)
+{
+    Install();
+    ToolkitTest::Rounds rounds("restarts", "TOOLKIT_TEST_RESTARTED", 20);
+    while (rounds.GoOn())
+    {
+        const unsigned long count = rounds.Size(10);
+        const ScopedEnvironment restarts("TOOLKIT_TEST_RESTARTS", std::to_string(count).c_str());
+        EXPECT_EQ(0, Run("a -culture de b").m_iExitCode);
+        for (unsigned long restart = 1; restart <= count; ++restart)
+        {
+            const std::string name = "restarted" + std::to_string(restart);
+            EXPECT_EQ("[" + m_strProgram + "]\n[a]\n[b]\n[-restart]\n", ArgumentsOf(name));
+            EXPECT_THAT(Report(name), HasSubstr("\nlocked\n"));
+            EXPECT_EQ(Descriptors(name), Descriptors("old"));
+        }
+        EXPECT_TRUE(std::filesystem::is_empty(m_temporary.Path()));
+        for (const auto& report : std::filesystem::directory_iterator(m_reports.Path()))
+            std::filesystem::remove_all(report.path());
+        rounds.Did(count);
+    }
 }
 
 TEST_F(RestartProcess, ArgumentWithSpacesArrivesSplit)

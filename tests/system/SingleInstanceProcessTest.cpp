@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/Rounds.h"
 #include "tests/support/RunningProgram.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -131,12 +132,14 @@ TEST_F(SingleInstanceProcess, KilledFirstInstanceFreesTheWay)
 
 TEST_F(SingleInstanceProcess, TwentyStartsAtOnceAfterAKillGiveOneFirstInstance)
 {
-    for (int i = 0; i < 5; ++i)
+    ToolkitTest::Rounds rounds("instances", "TOOLKIT_TEST_INSTANCES", 100);
+    while (rounds.GoOn())
     {
         const std::vector<std::string> answers = StartAtOnce(20);
         EXPECT_EQ(1, Firsts(answers));
         EXPECT_EQ(19, Seconds(answers));
         KillTheFirstAndEndTheRest(answers);
+        rounds.Did(answers.size());
     }
 }
 
@@ -243,6 +246,7 @@ TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
                                                 3),
                                     std::string(1, '\0'),
                                     std::string(256, '1'),
+                                    "1" + std::string(300, '\n'),
                                     std::string(1000000, 'x')};
     for (const std::string& content : contents)
     {
@@ -272,6 +276,19 @@ TEST_F(SingleInstanceProcess, LockOfAProcessThatIsGoneIsTakenOver)
         EXPECT_EQ("first", first.Ask("start"));
         EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     }
+}
+
+TEST_F(SingleInstanceProcess, NumberThatEndsWithItsFileIsReadAsItIs)
+{
+    const std::string lock = LockPath();
+    const std::string number = std::to_string(getpid());
+    WriteBytes(lock, number);
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0666));
+    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ(number, ReadBytes(lock)) << "a file that is not trusted stays as it is";
+    std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
+    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ(number + std::string(1, '\0'), ReadBytes(lock));
 }
 
 TEST_F(SingleInstanceProcess, LockThatOthersMayWriteIsNotTrusted)

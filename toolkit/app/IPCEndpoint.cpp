@@ -17,6 +17,7 @@
 
 #include "toolkit/app/IPCAddress.h"
 #include "toolkit/app/NewDescriptors.h"
+#include "toolkit/core/Abandon.h"
 #include "toolkit/core/BaseLibrary.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/encoding/WxText.h"
@@ -226,7 +227,7 @@ void IPCEndpoint::Forget()
         return;
     s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
     if (m_application == nullptr || !IsOurs())
-        static_cast<void>(m_pSource.release());
+        Abandon(m_pSource.release());
     const BaseLibrary::Silence silence;
     m_pSource.reset();
 }

@@ -1,29 +1,21 @@
 #include <array>
-#include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
-#include <iterator>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include "tests/support/LoadOf.h"
+#include "tests/soak/Loads.h"
 #include "tests/support/LogFile.h"
-#include "toolkit/app/SystemInfo.h"
-#include "toolkit/core/ToolkitSession.h"
 #include "toolkit/log/FileLogger.h"
 
-using namespace Toolkit;
-using ToolkitTest::LoadOf;
-using ToolkitTest::LogFile;
+using Toolkit::FileLogger;
+using Toolkit::LogSeverity;
+
+namespace ToolkitTest
+{
 
 namespace
 {
@@ -74,48 +66,22 @@ unsigned long CountOrdered(const LogFile& file)
     return count;
 }
 
-long CountDescriptors()
-{
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return std::distance(begin(descriptors), end(descriptors));
-}
-
 } // namespace
 
-// TOOLKIT_TEST_PIECES says how many pieces.
-TEST(Load, EightThreadsLoseNoPieceAndKeepTheirOrder)
+void LogPieces(unsigned long pieces)
 {
-    const unsigned long pieces = LoadOf("TOOLKIT_TEST_PIECES", 200000) / s_uThreads;
-    const ToolkitSession session;
     const LogFile file;
+    const unsigned long each = pieces / s_uThreads;
     std::atomic<std::uintmax_t> logged{0};
     {
         FileLogger logger(LogSeverity::Info, file.WideName(), 4294967295U);
         std::vector<std::thread> threads;
         for (unsigned int thread = 0; thread < s_uThreads; ++thread)
-            threads.emplace_back([&, thread] { LogMany(logger, file, logged, thread, pieces); });
+            threads.emplace_back([&, thread] { LogMany(logger, file, logged, thread, each); });
         for (std::thread& thread : threads)
             thread.join();
     }
-    EXPECT_EQ(pieces * s_uThreads, CountOrdered(file));
-    std::cout << "  pieces: " << pieces * s_uThreads << std::endl;
+    EXPECT_EQ(each * s_uThreads, CountOrdered(file));
 }
 
-// TOOLKIT_TEST_STARTS says how many processes.
-TEST(Load, StartedProcessesLeaveNoZombieAndNoDescriptor)
-{
-    const unsigned long starts = LoadOf("TOOLKIT_TEST_STARTS", 200);
-    const long before = CountDescriptors();
-    for (unsigned long i = 0; i < starts && !HasFailure(); ++i)
-    {
-        const bool wait = i % 2 == 0;
-        const int child = SystemInfo::StartProcess(L"/bin/true", L"-an argument", wait);
-        EXPECT_LT(0, child);
-        // What is not waited for is the caller's to wait for.
-        EXPECT_TRUE(wait || waitpid(child, nullptr, 0) == child);
-    }
-    EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG));
-    EXPECT_EQ(ECHILD, errno);
-    EXPECT_EQ(before, CountDescriptors());
-    std::cout << "  starts: " << starts << std::endl;
-}
+} // namespace ToolkitTest

@@ -1,0 +1,13 @@
+#ifndef TOOLKIT_CORE_ABANDON_H
+#define TOOLKIT_CORE_ABANDON_H
+
+namespace Toolkit
+{
+
+// Leaves an object alone that must not even be destroyed, because it belongs to another process for instance.
+// It stays known until the end: what nobody knows passes for lost memory. Any thread may call it.
+void Abandon(const void* object) noexcept;
+
+} // namespace Toolkit
+
+#endif

@@ -1,11 +1,11 @@
 #include "toolkit/log/LogText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <cwchar>
 
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/log/DecimalDigits.h"
 
 namespace Toolkit
 {
@@ -13,12 +13,22 @@ namespace Toolkit
 namespace
 {
 
-// Appends the bytes as characters of their values.
-void AppendAscii(TString<wchar_t>& text, const char* bytes, std::size_t length)
+// How much is widened at a time, so that the text grows by what it then holds.
+const std::size_t s_uPiece = 128;
+
+// Writes the bytes as characters of their values; true when those are the right ones, for no byte is a zero
+// or more than ASCII.
+bool WidenAscii(const char* bytes, std::size_t length, wchar_t* characters)
 {
-    const std::size_t before = text.size();
-    text.resize(before + length);
-    std::copy(bytes, bytes + length, text.data() + before);
+    int bits = 0;
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        const int byte = bytes[i];
+        characters[i] = byte;
+        // Negative for the others.
+        bits |= byte | (byte - 1);
+    }
+    return bits >= 0;
 }
 
 // True when no conversion changes the bytes; a zero may end one.
@@ -30,9 +40,8 @@ bool IsPlain(const char* bytes, std::size_t length)
 template <class T>
 void AppendDecimal(TString<wchar_t>& text, T value)
 {
-    char digits[24];
-    const std::to_chars_result end = std::to_chars(digits, digits + sizeof(digits), value);
-    AppendAscii(text, digits, static_cast<std::size_t>(end.ptr - digits));
+    wchar_t digits[DecimalDigits::s_iMost];
+    text.append(digits, static_cast<std::size_t>(DecimalDigits::Write(digits, value) - digits));
 }
 
 } // namespace
@@ -50,7 +59,7 @@ void LogText::AppendNumber(TString<wchar_t>& text, unsigned long long value)
 void LogText::AppendUtf8(TString<wchar_t>& text, std::string_view bytes)
 {
     if (IsPlain(bytes.data(), bytes.size()))
-        AppendAscii(text, bytes.data(), bytes.size());
+        AppendNarrow(text, bytes.data(), bytes.size());
     else
         text += UTF8::ToUNICODE(std::string(bytes));
 }
@@ -68,15 +77,14 @@ void LogText::AppendCharacter(TString<wchar_t>& text, wchar_t character)
 
 void LogText::AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length)
 {
-    if (IsPlain(bytes, length))
+    wchar_t piece[s_uPiece];
+    for (std::size_t size = 0; length > 0; bytes += size, length -= size)
     {
-        AppendAscii(text, bytes, length);
-        return;
+        size = std::min(length, s_uPiece);
+        if (!WidenAscii(bytes, size, piece))
+            std::use_facet<std::ctype<wchar_t>>(std::locale::classic()).widen(bytes, bytes + size, piece);
+        text.append(piece, size);
     }
-    const std::size_t before = text.size();
-    text.resize(before + length);
-    std::use_facet<std::ctype<wchar_t>>(std::locale::classic())
-        .widen(bytes, bytes + length, text.data() + before);
 }
 
 void LogText::AppendArray(TString<wchar_t>& text, const wchar_t* characters, std::size_t limit)

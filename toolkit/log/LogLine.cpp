@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/encoding/AsciiText.h"
 #include "toolkit/log/DecimalDigits.h"
 
 namespace Toolkit
@@ -75,8 +76,11 @@ public:
     // UTF-8 of any length.
     void Take(std::string_view name)
     {
-        if (name.size() <= s_uMostName && TakePlain(name))
+        if (name.size() <= s_uMostName && AsciiText::Widen(name.data(), name.size(), m_end))
+        {
+            m_end += name.size();
             return;
+        }
         Finish();
         LogText::Append(m_strText, name);
     }
@@ -89,20 +93,6 @@ public:
     }
 
 private:
-    // Takes nothing and answers false where a character takes more than a byte.
-    bool TakePlain(std::string_view name)
-    {
-        wchar_t* end = m_end;
-        for (const char byte : name)
-        {
-            if (byte <= 0)
-                return false;
-            *end++ = byte;
-        }
-        m_end = end;
-        return true;
-    }
-
     static constexpr std::size_t s_uMostName = 64;
     // Three numbers and the separators are shorter than that.
     static constexpr std::size_t s_uMostOthers = 3 * DecimalDigits::s_iMost + 16;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "toolkit/encoding/AsciiText.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/log/DecimalDigits.h"
 
@@ -15,21 +16,6 @@ namespace
 
 // How much is widened at a time, so that the text grows by what it then holds.
 const std::size_t s_uPiece = 128;
-
-// Writes the bytes as characters of their values; true when those are the right ones, for no byte is a zero
-// or more than ASCII.
-bool WidenAscii(const char* bytes, std::size_t length, wchar_t* characters)
-{
-    int bits = 0;
-    for (std::size_t i = 0; i < length; ++i)
-    {
-        const int byte = bytes[i];
-        characters[i] = byte;
-        // Negative for the others.
-        bits |= byte | (byte - 1);
-    }
-    return bits >= 0;
-}
 
 // True when no conversion changes the bytes; a zero may end one.
 bool IsPlain(const char* bytes, std::size_t length)
@@ -81,7 +67,7 @@ void LogText::AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_
     for (std::size_t size = 0; length > 0; bytes += size, length -= size)
     {
         size = std::min(length, s_uPiece);
-        if (!WidenAscii(bytes, size, piece))
+        if (!AsciiText::Widen(bytes, size, piece))
             std::use_facet<std::ctype<wchar_t>>(std::locale::classic()).widen(bytes, bytes + size, piece);
         text.append(piece, size);
     }

@@ -8,10 +8,12 @@
 #include "tests/support/GroupedDigits.h"
 #include "tests/support/LocalZone.h"
 #include "tests/support/PlainIsoText.h"
+#include "toolkit/encoding/UTF8.h"
 
 // The reader of ISO texts beside a real stream.
 
 using Toolkit::DateTime;
+using Toolkit::UTF8;
 using ToolkitTest::Parsed;
 
 namespace
@@ -27,6 +29,12 @@ protected:
     static void ExpectPlain(const std::wstring& text)
     {
         ASSERT_EQ(Parsed(text), ToolkitTest::PlainIsoText::Value(text)) << testing::PrintToString(text);
+        const Toolkit::TString<char> narrow = UTF8::ToUTF8(text);
+        DateTime time;
+        const bool valid = time.ParseIsoString(narrow);
+        EXPECT_EQ(valid, time.IsValid());
+        ASSERT_EQ(time, ToolkitTest::PlainIsoText::Value(UTF8::ToUNICODE(narrow)))
+            << testing::PrintToString(narrow);
     }
 
 private:

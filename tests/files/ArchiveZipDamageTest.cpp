@@ -345,6 +345,25 @@ TEST(ArchiveZipDamage, NeedsNoMemoryForForgedLengths)
     EXPECT_EQ(status, 0);
 }
 
+TEST(ArchiveZipDamage, LeavesTheReaderNoMemoryForAForgedLength)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+import random
+with zipfile.ZipFile('a.zip', 'w') as z:
+    add(z, 'long', random.Random(1).randbytes(1 << 17), zipfile.ZIP_DEFLATED)
+)");
+    ForgedArchive forged(ReadBytes(folder.Path("a.zip")));
+    forged.Set32(forged.Directory("long") + s_uDirectoryLength, 64U << 20);
+    forged.Set32(forged.Local("long") + s_uLocalLength, 64U << 20);
+    WriteBytes(folder.Path("a.zip"), forged.bytes);
+    OpenArchive open(folder.Wide("a.zip"));
+    std::vector<unsigned char> bytes = {'k'};
+    *open.archive.GetZipInputStream(open[L"long"]) >> bytes;
+    EXPECT_EQ(bytes, std::vector<unsigned char>{'k'});
+    EXPECT_LT(bytes.capacity(), 4096U);
+}
+
 TEST(ArchiveZipDamage, StopsDecodingBehindTheDeclaredLength)
 {
     const TemporaryFolder folder;

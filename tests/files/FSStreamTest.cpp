@@ -80,6 +80,33 @@ bool IsOpen(FSStream& stream)
     return stream.Read(&nothing, 0) != StreamResult::NotOpen;
 }
 
+// A value, a text or a block ('v', 't', 'b') of a length, and what a stream answers and hands out that reads
+// it.
+struct Item
+{
+    std::string Bytes() const
+    {
+        if (kind == 'v')
+            return Value(length);
+        return kind == 't' ? Value(4 * length) + Characters(std::wstring(length, L'x'))
+                           : std::string(length, 'b');
+    }
+
+    std::string Read(Toolkit::IStream& stream) const
+    {
+        unsigned int value = 7;
+        TString<wchar_t> text(L"old");
+        std::string block(length, ' ');
+        const StreamResult result = kind == 'v'   ? stream.Read(value)
+                                    : kind == 't' ? stream.Read(text)
+                                                  : stream.Read(block.data(), length);
+        return Value(result) + Value(value) + Characters(text) + block;
+    }
+
+    char kind;
+    unsigned int length;
+};
+
 // Fails its write of a value, or its read of one.
 class FailingValues : public FSStream
 {
@@ -514,6 +541,74 @@ TEST(FSStream, ReadsAnyBytesAsThePlainStream)
     }
 }
 
+TEST(FSStream, ReadsLongFilesAsThePlainStream)
+{
+    std::mt19937 random(7);
+    for (int i = 0; i < 300; ++i)
+    {
+        const std::size_t most = i % 2 == 0 ? 20 : 6000;
+        std::string bytes;
+        std::vector<Item> items;
+        while (bytes.size() < 20000)
+        {
+            items.push_back({"vtb"[random() % 3], static_cast<unsigned int>(random() % most)});
+            bytes += items.back().Bytes();
+        }
+        // Some items are not what is there, and the last ones may be cut short.
+        for (Item& item : items)
+            if (random() % 200 == 0)
+                item = {"vtb"[random() % 3], static_cast<unsigned int>(random() % most)};
+        bytes.resize(bytes.size() - random() % 4);
+        Input input(bytes);
+        PlainStream plain(bytes);
+        for (const Item& item : items)
+            ASSERT_EQ(item.Read(input.stream), item.Read(plain)) << item.kind << item.length;
+    }
+}
+
+TEST(FSStream, ReadsWhatIsAppendedAfterTheEndWasMet)
+{
+    const TemporaryFolder folder;
+    FSStream writer(folder.Wide("file"), FSStream::ModeWrite);
+    ASSERT_EQ(writer.Write(1U), StreamResult::Ok);
+    ASSERT_EQ(writer.Write("ab", 2), StreamResult::Ok);
+    FSStream reader(folder.Wide("file"), FSStream::ModeRead);
+    unsigned int value = 0;
+    EXPECT_EQ(reader.Read(value), StreamResult::Ok);
+    EXPECT_EQ(reader.Read(value), StreamResult::ShortTransfer);
+    EXPECT_EQ(value, 1U);
+    for (unsigned int next = 2; next < 2000; ++next)
+    {
+        ASSERT_EQ(writer.Write(next), StreamResult::Ok);
+        ASSERT_EQ(reader.Read(value), StreamResult::Ok);
+        ASSERT_EQ(value, next);
+    }
+    TString<wchar_t> text;
+    EXPECT_EQ(writer.Write(TString<wchar_t>(std::wstring(5000, L'x'))), StreamResult::Ok);
+    EXPECT_EQ(reader.Read(text), StreamResult::Ok);
+    EXPECT_EQ(text, std::wstring(5000, L'x'));
+}
+
+TEST(FSStream, ReadsAtMostABlockAheadOfWhatIsChanged)
+{
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("file"), std::string(4096, 'o') + "old!" + "old!");
+    FSStream reader(folder.Wide("file"), FSStream::ModeRead);
+    char block[4097] = "";
+    EXPECT_EQ(reader.Read(block, 1), StreamResult::Ok);
+    FSStream writer(folder.Wide("file"), FSStream::ModeReadWrite);
+    EXPECT_EQ(writer.Read(block, 4096), StreamResult::Ok);
+    EXPECT_EQ(writer.Write("new!", 4), StreamResult::Ok);
+    EXPECT_EQ(reader.Read(block, 4095), StreamResult::Ok);
+    EXPECT_EQ(reader.Read(block, 4), StreamResult::Ok);
+    EXPECT_EQ(std::string(block, 4), "new!");
+    // What is read as well as written is not read ahead.
+    EXPECT_EQ(writer.Read(block, 1), StreamResult::Ok);
+    WriteBytes(folder.Path("file"), std::string(4096, 'o') + "other!!!");
+    EXPECT_EQ(writer.Read(block, 3), StreamResult::Ok);
+    EXPECT_EQ(std::string(block, 3), "!!!");
+}
+
 TEST(FSStream, StreamThatIsNotOpenAnswersNotOpenToEverything)
 {
     const TemporaryFolder folder;
@@ -557,6 +652,11 @@ TEST(FSStream, NullBufferIsAShortTransfer)
 {
     Input input("abcdefgh");
     EXPECT_EQ(input.stream.Read(nullptr, 4), StreamResult::ShortTransfer);
+    char block[9] = "";
+    EXPECT_EQ(input.stream.Read(block, 4), StreamResult::Ok);
+    EXPECT_EQ(input.stream.Read(nullptr, 4), StreamResult::ShortTransfer);
+    EXPECT_EQ(input.stream.Read(block + 4, 4), StreamResult::Ok);
+    EXPECT_STREQ(block, "abcdefgh");
     const TemporaryFolder folder;
     FSStream writer(folder.Wide("file"), FSStream::ModeWrite);
     EXPECT_EQ(writer.Write(nullptr, 4), StreamResult::ShortTransfer);

@@ -107,6 +107,25 @@ TEST(ZipInputStream, ReadsContentsOfEveryLengthAroundItsBlocks)
     }
 }
 
+TEST(ZipInputStream, TakesMemoryOnceForContentOfAnyExpansion)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    add(z, 'zeros', b'\0' * (3 << 20), zipfile.ZIP_DEFLATED)
+    add(z, 'text', 'as usual ' * 10000, zipfile.ZIP_DEFLATED)
+    add(z, 'stored', 'as usual ' * 10000)
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    for (const wchar_t* name : {L"zeros", L"text", L"stored"})
+    {
+        std::vector<unsigned char> bytes;
+        *open.archive.GetZipInputStream(open[name]) >> bytes;
+        EXPECT_EQ(bytes.size(), static_cast<std::size_t>(open[name]->GetSize()));
+        EXPECT_LT(bytes.capacity(), bytes.size() + 4096);
+    }
+}
+
 TEST(ZipInputStream, ReadsStreamedEntries)
 {
     const TemporaryFolder folder;

@@ -8,6 +8,7 @@
 
 #include "tests/support/InstalledLogger.h"
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/encoding/UTF8.h"
 
 using namespace Toolkit;
 using testing::ElementsAre;
@@ -93,6 +94,52 @@ TEST_F(LogLineTest, HostLineReplacesWhatNoFileCouldHold)
         L'b', L'\U0010FFFF', static_cast<wchar_t>(0x110000)};
     TOOLKIT_LOG(LogSeverity::Info) << text << "\xFF" << 'c';
     EXPECT_EQ(L"a\uFFFD\uFFFD\uFFFDb\U0010FFFF\uFFFD\uFFFDc", FieldsOf(m_record.Text()).at(4));
+}
+
+TEST_F(LogLineTest, HostLineKeepsEveryCharacterAndReplacesTheOthers)
+{
+    for (const std::uint32_t value :
+         {1U,        9U,          0x7FU,       0x80U,       0xD7FEU,     0xD7FFU,    0xD800U,
+          0xDBFFU,   0xDFFFU,     0xE000U,     0xFFFDU,     0xFFFFU,     0x10000U,   0x10FFFFU,
+          0x110000U, 0x7FFFFFFFU, 0x80000000U, 0x80000001U, 0x8000D800U, 0xFFFFFFFEU})
+    {
+        const bool kept = value < 0xD800 || (value > 0xDFFF && value <= 0x10FFFF);
+        for (std::size_t place = 0; place < 40; ++place)
+        {
+            std::wstring message(40, L'm');
+            message[place] = static_cast<wchar_t>(value);
+            m_record.Clear();
+            LogLine(LogSeverity::Info, 42, "f") << message;
+            if (!kept)
+                message[place] = L'\uFFFD';
+            const std::wstring line = m_record.Text();
+            EXPECT_EQ(message + L"\n", line.substr(line.size() - 41)) << value << " at " << place;
+        }
+    }
+}
+
+TEST_F(LogLineTest, HostLineHoldsAFunctionsNameOfAnyLength)
+{
+    std::size_t lines = 0;
+    for (const std::size_t length : {0U, 1U, 63U, 64U, 65U, 5000U})
+        for (const char* last : {"", "\xC3\xA9", "\xE2\x82\xAC"})
+        {
+            const TString<char> name(std::string(length, 'f') + last);
+            LogLine(LogSeverity::Info, 4294967295U, name.c_str()) << "message";
+            ASSERT_THAT(m_record.Pieces(), SizeIs(++lines));
+            const std::wstring line = m_record.Pieces().back();
+            EXPECT_EQ(L" : 4294967295 : " + UTF8::ToUNICODE(name) + L" : message\n",
+                      line.substr(line.find(L" : ")));
+        }
+}
+
+TEST_F(LogLineTest, HostLineWithoutAFunctionsNameOrWithBrokenOneIsWrittenWithoutIt)
+{
+    for (const char* name : {static_cast<const char*>(nullptr), "broken \xFF"})
+        LogLine(LogSeverity::Info, 42, name) << "message";
+    for (const std::wstring& line : m_record.Pieces())
+        EXPECT_EQ(L" : 42 :  : message\n", line.substr(line.find(L" : ")));
+    EXPECT_THAT(m_record.Pieces(), SizeIs(2));
 }
 
 TEST_F(LogLineTest, HostLineWithoutAMessageIsWholeToo)

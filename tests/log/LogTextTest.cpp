@@ -4,7 +4,9 @@
 #include <cmath>
 #include <limits>
 #include <locale>
+#include <random>
 #include <sstream>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -130,6 +132,25 @@ TEST(LogText, EveryShortIsAsAClassicStreamWritesIt)
     EXPECT_EQ(stream.str(), text);
 }
 
+TEST(LogText, NumbersOfEveryLengthAreAsAClassicStreamWritesThem)
+{
+    unsigned long long power = 1;
+    for (int digits = 1; digits <= 20; ++digits, power *= 10)
+        for (const unsigned long long value : {power - 1, power, power + 1, power * 9})
+        {
+            ExpectAsStreamed(value);
+            ExpectAsStreamed(static_cast<long long>(value));
+            ExpectAsStreamed(-static_cast<long long>(value >> 1));
+        }
+    std::mt19937_64 random(20090307);
+    for (int i = 0; i < 10000; ++i)
+    {
+        const unsigned long long value = random() >> i % 64;
+        ExpectAsStreamed(value);
+        ExpectAsStreamed(static_cast<long long>(value));
+    }
+}
+
 TEST(LogText, FloatingPointIsAsAClassicStreamWritesIt)
 {
     for (const double value : {0.0, -0.0, 1.5, -2.25, 12345.678, 1e300, 1e-300, 123456789.0,
@@ -179,6 +200,22 @@ TEST(LogText, NarrowBytesAreWidenedOneByOne)
     const GroupingGlobalLocale global;
     EXPECT_EQ(Streamed(static_cast<const char*>(bytes)), LogText::Of(bytes));
     EXPECT_EQ(255U, LogText::Of(bytes).size());
+}
+
+TEST(LogText, LongNarrowTextIsWidenedWhereverItIsCut)
+{
+    const auto& facet = std::use_facet<std::ctype<wchar_t>>(std::locale::classic());
+    for (std::size_t length = 0; length < 400; ++length)
+        for (std::size_t place = 0; place <= length; place += 37)
+        {
+            std::string text(length, 'a');
+            if (place < length)
+                text[place] = '\xE9';
+            std::wstring widened;
+            for (const char byte : text)
+                widened += facet.widen(byte);
+            EXPECT_EQ(widened, LogText::Of(text.c_str())) << length << " " << place;
+        }
 }
 
 TEST(LogText, ArraysAreAsAClassicStreamWritesThem)

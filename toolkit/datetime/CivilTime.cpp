@@ -44,24 +44,27 @@ std::int64_t CoarseTick()
     return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
 }
 
-// Lets the C library look at the zone, which not every localtime_r does itself. Where TZ is not set it asks
-// for the state of the system's file each time, which costs more than all the rest: once a tick is enough.
-void FollowZone()
+// Lets the C library look at the zone, which not every localtime_r does itself, and answers TZ; null where it
+// is not set. There the C library asks for the state of the system's file each time, which costs more than
+// all the rest: once a tick is enough.
+const char* FollowZone()
 {
-    const std::int64_t look = std::getenv("TZ") != nullptr ? -1 : CoarseTick();
+    const char* const zone = std::getenv("TZ");
+    const std::int64_t look = zone != nullptr ? -1 : CoarseTick();
     const bool known = s_nZoneLook.load(std::memory_order_relaxed) == look;
     if (known && look != -1)
-        return;
+        return zone;
     tzset();
     if (!known)
         s_nZoneLook.store(look, std::memory_order_relaxed);
+    return zone;
 }
 
+// In the zone that was followed last.
 std::tm LocalTm(std::int64_t instant)
 {
     const std::time_t seconds = instant;
     std::tm time = {};
-    FollowZone();
     localtime_r(&seconds, &time);
     return time;
 }
@@ -101,32 +104,36 @@ std::int64_t ClockInstant(const CivilTime& civil)
            civil.minute * 60 + civil.second;
 }
 
-// How far the local clocks are ahead at the instant, and whether they show a leap second.
-struct Ahead
+bool Shows(const std::tm& time, const CivilTime& civil)
 {
-    explicit Ahead(std::int64_t instant)
-    {
-        const std::tm time = LocalTm(instant);
-        seconds = ClockInstant(FromTm(time)) - instant;
-        leap = time.tm_sec == s_nLeapSecond;
-    }
+    return time.tm_sec == civil.second && time.tm_min == civil.minute && time.tm_hour == civil.hour &&
+           time.tm_mday == civil.day && time.tm_mon + 1 == civil.month &&
+           s_nTmYear + time.tm_year == civil.year;
+}
 
-    std::int64_t seconds;
-    bool leap;
-};
+// How far the local clocks are ahead at the instant at which they show this.
+std::int64_t Ahead(const std::tm& time, std::int64_t instant)
+{
+    return ClockInstant(FromTm(time)) - instant;
+}
+
+// The same for the instant's own time.
+std::int64_t Ahead(std::int64_t instant)
+{
+    return Ahead(LocalTm(instant), instant);
+}
 
 // How far the clocks were ahead a day or two before they show `clock`; `anew` asks without what was kept.
-std::int64_t AheadBefore(std::int64_t clock, bool anew)
+std::int64_t AheadBefore(const char* zone, std::int64_t clock, bool anew)
 {
     const std::int64_t span = FloorDivide(clock, s_nSpan);
-    const char* const zone = std::getenv("TZ");
     const std::uint64_t mark = std::hash<std::string_view>()(zone != nullptr ? zone : c_strSystemZone) +
                                static_cast<std::uint64_t>(span);
     std::atomic<std::uint64_t>& kept = s_aheadKept[mark % s_aheadKept.size()];
     const std::uint64_t found = kept.load(std::memory_order_relaxed);
     if (!anew && found >> s_uAheadBits == (mark & s_uMarkMask))
         return static_cast<std::int64_t>(found & s_uAheadMask) - s_nSpan;
-    const std::int64_t seconds = Ahead((span - 1) * s_nSpan).seconds;
+    const std::int64_t seconds = Ahead((span - 1) * s_nSpan);
     kept.store(mark << s_uAheadBits | static_cast<std::uint64_t>(seconds + s_nSpan),
                std::memory_order_relaxed);
     return seconds;
@@ -136,6 +143,7 @@ std::int64_t AheadBefore(std::int64_t clock, bool anew)
 
 CivilTime CivilTime::Local(std::int64_t instant)
 {
+    FollowZone();
     return FromTm(LocalTm(instant));
 }
 
@@ -172,20 +180,23 @@ bool CivilTime::Exists() const
 
 std::int64_t CivilTime::LocalInstant() const
 {
+    const char* const zone = FollowZone();
     const std::int64_t clock = ClockInstant(*this);
-    std::int64_t before = AheadBefore(clock, false);
-    Ahead first(clock - before);
-    if (first.seconds != before)
+    std::int64_t before = AheadBefore(zone, clock, false);
+    std::tm shown = LocalTm(clock - before);
+    if (Shows(shown, *this))
+        return clock - before;
+    if (Ahead(shown, clock - before) != before)
     {
-        before = AheadBefore(clock, true);
-        first = Ahead(clock - before);
+        before = AheadBefore(zone, clock, true);
+        shown = LocalTm(clock - before);
     }
-    if (first.seconds == before)
-        return clock - before + (first.leap && second < s_nLeapSecond ? 1 : 0);
+    const std::int64_t first = Ahead(shown, clock - before);
+    if (first == before)
+        return clock - before + (shown.tm_sec == s_nLeapSecond && second < s_nLeapSecond ? 1 : 0);
     // Here the clocks were moved since. Where this is left out the two differ, and the smaller one was
     // before.
-    const Ahead other(clock - first.seconds);
-    return clock - std::min(first.seconds, other.seconds);
+    return clock - std::min(first, Ahead(clock - first));
 }
 
 std::int64_t CivilTime::UtcInstant() const

@@ -10,6 +10,7 @@
 
 #include "toolkit/datetime/CivilTime.h"
 #include "toolkit/datetime/IsoText.h"
+#include "toolkit/encoding/AsciiText.h"
 #include "toolkit/encoding/UTF8.h"
 
 namespace Toolkit
@@ -165,6 +166,12 @@ void WriteIso(TString<C>& out, const CivilTime& civil, bool utc)
     C* const date = WriteDate(text, civil);
     *date = ' ';
     out.assign(text, WriteTime(date + 1, civil, utc));
+}
+
+wxDateTime FromIso(const wchar_t* text, std::size_t length)
+{
+    const IsoText iso = IsoText::Read(text, text + length);
+    return iso.utc ? FromUtc(iso.time) : FromLocal(iso.time);
 }
 
 // In milliseconds.
@@ -389,14 +396,17 @@ void DateTime::GetSortableString(TString<wchar_t>& out) const
 
 bool DateTime::ParseIsoString(const TString<wchar_t>& text)
 {
-    const IsoText iso = IsoText::Read(text.data(), text.data() + text.size());
-    *m_pDateTime = iso.utc ? FromUtc(iso.time) : FromLocal(iso.time);
+    *m_pDateTime = FromIso(text.data(), text.size());
     return IsValid();
 }
 
 bool DateTime::ParseIsoString(const TString<char>& text)
 {
-    return ParseIsoString(UTF8::ToUNICODE(text));
+    wchar_t wide[s_uMostText];
+    if (text.size() > s_uMostText || !AsciiText::Widen(text.data(), text.size(), wide))
+        return ParseIsoString(UTF8::ToUNICODE(text));
+    *m_pDateTime = FromIso(wide, text.size());
+    return IsValid();
 }
 
 TString<wchar_t> DateTime::IntToUString(int value, int width) const

@@ -1,7 +1,9 @@
 #ifndef TOOLKIT_FILES_FSSTREAM_H
 #define TOOLKIT_FILES_FSSTREAM_H
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include <wx/file.h>
 
@@ -10,9 +12,11 @@
 namespace Toolkit
 {
 
-// A binary stream over a file, open from its construction until its destruction and without a buffer of its
-// own. A file that cannot be opened leaves a stream that answers `NotOpen` to everything; nothing is logged.
-// A stream belongs to one thread at a time; streams on different files are independent.
+// A binary stream over a file, open from its construction until its destruction. What is written reaches the
+// system at once; a regular file in ModeRead is read up to 4 KiB ahead, so that a change that others make so
+// close behind what was read may go unseen, while what they append is read. A file that cannot be opened
+// leaves a stream that answers `NotOpen` to everything; nothing is logged. A stream belongs to one thread at
+// a time; streams on different files are independent.
 class TOOLKIT_API FSStream : public IStream
 {
 public:
@@ -61,9 +65,17 @@ public:
     unsigned int Length() const override;
 
 private:
+    class ReadAhead;
+
+    bool ReadAll(void* data, std::size_t size);
+    void BeginToReadAhead();
+    std::size_t Remaining() const;
     StreamResult ReadText(TString<wchar_t>& text, unsigned int count);
 
     wxFile m_file;
+    // Made by the first read of a file that can be read ahead; null until then and for every other one.
+    std::unique_ptr<ReadAhead> m_pAhead;
+    bool m_bMayReadAhead;
 };
 
 } // namespace Toolkit

@@ -32,8 +32,8 @@ const std::size_t s_uLocalExtraLength = 28;
 const std::size_t s_uDirectoryRecordLength = 46;
 const std::size_t s_uDirectoryNameLength = 28;
 
-// Text seldom compresses better.
-const long long s_iUsualExpansion = 16;
+// No deflated content is longer.
+const long long s_iMostExpansion = 1032;
 const long long s_iMostCredible = 64LL << 20;
 
 const unsigned int s_uDescriptorSignature = 0x08074B50;
@@ -151,7 +151,7 @@ ZipFile::LocalRecord ZipFile::ReadLocalRecord(const wxZipEntry& entry) const
 std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
 {
     const long long compressed = std::clamp<long long>(entry.GetCompressedSize(), 0, m_iLength);
-    const long long expansion = entry.GetMethod() == wxZIP_METHOD_STORE ? 1 : s_iUsualExpansion;
+    const long long expansion = entry.GetMethod() == wxZIP_METHOD_STORE ? 1 : s_iMostExpansion;
     return static_cast<std::size_t>(
         std::clamp<long long>(entry.GetSize(), 0, std::min(compressed * expansion, s_iMostCredible)));
 }

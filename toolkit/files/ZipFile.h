@@ -60,8 +60,8 @@ public:
 
     LocalRecord ReadLocalRecord(const wxZipEntry& entry) const;
 
-    // The declared length of the entry's content, as far as so much can reasonably come of what is in the
-    // file; never more than 64 MiB.
+    // The declared length of the entry's content, as far as so much can come of what is in the file; never
+    // more than 64 MiB.
     std::size_t GetCredibleLength(const wxZipEntry& entry) const;
 
     // The name, in bytes, in the record of the directory at `offset`.

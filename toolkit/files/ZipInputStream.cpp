@@ -79,6 +79,9 @@ ZipInputStream& ZipInputStream::operator>>(std::vector<unsigned char>& bytes)
         end += m_pContent->Read(bytes.data() + end, bytes.size() - end).LastRead();
     } while (end == bytes.size());
     bytes.resize(m_pContent->IsDamaged() ? before : end);
+    // The content was shorter than expected.
+    if (m_pContent->IsDamaged())
+        bytes.shrink_to_fit();
     return *this;
 }
 

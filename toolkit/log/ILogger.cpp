@@ -78,9 +78,4 @@ ILogger& ILogger::operator<<(unsigned long long value)
     return operator<< <unsigned long long>(value);
 }
 
-ILogger& ILogger::Installed()
-{
-    return s_pInstance != nullptr ? **s_pInstance : *this;
-}
-
 } // namespace Toolkit

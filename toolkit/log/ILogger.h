@@ -56,7 +56,7 @@ public:
     ILogger& operator<<(const T& value)
     {
         if (Passes())
-            Write(LogText::Of(value));
+            WriteTextOf(value);
         return Installed();
     }
 
@@ -74,7 +74,15 @@ protected:
 
 private:
     bool Passes() const { return GetSeverity() <= m_threshold; }
-    ILogger& Installed();
+
+    // Not inline: a piece that is dropped takes little more than a comparison.
+    template <class T>
+    [[gnu::noinline]] void WriteTextOf(const T& value)
+    {
+        Write(LogText::Of(value));
+    }
+
+    ILogger& Installed() { return s_pInstance != nullptr ? **s_pInstance : *this; }
 
     const LogSeverity m_threshold;
     std::atomic<LogSeverity> m_severity{LogSeverity::Verbose};

@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/encoding/AsciiText.h"
+#include "toolkit/log/DecimalDigits.h"
 
 namespace Toolkit
 {
@@ -23,6 +25,21 @@ bool IsUnwritable(wchar_t character)
     return value == 0 || (value >= 0xD800 && value <= 0xDFFF) || value > 0x10FFFF;
 }
 
+// True for text that certainly needs no replacement: every character lies between the zero and the first
+// surrogate. Looks at all of them, which takes less time than to stop at one.
+bool IsCommon(const TString<wchar_t>& text)
+{
+    std::uint32_t below = 0;
+    std::uint32_t above = 0;
+    for (const wchar_t character : text)
+    {
+        // The highest bit is set outside.
+        below |= static_cast<std::uint32_t>(character) - 1;
+        above |= 0xD7FF - static_cast<std::uint32_t>(character);
+    }
+    return (below | above) >> 31 == 0;
+}
+
 // Hands the fields before the message, one by one and in their order, to `take`.
 template <class Function, class Take>
 void ForEachField(LogSeverity severity, unsigned int line, const Function& function, Take take)
@@ -36,6 +53,54 @@ void ForEachField(LogSeverity severity, unsigned int line, const Function& funct
     take(function);
     take(ILogger::c_strLogToken2);
 }
+
+// Collects fields in place, so that the text of a line grows by all of them at once.
+class FieldCollector
+{
+public:
+    explicit FieldCollector(TString<wchar_t>& text) : m_strText(text) {}
+
+    void Take(unsigned int number)
+    {
+        m_end = DecimalDigits::Write(m_end, static_cast<unsigned long long>(number));
+    }
+
+    void Take(const TString<wchar_t>& separator)
+    {
+        wchar_t* end = m_end;
+        for (const wchar_t character : separator)
+            *end++ = character;
+        m_end = end;
+    }
+
+    // UTF-8 of any length.
+    void Take(std::string_view name)
+    {
+        if (name.size() <= s_uMostName && AsciiText::Widen(name.data(), name.size(), m_end))
+        {
+            m_end += name.size();
+            return;
+        }
+        Finish();
+        LogText::Append(m_strText, name);
+    }
+
+    // Hands on what is left.
+    void Finish()
+    {
+        m_strText.append(m_fields, static_cast<std::size_t>(m_end - m_fields));
+        m_end = m_fields;
+    }
+
+private:
+    static constexpr std::size_t s_uMostName = 64;
+    // Three numbers and the separators are shorter than that.
+    static constexpr std::size_t s_uMostOthers = 3 * DecimalDigits::s_iMost + 16;
+
+    TString<wchar_t>& m_strText;
+    wchar_t m_fields[s_uMostName + s_uMostOthers];
+    wchar_t* m_end = m_fields;
+};
 
 } // namespace
 
@@ -59,15 +124,18 @@ void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char
 LogLine::LogLine(LogSeverity severity, unsigned int line, const char* function)
 {
     m_strText.reserve(128);
+    FieldCollector fields(m_strText);
     ForEachField(severity, line, std::string_view(function != nullptr ? function : ""),
-                 [this](const auto& field) { *this << field; });
+                 [&fields](const auto& field) { fields.Take(field); });
+    fields.Finish();
 }
 
 LogLine::~LogLine()
 {
     try
     {
-        std::replace_if(m_strText.begin(), m_strText.end(), IsUnwritable, s_replacement);
+        if (!IsCommon(m_strText))
+            std::replace_if(m_strText.begin(), m_strText.end(), IsUnwritable, s_replacement);
         m_strText += ILogger::c_strLogToken3;
         if (ILogger::s_pInstance != nullptr)
             (*ILogger::s_pInstance)->Write(m_strText);

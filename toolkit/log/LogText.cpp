@@ -1,11 +1,12 @@
 #include "toolkit/log/LogText.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <cwchar>
 
+#include "toolkit/encoding/AsciiText.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/log/DecimalDigits.h"
 
 namespace Toolkit
 {
@@ -13,13 +14,8 @@ namespace Toolkit
 namespace
 {
 
-// Appends the bytes as characters of their values.
-void AppendAscii(TString<wchar_t>& text, const char* bytes, std::size_t length)
-{
-    const std::size_t before = text.size();
-    text.resize(before + length);
-    std::copy(bytes, bytes + length, text.data() + before);
-}
+// How much is widened at a time, so that the text grows by what it then holds.
+const std::size_t s_uPiece = 128;
 
 // True when no conversion changes the bytes; a zero may end one.
 bool IsPlain(const char* bytes, std::size_t length)
@@ -30,9 +26,8 @@ bool IsPlain(const char* bytes, std::size_t length)
 template <class T>
 void AppendDecimal(TString<wchar_t>& text, T value)
 {
-    char digits[24];
-    const std::to_chars_result end = std::to_chars(digits, digits + sizeof(digits), value);
-    AppendAscii(text, digits, static_cast<std::size_t>(end.ptr - digits));
+    wchar_t digits[DecimalDigits::s_iMost];
+    text.append(digits, static_cast<std::size_t>(DecimalDigits::Write(digits, value) - digits));
 }
 
 } // namespace
@@ -50,7 +45,7 @@ void LogText::AppendNumber(TString<wchar_t>& text, unsigned long long value)
 void LogText::AppendUtf8(TString<wchar_t>& text, std::string_view bytes)
 {
     if (IsPlain(bytes.data(), bytes.size()))
-        AppendAscii(text, bytes.data(), bytes.size());
+        AppendNarrow(text, bytes.data(), bytes.size());
     else
         text += UTF8::ToUNICODE(std::string(bytes));
 }
@@ -68,15 +63,14 @@ void LogText::AppendCharacter(TString<wchar_t>& text, wchar_t character)
 
 void LogText::AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length)
 {
-    if (IsPlain(bytes, length))
+    wchar_t piece[s_uPiece];
+    for (std::size_t size = 0; length > 0; bytes += size, length -= size)
     {
-        AppendAscii(text, bytes, length);
-        return;
+        size = std::min(length, s_uPiece);
+        if (!AsciiText::Widen(bytes, size, piece))
+            std::use_facet<std::ctype<wchar_t>>(std::locale::classic()).widen(bytes, bytes + size, piece);
+        text.append(piece, size);
     }
-    const std::size_t before = text.size();
-    text.resize(before + length);
-    std::use_facet<std::ctype<wchar_t>>(std::locale::classic())
-        .widen(bytes, bytes + length, text.data() + before);
 }
 
 void LogText::AppendArray(TString<wchar_t>& text, const wchar_t* characters, std::size_t limit)

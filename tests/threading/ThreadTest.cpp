@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/resource.h>
 #include <sys/time.h>
 #include <unistd.h>
 #include <wx/app.h>

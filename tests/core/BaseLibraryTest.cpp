@@ -250,13 +250,13 @@ TEST(BaseLibrary, StartsThatTheHostTookBackAreForgotten)
             BaseLibrary::Stop();
             REQUIRE(!BaseLibrary::IsStarted());
             REQUIRE(!destroyed);
+            REQUIRE(wxLog::SetActiveTarget(nullptr) == &log);
             REQUIRE(BaseLibrary::Hold());
             wxUninitialize();
             REQUIRE(BaseLibrary::Hold());
             REQUIRE(BaseLibrary::IsStarted());
             BaseLibrary::Stop();
             REQUIRE(!BaseLibrary::IsStarted());
-            REQUIRE(wxLog::SetActiveTarget(nullptr) == &log);
             return "";
         }));
 }

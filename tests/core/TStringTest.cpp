@@ -5,18 +5,21 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include "tests/support/Child.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PlainTString.h"
+#include "tests/support/Sanitized.h"
 #include "tests/support/TemporaryFolder.h"
 
 using Toolkit::TString;
@@ -402,6 +405,28 @@ TEST(TString, ReplaceGoesOnBehindAZero)
     Text text(std::wstring(L"a\0a", 3));
     text.Replace(std::wstring(1, L'\0'), L"-");
     EXPECT_EQ(L"a-a", text);
+}
+
+TEST(TString, ReplacementThatHoldsWhatItReplacesGrowsUntilTheMemoryEnds)
+{
+    if (ToolkitTest::s_bSanitized)
+        return;
+    EXPECT_TRUE(InChild(
+        []
+        {
+            const struct rlimit limit = {512U << 20, 512U << 20};
+            setrlimit(RLIMIT_AS, &limit);
+            Text text(L"a");
+            try
+            {
+                text.Replace(L"a", std::wstring(1U << 20, L'b') + L"a");
+            }
+            catch (const std::bad_alloc&)
+            {
+                return text.size() > 10 * (1U << 20) && text.back() == L'a';
+            }
+            return false;
+        }));
 }
 
 TEST(TString, ReplaceDoesWhatThePlainFormDoes)

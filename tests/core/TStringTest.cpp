@@ -315,6 +315,29 @@ TEST(TString, IgnoresCaseAsThePlainFormsDoInAUTF8Locale)
     EXPECT_TRUE(CompareEverythingIn("C.UTF-8"));
 }
 
+// There "I" is no capital of "i".
+TEST(TString, IgnoresCaseAsThePlainFormsDoInATurkishLocale)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const std::string make =
+        "localedef -i tr_TR -f ISO-8859-9 '" + folder.Path("tr_TR.ISO-8859-9") + "' >/dev/null 2>&1";
+    if (std::system(make.c_str()) != 0)
+    {
+        std::printf("[ NOT RUN  ] no Turkish locale can be made\n");
+        return;
+    }
+    const ToolkitTest::ScopedEnvironment path("LOCPATH", folder.Path().c_str());
+    EXPECT_TRUE(InChild(
+        []
+        {
+            std::setlocale(LC_ALL, "tr_TR.ISO-8859-9");
+            const Bytes upper("a text of more bytes: I");
+            const Bytes lower("A TEXT OF MORE BYTES: i");
+            return upper.compareNoCase(lower) != 0 &&
+                   upper.compareNoCase(lower) == PlainCompareNoCase(upper, lower);
+        }));
+}
+
 TEST(TString, IgnoresCaseAsThePlainFormsDoInAnEightBitLocale)
 {
     const ToolkitTest::TemporaryFolder folder;

@@ -102,6 +102,7 @@ TEST(IPCPayload, RefusesWhatIsNoUnicodeText)
                 {UTF16(std::u16string(1, char16_t(0xde00))), wxIPC_UTF16TEXT, c_strNone},
                 {UTF16(std::u16string{char16_t(0xd83d), u'a'}), wxIPC_UTF16TEXT, c_strNone},
                 {UTF16(std::u16string{char16_t(0xde00), char16_t(0xd83d)}), wxIPC_UTF16TEXT, c_strNone},
+                {UTF16(std::u16string{char16_t(0xd83d), char16_t(0xe000)}), wxIPC_UTF16TEXT, c_strNone},
                 {UTF32(beyond), wxIPC_UTF32TEXT, c_strNone},
                 {UTF32(surrogate), wxIPC_UTF32TEXT, c_strNone},
                 {UTF32(std::u32string(1, char32_t(0x80000041))), wxIPC_UTF32TEXT, c_strNone}});

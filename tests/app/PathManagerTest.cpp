@@ -278,6 +278,25 @@ TEST(PathManager, SurvivesAHomeThatNobodyCanUse)
     EXPECT_EQ(errors.Stop(), "");
 }
 
+TEST(PathManager, TakesFoldersOfTheEnvironmentBeyondAsciiAsUtf8)
+{
+    for (const char* const variable : {"HOME", "XDG_CONFIG_HOME"})
+    {
+        const TemporaryFolder folder;
+        const std::string home = folder.Path("h\xC3\xB6me");
+        std::filesystem::create_directories(home);
+        const ScopedEnvironment environment(variable, home.c_str());
+        const PathManager without;
+        const wxInitializer started;
+        const PathManager with;
+        EXPECT_EQ(FieldsOf(without), FieldsOf(with)) << variable;
+        if (std::string(variable) == "HOME")
+        {
+            EXPECT_EQ(with.GetDocumentsPath(), folder.Wide("h\xC3\xB6me"));
+        }
+    }
+}
+
 TEST(PathManager, CreatesTheApplicationDataFolder)
 {
     const TemporaryFolder home;

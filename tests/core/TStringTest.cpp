@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <random>
 #include <string>
 #include <string_view>
@@ -12,12 +13,14 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include "tests/support/Child.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PlainTString.h"
+#include "tests/support/Sanitized.h"
 #include "tests/support/TemporaryFolder.h"
 
 using Toolkit::TString;
@@ -326,6 +329,29 @@ TEST(TString, IgnoresCaseAsThePlainFormsDoInAUTF8Locale)
     EXPECT_TRUE(CompareEverythingIn("C.UTF-8"));
 }
 
+// There "I" is no capital of "i".
+TEST(TString, IgnoresCaseAsThePlainFormsDoInATurkishLocale)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const std::string make =
+        "localedef -i tr_TR -f ISO-8859-9 '" + folder.Path("tr_TR.ISO-8859-9") + "' >/dev/null 2>&1";
+    if (std::system(make.c_str()) != 0)
+    {
+        std::printf("[ NOT RUN  ] no Turkish locale can be made\n");
+        return;
+    }
+    const ToolkitTest::ScopedEnvironment path("LOCPATH", folder.Path().c_str());
+    EXPECT_TRUE(InChild(
+        []
+        {
+            std::setlocale(LC_ALL, "tr_TR.ISO-8859-9");
+            const Bytes upper("a text of more bytes: I");
+            const Bytes lower("A TEXT OF MORE BYTES: i");
+            return upper.compareNoCase(lower) != 0 &&
+                   upper.compareNoCase(lower) == PlainCompareNoCase(upper, lower);
+        }));
+}
+
 TEST(TString, IgnoresCaseAsThePlainFormsDoInAnEightBitLocale)
 {
     const ToolkitTest::TemporaryFolder folder;
@@ -416,6 +442,28 @@ TEST(TString, ReplaceGoesOnBehindAZero)
     Text text(std::wstring(L"a\0a", 3));
     text.Replace(std::wstring(1, L'\0'), L"-");
     EXPECT_EQ(L"a-a", text);
+}
+
+TEST(TString, ReplacementThatHoldsWhatItReplacesGrowsUntilTheMemoryEnds)
+{
+    if (ToolkitTest::s_bSanitized)
+        return;
+    EXPECT_TRUE(InChild(
+        []
+        {
+            const struct rlimit limit = {512U << 20, 512U << 20};
+            setrlimit(RLIMIT_AS, &limit);
+            Text text(L"a");
+            try
+            {
+                text.Replace(L"a", std::wstring(1U << 20, L'b') + L"a");
+            }
+            catch (const std::bad_alloc&)
+            {
+                return text.size() > 10 * (1U << 20) && text.back() == L'a';
+            }
+            return false;
+        }));
 }
 
 TEST(TString, ReplaceDoesWhatThePlainFormDoes)

@@ -91,6 +91,8 @@ TEST(LocaleName, RefusesEverythingElse)
         "de_DE_1996_1901",
         "de_Latn_Latn_DE",
         "de-DE",
+        "d[_DE",
+        "d{_DE",
         "de DE",
         " de_DE",
         "de_DE ",

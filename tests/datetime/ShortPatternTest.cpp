@@ -142,6 +142,7 @@ TEST(ShortPattern, WritesEverySpaceInATimeAsOne)
                  {L"h:mm\u00A0a", L"h:mm a"},
                  {L"h:mm \u2009 a", L"h:mm a"},
                  {L"a\u1680h:mm", L"a h:mm"},
+                 {L"a\u2000h\u200A:mm", L"a h:mm"},
                  {L"a\u205Fh:mm", L"a h:mm"},
                  {L" HH:mm ", L"HH:mm"},
                  {L"HH : mm", L"HH:mm"}});

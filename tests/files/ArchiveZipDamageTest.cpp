@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include "tests/support/Archives.h"
+#include "tests/support/EndChild.h"
 #include "tests/support/InstalledLogger.h"
+#include "tests/support/Sanitized.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZip.h"
 #include "toolkit/files/ZipInputStream.h"
@@ -48,15 +50,6 @@ const std::size_t s_uLocalFlags = 6;
 const std::size_t s_uLocalMethod = 8;
 const std::size_t s_uLocalChecksum = 14;
 const std::size_t s_uLocalLength = 22;
-
-// A sanitizer reserves more than any limit, and refuses too large allocations itself.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-const bool s_bSanitized = true;
-#elif defined(__has_feature)
-const bool s_bSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-const bool s_bSanitized = false;
-#endif
 
 using Forge = std::function<void(ForgedArchive&)>;
 
@@ -153,6 +146,37 @@ with zipfile.ZipFile(Pipe('a.zip'), 'w') as z:
         WriteBytes(folder.Path("a.zip"), forged.bytes);
         ExpectBadEntry(folder, "a.zip", L"bad", L"good");
         ExpectNothingRead(folder.Wide("a.zip"), L"bad");
+    }
+}
+
+TEST(ArchiveZipDamage, KnowsTheLengthOfAStreamedEntryByTheChecksumBehindIt)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile(Pipe('a.zip'), 'w') as z:
+    add(z, 'bad', 'deflated content', zipfile.ZIP_DEFLATED)
+    add(z, 'good', 'stored content')
+)");
+    const ForgedArchive whole(ReadBytes(folder.Path("a.zip")));
+    const std::size_t content = whole.Content("bad");
+    const std::size_t signature = whole.bytes.find("PK\x07\x08");
+    const std::string checksum = whole.bytes.substr(signature + 4, 4);
+    std::vector<std::uint32_t> lengths = {0x7FFFFFFF, 0x80000000, 0xFFFFFFF0, 0xFFFFFFFF};
+    // Also those behind which less than a checksum is left of the file, or nothing.
+    for (std::uint32_t length = 0; length < whole.bytes.size() - content + 4; ++length)
+        lengths.push_back(length);
+    for (const std::uint32_t length : lengths)
+    {
+        ForgedArchive forged(whole);
+        forged.Set32(forged.Directory("bad") + s_uDirectoryCompressed, length);
+        WriteBytes(folder.Path("b.zip"), forged.bytes);
+        OpenArchive open(folder.Wide("b.zip"));
+        const std::size_t end = content + length;
+        const bool ended =
+            end == signature || (end < whole.bytes.size() && whole.bytes.compare(end, 4, checksum) == 0);
+        EXPECT_EQ(open.UnZip(L"bad", folder.Wide("out")), ended) << length;
+        EXPECT_EQ(ReadBytes(folder.Path("out")), ended ? "deflated content" : "") << length;
+        EXPECT_EQ(open.Read(L"good"), "stored content") << length;
     }
 }
 
@@ -327,7 +351,7 @@ TEST(ArchiveZipDamage, NeedsNoMemoryForForgedLengths)
     if (child == 0)
     {
         const struct rlimit limit = {256U << 20, 256U << 20};
-        if (!s_bSanitized)
+        if (!ToolkitTest::s_bSanitized)
             setrlimit(RLIMIT_AS, &limit);
         for (int i = 0; i < number; ++i)
         {
@@ -338,7 +362,7 @@ TEST(ArchiveZipDamage, NeedsNoMemoryForForgedLengths)
                 open.UnZip(pair.first, folder.Wide("out"));
             }
         }
-        _exit(0);
+        ToolkitTest::EndChild(0);
     }
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);

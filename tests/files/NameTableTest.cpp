@@ -1,8 +1,11 @@
 #include "toolkit/files/NameTable.h"
 
+#include <cstdint>
 #include <map>
 #include <random>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include <gtest/gtest.h>
 
@@ -23,6 +26,27 @@ TEST(NameTable, KeepsTheFirstValueOfAName)
     EXPECT_EQ(table.Add(L"name", 1), 1);
     EXPECT_EQ(table.Add(L"name", 2), 1);
     EXPECT_EQ(table.GetEntries().size(), 1U);
+}
+
+TEST(NameTable, TellsNamesOfTheSameHashApart)
+{
+    std::unordered_map<std::uint32_t, std::wstring> names;
+    std::wstring first;
+    std::wstring second;
+    for (int i = 0; first.empty(); ++i)
+    {
+        second = std::to_wstring(i);
+        const auto hash = static_cast<std::uint32_t>(std::hash<std::wstring_view>()(second));
+        const auto known = names.emplace(hash, second);
+        if (!known.second)
+            first = known.first->second;
+    }
+    NameTable<int> table;
+    EXPECT_EQ(table.Add(TString<wchar_t>(first), 1), 1);
+    EXPECT_EQ(table.Find(second), nullptr);
+    EXPECT_EQ(table.Add(TString<wchar_t>(second), 2), 2);
+    EXPECT_EQ(*table.Find(first), 1);
+    EXPECT_EQ(*table.Find(second), 2);
 }
 
 TEST(NameTable, FindsWhatAnOrderedMapFinds)

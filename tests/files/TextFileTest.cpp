@@ -504,6 +504,19 @@ TEST(TextFile, DoesNotWriteThroughLinksAtTheNamesOfItsNewContent)
     EXPECT_EQ(51, opened.Entries());
 }
 
+TEST(TextFile, GivesUpWhenEveryNameOfItsNewContentIsTaken)
+{
+    Opened opened("one\n");
+    const std::string begin = std::filesystem::path(opened.Path()).parent_path().string() + "/.toolkit-";
+    for (int number = 0; number < 1000; ++number)
+        WriteBytes(begin + std::to_string(getpid()) + "-" + std::to_string(number), "taken");
+    opened.m_file.AddLine(L"two");
+    EXPECT_FALSE(opened.m_file.Write());
+    EXPECT_EQ("one\n", ReadBytes(opened.Path()));
+    EXPECT_EQ(1001, opened.Entries());
+    EXPECT_EQ("taken", ReadBytes(begin + std::to_string(getpid()) + "-500"));
+}
+
 TEST(TextFile, DoesNotWriteThroughALinkThatLeadsNowhere)
 {
     Opened opened("one\n");

@@ -580,6 +580,19 @@ TEST(FileLogger, EmptyNameIsTheApplicationsInTheTemporaryFolder)
     EXPECT_TRUE(OnSmallDisk("/tmp", 1024, run));
 }
 
+TEST(FileLogger, EmptyNameStaysEmptyWithoutAPathManager)
+{
+    EXPECT_TRUE(OnSmallDisk("/tmp", 64,
+                            []
+                            {
+                                {
+                                    FileLogger logger(LogSeverity::Info, L"", s_uLarge);
+                                    logger.Write(L"piece");
+                                }
+                                return ReadBytes("/tmp/.vxlog") == "piece";
+                            }));
+}
+
 TEST(FileLogger, AsksThePathManagerForItsFolder)
 {
     const LogFile file;

@@ -54,6 +54,24 @@ protected:
 
 } // namespace
 
+TEST_F(LogLineTest, FunctionWithoutANameIsEmpty)
+{
+    {
+        LogLine line(LogSeverity::Info, 7, nullptr);
+        line << L"message";
+    }
+    EXPECT_NE(std::wstring::npos, m_record.Text().find(L" : 7 :  : message\n")) << m_record.Text();
+}
+
+TEST(LogLine, WithoutALoggerIsLost)
+{
+    {
+        LogLine line(LogSeverity::Info, 7, "Function");
+        line << L"message";
+    }
+    EXPECT_EQ(nullptr, ILogger::s_pInstance);
+}
+
 TEST_F(LogLineTest, LibraryLineIsStreamedPieceByPiece)
 {
     const unsigned int before = GetTickCount();

@@ -160,6 +160,14 @@ std::string Chain(int groups)
     return pattern + "(a)";
 }
 
+// The message of the exception that `work` throws, up to the place and the pattern.
+template <class Work>
+std::string BeginningOf(Work work)
+{
+    const std::string message = MessageOf(work);
+    return message.substr(0, message.find(" (@"));
+}
+
 } // namespace
 
 extern "C" pcre* pcre_compile(const char* pattern, int options, const char** error, int* offset,
@@ -431,6 +439,44 @@ TEST(RegExpBackend, NestedPatternsCompileWhereTheStackAllows)
 TEST(RegExpBackend, GroupsSideBySideNeedNoStack)
 {
     RunOnStack(4 * s_uSmallStack, [] { EXPECT_FALSE(Pattern(Repeat("(a)", 5000)).IsMatch("a")); });
+}
+
+TEST(RegExpBackend, EveryWayToCallAGroupNeedsStack)
+{
+    const std::string groups = "(?<n>a)" + Repeat("(a)", 5000);
+    for (const char* const call :
+         {"(?1)", "(?+1)(a)", "(?-1)", "(?R)?", "(?0)?", "(?&n)", "(?P>n)", "\\g<1>", "\\g'1'", "\\g<n>"})
+    {
+        const std::string pattern = groups + call;
+        EXPECT_EQ("nothing was thrown", BeginningOf([&] { Pattern(pattern).IsMatch("a"); })) << call;
+        std::string message;
+        RunOnStack(2 * s_uSmallStack, [&] { message = BeginningOf([&] { Pattern(pattern).IsMatch("a"); }); });
+        EXPECT_EQ(" : parentheses are too deeply nested (stack check)", message) << call;
+    }
+}
+
+TEST(RegExpBackend, WhatOnlyResemblesACallNeedsNoStack)
+{
+    for (const char* const end : {"(?:a)", "(?=a)", "(?i)", "(?#1)", "(?", "(?-"})
+    {
+        const std::string pattern = Repeat("(a)", 5000) + end;
+        const std::string expected = BeginningOf([&] { Pattern(pattern).IsMatch("a"); });
+        std::string message;
+        RunOnStack(2 * s_uSmallStack, [&] { message = BeginningOf([&] { Pattern(pattern).IsMatch("a"); }); });
+        EXPECT_EQ(expected, message) << end;
+    }
+}
+
+TEST(RegExpBackend, ShortPatternsMatchAlikeOnASmallStack)
+{
+    for (const char* const pattern : {"a+b", "\\d+x?$", "b"})
+        for (const char* const subject : {"xaab", "12", "aaa", ""})
+        {
+            const bool expected = Pattern(pattern).IsMatch(subject);
+            bool matched = !expected;
+            RunOnStack(s_uSmallStack, [&] { matched = Pattern(pattern).IsMatch(subject); });
+            EXPECT_EQ(expected, matched) << pattern << " " << subject;
+        }
 }
 
 TEST(RegExpBackend, ChainsOfCallsCompileWhereTheStackAllows)

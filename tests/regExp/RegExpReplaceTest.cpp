@@ -58,6 +58,7 @@ TEST(RegExpReplaceAll, ReplacesEveryMatch)
         {"\\Aa", "", "aaab", "b"},
         {"\\Ga", "b", "aaca", "bbca"},
         {"\\ba", "b", "a aa", "b ba"},
+        {"(*CRLF)(?m)^a", "b", "a\r\na\na", "a\r\nb\na"},
         {"a\\Kb", "x", "abab", "axax"},
     };
     for (const auto& row : rows)

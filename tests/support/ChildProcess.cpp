@@ -11,6 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/EndChild.h"
+
 namespace ToolkitTest
 {
 
@@ -29,7 +31,7 @@ namespace
         text = exception.what();
     }
     const bool told = write(answer, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    _exit(told ? 0 : 1);
+    EndChild(told ? 0 : 1);
 }
 
 } // namespace

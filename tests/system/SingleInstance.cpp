@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/EndChild.h"
 #include "toolkit/Toolkit.h"
 
 using Toolkit::SingleApplicationInstance;
@@ -33,7 +34,7 @@ const char* LetAChildEnd(std::unique_ptr<ToolkitSession>& session)
     if (child == 0)
     {
         session.reset();
-        _exit(0);
+        ToolkitTest::EndChild(0);
     }
     int status = 0;
     while (waitpid(child, &status, 0) == -1 && errno == EINTR)

@@ -33,6 +33,12 @@ using ToolkitTest::WaitUntil;
 namespace
 {
 
+class HostApp : public wxAppConsole
+{
+public:
+    int OnRun() override { return 0; }
+};
+
 using Work = std::function<wxThread::ExitCode(Thread&)>;
 
 const int s_iRounds = 3000;
@@ -639,6 +645,27 @@ TEST(ThreadLife, FinishedWithoutTheBaseLibrary)
             Worker worker;
             worker.Run();
             worker.Wait();
+        }));
+}
+
+TEST(ThreadLife, OutlivesAnApplicationObjectOfTheHost)
+{
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            CapturedOutput errors(2);
+            wxApp::SetInstance(new HostApp);
+            int count = 0;
+            if (!wxEntryStart(count, static_cast<wxChar**>(nullptr)))
+                return "not started";
+            {
+                const Worker neverRun;
+                Worker finished;
+                finished.Run();
+                finished.Wait();
+                wxEntryCleanup();
+            }
+            return errors.Stop() + (wxAppConsole::GetInstance() == nullptr ? "" : " still started");
         }));
 }
 

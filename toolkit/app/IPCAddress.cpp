@@ -62,7 +62,8 @@ TString<char> Shorten(const TString<char>& path)
         return path;
     const TString<char> tail = "~" + Hash(Absolute(path));
     std::size_t kept = s_uLongestPath - tail.size();
-    if (path.rfind('/') + 1 > kept && path.rfind('/') != TString<char>::npos)
+    // Without a folder this is 0.
+    if (path.rfind('/') + 1 > kept)
         return c_strFolderOfLongPaths + tail;
     while (IsInsideOfCharacter(path[kept]))
         --kept;

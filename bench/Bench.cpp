@@ -121,15 +121,3 @@ std::wstring WideWords(std::size_t length)
 }
 
 } // namespace ToolkitBench
-
-int main(int count, char** arguments)
-{
-    benchmark::Initialize(&count, arguments);
-    if (benchmark::ReportUnrecognizedArguments(count, arguments))
-        return 2;
-    ToolkitBench::Folder();
-    ToolkitBench::Register();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <initializer_list>
 #include <string>
 #include <utility>
 
@@ -50,23 +49,6 @@ void WholeOperation(const std::string& name, Work work)
                                  [work](benchmark::State& state) mutable { Measure(state, work); })
         ->UseRealTime()
         ->Unit(benchmark::kMicrosecond);
-}
-
-// Registers `make(size)`, which answers the work for that size, as "growth:<operation>" over the sizes.
-template <class Make>
-void Growth(const std::string& operation, std::initializer_list<long> sizes, Make make)
-{
-    auto* const growth = benchmark::RegisterBenchmark(("growth:" + operation).c_str(),
-                                                      [make](benchmark::State& state)
-                                                      {
-                                                          auto work =
-                                                              make(static_cast<std::size_t>(state.range(0)));
-                                                          Measure(state, work);
-                                                          state.SetComplexityN(state.range(0));
-                                                      });
-    for (const long size : sizes)
-        growth->Arg(size);
-    growth->Complexity();
 }
 
 // A folder that goes with the process.

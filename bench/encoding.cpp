@@ -203,16 +203,4 @@ void ToolkitBench::Register()
     }
     RegisterBase64();
     RegisterQuotedPrintable();
-    Growth("Utf8Encode", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [text = TString<wchar_t>(Repeated(L"\u00E4 and ", size))]
-               { benchmark::DoNotOptimize(UTF8::ToUTF8(text)); };
-           });
-    Growth("QuotedPrintable", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [text = TString<wchar_t>(Repeated(L"\u00E4 = ", size))]
-               { benchmark::DoNotOptimize(QP::ToQP(text, 76, 76)); };
-           });
 }

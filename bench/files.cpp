@@ -215,15 +215,4 @@ void ToolkitBench::Register()
     RegisterSerialized();
     RegisterTextFile();
     RegisterListing();
-    Growth("TextFileLoad", {1000, 4000, 16000, 64000},
-           [](std::size_t lines)
-           {
-               const std::filesystem::path path = Folder() / ("lines" + std::to_string(lines));
-               WriteLines(path, lines);
-               return [name = TString<wchar_t>(Wide(path))]
-               {
-                   TextFile file;
-                   benchmark::DoNotOptimize(file.Open(name));
-               };
-           });
 }

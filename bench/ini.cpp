@@ -162,10 +162,4 @@ void ToolkitBench::Register()
                   &Narrow, [poco](const std::string& section, const std::string& key)
                   { benchmark::DoNotOptimize(poco->getString(section + "." + key).size()); }));
 #endif
-    Growth("IniLoad", {10, 40, 160, 640},
-           [](std::size_t sections)
-           {
-               return [name = UTF8::ToUNICODE(TString<char>(WriteSettings(sections).string()))]
-               { benchmark::DoNotOptimize(IniFile(name).IsLoaded()); };
-           });
 }

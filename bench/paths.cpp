@@ -84,14 +84,4 @@ void ToolkitBench::Register()
                   benchmark::DoNotOptimize(tokens.data());
               });
 #endif
-    Growth("Tokenize", {100, 1000, 10000, 100000},
-           [](std::size_t size)
-           {
-               return [line = TString<wchar_t>(WideWords(size))]
-               {
-                   std::vector<TString<wchar_t>> tokens;
-                   CmdLineParser::Tokenize(line, tokens);
-                   benchmark::DoNotOptimize(tokens.data());
-               };
-           });
 }

@@ -178,10 +178,4 @@ void ToolkitBench::Register()
                   archive_read_free(reader);
               });
 #endif
-    Growth("ZipList", {100, 400, 1600, 6400},
-           [](std::size_t entries)
-           {
-               return [name = UTF8::ToUNICODE(TString<char>(WriteArchive(entries).string()))]
-               { benchmark::DoNotOptimize(CountEntries(name)); };
-           });
 }

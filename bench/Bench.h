@@ -8,19 +8,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/Memory.h"
+
 namespace ToolkitBench
 {
 
-// How often this thread has asked for memory, from whichever library.
-std::size_t Allocations();
-
-// Between the two calls, the most memory that this thread held at a time beyond what it held before.
-void Watch();
-std::size_t Peak();
-
 // Runs `work` as the loop of a benchmark and counts what it allocates.
 template <class Work>
-void Measure(benchmark::State& state, Work& work)
+void Measure(benchmark::State& state, Work&& work)
 {
     work();
     Watch();

@@ -7,8 +7,19 @@ FORMS = ["constant", "logarithmic", "linear", "n log n", "worse"]
 # How far exact counts may stray from a form: memory is taken in chunks, and other code serves the larger sizes.
 TOLERANCE = 1.15
 
-# What the processor's caches explain of the time of a linear operation, as a power of the size.
+# As powers of the size: what the caches and the system's pages explain of the time of a linear operation, and what noise makes of
+# a constant one.
 TIME_POWER = 1.4
+CONSTANT_POWER = 0.3
+
+RULE = (
+    "Each operation was done once for each size under callgrind, which counts the instructions of the process exactly; noise has no "
+    "part in it. From them follows the form, by what one element more costs at the last step from size to size, beside the first "
+    f"step: up to {TOLERANCE} times as much is linear; up to what n log n rises between these sizes, with the same tolerance, is "
+    "n log n; more is worse. It is constant if the largest size costs no more than that many times the smallest, and logarithmic if "
+    "the last step adds no more to the whole than the first. Counts do not see the system: where time rises faster than the size to "
+    f"the power of {TIME_POWER} from the second size to the last, which caches do not explain, it is worse, whatever the counts say, "
+    f"and where only the system's part grows, faster than the power of {CONSTANT_POWER}, time decides. Linear and n log n are not told apart by time.")
 
 
 def load_counts(folder):
@@ -46,19 +57,14 @@ def form_of_counts(counts):
     return "n log n" if rise(counts.get) <= rise(lambda n: n * math.log(n)) * TOLERANCE else "worse"
 
 
-def power_of_times(times):
-    """Between the last two sizes, where what an operation costs without elements counts least."""
-    sizes = sorted(times)
-    return math.log(times[sizes[-1]] / times[sizes[-2]]) / math.log(sizes[-1] / sizes[-2])
-
-
 def form_of_times(times):
-    """Of what happens in the system, which no count sees: n log n cannot be told from linear by time."""
+    """Of what happens in the system, which no count sees: n log n cannot be told from linear by time. The smallest size is left
+    out, for there what an operation costs without elements counts most."""
     sizes = sorted(times)
-    whole = math.log(times[sizes[-1]] / times[sizes[0]]) / math.log(sizes[-1] / sizes[0])
-    if whole <= 0.1:
+    power = math.log(times[sizes[-1]] / times[sizes[1]]) / math.log(sizes[-1] / sizes[1])
+    if power <= CONSTANT_POWER:
         return "constant"
-    return "linear" if power_of_times(times) <= TIME_POWER else "worse"
+    return "linear" if power <= TIME_POWER else "worse"
 
 
 def is_as_good(form, possible):

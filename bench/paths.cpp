@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 
 #include <wx/arrstr.h>
 #include <wx/cmdline.h>
@@ -18,6 +20,9 @@
 #ifdef BENCH_BOOST
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
+#endif
+#ifdef BENCH_BOOST_FILESYSTEM
+#include <boost/filesystem/path.hpp>
 #endif
 
 using namespace Toolkit;
@@ -43,6 +48,15 @@ void ToolkitBench::Register()
               [line = wxString(s_strLine)] {
                   benchmark::DoNotOptimize(
                       wxCmdLineParser::ConvertStringToArgs(line, wxCMD_LINE_SPLIT_UNIX).size());
+              });
+    Operation("Tokenize/std",
+              [line = std::wstring(s_strWideLine)]
+              {
+                  std::vector<std::wstring> tokens;
+                  std::wistringstream in(line);
+                  for (std::wstring token; in >> std::quoted(token);)
+                      tokens.push_back(token);
+                  benchmark::DoNotOptimize(tokens.data());
               });
     Operation("AppendPath/Toolkit",
               [base = TString<wchar_t>(L"/home/somebody/.application"), name = TString<wchar_t>(L"plugins")]
@@ -83,5 +97,11 @@ void ToolkitBench::Register()
                   boost::split(tokens, line, boost::is_any_of(L" \t"), boost::token_compress_on);
                   benchmark::DoNotOptimize(tokens.data());
               });
+#endif
+#ifdef BENCH_BOOST_FILESYSTEM
+    Operation("AppendPath/Boost",
+              [base = boost::filesystem::path("/home/somebody/.application"),
+               name = boost::filesystem::path("plugins")]
+              { benchmark::DoNotOptimize((base / name).c_str()); });
 #endif
 }

@@ -193,16 +193,16 @@ void RegisterBase64()
                                     reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
                                     out.data(), &state, &save));
                             });
-    ToolkitBench::Operation("Base64Decode/gmime",
-                            [text]
-                            {
-                                std::vector<unsigned char> out(text.size());
-                                int state = 0;
-                                guint32 save = 0;
-                                benchmark::DoNotOptimize(g_mime_encoding_base64_decode_step(
-                                    reinterpret_cast<const unsigned char*>(text.data()), text.size(),
-                                    out.data(), &state, &save));
-                            });
+    ToolkitBench::Operation(
+        "Base64Decode/gmime",
+        [text]
+        {
+            std::vector<unsigned char> out(text.size());
+            int state = 0;
+            guint32 save = 0;
+            benchmark::DoNotOptimize(g_mime_encoding_base64_decode_step(
+                reinterpret_cast<const unsigned char*>(text.data()), text.size(), out.data(), &state, &save));
+        });
 #endif
 }
 

@@ -171,21 +171,20 @@ void RegisterTextFile()
                             });
 #endif
 #ifdef BENCH_GLIB
-    ToolkitBench::Operation("TextFileLoad/GLib",
-                            [path]
-                            {
-                                GIOChannel* const channel = g_io_channel_new_file(path.c_str(), "r", nullptr);
-                                gchar* line = nullptr;
-                                gsize length = 0;
-                                while (g_io_channel_read_line(channel, &line, &length, nullptr, nullptr) ==
-                                       G_IO_STATUS_NORMAL)
-                                {
-                                    g_free(g_utf8_to_ucs4(line, static_cast<glong>(length), nullptr, nullptr,
-                                                          nullptr));
-                                    g_free(line);
-                                }
-                                g_io_channel_unref(channel);
-                            });
+    ToolkitBench::Operation(
+        "TextFileLoad/GLib",
+        [path]
+        {
+            GIOChannel* const channel = g_io_channel_new_file(path.c_str(), "r", nullptr);
+            gchar* line = nullptr;
+            gsize length = 0;
+            while (g_io_channel_read_line(channel, &line, &length, nullptr, nullptr) == G_IO_STATUS_NORMAL)
+            {
+                g_free(g_utf8_to_ucs4(line, static_cast<glong>(length), nullptr, nullptr, nullptr));
+                g_free(line);
+            }
+            g_io_channel_unref(channel);
+        });
 #endif
 #ifdef BENCH_POCO
     ToolkitBench::Operation("TextFileLoad/POCO",

@@ -19,7 +19,8 @@ RULE = (
     "n log n; more is worse. It is constant if the largest size costs no more than that many times the smallest, and logarithmic if "
     "the last step adds no more to the whole than the first. Counts do not see the system: where time rises faster than the size to "
     f"the power of {TIME_POWER} from the second size to the last, which caches do not explain, it is worse, whatever the counts say, "
-    f"and where only the system's part grows, faster than the power of {CONSTANT_POWER}, time decides. Linear and n log n are not told apart by time.")
+    f"and where only the system's part grows, faster than the power of {CONSTANT_POWER}, time decides. Linear and n log n are not "
+    "told apart by time.")
 
 
 def load_counts(folder):

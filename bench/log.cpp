@@ -153,26 +153,24 @@ void RegisterProducer()
 #endif
 #ifdef BENCH_QT
     // It knows no file: a handler writes the line to one at once, as programs with Qt do.
-    benchmark::RegisterBenchmark("Producer/Qt",
-                                 [](benchmark::State& state)
-                                 {
-                                     static QFile* s_pFile;
-                                     QFile file(
-                                         QString::fromStdString((ToolkitBench::Folder() / "qt").string()));
-                                     file.open(QIODevice::WriteOnly);
-                                     s_pFile = &file;
-                                     const auto before = qInstallMessageHandler(
-                                         [](QtMsgType type, const QMessageLogContext& context,
-                                            const QString& message)
-                                         {
-                                             s_pFile->write(
-                                                 qFormatLogMessage(type, context, message).toUtf8() + '\n');
-                                             s_pFile->flush();
-                                         });
-                                     const auto work = [] { qInfo("value %d", 7); };
-                                     ToolkitBench::Measure(state, work);
-                                     qInstallMessageHandler(before);
-                                 })
+    benchmark::RegisterBenchmark(
+        "Producer/Qt",
+        [](benchmark::State& state)
+        {
+            static QFile* s_pFile;
+            QFile file(QString::fromStdString((ToolkitBench::Folder() / "qt").string()));
+            file.open(QIODevice::WriteOnly);
+            s_pFile = &file;
+            const auto before = qInstallMessageHandler(
+                [](QtMsgType type, const QMessageLogContext& context, const QString& message)
+                {
+                    s_pFile->write(qFormatLogMessage(type, context, message).toUtf8() + '\n');
+                    s_pFile->flush();
+                });
+            const auto work = [] { qInfo("value %d", 7); };
+            ToolkitBench::Measure(state, work);
+            qInstallMessageHandler(before);
+        })
         ->Iterations(20000);
 #endif
 }

@@ -99,9 +99,8 @@ void ToolkitBench::Register()
               });
 #endif
 #ifdef BENCH_BOOST_FILESYSTEM
-    Operation("AppendPath/Boost",
-              [base = boost::filesystem::path("/home/somebody/.application"),
-               name = boost::filesystem::path("plugins")]
+    Operation("AppendPath/Boost", [base = boost::filesystem::path("/home/somebody/.application"),
+                                   name = boost::filesystem::path("plugins")]
               { benchmark::DoNotOptimize((base / name).c_str()); });
 #endif
 }

@@ -153,15 +153,14 @@ void RegisterLimit()
              content.size());
     packed.resize(packedSize);
     for (const char* name : {"ZipBytes/limit", "ZipExtract/limit"})
-        ToolkitBench::Operation(
-            name,
-            [packed]
-            {
-                std::vector<unsigned char> bytes(s_uContent);
-                uLongf size = bytes.size();
-                uncompress(bytes.data(), &size, packed.data(), packed.size());
-                benchmark::DoNotOptimize(crc32(0, bytes.data(), static_cast<uInt>(size)));
-            });
+        ToolkitBench::Operation(name,
+                                [packed]
+                                {
+                                    std::vector<unsigned char> bytes(s_uContent);
+                                    uLongf size = bytes.size();
+                                    uncompress(bytes.data(), &size, packed.data(), packed.size());
+                                    benchmark::DoNotOptimize(crc32(0, bytes.data(), static_cast<uInt>(size)));
+                                });
 #endif
 }
 
@@ -174,8 +173,8 @@ void RegisterLibzip(const std::string& path)
                                 zip_t* const archive = zip_open(path.c_str(), ZIP_RDONLY, nullptr);
                                 const zip_int64_t count = zip_get_num_entries(archive, 0);
                                 for (zip_int64_t i = 0; i < count; ++i)
-                                    benchmark::DoNotOptimize(std::string(
-                                        zip_get_name(archive, static_cast<zip_uint64_t>(i), 0)));
+                                    benchmark::DoNotOptimize(
+                                        std::string(zip_get_name(archive, static_cast<zip_uint64_t>(i), 0)));
                                 zip_discard(archive);
                             });
     const std::shared_ptr<zip_t> archive(zip_open(path.c_str(), ZIP_RDONLY, nullptr), &zip_discard);
@@ -195,21 +194,20 @@ void RegisterLibzip(const std::string& path)
 #ifdef BENCH_MINIZIP
 void RegisterMinizip(const std::string& path)
 {
-    ToolkitBench::Operation("ZipList/minizip",
-                            [path]
-                            {
-                                const unzFile archive = unzOpen(path.c_str());
-                                for (int answer = unzGoToFirstFile(archive); answer == UNZ_OK;
-                                     answer = unzGoToNextFile(archive))
-                                {
-                                    unz_file_info entry = {};
-                                    char name[256];
-                                    unzGetCurrentFileInfo(archive, &entry, name, sizeof name, nullptr, 0,
-                                                          nullptr, 0);
-                                    benchmark::DoNotOptimize(std::string(name));
-                                }
-                                unzClose(archive);
-                            });
+    ToolkitBench::Operation(
+        "ZipList/minizip",
+        [path]
+        {
+            const unzFile archive = unzOpen(path.c_str());
+            for (int answer = unzGoToFirstFile(archive); answer == UNZ_OK; answer = unzGoToNextFile(archive))
+            {
+                unz_file_info entry = {};
+                char name[256];
+                unzGetCurrentFileInfo(archive, &entry, name, sizeof name, nullptr, 0, nullptr, 0);
+                benchmark::DoNotOptimize(std::string(name));
+            }
+            unzClose(archive);
+        });
     const std::shared_ptr<void> archive(unzOpen(path.c_str()), &unzClose);
     unzLocateFile(archive.get(), s_strBig, 1);
     unz_file_pos big = {};
@@ -265,7 +263,8 @@ void RegisterPoco(const std::string& path)
                             {
                                 std::ifstream file(path, std::ios::binary);
                                 const Poco::Zip::ZipArchive archive(file);
-                                for (auto entry = archive.headerBegin(); entry != archive.headerEnd(); ++entry)
+                                for (auto entry = archive.headerBegin(); entry != archive.headerEnd();
+                                     ++entry)
                                     benchmark::DoNotOptimize(std::string(entry->first));
                             });
     std::ifstream file(path, std::ios::binary);

@@ -39,8 +39,7 @@ template <class Convert>
 void AddNarrow(const std::string& operation, Convert convert)
 {
     Add(operation, s_vecMany,
-        [convert](std::size_t size)
-        {
+        [convert](std::size_t size) {
             return [convert, text = UTF8::ToUTF8(MixedText(size))]
             { benchmark::DoNotOptimize(convert(text)); };
         });
@@ -113,8 +112,7 @@ void AddEncoding()
     AddWide("QuotedPrintable", [](const TString<wchar_t>& text) { return QP::ToQP(text); });
     AddWide("QuotedPrintableLines", [](const TString<wchar_t>& text) { return QP::ToQP(text, 76, 76); });
     Add("QuotedPrintableDecode", s_vecMany,
-        [](std::size_t size)
-        {
+        [](std::size_t size) {
             return [text = QP::ToQP(MixedText(size), 76, 76)]
             { benchmark::DoNotOptimize(QP::ToUNICODE(text)); };
         });

@@ -82,8 +82,9 @@ void AddSerialized()
     AddNumbers();
     AddTransfer(
         "SerializedText",
-        [](std::size_t size)
-        { return [text = WideText(size)](IStream& stream) { benchmark::DoNotOptimize(stream.Write(text)); }; },
+        [](std::size_t size) {
+            return [text = WideText(size)](IStream& stream) { benchmark::DoNotOptimize(stream.Write(text)); };
+        },
         [](IStream& stream)
         {
             TString<wchar_t> text;
@@ -233,9 +234,11 @@ void AddDirectory()
     using Names = std::vector<TString<wchar_t>>;
     AddListing("ListFiles", "files",
                [](const TString<wchar_t>& path, Names& names) { Directory(path).GetFiles(L"*.txt", names); });
-    AddListing("ListFolders", "folders", [](const TString<wchar_t>& path, Names& names)
+    AddListing("ListFolders", "folders",
+               [](const TString<wchar_t>& path, Names& names)
                { Directory(path).GetDirectories(L"*.txt", names); });
-    AddListing("ListAll", "files", [](const TString<wchar_t>& path, Names& names)
+    AddListing("ListAll", "files",
+               [](const TString<wchar_t>& path, Names& names)
                { Directory::EnumFilePaths(names, path, L"*"); });
     // A filter that nearly fits a name, with ever more stars.
     Add("ListFilter", {4, 16, 64, 120},
@@ -255,7 +258,7 @@ void AddDirectory()
                 benchmark::DoNotOptimize(names.data());
             };
         });
-    Add("CreateFolders", {25, 100, 400, 1600},
+    Add("CreateFolders", {12, 50, 200, 800},
         [](std::size_t depth)
         {
             const std::filesystem::path folder = ToolkitBench::Folder() / ("deep" + std::to_string(depth));

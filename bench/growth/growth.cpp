@@ -1,20 +1,15 @@
 #include "bench/growth/Growth.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
-#include <memory>
-
-#include <cstdlib>
 
 #include "toolkit/core/ToolkitSession.h"
 
-#if defined(__has_include)
-#if __has_include(<valgrind/callgrind.h>)
+#ifdef BENCH_CALLGRIND
 #include <valgrind/callgrind.h>
-#endif
-#endif
-#ifndef CALLGRIND_ZERO_STATS
+#else
 #define CALLGRIND_ZERO_STATS
 #define CALLGRIND_DUMP_STATS_AT(name) static_cast<void>(name)
 #endif
@@ -70,7 +65,8 @@ void Time(benchmark::State& state, const Case& growing)
     ToolkitBench::Measure(state, work);
 }
 
-// Does each work twice and has callgrind, if it looks on, write down what the second time took. Only those with that part in their names.
+// Does each work twice and has callgrind, if it looks on, write down what the second time took. Only those
+// with that part in their names.
 int Count(const char* part)
 {
     for (const Case& growing : s_vecCases)

@@ -60,7 +60,8 @@ void AddLookUp(const std::string& operation, bool sections, Look look)
         });
 }
 
-// A hundred of the names, or of names that are not there, evenly spread, so that no chance of one name counts.
+// A hundred of the names, or of names that are not there, evenly spread, so that no chance of one name
+// counts.
 template <class Call>
 auto ForHundred(const std::wstring& prefix, Call call)
 {
@@ -83,12 +84,10 @@ void AddIni()
                                  file.GetValue(L"section1000000", name, TString<wchar_t>::Empty()).data());
                          }));
     AddLookUp("IniLookUpMissing", false,
-              ForHundred(L"other",
-                         [](const IniFile& file, const TString<wchar_t>& name)
+              ForHundred(L"other", [](const IniFile& file, const TString<wchar_t>& name)
                          { benchmark::DoNotOptimize(file.HasValue(L"section1000000", name)); }));
     AddLookUp("IniLookUpSections", true,
-              ForHundred(L"section",
-                         [](const IniFile& file, const TString<wchar_t>& name)
+              ForHundred(L"section", [](const IniFile& file, const TString<wchar_t>& name)
                          { benchmark::DoNotOptimize(file.GetUint32(name, L"key1000000", 0)); }));
     AddLookUp("IniKeyList", false,
               [](const IniFile& file, std::size_t)

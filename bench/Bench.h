@@ -3,25 +3,19 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <initializer_list>
 #include <string>
 #include <utility>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/Memory.h"
+
 namespace ToolkitBench
 {
 
-// How often this thread has asked for memory, from whichever library.
-std::size_t Allocations();
-
-// Between the two calls, the most memory that this thread held at a time beyond what it held before.
-void Watch();
-std::size_t Peak();
-
 // Runs `work` as the loop of a benchmark and counts what it allocates.
 template <class Work>
-void Measure(benchmark::State& state, Work& work)
+void Measure(benchmark::State& state, Work&& work)
 {
     work();
     Watch();
@@ -50,23 +44,6 @@ void WholeOperation(const std::string& name, Work work)
                                  [work](benchmark::State& state) mutable { Measure(state, work); })
         ->UseRealTime()
         ->Unit(benchmark::kMicrosecond);
-}
-
-// Registers `make(size)`, which answers the work for that size, as "growth:<operation>" over the sizes.
-template <class Make>
-void Growth(const std::string& operation, std::initializer_list<long> sizes, Make make)
-{
-    auto* const growth = benchmark::RegisterBenchmark(("growth:" + operation).c_str(),
-                                                      [make](benchmark::State& state)
-                                                      {
-                                                          auto work =
-                                                              make(static_cast<std::size_t>(state.range(0)));
-                                                          Measure(state, work);
-                                                          state.SetComplexityN(state.range(0));
-                                                      });
-    for (const long size : sizes)
-        growth->Arg(size);
-    growth->Complexity();
 }
 
 // A folder that goes with the process.

@@ -1,7 +1,9 @@
 #include <cstdlib>
 #include <ctime>
 #include <iomanip>
+#include <locale>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include <wx/datetime.h>
@@ -29,6 +31,19 @@ namespace
 const char s_strIso[] = "2009-03-07 14:05:09";
 const char s_strIsoFormat[] = "%Y-%m-%d %H:%M:%S";
 const std::time_t s_iInstant = 1236431109;
+
+// The user's locale for the standard library; the plain one where it is not made on this machine.
+std::locale UsersLocale()
+{
+    try
+    {
+        return std::locale("");
+    }
+    catch (const std::runtime_error&)
+    {
+        return std::locale::classic();
+    }
+}
 
 // Has the C library follow that zone, the system's own without one.
 void UseZone(const char* zone)
@@ -235,6 +250,16 @@ void RegisterLocaleText(const Zoned& zoned)
     zoned.Add(name, "wx",
               [time = wxDateTime(s_iInstant)]
               { benchmark::DoNotOptimize(time.Format(s_strFormat).length()); });
+    zoned.Add(name, "std",
+              [locale = UsersLocale()]
+              {
+                  std::tm fields = {};
+                  localtime_r(&s_iInstant, &fields);
+                  std::ostringstream out;
+                  out.imbue(locale);
+                  out << std::put_time(&fields, s_strFormat);
+                  benchmark::DoNotOptimize(out.str().data());
+              });
 #ifdef BENCH_QT
     zoned.Add(name, "Qt",
               [time = QDateTime::fromSecsSinceEpoch(s_iInstant)]

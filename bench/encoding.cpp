@@ -25,7 +25,11 @@
 #ifdef BENCH_POCO
 #include <sstream>
 
+#include <Poco/Base64Decoder.h>
 #include <Poco/Base64Encoder.h>
+#include <Poco/Net/QuotedPrintableDecoder.h>
+#include <Poco/Net/QuotedPrintableEncoder.h>
+#include <Poco/StreamCopier.h>
 #endif
 #ifdef BENCH_GMIME
 #include <gmime/gmime-encodings.h>
@@ -36,18 +40,23 @@ using namespace Toolkit;
 namespace
 {
 
-std::wstring Repeated(const std::wstring& part, std::size_t length)
+// As many whole characters as that many bytes of UTF-8 hold.
+TString<wchar_t> Repeated(const std::wstring& part, std::size_t bytes)
 {
-    std::wstring text;
-    while (text.size() < length)
-        text += part;
-    text.resize(length);
-    return text;
+    TString<wchar_t> text;
+    std::size_t length = 0;
+    for (std::size_t i = 0;; ++i)
+    {
+        const wchar_t character = part[i % part.size()];
+        length += UTF8::ToUTF8(TString<wchar_t>(std::wstring(1, character))).size();
+        if (length > bytes)
+            return text;
+        text += character;
+    }
 }
 
-void RegisterUtf8(const std::string& kind, const std::wstring& text)
+void RegisterUtf8(const std::string& kind, const TString<wchar_t>& wide)
 {
-    const TString<wchar_t> wide(text);
     const TString<char> narrow = UTF8::ToUTF8(wide);
     const std::string encode = "Utf8Encode" + kind + "/";
     const std::string decode = "Utf8Decode" + kind + "/";
@@ -163,17 +172,57 @@ void RegisterBase64()
                                 encoder.close();
                                 benchmark::DoNotOptimize(out);
                             });
+    ToolkitBench::Operation("Base64Decode/POCO",
+                            [text]
+                            {
+                                std::istringstream in(text);
+                                Poco::Base64Decoder decoder(in);
+                                std::string out;
+                                Poco::StreamCopier::copyToString(decoder, out, 65536);
+                                benchmark::DoNotOptimize(out.data());
+                            });
+#endif
+#ifdef BENCH_GMIME
+    ToolkitBench::Operation("Base64Encode/gmime",
+                            [bytes]
+                            {
+                                std::vector<unsigned char> out(bytes.size() * 2);
+                                int state = 0;
+                                guint32 save = 0;
+                                benchmark::DoNotOptimize(g_mime_encoding_base64_encode_close(
+                                    reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                                    out.data(), &state, &save));
+                            });
+    ToolkitBench::Operation(
+        "Base64Decode/gmime",
+        [text]
+        {
+            std::vector<unsigned char> out(text.size());
+            int state = 0;
+            guint32 save = 0;
+            benchmark::DoNotOptimize(g_mime_encoding_base64_decode_step(
+                reinterpret_cast<const unsigned char*>(text.data()), text.size(), out.data(), &state, &save));
+        });
 #endif
 }
 
 void RegisterQuotedPrintable()
 {
-    const TString<wchar_t> text(Repeated(L"plain words with an \u00E4 = now and then ", s_uBytes));
+    const TString<wchar_t> text = Repeated(L"plain words with an \u00E4 = now and then ", s_uBytes);
+    const TString<char> bytes = UTF8::ToUTF8(text);
+    const TString<wchar_t> coded = QP::ToQP(text, 76, 76);
+    const TString<char> codedBytes = UTF8::ToUTF8(coded);
     ToolkitBench::Operation("QuotedPrintable/Toolkit",
                             [text] { benchmark::DoNotOptimize(QP::ToQP(text, 76, 76)); });
+    ToolkitBench::Operation("QuotedPrintableDecode/Toolkit",
+                            [coded] { benchmark::DoNotOptimize(QP::ToUNICODE(coded)); });
+    ToolkitBench::Operation("QuotedPrintable/limit",
+                            [bytes] { benchmark::DoNotOptimize(std::string(bytes)); });
+    ToolkitBench::Operation("QuotedPrintableDecode/limit",
+                            [codedBytes] { benchmark::DoNotOptimize(std::string(codedBytes)); });
 #ifdef BENCH_GMIME
     ToolkitBench::Operation("QuotedPrintable/gmime",
-                            [bytes = UTF8::ToUTF8(text)]
+                            [bytes]
                             {
                                 std::vector<char> out(bytes.size() * 4);
                                 int state = 0;
@@ -181,6 +230,36 @@ void RegisterQuotedPrintable()
                                 benchmark::DoNotOptimize(g_mime_encoding_quoted_encode_close(
                                     reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
                                     reinterpret_cast<unsigned char*>(out.data()), &state, &save));
+                            });
+    ToolkitBench::Operation("QuotedPrintableDecode/gmime",
+                            [codedBytes]
+                            {
+                                std::vector<unsigned char> out(codedBytes.size());
+                                int state = 0;
+                                guint32 save = 0;
+                                benchmark::DoNotOptimize(g_mime_encoding_quoted_decode_step(
+                                    reinterpret_cast<const unsigned char*>(codedBytes.data()),
+                                    codedBytes.size(), out.data(), &state, &save));
+                            });
+#endif
+#ifdef BENCH_POCO
+    ToolkitBench::Operation("QuotedPrintable/POCO",
+                            [bytes]
+                            {
+                                std::ostringstream out;
+                                Poco::Net::QuotedPrintableEncoder encoder(out);
+                                encoder << bytes;
+                                encoder.close();
+                                benchmark::DoNotOptimize(out);
+                            });
+    ToolkitBench::Operation("QuotedPrintableDecode/POCO",
+                            [codedBytes]
+                            {
+                                std::istringstream in(codedBytes);
+                                Poco::Net::QuotedPrintableDecoder decoder(in);
+                                std::string out;
+                                Poco::StreamCopier::copyToString(decoder, out, 65536);
+                                benchmark::DoNotOptimize(out.data());
                             });
 #endif
 }
@@ -203,16 +282,4 @@ void ToolkitBench::Register()
     }
     RegisterBase64();
     RegisterQuotedPrintable();
-    Growth("Utf8Encode", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [text = TString<wchar_t>(Repeated(L"\u00E4 and ", size))]
-               { benchmark::DoNotOptimize(UTF8::ToUTF8(text)); };
-           });
-    Growth("QuotedPrintable", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [text = TString<wchar_t>(Repeated(L"\u00E4 = ", size))]
-               { benchmark::DoNotOptimize(QP::ToQP(text, 76, 76)); };
-           });
 }

@@ -19,6 +19,12 @@
 #ifdef BENCH_GLIB
 #include <glib.h>
 #endif
+#ifdef BENCH_POCO
+#include <Poco/BinaryReader.h>
+#include <Poco/BinaryWriter.h>
+#include <Poco/FileStream.h>
+#include <Poco/UnicodeConverter.h>
+#endif
 
 using namespace Toolkit;
 
@@ -96,6 +102,30 @@ void RegisterSerialized()
                                 benchmark::DoNotOptimize(value);
                             });
 #endif
+#ifdef BENCH_POCO
+    ToolkitBench::Operation("SerializedWrite/POCO",
+                            [path]
+                            {
+                                Poco::FileOutputStream file(path.string());
+                                Poco::BinaryWriter writer(file);
+                                // Each number reaches the system before the next one, as everywhere here.
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                {
+                                    writer << i;
+                                    writer.flush();
+                                }
+                            });
+    ToolkitBench::Operation("SerializedRead/POCO",
+                            [path = readPath]
+                            {
+                                Poco::FileInputStream file(path.string());
+                                Poco::BinaryReader reader(file);
+                                unsigned int value = 0;
+                                for (unsigned int i = 0; i < s_uNumbers; ++i)
+                                    reader >> value;
+                                benchmark::DoNotOptimize(value);
+                            });
+#endif
 }
 
 void WriteLines(const std::filesystem::path& path, std::size_t lines)
@@ -138,6 +168,36 @@ void RegisterTextFile()
                                 QString line;
                                 while (stream.readLineInto(&line))
                                     benchmark::DoNotOptimize(line);
+                            });
+#endif
+#ifdef BENCH_GLIB
+    ToolkitBench::Operation(
+        "TextFileLoad/GLib",
+        [path]
+        {
+            GIOChannel* const channel = g_io_channel_new_file(path.c_str(), "r", nullptr);
+            gchar* line = nullptr;
+            gsize length = 0;
+            while (g_io_channel_read_line(channel, &line, &length, nullptr, nullptr) == G_IO_STATUS_NORMAL)
+            {
+                g_free(g_utf8_to_ucs4(line, static_cast<glong>(length), nullptr, nullptr, nullptr));
+                g_free(line);
+            }
+            g_io_channel_unref(channel);
+        });
+#endif
+#ifdef BENCH_POCO
+    ToolkitBench::Operation("TextFileLoad/POCO",
+                            [path]
+                            {
+                                Poco::FileInputStream file(path.string());
+                                std::string line;
+                                Poco::UTF32String wide;
+                                while (std::getline(file, line))
+                                {
+                                    Poco::UnicodeConverter::convert(line, wide);
+                                    benchmark::DoNotOptimize(wide.data());
+                                }
                             });
 #endif
 }
@@ -215,15 +275,4 @@ void ToolkitBench::Register()
     RegisterSerialized();
     RegisterTextFile();
     RegisterListing();
-    Growth("TextFileLoad", {1000, 4000, 16000, 64000},
-           [](std::size_t lines)
-           {
-               const std::filesystem::path path = Folder() / ("lines" + std::to_string(lines));
-               WriteLines(path, lines);
-               return [name = TString<wchar_t>(Wide(path))]
-               {
-                   TextFile file;
-                   benchmark::DoNotOptimize(file.Open(name));
-               };
-           });
 }

@@ -2,6 +2,7 @@
 #include <random>
 
 #include <wx/fileconf.h>
+#include <wx/textfile.h>
 
 #include "bench/Bench.h"
 #include "toolkit/encoding/UTF8.h"
@@ -19,6 +20,9 @@
 #endif
 #ifdef BENCH_INIH
 #include <ini.h>
+#endif
+#ifdef BENCH_INIREADER
+#include <INIReader.h>
 #endif
 #ifdef BENCH_POCO
 #include <Poco/Util/IniFileConfiguration.h>
@@ -45,6 +49,19 @@ std::filesystem::path WriteSettings(std::size_t sections)
     }
     return path;
 }
+
+#ifdef BENCH_QT
+std::vector<std::filesystem::path> CopiesOf(const std::filesystem::path& path)
+{
+    std::vector<std::filesystem::path> copies;
+    for (int i = 0; i < 64; ++i)
+    {
+        copies.push_back(path.string() + std::to_string(i));
+        std::filesystem::copy_file(path, copies.back());
+    }
+    return copies;
+}
+#endif
 
 // Calls `look(section, key)` with one of all the names, picked at random.
 template <class Text, class Make, class Look>
@@ -82,6 +99,15 @@ void ToolkitBench::Register()
                       benchmark::DoNotOptimize(
                           toolkit->GetValue(section, key, TString<wchar_t>::Empty()).data());
                   }));
+    // Its lines alone, without what they say.
+    Operation("IniLoad/limit",
+              [name = wxString(widePath)]
+              {
+                  wxTextFile file;
+                  file.Open(name, wxConvUTF8);
+                  for (wxString line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
+                      benchmark::DoNotOptimize(line);
+              });
     Operation("IniLoad/wx",
               [name = wxString(widePath)]
               {
@@ -138,8 +164,23 @@ void ToolkitBench::Register()
                   benchmark::DoNotOptimize(values.size());
               });
 #endif
+#ifdef BENCH_INIREADER
+    Operation("IniLookUp/inih",
+              RandomLookUp<std::string>(
+                  &Narrow, [file = std::make_shared<INIReader>(path.string())](const std::string& section,
+                                                                               const std::string& key)
+                  { benchmark::DoNotOptimize(file->Get(section, key, std::string()).data()); }));
+#endif
 #ifdef BENCH_QT
     const QString qtPath = QString::fromStdString(path.string());
+    // It keeps the files that it read last: one of so many is read anew.
+    Operation("IniLoad/Qt",
+              [paths = CopiesOf(path), next = std::size_t{0}]() mutable
+              {
+                  const QSettings file(QString::fromStdString(paths[++next % paths.size()].string()),
+                                       QSettings::IniFormat);
+                  benchmark::DoNotOptimize(file.contains("section0/key0"));
+              });
     const auto qt = std::make_shared<QSettings>(qtPath, QSettings::IniFormat);
     Operation("IniLookUp/Qt",
               RandomLookUp<QString>(
@@ -162,10 +203,4 @@ void ToolkitBench::Register()
                   &Narrow, [poco](const std::string& section, const std::string& key)
                   { benchmark::DoNotOptimize(poco->getString(section + "." + key).size()); }));
 #endif
-    Growth("IniLoad", {10, 40, 160, 640},
-           [](std::size_t sections)
-           {
-               return [name = UTF8::ToUNICODE(TString<char>(WriteSettings(sections).string()))]
-               { benchmark::DoNotOptimize(IniFile(name).IsLoaded()); };
-           });
 }

@@ -220,15 +220,15 @@ void Add(const std::string& whose, const std::shared_ptr<Server>& server,
     benchmark::RegisterBenchmark(("Connect/" + whose).c_str(),
                                  [server, connect](benchmark::State& state)
                                  {
-                                     for (auto _ : state)
+                                     bool answered = true;
+                                     const auto work = [&]
                                      {
                                          connect(server->Path());
-                                         if (!server->Wait())
-                                         {
-                                             state.SkipWithError("no answer");
-                                             break;
-                                         }
-                                     }
+                                         answered = answered && server->Wait();
+                                     };
+                                     ToolkitBench::Measure(state, work);
+                                     if (!answered)
+                                         state.SkipWithError("no answer");
                                  })
         ->UseRealTime()
         ->Unit(benchmark::kMicrosecond);

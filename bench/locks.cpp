@@ -14,6 +14,9 @@
 #ifdef BENCH_BOOST
 #include <boost/shared_ptr.hpp>
 #endif
+#ifdef BENCH_BOOST_THREAD
+#include <boost/thread/recursive_mutex.hpp>
+#endif
 
 namespace
 {
@@ -54,16 +57,18 @@ void RegisterPointer(const std::string& whose)
 template <class Mutex>
 void RegisterMutex(const std::string& whose, void (*lock)(Mutex&), void (*unlock)(Mutex&))
 {
-    benchmark::RegisterBenchmark(("MutexLock/" + whose).c_str(),
-                                 [lock, unlock](benchmark::State& state)
-                                 {
-                                     Mutex mutex;
-                                     for (auto _ : state)
-                                     {
-                                         lock(mutex);
-                                         unlock(mutex);
-                                     }
-                                 });
+    ToolkitBench::Operation("MutexLock/" + whose,
+                            [mutex = std::make_shared<Mutex>(), lock, unlock]
+                            {
+                                lock(*mutex);
+                                unlock(*mutex);
+                            });
+    ToolkitBench::Operation("MutexCreation/" + whose,
+                            []
+                            {
+                                Mutex mutex;
+                                benchmark::DoNotOptimize(&mutex);
+                            });
 }
 
 } // namespace
@@ -85,6 +90,11 @@ void ToolkitBench::Register()
 #ifdef BENCH_QT
     RegisterMutex<QRecursiveMutex>(
         "Qt", [](QRecursiveMutex& mutex) { mutex.lock(); }, [](QRecursiveMutex& mutex) { mutex.unlock(); });
+#endif
+#ifdef BENCH_BOOST_THREAD
+    RegisterMutex<boost::recursive_mutex>(
+        "Boost", [](boost::recursive_mutex& mutex) { mutex.lock(); },
+        [](boost::recursive_mutex& mutex) { mutex.unlock(); });
 #endif
 
     RegisterPointer<Toolkit::smart_ptr<int>>("Toolkit");

@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <iomanip>
+#include <sstream>
 
 #include <wx/arrstr.h>
 #include <wx/cmdline.h>
@@ -18,6 +20,9 @@
 #ifdef BENCH_BOOST
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
+#endif
+#ifdef BENCH_BOOST_FILESYSTEM
+#include <boost/filesystem/path.hpp>
 #endif
 
 using namespace Toolkit;
@@ -43,6 +48,15 @@ void ToolkitBench::Register()
               [line = wxString(s_strLine)] {
                   benchmark::DoNotOptimize(
                       wxCmdLineParser::ConvertStringToArgs(line, wxCMD_LINE_SPLIT_UNIX).size());
+              });
+    Operation("Tokenize/std",
+              [line = std::wstring(s_strWideLine)]
+              {
+                  std::vector<std::wstring> tokens;
+                  std::wistringstream in(line);
+                  for (std::wstring token; in >> std::quoted(token);)
+                      tokens.push_back(token);
+                  benchmark::DoNotOptimize(tokens.data());
               });
     Operation("AppendPath/Toolkit",
               [base = TString<wchar_t>(L"/home/somebody/.application"), name = TString<wchar_t>(L"plugins")]
@@ -84,14 +98,9 @@ void ToolkitBench::Register()
                   benchmark::DoNotOptimize(tokens.data());
               });
 #endif
-    Growth("Tokenize", {100, 1000, 10000, 100000},
-           [](std::size_t size)
-           {
-               return [line = TString<wchar_t>(WideWords(size))]
-               {
-                   std::vector<TString<wchar_t>> tokens;
-                   CmdLineParser::Tokenize(line, tokens);
-                   benchmark::DoNotOptimize(tokens.data());
-               };
-           });
+#ifdef BENCH_BOOST_FILESYSTEM
+    Operation("AppendPath/Boost", [base = boost::filesystem::path("/home/somebody/.application"),
+                                   name = boost::filesystem::path("plugins")]
+              { benchmark::DoNotOptimize((base / name).c_str()); });
+#endif
 }

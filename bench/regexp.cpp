@@ -179,11 +179,4 @@ void ToolkitBench::Register()
 {
     RegisterMatch();
     RegisterReplace();
-    Growth("RegExpReplace", {100, 400, 1600, 6400},
-           [](std::size_t places)
-           {
-               return [expression = RegExp(TString<char>(s_strReplaced), RegExpOptions::Default),
-                       text = TString<char>(LongText(places)), with = TString<char>("cat")]
-               { benchmark::DoNotOptimize(expression.Replace(with, text, 0)); };
-           });
 }

@@ -122,26 +122,4 @@ void ToolkitBench::Register()
     RegisterCompare();
     RegisterSubstring();
     RegisterReplace();
-    Growth("CompareNoCase", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [a = TString<wchar_t>(WideWords(size)), b = TString<wchar_t>(WideWords(size))]
-               { benchmark::DoNotOptimize(a.compareNoCase(b)); };
-           });
-    Growth("HasSubstring", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [text = TString<wchar_t>(WideWords(size)), part = TString<wchar_t>(L"NEEDLE")]
-               { benchmark::DoNotOptimize(text.HasSubstring(part)); };
-           });
-    Growth("Replace", {1024, 8192, 65536, 524288},
-           [](std::size_t size)
-           {
-               return [text = TString<wchar_t>(WideWords(size))]
-               {
-                   TString<wchar_t> copy(text);
-                   copy.Replace(L"the", L"every");
-                   benchmark::DoNotOptimize(copy.data());
-               };
-           });
 }

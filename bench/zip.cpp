@@ -1,3 +1,5 @@
+#include <cstdio>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <vector>
@@ -20,6 +22,11 @@
 #ifdef BENCH_LIBARCHIVE
 #include <archive.h>
 #include <archive_entry.h>
+#endif
+#ifdef BENCH_POCO
+#include <Poco/StreamCopier.h>
+#include <Poco/Zip/ZipArchive.h>
+#include <Poco/Zip/ZipStream.h>
 #endif
 #ifdef BENCH_ZLIB
 #include <zlib.h>
@@ -88,100 +95,212 @@ void RegisterToolkit(const std::filesystem::path& archivePath)
                             });
 }
 
-} // namespace
-
-void ToolkitBench::Register()
+// Registers a peer's bytes, what `read()` answers, and its extraction, which writes them to a file as well.
+template <class Read>
+void RegisterContent(const std::string& whose, Read read)
 {
-    const std::filesystem::path path = WriteArchive(s_uEntries);
-    RegisterToolkit(path);
-    Operation("ZipList/wx",
-              [path]
-              {
-                  wxFFileInputStream file(path.string());
-                  wxZipInputStream archive(file);
-                  std::size_t count = 0;
-                  while (const std::unique_ptr<wxZipEntry> entry{archive.GetNextEntry()})
-                      ++count;
-                  benchmark::DoNotOptimize(count);
-              });
+    ToolkitBench::Operation("ZipBytes/" + whose,
+                            [read]() mutable
+                            {
+                                const auto bytes = read();
+                                benchmark::DoNotOptimize(bytes.data());
+                            });
+    ToolkitBench::Operation("ZipExtract/" + whose,
+                            [read, target = (ToolkitBench::Folder() / whose).string()]() mutable
+                            {
+                                const auto bytes = read();
+                                std::FILE* const file = std::fopen(target.c_str(), "wb");
+                                std::fwrite(bytes.data(), 1, bytes.size(), file);
+                                std::fclose(file);
+                            });
+}
+
+void RegisterWx(const std::string& path)
+{
+    ToolkitBench::Operation("ZipList/wx",
+                            [path]
+                            {
+                                wxFFileInputStream file(path);
+                                wxZipInputStream archive(file);
+                                std::size_t count = 0;
+                                while (const std::unique_ptr<wxZipEntry> entry{archive.GetNextEntry()})
+                                    ++count;
+                                benchmark::DoNotOptimize(count);
+                            });
+    const auto archive = std::make_shared<wxZipInputStream>(new wxFFileInputStream(path));
+    std::shared_ptr<wxZipEntry> big;
+    while (big == nullptr || big->GetName() != s_strBig)
+        big.reset(archive->GetNextEntry());
+    RegisterContent("wx",
+                    [archive, big]
+                    {
+                        archive->OpenEntry(*big);
+                        std::vector<char> bytes(s_uContent);
+                        archive->Read(bytes.data(), bytes.size());
+                        archive->CloseEntry();
+                        return bytes;
+                    });
+}
+
+// The content packed by itself, and what unpacking and checking it takes.
+void RegisterLimit()
+{
 #ifdef BENCH_ZLIB
-    // The content packed by itself, and what unpacking and checking it takes.
-    const std::string content = Words(s_uContent);
+    const std::string content = ToolkitBench::Words(s_uContent);
     uLongf packedSize = compressBound(content.size());
     std::vector<unsigned char> packed(packedSize);
     compress(packed.data(), &packedSize, reinterpret_cast<const unsigned char*>(content.data()),
              content.size());
     packed.resize(packedSize);
     for (const char* name : {"ZipBytes/limit", "ZipExtract/limit"})
-        Operation(name,
-                  [packed]
-                  {
-                      std::vector<unsigned char> bytes(s_uContent);
-                      uLongf size = bytes.size();
-                      uncompress(bytes.data(), &size, packed.data(), packed.size());
-                      benchmark::DoNotOptimize(crc32(0, bytes.data(), static_cast<uInt>(size)));
-                  });
+        ToolkitBench::Operation(name,
+                                [packed]
+                                {
+                                    std::vector<unsigned char> bytes(s_uContent);
+                                    uLongf size = bytes.size();
+                                    uncompress(bytes.data(), &size, packed.data(), packed.size());
+                                    benchmark::DoNotOptimize(crc32(0, bytes.data(), static_cast<uInt>(size)));
+                                });
 #endif
+}
+
 #ifdef BENCH_LIBZIP
-    Operation("ZipList/libzip",
-              [path]
-              {
-                  zip_t* const archive = zip_open(path.c_str(), ZIP_RDONLY, nullptr);
-                  const zip_int64_t count = zip_get_num_entries(archive, 0);
-                  for (zip_int64_t i = 0; i < count; ++i)
-                      benchmark::DoNotOptimize(
-                          std::string(zip_get_name(archive, static_cast<zip_uint64_t>(i), 0)));
-                  zip_discard(archive);
-              });
-    for (const char* name : {"ZipBytes/libzip", "ZipExtract/libzip"})
-        Operation(name,
-                  [path, extract = name[3] == 'E']
-                  {
-                      zip_t* const archive = zip_open(path.c_str(), ZIP_RDONLY, nullptr);
-                      zip_file_t* const entry = zip_fopen(archive, s_strBig, 0);
-                      std::vector<char> bytes(s_uContent);
-                      benchmark::DoNotOptimize(zip_fread(entry, bytes.data(), bytes.size()));
-                      if (extract)
-                      {
-                          std::FILE* const file = std::fopen((Folder() / "libzip").c_str(), "wb");
-                          std::fwrite(bytes.data(), 1, bytes.size(), file);
-                          std::fclose(file);
-                      }
-                      zip_fclose(entry);
-                      zip_discard(archive);
-                  });
+void RegisterLibzip(const std::string& path)
+{
+    ToolkitBench::Operation("ZipList/libzip",
+                            [path]
+                            {
+                                zip_t* const archive = zip_open(path.c_str(), ZIP_RDONLY, nullptr);
+                                const zip_int64_t count = zip_get_num_entries(archive, 0);
+                                for (zip_int64_t i = 0; i < count; ++i)
+                                    benchmark::DoNotOptimize(
+                                        std::string(zip_get_name(archive, static_cast<zip_uint64_t>(i), 0)));
+                                zip_discard(archive);
+                            });
+    const std::shared_ptr<zip_t> archive(zip_open(path.c_str(), ZIP_RDONLY, nullptr), &zip_discard);
+    const zip_uint64_t big = static_cast<zip_uint64_t>(zip_name_locate(archive.get(), s_strBig, 0));
+    RegisterContent("libzip",
+                    [archive, big]
+                    {
+                        zip_file_t* const entry = zip_fopen_index(archive.get(), big, 0);
+                        std::vector<char> bytes(s_uContent);
+                        benchmark::DoNotOptimize(zip_fread(entry, bytes.data(), bytes.size()));
+                        zip_fclose(entry);
+                        return bytes;
+                    });
+}
+#endif
+
+#ifdef BENCH_MINIZIP
+void RegisterMinizip(const std::string& path)
+{
+    ToolkitBench::Operation(
+        "ZipList/minizip",
+        [path]
+        {
+            const unzFile archive = unzOpen(path.c_str());
+            for (int answer = unzGoToFirstFile(archive); answer == UNZ_OK; answer = unzGoToNextFile(archive))
+            {
+                unz_file_info entry = {};
+                char name[256];
+                unzGetCurrentFileInfo(archive, &entry, name, sizeof name, nullptr, 0, nullptr, 0);
+                benchmark::DoNotOptimize(std::string(name));
+            }
+            unzClose(archive);
+        });
+    const std::shared_ptr<void> archive(unzOpen(path.c_str()), &unzClose);
+    unzLocateFile(archive.get(), s_strBig, 1);
+    unz_file_pos big = {};
+    unzGetFilePos(archive.get(), &big);
+    RegisterContent("minizip",
+                    [archive, big]() mutable
+                    {
+                        unzGoToFilePos(archive.get(), &big);
+                        unzOpenCurrentFile(archive.get());
+                        std::vector<char> bytes(s_uContent);
+                        benchmark::DoNotOptimize(unzReadCurrentFile(archive.get(), bytes.data(),
+                                                                    static_cast<unsigned int>(bytes.size())));
+                        unzCloseCurrentFile(archive.get());
+                        return bytes;
+                    });
+}
+#endif
+
+#ifdef BENCH_LIBARCHIVE
+// Goes through the names up to the one looked for, as it can do nothing else.
+std::vector<char> ReadByLibarchive(const std::string& path, const std::string& name)
+{
+    std::vector<char> bytes;
+    archive* const reader = archive_read_new();
+    archive_read_support_format_zip_seekable(reader);
+    archive_read_open_filename(reader, path.c_str(), 65536);
+    archive_entry* entry = nullptr;
+    while (archive_read_next_header(reader, &entry) == ARCHIVE_OK)
+    {
+        if (name != archive_entry_pathname(entry))
+            continue;
+        bytes.resize(s_uContent);
+        benchmark::DoNotOptimize(archive_read_data(reader, bytes.data(), bytes.size()));
+        break;
+    }
+    archive_read_free(reader);
+    return bytes;
+}
+
+void RegisterLibarchive(const std::string& path)
+{
+    ToolkitBench::Operation("ZipList/libarchive",
+                            [path] { benchmark::DoNotOptimize(ReadByLibarchive(path, "no such name")); });
+    RegisterContent("libarchive", [path] { return ReadByLibarchive(path, s_strBig); });
+}
+#endif
+
+#ifdef BENCH_POCO
+void RegisterPoco(const std::string& path)
+{
+    ToolkitBench::Operation("ZipList/POCO",
+                            [path]
+                            {
+                                std::ifstream file(path, std::ios::binary);
+                                const Poco::Zip::ZipArchive archive(file);
+                                for (auto entry = archive.headerBegin(); entry != archive.headerEnd();
+                                     ++entry)
+                                    benchmark::DoNotOptimize(std::string(entry->first));
+                            });
+    std::ifstream file(path, std::ios::binary);
+    const auto archive = std::make_shared<Poco::Zip::ZipArchive>(file);
+    RegisterContent("POCO",
+                    [path, archive]
+                    {
+                        std::ifstream content(path, std::ios::binary);
+                        Poco::Zip::ZipInputStream entry(content, archive->findHeader(s_strBig)->second, true);
+                        std::string bytes;
+                        Poco::StreamCopier::copyToString(entry, bytes, 65536);
+                        benchmark::DoNotOptimize(entry.crcValid());
+                        return bytes;
+                    });
+}
+#endif
+
+} // namespace
+
+// Listing opens the archive; for the content it is open already.
+void ToolkitBench::Register()
+{
+    const std::filesystem::path path = WriteArchive(s_uEntries);
+    RegisterToolkit(path);
+    RegisterLimit();
+    RegisterWx(path.string());
+#ifdef BENCH_LIBZIP
+    RegisterLibzip(path.string());
 #endif
 #ifdef BENCH_MINIZIP
-    Operation("ZipBytes/minizip",
-              [path]
-              {
-                  const unzFile archive = unzOpen(path.c_str());
-                  unzLocateFile(archive, s_strBig, 1);
-                  unzOpenCurrentFile(archive);
-                  std::vector<char> bytes(s_uContent);
-                  benchmark::DoNotOptimize(
-                      unzReadCurrentFile(archive, bytes.data(), static_cast<unsigned int>(bytes.size())));
-                  unzCloseCurrentFile(archive);
-                  unzClose(archive);
-              });
+    RegisterMinizip(path.string());
 #endif
 #ifdef BENCH_LIBARCHIVE
-    Operation("ZipList/libarchive",
-              [path]
-              {
-                  archive* const reader = archive_read_new();
-                  archive_read_support_format_zip_seekable(reader);
-                  archive_read_open_filename(reader, path.c_str(), 65536);
-                  archive_entry* entry = nullptr;
-                  while (archive_read_next_header(reader, &entry) == ARCHIVE_OK)
-                      benchmark::DoNotOptimize(archive_entry_pathname(entry));
-                  archive_read_free(reader);
-              });
+    RegisterLibarchive(path.string());
 #endif
-    Growth("ZipList", {100, 400, 1600, 6400},
-           [](std::size_t entries)
-           {
-               return [name = UTF8::ToUNICODE(TString<char>(WriteArchive(entries).string()))]
-               { benchmark::DoNotOptimize(CountEntries(name)); };
-           });
+#ifdef BENCH_POCO
+    RegisterPoco(path.string());
+#endif
 }

@@ -1,7 +1,10 @@
 #include <wx/init.h>
 
+#include "bench/load/Tally.h"
+
 int main()
 {
+    const ToolkitBench::Tally tally;
     const wxInitializer started;
     return started.IsOk() ? 0 : 1;
 }

@@ -1,6 +1,9 @@
 #include <QCoreApplication>
 
+#include "bench/load/Tally.h"
+
 int main(int count, char** arguments)
 {
+    const ToolkitBench::Tally tally;
     const QCoreApplication application(count, arguments);
 }

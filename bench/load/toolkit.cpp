@@ -1,6 +1,8 @@
+#include "bench/load/Tally.h"
 #include "toolkit/core/ToolkitSession.h"
 
 int main()
 {
+    const ToolkitBench::Tally tally;
     const Toolkit::ToolkitSession session;
 }

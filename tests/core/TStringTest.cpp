@@ -535,6 +535,29 @@ TEST(TString, ReplaceDoesWhatThePlainFormDoesWithLongRandomText)
     }
 }
 
+TEST(TString, ReplaceOfLongTextDoesWhatThePlainFormDoes)
+{
+    std::mt19937 random(4711);
+    for (int round = 0; round < 3000; ++round)
+    {
+        // Repeats itself, with a fault now and then.
+        std::wstring what = EveryText(3)[1 + random() % 14];
+        while (what.size() < 80)
+            what += what;
+        what.resize(60 + random() % 10);
+        what[random() % what.size()] = static_cast<wchar_t>(L'a' + random() % 3);
+        const std::wstring with = what.substr(random() % 60, random() % 60);
+        // Matches within matches, which appear when the inner ones go.
+        std::wstring plain = what;
+        for (int i = 0; i < 6; ++i)
+            plain.insert(random() % plain.size(), random() % 3 == 0 ? what.substr(random() % 60) : what);
+        Text fast(plain);
+        ASSERT_TRUE(PlainReplace(plain, what, with, 5000));
+        fast.Replace(what, with);
+        ASSERT_EQ(plain, fast) << round;
+    }
+}
+
 TEST(TString, ReplaceFindsEveryPlace)
 {
     for (std::size_t length = 3; length < 40; ++length)
@@ -548,6 +571,46 @@ TEST(TString, ReplaceFindsEveryPlace)
                 text.Replace(L"abc", with);
                 ASSERT_EQ(expected, text) << length << " at " << at;
             }
+}
+
+TEST(TString, FindsLongTextAsThePlainFormsDo)
+{
+    std::mt19937 random(4711);
+    for (int round = 0; round < 3000; ++round)
+    {
+        std::string text(300 + random() % 2000, 'a');
+        for (std::size_t i = 0; i < random() % 5; ++i)
+            text[random() % text.size()] = static_cast<char>(random() % 2 == 0 ? 'b' : 'A');
+        std::string part = text.substr(random() % 200, 30 + random() % 300);
+        if (random() % 2 == 0)
+            part[random() % part.size()] = static_cast<char>(random() % 2 == 0 ? 'B' : 'c');
+        const Text wideText(std::wstring(text.begin(), text.end()));
+        const Text widePart(std::wstring(part.begin(), part.end()));
+        const bool contains = text.find(part) != text.npos;
+        const bool has = PlainHasSubstring(Bytes(text), Bytes(part));
+        ASSERT_EQ(contains, Bytes(text).Contains(part)) << round;
+        ASSERT_EQ(contains, wideText.Contains(widePart)) << round;
+        ASSERT_EQ(has, Bytes(text).HasSubstring(part)) << round;
+        ASSERT_EQ(has, wideText.HasSubstring(widePart)) << round;
+    }
+}
+
+// Quadratic searches would take hours.
+TEST(TString, WhatNearlyOccursEverywhereIsSearchedInLinearTime)
+{
+    const std::size_t length = 4000000;
+    std::string part(length / 2, 'a');
+    part[length / 4] = 'b';
+    const Bytes text(std::string(length, 'a'));
+    EXPECT_FALSE(text.Contains(part));
+    EXPECT_FALSE(text.HasSubstring(part));
+    Text wide(std::wstring(length, L'a'));
+    const Text widePart(std::wstring(part.begin(), part.end()));
+    EXPECT_FALSE(wide.Contains(widePart));
+    EXPECT_FALSE(wide.HasSubstring(widePart));
+    wide += widePart;
+    wide.Replace(widePart, L"c");
+    EXPECT_EQ(length + 1, wide.size());
 }
 
 TEST(TString, ReplaceTakesNoLongerThanTheTextIsLong)

@@ -1,6 +1,7 @@
 #include "toolkit/files/Directory.h"
 
 #include <algorithm>
+#include <climits>
 #include <clocale>
 #include <filesystem>
 #include <string>
@@ -377,6 +378,24 @@ TEST(Directory, CreatesWhateverFormThePathHas)
         EXPECT_TRUE(Directory::Create(folder.Wide() + row.path)) << row.path;
         EXPECT_TRUE(std::filesystem::is_directory(folder.Path(row.made))) << row.path;
     }
+}
+
+TEST(Directory, CreatesParentsUpToTheLengthOfAPath)
+{
+    const TemporaryFolder folder;
+    std::string below;
+    while (folder.Path().size() + below.size() + 20 < PATH_MAX)
+        below += below.size() % 7 == 0 ? "//a folder" : "/a folder";
+    EXPECT_TRUE(Directory::Create(folder.Wide(below)));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.Path(below)));
+    EXPECT_FALSE(Directory::Create(folder.Wide(below + "/another folder/d")));
+}
+
+TEST(Directory, CreatesNoParentOfANameThatIsTooLong)
+{
+    const TemporaryFolder folder;
+    EXPECT_FALSE(Directory::Create(folder.Wide("new/" + std::string(300, 'x') + "/below")));
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
 }
 
 TEST(Directory, CreatesARelativePathInTheWorkingFolder)

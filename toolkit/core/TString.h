@@ -15,6 +15,8 @@ class TString;
 
 namespace Detail
 {
+TOOLKIT_API bool Contains(const wchar_t* text, std::size_t length, const wchar_t* what, std::size_t count);
+TOOLKIT_API bool Contains(const char* text, std::size_t length, const char* what, std::size_t count);
 TOOLKIT_API bool HasSubstring(const wchar_t* text, std::size_t length, const wchar_t* what,
                               std::size_t count);
 TOOLKIT_API bool HasSubstring(const char* text, std::size_t length, const char* what, std::size_t count);
@@ -46,7 +48,10 @@ public:
     static const TString& Empty();
 
     // True when `text` occurs in this string exactly as it is; an empty `text` always does.
-    bool Contains(const TString& text) const { return this->find(text) != Base::npos; }
+    bool Contains(const TString& text) const
+    {
+        return Detail::Contains(this->data(), this->size(), text.data(), text.size());
+    }
 
     // `Contains` without regard to case. Both character types fold through the narrow `tolower` of the
     // current locale, so wide letters beyond it compare exactly.

@@ -8,12 +8,16 @@
 #include <vector>
 
 #include "toolkit/core/Lanes.h"
+#include "toolkit/core/TextFind.h"
 
 namespace Toolkit::Detail
 {
 
 namespace
 {
+
+// Up to that length each element of the text may be compared with all of what is replaced.
+const std::size_t s_uShort = 64;
 
 bool Equal(const wchar_t* a, const wchar_t* b, std::size_t count)
 {
@@ -198,6 +202,55 @@ void ReplaceShrinking(std::wstring& text, const std::wstring& what, const std::w
     text.resize(done);
 }
 
+// How many elements at the beginning of `what` also end it, up to each element of it.
+std::vector<std::size_t> FindBorders(const std::wstring& what)
+{
+    std::vector<std::size_t> borders(what.size(), 0);
+    for (std::size_t i = 1, same = 0; i < what.size(); ++i)
+    {
+        while (same != 0 && what[i] != what[same])
+            same = borders[same - 1];
+        same += what[i] == what[same] ? 1 : 0;
+        borders[i] = same;
+    }
+    return borders;
+}
+
+// Where `what` is long: moves the text element by element and keeps for each how much of a match ends there,
+// so that nothing is compared anew after a match has gone.
+void ReplaceLong(std::wstring& text, const std::wstring& what, const std::wstring& with)
+{
+    const std::vector<std::size_t> borders = FindBorders(what);
+    std::wstring result;
+    std::vector<std::size_t> matched;
+    std::wstring pending;
+    for (std::size_t next = 0; !pending.empty() || next < text.size();)
+    {
+        wchar_t element = 0;
+        if (pending.empty())
+        {
+            element = text[next++];
+        }
+        else
+        {
+            element = pending.back();
+            pending.pop_back();
+        }
+        std::size_t same = matched.empty() ? 0 : matched.back();
+        while (same != 0 && element != what[same])
+            same = borders[same - 1];
+        same += element == what[same] ? 1 : 0;
+        result += element;
+        matched.push_back(same);
+        if (same != what.size())
+            continue;
+        result.resize(result.size() - what.size());
+        matched.resize(matched.size() - what.size());
+        pending.append(with.rbegin(), with.rend());
+    }
+    text = std::move(result);
+}
+
 // For what never ends.
 void ReplaceEndlessly(std::wstring& text, const std::wstring& what, const std::wstring& with)
 {
@@ -211,10 +264,12 @@ void Replace(std::wstring& text, const std::wstring& what, const std::wstring& w
 {
     if (&what == &text || &with == &text)
         Replace(text, std::wstring(what), std::wstring(with));
-    else if (text.find(what) == text.npos)
+    else if (TextFind<wchar_t>::In(text, what) == text.npos)
         return;
-    else if (with.find(what) != with.npos)
+    else if (TextFind<wchar_t>::In(with, what) != with.npos)
         ReplaceEndlessly(text, what, with);
+    else if (what.size() > s_uShort)
+        ReplaceLong(text, what, with);
     else if (what.find(with) != what.npos)
         ReplaceShrinking(text, what, with);
     else

@@ -1,10 +1,13 @@
 #include "toolkit/core/TString.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <type_traits>
 
 #include "toolkit/core/Lanes.h"
+#include "toolkit/core/LinearSearch.h"
 #include "toolkit/core/NarrowFold.h"
+#include "toolkit/core/TextFind.h"
 
 namespace Toolkit::Detail
 {
@@ -59,41 +62,60 @@ Pair<C> SameFold(C folded, const NarrowFold& fold)
     return pair;
 }
 
+// Spends of `effort` what the comparison takes.
 template <class C>
-bool SameFolded(const C* text, const C* what, std::size_t count, const NarrowFold& fold)
+bool SameFolded(const C* text, const C* what, std::size_t count, const NarrowFold& fold, std::size_t& effort)
 {
-    for (std::size_t i = 0; i < count; ++i)
-        if (text[i] != what[i] && static_cast<C>(fold(text[i])) != static_cast<C>(fold(what[i])))
-            return false;
-    return true;
+    std::size_t i = 0;
+    while (i < count &&
+           (text[i] == what[i] || static_cast<C>(fold(text[i])) == static_cast<C>(fold(what[i]))))
+        ++i;
+    effort -= std::min(effort, i);
+    return i == count;
+}
+
+// Where `what` nearly occurs everywhere.
+template <class C>
+bool SearchLinearly(const C* text, std::size_t starts, const C* what, std::size_t count,
+                    const NarrowFold& fold)
+{
+    const auto key = [&fold](C element) { return static_cast<C>(fold(element)); };
+    const LinearSearch<C, decltype(key)> search(what, count, key);
+    return starts != 0 && search.Find(text, starts + count - 1) != search.s_uNone;
 }
 
 template <class C>
-bool SearchEach(const C* text, std::size_t starts, const C* what, std::size_t count, const NarrowFold& fold)
+bool SearchEach(const C* text, std::size_t starts, const C* what, std::size_t count, const NarrowFold& fold,
+                std::size_t& effort)
 {
     for (std::size_t at = 0; at < starts; ++at)
-        if (SameFolded(text + at, what, count, fold))
+    {
+        if (effort == 0)
+            return SearchLinearly(text + at, starts - at, what, count, fold);
+        if (SameFolded(text + at, what, count, fold, effort))
             return true;
+    }
     return false;
 }
 
 // Only where the first and the last element fit can there be an occurrence.
 template <class C>
 bool SearchEnds(const C* text, std::size_t starts, const C* what, std::size_t count, const Pair<C>& first,
-                const Pair<C>& last, const NarrowFold& fold)
+                const Pair<C>& last, const NarrowFold& fold, std::size_t& effort)
 {
     using Text = Lanes<C>;
     const std::size_t toLast = count - 1;
     std::size_t at = 0;
-    for (; starts - at >= Text::s_uCount; at += Text::s_uCount)
+    for (; starts - at >= Text::s_uCount && effort != 0; at += Text::s_uCount)
     {
         if (!Text::Any(Either(text + at, first.a, first.b) & Either(text + at + toLast, last.a, last.b)))
             continue;
         for (std::size_t i = at; i < at + Text::s_uCount; ++i)
-            if (first.Has(text[i]) && last.Has(text[i + toLast]) && SameFolded(text + i, what, count, fold))
+            if (first.Has(text[i]) && last.Has(text[i + toLast]) &&
+                SameFolded(text + i, what, count, fold, effort))
                 return true;
     }
-    return SearchEach(text + at, starts - at, what, count, fold);
+    return SearchEach(text + at, starts - at, what, count, fold, effort);
 }
 
 template <class C>
@@ -105,19 +127,31 @@ bool Search(const C* text, std::size_t length, const C* what, std::size_t count)
         return false;
     const NarrowFold fold;
     const std::size_t starts = length - count + 1;
+    // What comparing may take before it is given up for a search that looks at `what` first.
+    std::size_t effort = 4 * length;
     // The preparation pays for itself in a long text only.
     const std::size_t worthwhile = 256;
     if (starts < worthwhile)
-        return SearchEach(text, starts, what, count, fold);
+        return SearchEach(text, starts, what, count, fold, effort);
     const Pair<C> first = SameFold(static_cast<C>(fold(what[0])), fold);
     const Pair<C> last = SameFold(static_cast<C>(fold(what[count - 1])), fold);
     // Some locales fold three elements and more into one.
     if (!first.complete || !last.complete)
-        return SearchEach(text, starts, what, count, fold);
-    return SearchEnds(text, starts, what, count, first, last, fold);
+        return SearchEach(text, starts, what, count, fold, effort);
+    return SearchEnds(text, starts, what, count, first, last, fold, effort);
 }
 
 } // namespace
+
+bool Contains(const wchar_t* text, std::size_t length, const wchar_t* what, std::size_t count)
+{
+    return TextFind<wchar_t>::In({text, length}, {what, count}) != std::wstring_view::npos;
+}
+
+bool Contains(const char* text, std::size_t length, const char* what, std::size_t count)
+{
+    return TextFind<char>::In({text, length}, {what, count}) != std::string_view::npos;
+}
 
 bool HasSubstring(const wchar_t* text, std::size_t length, const wchar_t* what, std::size_t count)
 {

@@ -1,8 +1,8 @@
 #include "toolkit/files/Directory.h"
 
-#include <filesystem>
+#include <cerrno>
+#include <climits>
 #include <memory>
-#include <system_error>
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -66,6 +66,42 @@ std::vector<TString<wchar_t>> List(const TString<wchar_t>& path, const TString<w
     return names;
 }
 
+bool HasTooLongName(const TString<char>& path)
+{
+    std::size_t length = 0;
+    for (const char byte : path)
+    {
+        length = byte == '/' ? 0 : length + 1;
+        if (length > NAME_MAX)
+            return true;
+    }
+    return false;
+}
+
+// Makes the folder with its missing parents: up to the first that can be made or is there, and down again.
+// Each is cut out of the one path and made once, as a path may have two thousand parents.
+void MakeFolders(TString<char> path)
+{
+    const mode_t permissions = 0777;
+    std::vector<std::size_t> cuts;
+    while (mkdir(path.c_str(), permissions) != 0 && errno == ENOENT)
+    {
+        const std::size_t end = cuts.empty() ? path.size() : cuts.back();
+        const std::size_t name = path.find_last_not_of('/', end - 1);
+        const std::size_t cut = name == path.npos ? name : path.rfind('/', name);
+        if (cut == path.npos || cut == 0)
+            return;
+        cuts.push_back(cut);
+        path[cut] = '\0';
+    }
+    for (; !cuts.empty(); cuts.pop_back())
+    {
+        path[cuts.back()] = '/';
+        if (mkdir(path.c_str(), permissions) != 0 && errno != EEXIST)
+            return;
+    }
+}
+
 } // namespace
 
 Directory::Directory(const TString<wchar_t>& path) : m_strPath(path)
@@ -85,9 +121,8 @@ bool Directory::Exist(const TString<wchar_t>& path)
 bool Directory::Create(const TString<wchar_t>& path)
 {
     const NativePath native(path);
-    std::error_code ignored;
-    if (native.IsValid())
-        std::filesystem::create_directories(native.c_str(), ignored);
+    if (native.IsValid() && !native.IsFolder() && !HasTooLongName(native.GetBytes()))
+        MakeFolders(native.GetBytes());
     // Only the outcome counts: the folder may be there, or be made by another process at the same time.
     return native.IsFolder();
 }

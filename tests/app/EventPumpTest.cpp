@@ -1,5 +1,6 @@
 #include "toolkit/app/EventPump.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -255,10 +256,10 @@ TEST(EventPumpTiming, RunsForItsTime)
     EventPump pump;
     const auto start = Clock::now();
     EXPECT_TRUE(pump.Run(0));
-    EXPECT_LT(SecondsSince(start), 5);
+    EXPECT_LT(SecondsSince(start), 0.2);
     EXPECT_TRUE(pump.Run(300));
     EXPECT_GE(SecondsSince(start), 0.3);
-    EXPECT_LT(SecondsSince(start), 10);
+    EXPECT_LT(SecondsSince(start), 1);
 }
 
 TEST(EventPumpTiming, StopsAtOnce)
@@ -276,7 +277,7 @@ TEST(EventPumpTiming, StopsAtOnce)
     EXPECT_TRUE(pump.Run(s_uNoLimit));
     const auto start = Clock::time_point(Clock::duration(stopped));
     stopper.join();
-    EXPECT_LT(SecondsSince(start), 5);
+    EXPECT_LT(SecondsSince(start), 0.1);
 }
 
 TEST(EventPumpTiming, IdleServerUsesNoProcessorTime)
@@ -291,14 +292,19 @@ TEST(EventPumpTiming, IdleServerUsesNoProcessorTime)
     EXPECT_TRUE(ToolkitTest::SendTo(folder.Wide("s"), L"open x"));
     EventPump pump;
     EXPECT_TRUE(pump.Run(100));
-    rusage before = {};
-    rusage after = {};
-    getrusage(RUSAGE_THREAD, &before);
-    EXPECT_TRUE(pump.Run(1000));
-    getrusage(RUSAGE_THREAD, &after);
-    EXPECT_LE(after.ru_nvcsw - before.ru_nvcsw, 5) << "it is woken by nothing";
-    const auto microseconds = [](const timeval& time) { return time.tv_sec * 1000000 + time.tv_usec; };
-    EXPECT_LT(microseconds(after.ru_utime) - microseconds(before.ru_utime) + microseconds(after.ru_stime) -
-                  microseconds(before.ru_stime),
-              20000);
+    // A server that is busy is so in every second; a sanitizer or a busy machine adds its own to some.
+    long least = 1000000;
+    for (int attempt = 0; attempt < 5 && least >= 20000; ++attempt)
+    {
+        rusage before = {};
+        rusage after = {};
+        getrusage(RUSAGE_THREAD, &before);
+        EXPECT_TRUE(pump.Run(1000));
+        getrusage(RUSAGE_THREAD, &after);
+        EXPECT_LE(after.ru_nvcsw - before.ru_nvcsw, 5) << "it is woken by nothing";
+        const auto microseconds = [](const timeval& time) { return time.tv_sec * 1000000 + time.tv_usec; };
+        least = std::min(least, microseconds(after.ru_utime) - microseconds(before.ru_utime) +
+                                    microseconds(after.ru_stime) - microseconds(before.ru_stime));
+    }
+    EXPECT_LT(least, 20000);
 }

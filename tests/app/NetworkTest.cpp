@@ -1,6 +1,5 @@
 #include "toolkit/app/Network.h"
 
-#include <algorithm>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -55,7 +54,7 @@ void ExpectTimeoutOfASecond(const std::string& caller)
     {
         EXPECT_FALSE(probe->m_bAnswer);
         EXPECT_GE(probe->m_iMilliseconds, 1000);
-        EXPECT_LT(probe->m_iMilliseconds, 10000);
+        EXPECT_LT(probe->m_iMilliseconds, 3000);
     }
 }
 
@@ -108,15 +107,9 @@ TEST(NetworkTiming, DoesNotWaitWithoutATimeout)
 {
     for (const char* const caller : c_callers)
         for (const int seconds : {0, -1, -2147483647 - 1})
-        {
-            // A probe that waits takes a second each time; a busy machine does so at times.
-            long least = 1000;
-            for (int attempt = 0; attempt < 20 && least >= 900; ++attempt)
+            if (const auto probe = ProbeOf("silent", caller, seconds))
             {
-                const auto probe = ProbeOf("silent", caller, seconds);
-                EXPECT_FALSE(probe && probe->m_bAnswer) << caller;
-                least = probe ? std::min(least, probe->m_iMilliseconds) : 0;
+                EXPECT_FALSE(probe->m_bAnswer) << caller;
+                EXPECT_LT(probe->m_iMilliseconds, 900) << caller;
             }
-            EXPECT_LT(least, 900) << caller;
-        }
 }

@@ -38,9 +38,9 @@ const int s_iCommands = 1000;
 // What hostile clients may cost an honest one. ThreadSanitizer slows the copying of what they send many times
 // over.
 #if defined(__SANITIZE_THREAD__)
-const double s_dMostSeconds = 20;
+const unsigned int s_uMostSeconds = 20;
 #else
-const double s_dMostSeconds = 1;
+const unsigned int s_uMostSeconds = 1;
 #endif
 
 double SecondsSince(Clock::time_point start)
@@ -293,11 +293,11 @@ TEST(IPCProcessTiming, ConnectGivesUpAFrozenServerInTime)
         auto start = Clock::now();
         EXPECT_FALSE(IPCClient::Connect(name, L"open x", 300));
         EXPECT_GE(SecondsSince(start), 0.3);
-        EXPECT_LT(SecondsSince(start), 5);
+        EXPECT_LT(SecondsSince(start), 2);
         start = Clock::now();
         EXPECT_FALSE(IPCClient::Connect(name, L"open x"));
         EXPECT_GE(SecondsSince(start), 10);
-        EXPECT_LT(SecondsSince(start), 20);
+        EXPECT_LT(SecondsSince(start), 13);
     }
 }
 
@@ -346,7 +346,6 @@ TEST_P(IPCHostileTiming, CostsAnHonestClientLessThanASecond)
     RecordingServer server(service);
     ASSERT_TRUE(server.Run());
     ASSERT_TRUE(PumpUntil([&folder] { return fs::exists(folder.Path("ready")); }));
-    std::vector<double> seconds;
     for (int i = 0; i < 20; ++i)
     {
         const auto start = Clock::now();
@@ -358,12 +357,9 @@ TEST_P(IPCHostileTiming, CostsAnHonestClientLessThanASecond)
                 const Commands& received = server.Received();
                 return std::find(received.rbegin(), received.rend(), command) != received.rend();
             }));
-        seconds.push_back(SecondsSince(start));
+        EXPECT_LT(SecondsSince(start), s_uMostSeconds);
     }
     hostile.Kill();
-    // One command in ten may have met another program on a busy machine.
-    std::sort(seconds.begin(), seconds.end());
-    EXPECT_LT(seconds[17], s_dMostSeconds);
 }
 
 INSTANTIATE_TEST_SUITE_P(Clients, IPCHostileTiming,

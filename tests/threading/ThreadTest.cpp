@@ -89,6 +89,23 @@ Work LoopUntilStopped(std::atomic<int>& rounds)
     };
 }
 
+Work LoopWithoutRest(std::atomic<int>& rounds)
+{
+    return [&rounds](Thread& thread) -> wxThread::ExitCode
+    {
+        while (!thread.TestDestroy())
+            ++rounds;
+        return nullptr;
+    };
+}
+
+// For conditions that are awaited so often that WaitUntil's rests would add up.
+void YieldUntil(const std::function<bool()>& condition)
+{
+    while (!condition())
+        std::this_thread::yield();
+}
+
 std::ptrdiff_t ThreadCount()
 {
     const std::filesystem::directory_iterator tasks("/proc/self/task");
@@ -324,6 +341,65 @@ TEST(Thread, DestructorStopsAPausedThread)
     const int after = rounds;
     Thread::Sleep(10);
     EXPECT_EQ(after, rounds);
+}
+
+// The destructor comes at every moment of the pause: before the thread sees it, while and after.
+TEST(Thread, DestructorStopsAThreadThatIsAboutToPause)
+{
+    CapturedOutput errors(2);
+    for (int round = 0; round < 500; ++round)
+    {
+        std::atomic<int> rounds{0};
+        Worker worker(LoopWithoutRest(rounds));
+        ASSERT_TRUE(worker.Run());
+        YieldUntil([&] { return rounds > 0; });
+        EXPECT_TRUE(worker.Pause());
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, EveryPauseIsEndedByItsResume)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> rounds{0};
+    Worker worker(LoopWithoutRest(rounds));
+    ASSERT_TRUE(worker.Run());
+    for (int round = 0; round < 2000; ++round)
+    {
+        EXPECT_TRUE(worker.Pause());
+        EXPECT_TRUE(worker.Resume());
+        const int before = rounds;
+        YieldUntil([&] { return rounds != before; });
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, ResumedThroughTheBaseClassGoesOn)
+{
+    std::atomic<int> rounds{0};
+    Worker worker(LoopUntilStopped(rounds));
+    wxThread& base = worker;
+    ASSERT_TRUE(worker.Run());
+    for (int round = 0; round < 3; ++round)
+    {
+        EXPECT_TRUE(worker.Pause());
+        EXPECT_EQ(wxTHREAD_NO_ERROR, base.Resume());
+        const int before = rounds;
+        ASSERT_TRUE(WaitUntil([&] { return rounds > before + 1; }));
+    }
+}
+
+TEST(Thread, DeletedThroughTheBaseClassWhilePausedEnds)
+{
+    std::atomic<int> rounds{0};
+    Worker worker(LoopUntilStopped(rounds));
+    ASSERT_TRUE(worker.Run());
+    ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+    EXPECT_TRUE(worker.Pause());
+    wxThread::ExitCode code = nullptr;
+    EXPECT_EQ(wxTHREAD_NO_ERROR, static_cast<wxThread&>(worker).Delete(&code));
+    EXPECT_EQ(Code(5), code);
+    EXPECT_FALSE(worker.IsRunning());
 }
 
 TEST(Thread, DestructorAsksTheThreadToStopAndWaitsForIt)

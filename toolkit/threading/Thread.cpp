@@ -11,6 +11,14 @@
 namespace Toolkit
 {
 
+namespace
+{
+
+// A paused thread that is resumed or deleted through the base class is not told of it: it looks by itself.
+constexpr std::chrono::milliseconds s_pauseLook{200};
+
+} // namespace
+
 ThreadBaseLibraryHold::ThreadBaseLibraryHold() : m_bHeld(BaseLibrary::Hold()) {}
 
 ThreadBaseLibraryHold::~ThreadBaseLibraryHold()
@@ -49,6 +57,7 @@ bool Thread::Run()
 
 bool Thread::Pause()
 {
+    const std::lock_guard<std::mutex> guard(m_pauseGuard);
     if (m_bKilled || IsCurrent() || !wxThread::IsRunning())
         return false;
     const BaseLibrary::Silence silence;
@@ -57,10 +66,14 @@ bool Thread::Pause()
 
 bool Thread::Resume()
 {
+    const std::lock_guard<std::mutex> guard(m_pauseGuard);
     if (IsCurrent() || !IsPaused())
         return false;
     const BaseLibrary::Silence silence;
-    return wxThread::Resume() == wxTHREAD_NO_ERROR;
+    if (wxThread::Resume() != wxTHREAD_NO_ERROR)
+        return false;
+    m_pauseEnd.notify_all();
+    return true;
 }
 
 wxThreadError Thread::Kill()
@@ -90,6 +103,16 @@ bool Thread::IsRunning() const
 bool Thread::IsPaused() const
 {
     return !m_bKilled && wxThread::IsPaused();
+}
+
+// Never enters the base class's own wait for the end of a pause: its Delete can leave a thread there for
+// ever.
+bool Thread::TestDestroy()
+{
+    std::unique_lock<std::mutex> guard(m_pauseGuard);
+    while (!m_bStopping && wxThread::IsPaused())
+        m_pauseEnd.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
+    return m_bStopping || wxThread::TestDestroy();
 }
 
 unsigned long Thread::GetId() const
@@ -123,6 +146,7 @@ void Thread::StopAndWait()
         m_bAbandoned = true;
         m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
     }
+    AskToStop();
     Delete();
     // Delete does not join a thread that has finished by itself.
     wxThread::Wait();
@@ -142,6 +166,16 @@ wxThread::ExitCode Thread::Entry()
 bool Thread::IsStarted() const
 {
     return m_bStarted || m_bEntered || IsAlive();
+}
+
+void Thread::AskToStop()
+{
+    const std::lock_guard<std::mutex> guard(m_pauseGuard);
+    m_bStopping = true;
+    // A thread must not end as a paused one: Delete would take it for one that still runs.
+    if (IsPaused())
+        wxThread::Resume();
+    m_pauseEnd.notify_all();
 }
 
 bool Thread::IsCurrent() const

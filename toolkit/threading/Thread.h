@@ -2,6 +2,8 @@
 #define TOOLKIT_THREADING_THREAD_H
 
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 
 #include <wx/thread.h>
 
@@ -60,6 +62,9 @@ public:
     bool IsRunning() const;
     bool IsPaused() const;
 
+    // For DoWork: blocks while the thread is paused; true once the thread is to stop.
+    bool TestDestroy() override;
+
     // UndefinedThread when the operating system's thread could not be created.
     unsigned long GetId() const;
     static unsigned long GetCurrentId();
@@ -85,12 +90,18 @@ private:
 
     bool IsStarted() const;
     bool IsCurrent() const;
+    void AskToStop();
 
     bool m_bCreated;
     bool m_bStarted = false;
     bool m_bKilled = false;
     std::atomic<bool> m_bAbandoned{false};
     std::atomic<bool> m_bEntered{false};
+
+    // Guards how the thread pauses, goes on and is asked to stop.
+    std::mutex m_pauseGuard;
+    std::condition_variable m_pauseEnd;
+    bool m_bStopping = false;
 };
 
 } // namespace Toolkit

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <iostream>
 #include <string>
 #include <thread>
 
@@ -14,6 +15,7 @@
 
 #include "tests/support/Child.h"
 #include "tests/support/IPCSupport.h"
+#include "tests/support/OwnNetwork.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/core/ToolkitSession.h"
@@ -130,6 +132,24 @@ TEST_F(IPCClientTest, RefusesTopicsThatHaveNoUTF8OrTooMuchOfIt)
     EXPECT_TRUE(SendTo(Service(), L"last"));
     EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
     EXPECT_THAT(server.Received(), ElementsAre(L"last"));
+}
+
+// In a network with one port for clients, theirs is the one that they connect to.
+TEST(IPCClient, DoesNotTakeItselfForAServer)
+{
+    EXPECT_TRUE(InChild(
+        []() -> ChildAnswer
+        {
+            const char* const range = "/proc/sys/net/ipv4/ip_local_port_range";
+            if (!EnterOwnNetwork() || access(range, W_OK) != 0)
+            {
+                std::cout << "not allowed: a network of its own\n";
+                return true;
+            }
+            WriteBytes(range, "40000 40000");
+            const ToolkitSession session;
+            return !SendTo(L"40000", L"open x");
+        }));
 }
 
 TEST_F(IPCClientTest, AnswersFalseWithoutAServer)

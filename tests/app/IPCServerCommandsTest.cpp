@@ -5,6 +5,7 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <list>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -21,6 +22,7 @@
 #include "tests/support/InstalledLogger.h"
 #include "toolkit/app/EventPump.h"
 #include "toolkit/app/IPCClient.h"
+#include "toolkit/log/NullLogger.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -107,6 +109,24 @@ TEST_F(IPCServerTest, ExceptionOfAListenerIsLoggedAndTheNextCommandDelivered)
     EXPECT_EQ(0U, text.find(L"0 "));
     EXPECT_NE(std::wstring::npos, text.find(L" : IPCEndpoint::HandOver : a listener failed: refused\n"));
     EXPECT_NE(std::wstring::npos, text.find(L" : a listener failed: unknown exception\n"));
+}
+
+TEST_F(IPCServerTest, SinkThatFailsTooDoesNotEndTheLoop)
+{
+    class FailingLogger : public ILogger
+    {
+    public:
+        FailingLogger() : ILogger(Toolkit::LogSeverity::Verbose) {}
+        void Write(const TString<wchar_t>&) override { throw std::runtime_error("no sink"); }
+    };
+    RecordingServer server(Service());
+    server.AddListener(Calling([](const TString<wchar_t>&) { throw std::runtime_error("refused"); }));
+    ASSERT_TRUE(server.Run());
+    ILogger::SetLogger(smart_ptr<ILogger>(new FailingLogger));
+    EXPECT_TRUE(SendTo(Service(), L"throw"));
+    EXPECT_TRUE(SendTo(Service(), L"go on"));
+    EXPECT_NO_THROW(EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 2; })));
+    ILogger::SetLogger(smart_ptr<ILogger>(new Toolkit::NullLogger));
 }
 
 TEST_F(IPCServerTest, ListenerMayRunALoopOfItsOwn)
@@ -291,38 +311,71 @@ TEST_F(IPCServerTest, IsSilentWhateverFails)
     EXPECT_EQ("", errors.Stop());
 }
 
-TEST(IPCServer, ServesOnWhenTheDescriptorsWereUsedUp)
+// Runs a server in a process of its own; `work` is done within the pump's run, which needs descriptors of its
+// own, so that it may use them up. What is wrong, or nothing.
+testing::AssertionResult WithinThePump(const TemporaryFolder& folder,
+                                       const std::function<std::string(RecordingServer&, EventPump&)>& work)
 {
-    const TemporaryFolder folder;
-    EXPECT_TRUE(InChild(
-        [&folder]() -> ChildAnswer
+    return InChild(
+        [&]() -> ChildAnswer
         {
             const ToolkitSession session;
             RecordingServer server(folder.Wide("s"));
             EventPump pump;
             if (!server.Run())
                 return "not run";
-            bool refused = false;
+            std::string wrong = "not done";
             wxEvtHandler handler;
-            handler.CallAfter(
-                [&]
-                {
-                    // Within the pump's run, which needs descriptors of its own.
-                    const rlimit limit = {64, 64};
-                    setrlimit(RLIMIT_NOFILE, &limit);
-                    RawClient client(folder.Path("s"));
-                    std::vector<int> taken;
-                    for (int copy; (copy = fcntl(0, F_DUPFD_CLOEXEC, 0)) != -1;)
-                        taken.push_back(copy);
-                    refused = PumpUntilWithin(pump, [&client] { return client.IsClosed(); });
-                    for (const int copy : taken)
-                        close(copy);
-                });
-            if (!pump.Run(0) || !refused)
+            handler.CallAfter([&] { wrong = work(server, pump); });
+            return pump.Run(0) ? wrong : "not pumped";
+        });
+}
+
+TEST(IPCServer, ServesOnWhenTheDescriptorsWereUsedUp)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(WithinThePump(
+        folder,
+        [&folder](RecordingServer& server, EventPump& pump) -> std::string
+        {
+            const rlimit limit = {64, 64};
+            setrlimit(RLIMIT_NOFILE, &limit);
+            RawClient client(folder.Path("s"));
+            std::vector<int> taken;
+            for (int copy; (copy = fcntl(0, F_DUPFD_CLOEXEC, 0)) != -1;)
+                taken.push_back(copy);
+            const bool refused = PumpUntilWithin(pump, [&client] { return client.IsClosed(); });
+            for (const int copy : taken)
+                close(copy);
+            if (!refused)
                 return "not refused";
             return SendTo(folder.Wide("s"), L"open x") &&
-                   PumpUntil([&server] { return !server.Received().empty(); });
+                           PumpUntilWithin(pump, [&server] { return !server.Received().empty(); })
+                       ? ""
+                       : "not served";
         }));
+}
+
+TEST(IPCServer, ServesMoreClientsThanItHasDescriptors)
+{
+    const TemporaryFolder folder;
+    EXPECT_TRUE(WithinThePump(folder,
+                              [&folder](RecordingServer& server, EventPump& pump) -> std::string
+                              {
+                                  const std::size_t count = 40;
+                                  std::list<RawClient> clients;
+                                  for (std::size_t i = 0; i < count; ++i)
+                                      clients.emplace_back(folder.Path("s"))
+                                          .Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, std::to_string(i)));
+                                  const int lowest = fcntl(0, F_DUPFD_CLOEXEC, 0);
+                                  close(lowest);
+                                  const rlim_t end = static_cast<rlim_t>(lowest) + 8;
+                                  const rlimit limit = {end, end};
+                                  setrlimit(RLIMIT_NOFILE, &limit);
+                                  PumpUntilWithin(pump, [&] { return server.Received().size() >= count; });
+                                  const std::size_t served = server.Received().size();
+                                  return served == count ? std::string() : "served " + std::to_string(served);
+                              }));
 }
 
 TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)

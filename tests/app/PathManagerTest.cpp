@@ -600,6 +600,17 @@ TEST(PathManager, WorksInANonAsciiFolderInTheCLocale)
     }
 }
 
+TEST(PathManager, HomeThatTheLocaleCannotReadHidesNoOtherFolder)
+{
+    const TemporaryFolder folder;
+    const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "bin/program.x");
+    const std::string home = folder.Path("h\xC3\xB6me");
+    const auto result = RunProgram("env -u XDG_CONFIG_HOME LC_ALL=C HOME=" + Quoted(home) + " " +
+                                   Quoted(program) + " started named");
+    EXPECT_EQ(result.m_iExitCode, 0);
+    EXPECT_THAT(result.m_strOutput, HasSubstr("\nconfiguration=" + folder.Path("share/named") + "/config\n"));
+}
+
 TEST(PathManager, KnowsAnExecutableThatWasDeleted)
 {
     const TemporaryFolder folder;

@@ -13,15 +13,13 @@
 #include <thread>
 
 #include <arpa/inet.h>
-#include <net/if.h>
 #include <poll.h>
-#include <sched.h>
-#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <wx/init.h>
 
+#include "tests/support/OwnNetwork.h"
 #include "toolkit/app/Network.h"
 #include "toolkit/encoding/UTF8.h"
 
@@ -36,26 +34,12 @@ bool Cover(const std::string& file, const std::string& content, const char* targ
     return access(target, F_OK) != 0 || mount(file.c_str(), target, nullptr, MS_BIND, nullptr) == 0;
 }
 
-bool BringLoopbackUp()
+bool MakeNetwork(const std::string& folder, bool resolvable)
 {
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    ifreq request = {};
-    std::string("lo").copy(request.ifr_name, sizeof request.ifr_name - 1);
-    request.ifr_flags = IFF_UP | IFF_RUNNING;
-    const bool up = ioctl(descriptor, SIOCSIFFLAGS, &request) == 0;
-    close(descriptor);
-    return up;
-}
-
-bool EnterOwnNetwork(const std::string& folder, bool resolvable)
-{
-    const int spaces = CLONE_NEWNET | CLONE_NEWNS;
-    if (unshare(spaces) != 0 && unshare(spaces | CLONE_NEWUSER) != 0)
-        return false;
     const std::string host = Toolkit::UTF8::ToUTF8(Network::c_strProbedHost);
-    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return ToolkitTest::EnterOwnNetwork() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            Cover(folder + "/hosts", resolvable ? "127.0.0.1 " + host + "\n" : "\n", "/etc/hosts") &&
-           Cover(folder + "/nsswitch", "hosts: files\n", "/etc/nsswitch.conf") && BringLoopbackUp();
+           Cover(folder + "/nsswitch", "hosts: files\n", "/etc/nsswitch.conf");
 }
 
 sockaddr_in ServerAddress()
@@ -111,7 +95,7 @@ int main(int argc, char** argv)
         return 1;
     const std::string network = argv[1];
     const std::string caller = argv[2];
-    if (!EnterOwnNetwork(argv[4], network != "unresolvable"))
+    if (!MakeNetwork(argv[4], network != "unresolvable"))
         return 77;
     const int server = network == "reachable" || network == "silent" ? Listen() : -1;
     if (network == "silent")

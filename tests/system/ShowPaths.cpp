@@ -1,7 +1,7 @@
 // Prints, a line each, what the path manager knows in this process: "name=value" as UTF-8.
-//   ShowPaths [started] [deleted] [user id]
-// started: with the base library started; deleted: after its own executable was deleted;
-// user id: as that user.
+//   ShowPaths [started] [named] [deleted] [user id]
+// started: with the base library started; named: as an application of that name, which needs it started;
+// deleted: after its own executable was deleted; user id: as that user.
 
 #include <cctype>
 #include <cstdlib>
@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include <unistd.h>
+#include <wx/app.h>
 #include <wx/init.h>
 
 #include "toolkit/app/PathManager.h"
@@ -44,15 +45,20 @@ void ShowAll(const PathManager& paths)
 int main(int argc, char** argv)
 {
     bool start = false;
+    bool hasName = false;
     for (int i = 1; i < argc; ++i)
         if (std::strcmp(argv[i], "started") == 0)
             start = true;
+        else if (std::strcmp(argv[i], "named") == 0)
+            hasName = true;
         else if (std::strcmp(argv[i], "deleted") == 0)
             unlink(argv[0]);
         else if (std::isdigit(argv[i][0]) != 0 && setuid(static_cast<uid_t>(std::atoi(argv[i]))) != 0)
             return 1;
     if (start && !wxInitialize())
         return 1;
+    if (hasName)
+        wxAppConsole::GetInstance()->SetAppName("named");
     ShowAll(PathManager());
     if (start)
         wxUninitialize();

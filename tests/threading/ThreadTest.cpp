@@ -724,7 +724,7 @@ TEST(ThreadLife, FinishedWithoutTheBaseLibrary)
         }));
 }
 
-TEST(ThreadLife, OutlivesAnApplicationObjectOfTheHost)
+TEST(ThreadLife, InAHostWithAnApplicationObjectOfItsOwn)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
@@ -739,8 +739,8 @@ TEST(ThreadLife, OutlivesAnApplicationObjectOfTheHost)
                 Worker finished;
                 finished.Run();
                 finished.Wait();
-                wxEntryCleanup();
             }
+            wxEntryCleanup();
             return errors.Stop() + (wxAppConsole::GetInstance() == nullptr ? "" : " still started");
         }));
 }

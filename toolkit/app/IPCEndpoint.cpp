@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -36,6 +37,8 @@ const std::size_t s_uMostWaiting = 128 * 1024 * 1024;
 const std::size_t s_uReadAtOnce = 16 * 1024;
 const int s_iAcceptsInTurn = 64;
 const int s_iEventsInTurn = 64;
+// One that was heard of since then is not dropped for want of descriptors.
+const std::chrono::milliseconds s_quiet(200);
 // The numbers of what is watched beside the clients, which have those from 1 on.
 const std::uint64_t s_uListener = 0;
 const std::uint64_t s_uTimer = ~std::uint64_t(0);
@@ -75,7 +78,14 @@ std::size_t WaitingOn(int socket)
 
 void LogFailure(const TString<wchar_t>& what)
 {
-    LogLine::Stream(LogSeverity::Error, __LINE__, "IPCEndpoint::HandOver", L"a listener failed: " + what);
+    try
+    {
+        LogLine::Stream(LogSeverity::Error, __LINE__, "IPCEndpoint::HandOver", L"a listener failed: " + what);
+    }
+    catch (...)
+    {
+        // A sink that fails as well is no reason to end the host's loop.
+    }
 }
 
 } // namespace
@@ -85,6 +95,7 @@ struct IPCEndpoint::Connection
     const std::uint64_t m_uId;
     Descriptor m_socket;
     IPCMessageReader m_reader;
+    std::chrono::steady_clock::time_point m_lastHeard;
     // What the reader holds, as far as the endpoint has counted it.
     std::size_t m_uBuffered = 0;
     wxString m_topic;
@@ -249,23 +260,28 @@ void IPCEndpoint::Serve()
         return;
     epoll_event events[s_iEventsInTurn];
     const int count = epoll_wait(m_poll.Get(), events, s_iEventsInTurn, 0);
+    bool haveNew = false;
     for (int i = 0; i < count; ++i)
     {
         // The system's structure is packed.
         const std::uint64_t id = events[i].data.u64;
         if (id == s_uListener)
-            AcceptClients();
+            haveNew = true;
         else if (id == s_uTimer)
             ListenOn();
         else if (const auto place = m_places.find(id); place != m_places.end())
             ReadFrom(std::shared_ptr<Connection>(*place->second));
     }
+    // After those who are here already, some of whom may have gone.
+    if (haveNew)
+        AcceptClients();
     if (!m_commands.empty())
         HandOverSoon();
 }
 
 void IPCEndpoint::AcceptClients()
 {
+    bool added = false;
     for (int i = 0; i < s_iAcceptsInTurn; ++i)
     {
         Descriptor client;
@@ -273,10 +289,13 @@ void IPCEndpoint::AcceptClients()
         {
         case IPCListener::Accepted::Client:
             Add(std::move(client));
+            added = true;
             break;
         case IPCListener::Accepted::Exhausted:
-            DropIdlest();
-            if (!m_listener.Recover())
+            // Those who were let in just now may soon be served and gone.
+            if (added)
+                return;
+            if (!MakeRoom())
                 return PauseListening();
             break;
         case IPCListener::Accepted::Failed:
@@ -287,6 +306,17 @@ void IPCEndpoint::AcceptClients()
             return;
         }
     }
+}
+
+// For one more client when there are no descriptors left, if only to refuse it; false when it has to wait.
+bool IPCEndpoint::MakeRoom()
+{
+    if (m_connections.empty())
+        return m_listener.RefuseOne();
+    if (std::chrono::steady_clock::now() - m_connections.front()->m_lastHeard < s_quiet)
+        return false;
+    DropIdlest();
+    return true;
 }
 
 // A client that cannot even be refused must not keep the loop awake; the timer ends the pause.
@@ -392,7 +422,9 @@ bool IPCEndpoint::Begin(Connection& connection, const IPCMessage& message)
 
 void IPCEndpoint::MoveToEnd(const Connection& connection)
 {
-    m_connections.splice(m_connections.end(), m_connections, m_places[connection.m_uId]);
+    const Connections::iterator place = m_places[connection.m_uId];
+    (*place)->m_lastHeard = std::chrono::steady_clock::now();
+    m_connections.splice(m_connections.end(), m_connections, place);
 }
 
 // Rather one that has said nothing new than one that waits to be read.

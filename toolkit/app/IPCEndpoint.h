@@ -66,6 +66,7 @@ private:
     void Serve();
 
     void AcceptClients();
+    bool MakeRoom();
     void PauseListening();
     void ListenOn();
     void Add(Descriptor client);

@@ -119,7 +119,6 @@ IPCListener::Accepted IPCListener::Accept(Descriptor& client)
     {
     case EMFILE:
     case ENFILE:
-        RefuseOne();
         return Accepted::Exhausted;
     case ENOBUFS:
     case ENOMEM:
@@ -132,20 +131,15 @@ IPCListener::Accepted IPCListener::Accept(Descriptor& client)
     }
 }
 
-bool IPCListener::Recover()
+bool IPCListener::RefuseOne()
 {
-    if (!m_spare.IsOpen())
-        m_spare = MakeSpare();
-    return m_spare.IsOpen();
-}
-
-void IPCListener::RefuseOne()
-{
-    if (!m_spare.IsOpen())
-        return;
-    m_spare = Descriptor();
-    Descriptor(accept4(Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    if (m_spare.IsOpen())
+    {
+        m_spare = Descriptor();
+        Descriptor(accept4(Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    }
     m_spare = MakeSpare();
+    return m_spare.IsOpen();
 }
 
 } // namespace Toolkit

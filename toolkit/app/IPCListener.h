@@ -36,10 +36,9 @@ public:
     enum class Accepted
     {
         Client,
-        // A client that was not let in: one of another user, or one too many for the process's descriptors.
+        // A client that was not let in.
         Refused,
-        // There are no descriptors left: the client was refused if there was one for that, and waits on
-        // otherwise.
+        // There are no descriptors left; the client waits on.
         Exhausted,
         // The system lacks the memory for now; the client waits on.
         Failed,
@@ -47,13 +46,12 @@ public:
     };
     // Takes the next client that waits. Its socket never blocks.
     Accepted Accept(Descriptor& client);
-    // After `Exhausted`: true when there is enough for the next client again, if only to refuse it. When
-    // there is not, the listener had better not be asked for a while.
-    bool Recover();
+    // After `Exhausted`: refuses the next client, if there is a descriptor for that. True when there is one
+    // for the client after it; when there is not, the listener had better not be asked for a while.
+    bool RefuseOne();
 
 private:
     bool ListenAtPath(const IPCAddress& address);
-    void RefuseOne();
     bool IsOwnFile() const;
 
     Descriptor m_socket;

@@ -1,6 +1,7 @@
 #include "toolkit/app/IPCSocket.h"
 
 #include <cerrno>
+#include <cstring>
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -10,6 +11,23 @@
 
 namespace Toolkit
 {
+
+namespace
+{
+
+// A port that nobody listens to may become the client's own, which is then connected to itself.
+bool IsItsOwnPeer(int socket)
+{
+    sockaddr_storage own = {};
+    sockaddr_storage peer = {};
+    socklen_t ownSize = sizeof own;
+    socklen_t peerSize = sizeof peer;
+    return getsockname(socket, reinterpret_cast<sockaddr*>(&own), &ownSize) == 0 &&
+           getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &peerSize) == 0 && ownSize == peerSize &&
+           std::memcmp(&own, &peer, ownSize) == 0;
+}
+
+} // namespace
 
 Descriptor IPCSocket::Make(const IPCAddress& address)
 {
@@ -29,7 +47,7 @@ bool IPCSocket::IsPeerTrusted(int socket)
     if (getsockopt(socket, SOL_SOCKET, SO_DOMAIN, &family, &size) != 0)
         return false;
     if (family != AF_UNIX)
-        return true;
+        return !IsItsOwnPeer(socket);
     ucred peer = {};
     size = sizeof peer;
     return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();

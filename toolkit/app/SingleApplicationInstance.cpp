@@ -196,7 +196,9 @@ private:
         const ssize_t count = ReadFrom(file.Get(), bytes, sizeof bytes);
         if (count == 0)
             return hasTurn && !IsBeingWritten(file.Get());
-        const pid_t first = count > 0 ? ProcessNumber(bytes, bytes + count) : 0;
+        // What fills all of the room is longer than any number.
+        const bool isShort = count > 0 && count < static_cast<ssize_t>(sizeof bytes);
+        const pid_t first = isShort ? ProcessNumber(bytes, bytes + count) : 0;
         m_iFirst = first != 0 && IsAlive(first) ? first : 0;
         return first != 0 && m_iFirst == 0;
     }

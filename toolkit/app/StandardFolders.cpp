@@ -39,10 +39,15 @@ bool IsReadAlike(const char* bytes)
     return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(UTF8::ToUNICODE(bytes));
 }
 
-bool CanAskBaseLibrary()
+bool CanAskBaseLibraryOfProgram()
 {
     return BaseLibrary::IsStarted() && IsReadAlike(ExecutableBytes().c_str()) &&
-           IsReadAlike(program_invocation_name) && IsReadAlike(std::getenv("HOME")) &&
+           IsReadAlike(program_invocation_name);
+}
+
+bool CanAskBaseLibraryOfUser()
+{
+    return CanAskBaseLibraryOfProgram() && IsReadAlike(std::getenv("HOME")) &&
            IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
 }
 
@@ -128,23 +133,23 @@ TString<wchar_t> StandardFolders::Home()
 
 TString<wchar_t> StandardFolders::Data()
 {
-    return CanAskBaseLibrary() ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData();
+    return CanAskBaseLibraryOfProgram() ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData();
 }
 
 TString<wchar_t> StandardFolders::UserLocalData()
 {
-    return CanAskBaseLibrary() ? FromWx(wxStandardPaths::Get().GetUserLocalDataDir())
-                               : TString<wchar_t>(Home() + L"/." + FromWx(ExecutableName()));
+    return CanAskBaseLibraryOfUser() ? FromWx(wxStandardPaths::Get().GetUserLocalDataDir())
+                                     : TString<wchar_t>(Home() + L"/." + FromWx(ExecutableName()));
 }
 
 TString<wchar_t> StandardFolders::Resources()
 {
-    return CanAskBaseLibrary() ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData();
+    return CanAskBaseLibraryOfProgram() ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData();
 }
 
 TString<wchar_t> StandardFolders::Documents()
 {
-    if (CanAskBaseLibrary())
+    if (CanAskBaseLibraryOfUser())
         return FromWx(wxStandardPaths::Get().GetDocumentsDir());
     const TString<wchar_t> home = Home();
     const TString<wchar_t> listed = ListedDocuments(home);

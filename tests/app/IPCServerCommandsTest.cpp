@@ -359,23 +359,27 @@ TEST(IPCServer, ServesOnWhenTheDescriptorsWereUsedUp)
 TEST(IPCServer, ServesMoreClientsThanItHasDescriptors)
 {
     const TemporaryFolder folder;
-    EXPECT_TRUE(WithinThePump(folder,
-                              [&folder](RecordingServer& server, EventPump& pump) -> std::string
-                              {
-                                  const std::size_t count = 40;
-                                  std::list<RawClient> clients;
-                                  for (std::size_t i = 0; i < count; ++i)
-                                      clients.emplace_back(folder.Path("s"))
-                                          .Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, std::to_string(i)));
-                                  const int lowest = fcntl(0, F_DUPFD_CLOEXEC, 0);
-                                  close(lowest);
-                                  const rlim_t end = static_cast<rlim_t>(lowest) + 8;
-                                  const rlimit limit = {end, end};
-                                  setrlimit(RLIMIT_NOFILE, &limit);
-                                  PumpUntilWithin(pump, [&] { return server.Received().size() >= count; });
-                                  const std::size_t served = server.Received().size();
-                                  return served == count ? std::string() : "served " + std::to_string(served);
-                              }));
+    const auto serveMany = [&folder](RecordingServer& server, EventPump& pump) -> std::string
+    {
+        // A sanitizer takes a descriptor for its first look at a type: let it look before there is none.
+        if (!SendTo(folder.Wide("s"), L"first") ||
+            !PumpUntilWithin(pump, [&server] { return !server.Received().empty(); }))
+            return "the first command is lost";
+        const std::size_t count = 40;
+        std::list<RawClient> clients;
+        for (std::size_t i = 0; i < count; ++i)
+            clients.emplace_back(folder.Path("s"))
+                .Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, std::to_string(i)));
+        const int lowest = fcntl(0, F_DUPFD_CLOEXEC, 0);
+        close(lowest);
+        const rlim_t end = static_cast<rlim_t>(lowest) + 8;
+        const rlimit limit = {end, end};
+        setrlimit(RLIMIT_NOFILE, &limit);
+        PumpUntilWithin(pump, [&] { return server.Received().size() > count; });
+        const std::size_t served = server.Received().size() - 1;
+        return served == count ? std::string() : "served " + std::to_string(served);
+    };
+    EXPECT_TRUE(WithinThePump(folder, serveMany));
 }
 
 TEST(IPCServerTiming, RestsWhileThereIsNoDescriptorEvenToRefuseAClient)

@@ -459,10 +459,10 @@ TEST(RegExpBackend, WhatOnlyResemblesACallNeedsNoStack)
 {
     for (const char* const end : {"(?:a)", "(?=a)", "(?i)", "(?#1)", "(?", "(?-"})
     {
-        const std::string pattern = Repeat("(a)", 5000) + end;
+        const std::string pattern = Repeat("(a)", 8000) + end;
         const std::string expected = BeginningOf([&] { Pattern(pattern).IsMatch("a"); });
         std::string message;
-        RunOnStack(2 * s_uSmallStack, [&] { message = BeginningOf([&] { Pattern(pattern).IsMatch("a"); }); });
+        RunOnStack(4 * s_uSmallStack, [&] { message = BeginningOf([&] { Pattern(pattern).IsMatch("a"); }); });
         EXPECT_EQ(expected, message) << end;
     }
 }

@@ -35,7 +35,7 @@ thread_local bool t_bSpared = false;
 // What a forked process shares with the one that it comes from.
 struct State
 {
-    static const std::size_t s_uMostFailed = 256;
+    static constexpr std::size_t s_uMostFailed = 256;
 
     std::atomic<bool> m_bOnwards{false};
     std::atomic<std::uint32_t> m_uFault{0};

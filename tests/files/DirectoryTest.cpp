@@ -408,6 +408,19 @@ TEST(Directory, CreatesARelativePathInTheWorkingFolder)
     EXPECT_TRUE(std::filesystem::is_directory(folder.Path("new/below")));
 }
 
+TEST(Directory, CreatesNothingInAWorkingFolderThatIsGone)
+{
+    const TemporaryFolder folder;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::create_directory(folder.Path("gone"));
+    std::filesystem::current_path(folder.Path("gone"));
+    std::filesystem::remove(folder.Path("gone"));
+    EXPECT_FALSE(Directory::Create(L"new"));
+    EXPECT_FALSE(Directory::Create(L"new/below"));
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
 TEST(Directory, CreatingWhatIsThereIsSuccess)
 {
     const TemporaryFolder folder;

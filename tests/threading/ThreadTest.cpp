@@ -745,6 +745,27 @@ TEST(ThreadLife, InAHostWithAnApplicationObjectOfItsOwn)
         }));
 }
 
+TEST(ThreadLife, FinishedOneOutlivesAnApplicationObjectOfTheHost)
+{
+    EXPECT_TRUE(InChild(
+        []
+        {
+            wxApp::SetInstance(new HostApp);
+            int count = 0;
+            if (!wxEntryStart(count, static_cast<wxChar**>(nullptr)))
+                return false;
+            {
+                Worker finished;
+                finished.Run();
+                finished.Wait();
+                // The base library says that this thread is left.
+                const CapturedOutput errors(2);
+                wxEntryCleanup();
+            }
+            return wxAppConsole::GetInstance() == nullptr;
+        }));
+}
+
 TEST(ThreadLife, MadeAndDestroyedOnAnotherThread)
 {
     // The base library keeps a record of every foreign thread, so that there is only one here.

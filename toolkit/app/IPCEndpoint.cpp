@@ -427,11 +427,9 @@ void IPCEndpoint::MoveToEnd(const Connection& connection)
     m_connections.splice(m_connections.end(), m_connections, place);
 }
 
-// Rather one that has said nothing new than one that waits to be read.
+// Of at least one, rather one that has said nothing new than one that waits to be read.
 void IPCEndpoint::DropIdlest()
 {
-    if (m_connections.empty())
-        return;
     const auto idle = std::find_if(m_connections.begin(), m_connections.end(),
                                    [](const std::shared_ptr<Connection>& connection)
                                    { return WaitingOn(connection->m_socket.Get()) == 0; });

@@ -22,7 +22,7 @@ public:
         const Suffix one = MaximalSuffix([](auto a, auto b) { return a < b; });
         const Suffix other = MaximalSuffix([](auto a, auto b) { return b < a; });
         m_suffix = one.begin > other.begin ? one : other;
-        m_bRepeats = m_suffix.period + m_suffix.begin <= count && RepeatsItself();
+        m_bRepeats = RepeatsItself();
         // What is skipped when all of it was compared, if it is no repetition.
         if (!m_bRepeats)
             m_suffix.period =
@@ -34,7 +34,8 @@ public:
     {
         // So many elements at the beginning are known to fit.
         std::size_t known = 0;
-        for (std::size_t at = 0; length - at >= m_uCount && at <= length;)
+        // No step is longer than what is searched.
+        for (std::size_t at = 0; length - at >= m_uCount;)
         {
             std::size_t next = m_suffix.begin > known ? m_suffix.begin : known;
             while (next < m_uCount && Fits(text[at + next], next))
@@ -67,7 +68,7 @@ private:
 
     bool Fits(C element, std::size_t i) const { return m_key(element) == At(i); }
 
-    // The greatest suffix under that order, and its period.
+    // The greatest suffix under that order, and its period, which is no longer than the suffix.
     template <class Less>
     Suffix MaximalSuffix(Less less) const
     {

@@ -74,14 +74,14 @@ bool SameFolded(const C* text, const C* what, std::size_t count, const NarrowFol
     return i == count;
 }
 
-// Where `what` nearly occurs everywhere.
+// Where `what` nearly occurs everywhere. There is at least one start.
 template <class C>
 bool SearchLinearly(const C* text, std::size_t starts, const C* what, std::size_t count,
                     const NarrowFold& fold)
 {
     const auto key = [&fold](C element) { return static_cast<C>(fold(element)); };
     const LinearSearch<C, decltype(key)> search(what, count, key);
-    return starts != 0 && search.Find(text, starts + count - 1) != search.s_uNone;
+    return search.Find(text, starts + count - 1) != search.s_uNone;
 }
 
 template <class C>

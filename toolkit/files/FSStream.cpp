@@ -229,7 +229,7 @@ bool FSStream::ReadAll(void* data, std::size_t size)
 {
     if (size == 0)
         return true;
-    if (m_bMayReadAhead && m_pAhead == nullptr)
+    if (m_bMayReadAhead)
         BeginToReadAhead();
     char* const bytes = static_cast<char*>(data);
     if (m_pAhead == nullptr)

@@ -615,8 +615,8 @@ TEST(PathManager, NameThatTheLocaleCannotReadIsThatOfTheFile)
 {
     const TemporaryFolder folder;
     const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "bin/program.x");
-    const auto result = RunProgram("LC_ALL=C bash -c \"exec -a 'Pr\xC3\xB6g' " + Quoted(program) +
-                                   " started named\"");
+    const auto result =
+        RunProgram("LC_ALL=C bash -c \"exec -a 'Pr\xC3\xB6g' " + Quoted(program) + " started named\"");
     EXPECT_EQ(result.m_iExitCode, 0);
     EXPECT_THAT(result.m_strOutput,
                 HasSubstr("\nconfiguration=" + folder.Path("share/program") + "/config\n"));

@@ -15,6 +15,7 @@
 #include <wx/dir.h>
 
 #include "tests/support/Child.h"
+#include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
@@ -32,6 +33,7 @@ using Toolkit::smart_ptr;
 using Toolkit::TString;
 using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
+using ToolkitTest::OpenDescriptors;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
@@ -565,12 +567,10 @@ TEST(Directory, RemovesNothingInAFolderThatMayNotBeWritten)
 TEST(Directory, LeavesNoDescriptorOpen)
 {
     const TemporaryFolder folder;
-    const auto descriptors = []
-    { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
-    const auto before = descriptors();
+    const long before = OpenDescriptors();
     for (const wchar_t* filter : {L"", L"*", L"missing"})
         Both(folder.Wide(), filter);
-    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(before, OpenDescriptors());
 }
 
 TEST(Directory, SaysNothing)

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "tests/support/Child.h"
+#include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace
@@ -19,23 +20,12 @@ using Toolkit::FFile;
 using Toolkit::TString;
 using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
+using ToolkitTest::DescriptorOf;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
 const std::wstring s_strZero(1, L'\0');
-
-// The open descriptor of this process that stands for `path`, -1 if there is none.
-int DescriptorOf(const std::string& path)
-{
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
-    {
-        std::error_code gone;
-        if (std::filesystem::read_symlink(entry.path(), gone) == path)
-            return std::stoi(entry.path().filename());
-    }
-    return -1;
-}
 
 std::string ReadText(FFile& file, unsigned int count)
 {

@@ -14,6 +14,7 @@
 
 #include "tests/support/Child.h"
 #include "tests/support/PlainLines.h"
+#include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"
 
@@ -25,6 +26,7 @@ using testing::IsEmpty;
 using Toolkit::TextFile;
 using Toolkit::TString;
 using ToolkitTest::CapturedOutput;
+using ToolkitTest::OpenDescriptors;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
@@ -671,16 +673,14 @@ TEST(TextFile, FolderThatMayNotBeWrittenStaysAsItWas)
 
 TEST(TextFile, HoldsNoDescriptor)
 {
-    const auto descriptors = []
-    { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
-    const auto before = descriptors();
+    const long before = OpenDescriptors();
     Opened opened("one\n");
     opened.m_file.Write();
     TextFile broken;
     WriteBytes(opened.m_folder.Path("broken"), "\xFF");
     broken.Open(opened.m_folder.Wide("broken"));
     broken.Open(opened.m_folder.Wide());
-    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(before, OpenDescriptors());
 }
 
 TEST(TextFile, SaysNothing)

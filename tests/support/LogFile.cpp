@@ -4,10 +4,11 @@
 #include <atomic>
 #include <filesystem>
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 #include "toolkit/encoding/UTF8.h"
 
 namespace ToolkitTest
@@ -47,6 +48,22 @@ std::string LogFile::Path() const
 std::string LogFile::Bytes() const
 {
     return ReadBytes(Path());
+}
+
+testing::AssertionResult LogFile::BecomesWrittenUpTo(const std::string& bytes, std::size_t offset) const
+{
+    const std::string place = "pos:\t" + std::to_string(offset) + "\n";
+    std::string written;
+    std::string descriptor;
+    const auto isThere = [&]
+    {
+        written = Bytes();
+        descriptor = ReadBytes("/proc/self/fdinfo/" + std::to_string(DescriptorOf(Path())));
+        return written == bytes && descriptor.compare(0, place.size(), place) == 0;
+    };
+    return WaitUntil(isThere) ? testing::AssertionSuccess()
+                              : testing::AssertionFailure() << written << '\n'
+                                                            << descriptor;
 }
 
 std::vector<std::string> LogFile::FallbackPaths() const

@@ -1,8 +1,11 @@
 #ifndef TOOLKIT_TESTS_SUPPORT_LOGFILE_H
 #define TOOLKIT_TESTS_SUPPORT_LOGFILE_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "toolkit/core/TString.h"
 
@@ -25,6 +28,8 @@ public:
     // The path without a time stamp.
     std::string Path() const;
     std::string Bytes() const;
+    // Waits until the file holds `bytes` and the logger of this process goes on at `offset`.
+    testing::AssertionResult BecomesWrittenUpTo(const std::string& bytes, std::size_t offset) const;
 
     // The paths with a time stamp.
     std::vector<std::string> FallbackPaths() const;

@@ -93,4 +93,15 @@ long OpenDescriptors()
     return std::distance(begin(descriptors), end(descriptors));
 }
 
+int DescriptorOf(const std::string& path)
+{
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+    {
+        std::error_code gone;
+        if (std::filesystem::read_symlink(entry.path(), gone) == path)
+            return std::stoi(entry.path().filename());
+    }
+    return -1;
+}
+
 } // namespace ToolkitTest

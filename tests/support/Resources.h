@@ -2,6 +2,7 @@
 #define TOOLKIT_TESTS_SUPPORT_RESOURCES_H
 
 #include <cstddef>
+#include <string>
 
 namespace ToolkitTest
 {
@@ -15,6 +16,8 @@ bool HasSanitizersHeap();
 
 std::size_t ResidentBytes();
 long OpenDescriptors();
+// An open descriptor that stands for `path`, -1 if there is none.
+int DescriptorOf(const std::string& path);
 
 } // namespace ToolkitTest
 

@@ -162,10 +162,11 @@ wxThread::ExitCode Thread::Entry()
     return DoWork();
 }
 
-// The base class may have started it behind this one's back.
+// The base class may have started it behind this one's back. Whether it lives is asked first: a thread that
+// no longer does has entered before.
 bool Thread::IsStarted() const
 {
-    return m_bStarted || m_bEntered || IsAlive();
+    return m_bStarted || m_bKilled || IsAlive() || m_bEntered;
 }
 
 void Thread::AskToStop()

@@ -613,6 +613,37 @@ TEST(ThreadLife, RunThroughTheBaseClass)
         }));
 }
 
+TEST(ThreadLife, KilledAtOnce)
+{
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            std::atomic<int> rounds{0};
+            Worker worker(LoopUntilStopped(rounds));
+            worker.Run();
+            if (worker.Kill() != wxTHREAD_NO_ERROR)
+                std::cerr << "was not killed\n";
+            if (worker.IsRunning() || worker.Run())
+                std::cerr << "is not finished\n";
+        }));
+}
+
+TEST(ThreadLife, RunAndKilledThroughTheBaseClass)
+{
+    EXPECT_TRUE(RepeatStarted(
+        []
+        {
+            std::atomic<int> rounds{0};
+            Worker worker(LoopUntilStopped(rounds));
+            wxThread& base = worker;
+            base.Run();
+            if (base.Kill() != wxTHREAD_NO_ERROR)
+                std::cerr << "was not killed\n";
+            if (worker.Run())
+                std::cerr << "was run twice\n";
+        }));
+}
+
 TEST(Thread, ThatCouldNotBeCreatedHasNoIdentifier)
 {
     EXPECT_TRUE(InChild(

@@ -57,7 +57,7 @@ bool Thread::Run()
 
 bool Thread::Pause()
 {
-    const std::lock_guard<std::mutex> guard(m_pauseGuard);
+    const std::lock_guard<std::mutex> guard(m_stateGuard);
     if (m_bKilled || IsCurrent() || !wxThread::IsRunning())
         return false;
     const BaseLibrary::Silence silence;
@@ -66,13 +66,13 @@ bool Thread::Pause()
 
 bool Thread::Resume()
 {
-    const std::lock_guard<std::mutex> guard(m_pauseGuard);
+    const std::lock_guard<std::mutex> guard(m_stateGuard);
     if (IsCurrent() || !IsPaused())
         return false;
     const BaseLibrary::Silence silence;
     if (wxThread::Resume() != wxTHREAD_NO_ERROR)
         return false;
-    m_pauseEnd.notify_all();
+    m_stateChange.notify_all();
     return true;
 }
 
@@ -109,9 +109,9 @@ bool Thread::IsPaused() const
 // ever.
 bool Thread::TestDestroy()
 {
-    std::unique_lock<std::mutex> guard(m_pauseGuard);
+    std::unique_lock<std::mutex> guard(m_stateGuard);
     while (!m_bStopping && wxThread::IsPaused())
-        m_pauseEnd.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
+        m_stateChange.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
     return m_bStopping || wxThread::TestDestroy();
 }
 
@@ -154,7 +154,11 @@ void Thread::StopAndWait()
 
 wxThread::ExitCode Thread::Entry()
 {
-    m_bEntered = true;
+    {
+        const std::lock_guard<std::mutex> guard(m_stateGuard);
+        m_bEntered = true;
+    }
+    m_stateChange.notify_all();
     // A subclass that does not wait in its destructor may be gone before its thread gets here: there is no
     // DoWork left then. The identity is compared without a call, so that one look at the object decides both.
     if (m_bAbandoned || &typeid(*this) == &typeid(Thread))
@@ -162,21 +166,28 @@ wxThread::ExitCode Thread::Entry()
     return DoWork();
 }
 
+// A thread that is cancelled on its way here, in the base library's code, ends the whole process.
+void Thread::OnKill()
+{
+    std::unique_lock<std::mutex> guard(m_stateGuard);
+    m_stateChange.wait(guard, [this] { return m_bEntered || !IsAlive(); });
+}
+
 // The base class may have started it behind this one's back. Whether it lives is asked first: a thread that
 // no longer does has entered before.
 bool Thread::IsStarted() const
 {
-    return m_bStarted || m_bKilled || IsAlive() || m_bEntered;
+    return m_bStarted || IsAlive() || m_bEntered;
 }
 
 void Thread::AskToStop()
 {
-    const std::lock_guard<std::mutex> guard(m_pauseGuard);
+    const std::lock_guard<std::mutex> guard(m_stateGuard);
     m_bStopping = true;
     // A thread must not end as a paused one: Delete would take it for one that still runs.
     if (IsPaused())
         wxThread::Resume();
-    m_pauseEnd.notify_all();
+    m_stateChange.notify_all();
 }
 
 bool Thread::IsCurrent() const

@@ -81,6 +81,8 @@ protected:
     void StopAndWait();
 
     ExitCode Entry() override;
+    // Called on the thread that kills, whichever Kill was asked.
+    void OnKill() override;
 
     // The work of the thread, called once on it; the result becomes the exit code.
     virtual ExitCode DoWork() = 0;
@@ -99,9 +101,9 @@ private:
     std::atomic<bool> m_bAbandoned{false};
     std::atomic<bool> m_bEntered{false};
 
-    // Guards how the thread pauses, goes on and is asked to stop.
-    std::mutex m_pauseGuard;
-    std::condition_variable m_pauseEnd;
+    // Guards how the thread enters, pauses, goes on and is asked to stop.
+    std::mutex m_stateGuard;
+    std::condition_variable m_stateChange;
     bool m_bStopping = false;
 };
 

@@ -36,13 +36,18 @@ PEERS = {
     "re2": ["re2/re2.h"],
 }
 
+# What a user must define before he includes the headers of a package.
+DEFINITIONS = {
+    "simpleini": ["-DSI_NO_CONVERSION"],
+}
+
 
 def flags_of(package):
     """None when there is no such package."""
     if not package:
         return []
     answer = subprocess.run(["pkg-config", "--cflags", package], capture_output=True, text=True)
-    return shlex.split(answer.stdout) if answer.returncode == 0 else None
+    return shlex.split(answer.stdout) + DEFINITIONS.get(package, []) if answer.returncode == 0 else None
 
 
 def seconds(header, flags, repetitions):

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "bench/Bench.h"
+#include "bench/Sink.h"
 #include "toolkit/Toolkit.h"
 
 #ifdef BENCH_SPDLOG
@@ -28,16 +29,10 @@
 #endif
 
 using namespace Toolkit;
+using ToolkitBench::Sink;
 
 namespace
 {
-
-class Sink : public ILogger
-{
-public:
-    explicit Sink(LogSeverity threshold) : ILogger(threshold) {}
-    void Write(const TString<wchar_t>& text) override { benchmark::DoNotOptimize(text.data()); }
-};
 
 void Install(ILogger* sink)
 {

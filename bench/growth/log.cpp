@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "bench/Sink.h"
 #include "toolkit/files/FFile.h"
 #include "toolkit/log/FileLogger.h"
 #include "toolkit/log/LogLine.h"
@@ -15,16 +16,10 @@ namespace ToolkitGrowth
 {
 
 using namespace Toolkit;
+using ToolkitBench::Sink;
 
 namespace
 {
-
-class Sink : public ILogger
-{
-public:
-    explicit Sink(LogSeverity threshold) : ILogger(threshold) {}
-    void Write(const TString<wchar_t>& text) override { benchmark::DoNotOptimize(text.data()); }
-};
 
 // A message of that many characters, logged as an error, with a sink of that threshold.
 template <class Text>

@@ -69,6 +69,16 @@ void WriteForged(const TemporaryFolder& folder, const Forge& forge)
     WriteBytes(folder.Path("b.zip"), forged.bytes);
 }
 
+// An archive, written as "a.zip", whose entries tell their lengths only behind their contents.
+void WriteStreamed(const TemporaryFolder& folder)
+{
+    RunPython(folder, R"(
+with zipfile.ZipFile(Pipe('a.zip'), 'w') as z:
+    add(z, 'bad', 'deflated content', zipfile.ZIP_DEFLATED)
+    add(z, 'good', 'stored content')
+)");
+}
+
 // The entry answers false and leaves an empty target, and the one behind it is as good as ever. Nothing
 // reaches the standard error output.
 void ExpectBadEntry(const TemporaryFolder& folder, const std::string& archive, const Text& bad,
@@ -134,11 +144,7 @@ TEST(ArchiveZipDamage, RefusesBadChecksumsOfStreamedEntries)
     {
         SCOPED_TRACE(place);
         const TemporaryFolder folder;
-        RunPython(folder, R"(
-with zipfile.ZipFile(Pipe('a.zip'), 'w') as z:
-    add(z, 'bad', 'deflated content', zipfile.ZIP_DEFLATED)
-    add(z, 'good', 'stored content')
-)");
+        WriteStreamed(folder);
         ForgedArchive forged(ReadBytes(folder.Path("a.zip")));
         const std::size_t offsets[] = {forged.Content("bad") + 2, forged.bytes.find("PK\x07\x08") + 4,
                                        forged.Directory("bad") + s_uDirectoryChecksum};
@@ -152,11 +158,7 @@ with zipfile.ZipFile(Pipe('a.zip'), 'w') as z:
 TEST(ArchiveZipDamage, KnowsTheLengthOfAStreamedEntryByTheChecksumBehindIt)
 {
     const TemporaryFolder folder;
-    RunPython(folder, R"(
-with zipfile.ZipFile(Pipe('a.zip'), 'w') as z:
-    add(z, 'bad', 'deflated content', zipfile.ZIP_DEFLATED)
-    add(z, 'good', 'stored content')
-)");
+    WriteStreamed(folder);
     const ForgedArchive whole(ReadBytes(folder.Path("a.zip")));
     const std::size_t content = whole.Content("bad");
     const std::size_t signature = whole.bytes.find("PK\x07\x08");

@@ -1,6 +1,5 @@
 #include "toolkit/log/FileLogger.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -27,6 +26,7 @@
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/Resources.h"
+#include "tests/support/Seconds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/GetTickCount.h"
@@ -37,10 +37,12 @@
 using namespace Toolkit;
 using ToolkitTest::DescriptorOf;
 using ToolkitTest::InstalledLogger;
+using ToolkitTest::LeastSeconds;
 using ToolkitTest::LogFile;
 using ToolkitTest::OnSmallDisk;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::RemountSmallDisk;
+using ToolkitTest::SecondsSince;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WaitUntil;
 using ToolkitTest::WriteBytes;
@@ -72,12 +74,6 @@ const unsigned int s_uLarge = 1000000000;
 
 // What a host keeps until the very end.
 smart_ptr<ILogger> s_kept;
-
-long long MillisecondsSince(std::chrono::steady_clock::time_point start)
-{
-    using std::chrono::duration_cast;
-    return duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
-}
 
 // A logger of that name that writes the text and goes.
 void LogOnce(const LogFile& file, const TString<wchar_t>& text, unsigned int maxSize = s_uLarge)
@@ -690,8 +686,8 @@ TEST(FileLoggerTiming, GoesAfterHalfASecondOfQuiet)
     logger->Write(L"text");
     const auto start = std::chrono::steady_clock::now();
     logger.reset();
-    EXPECT_GE(MillisecondsSince(start), 500);
-    EXPECT_LE(MillisecondsSince(start), 5000);
+    EXPECT_GE(SecondsSince(start), 0.5);
+    EXPECT_LE(SecondsSince(start), 5);
 }
 
 TEST(FileLoggerTiming, PiecesAfterTheStopKeepItGoing)
@@ -708,8 +704,8 @@ TEST(FileLoggerTiming, PiecesAfterTheStopKeepItGoing)
     }
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(nullptr, logger.Wait());
-    EXPECT_GE(MillisecondsSince(start), 200);
-    EXPECT_LE(MillisecondsSince(start), 5000);
+    EXPECT_GE(SecondsSince(start), 0.2);
+    EXPECT_LE(SecondsSince(start), 5);
     EXPECT_EQ(expected, file.Bytes());
 }
 
@@ -728,26 +724,28 @@ TEST(FileLogger, MayLieInAStaticOfTheHost)
 
 TEST(FileLoggerTiming, GoesAtOnceWhenNoFileCouldBeOpened)
 {
-    // A logger that waits for the quiet half second takes that long each time; a busy machine does so at
-    // times.
-    long long least = 500;
-    for (int attempt = 0; attempt < 20 && least > 400; ++attempt)
+    const auto seconds = []
     {
         std::optional<FileLogger> logger;
         logger.emplace(LogSeverity::Info, std::wstring(300, L'x'), s_uLarge);
         const auto start = std::chrono::steady_clock::now();
         logger.reset();
-        least = std::min(least, MillisecondsSince(start));
-    }
-    EXPECT_LE(least, 400);
+        return SecondsSince(start);
+    };
+    // One that waits for the quiet half second takes that long.
+    EXPECT_LE(LeastSeconds(0.4, seconds), 0.4);
 }
 
 TEST(FileLoggerTiming, WriteDoesNotWaitForAStoppedDisk)
 {
     const LogFile file;
     FileLogger logger(LogSeverity::Info, std::wstring(300, L'x'), s_uLarge);
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 1000; ++i)
-        logger.Write(L"no file takes this");
-    EXPECT_LE(MillisecondsSince(start), 200);
+    const auto seconds = [&logger]
+    {
+        const auto start = std::chrono::steady_clock::now();
+        for (int i = 0; i < 1000; ++i)
+            logger.Write(L"no file takes this");
+        return SecondsSince(start);
+    };
+    EXPECT_LE(LeastSeconds(0.2, seconds), 0.2);
 }

@@ -14,6 +14,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/IPCSupport.h"
 #include "tests/support/RunProgram.h"
+#include "tests/support/Seconds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/EventPump.h"
@@ -42,11 +43,6 @@ const unsigned int s_uMostSeconds = 20;
 #else
 const unsigned int s_uMostSeconds = 1;
 #endif
-
-double SecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
 
 // The command of a client: its number, and text of all kinds. The last one is a megabyte.
 std::wstring CommandOf(int client, int number)

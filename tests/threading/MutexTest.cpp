@@ -7,6 +7,7 @@
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -47,13 +48,8 @@ long long MillisecondsSince(Clock::time_point start)
     return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
 }
 
-struct BusyRow
-{
-    unsigned int timeout;
-    long long least;
-};
-
-class MutexTiming : public testing::TestWithParam<BusyRow>
+// A timeout, and the least time that it takes.
+class MutexTiming : public testing::TestWithParam<std::pair<unsigned int, long long>>
 {
 };
 
@@ -248,19 +244,19 @@ TEST_P(MutexTiming, GivesUpABusyMutexAfterItsTries)
         [&]
         {
             const Clock::time_point start = Clock::now();
-            taken = mutex.Lock(GetParam().timeout);
+            taken = mutex.Lock(GetParam().first);
             took = MillisecondsSince(start);
         });
     EXPECT_FALSE(taken);
-    EXPECT_GE(took, GetParam().least);
-    EXPECT_LT(took, GetParam().least + 2000);
+    EXPECT_GE(took, GetParam().second);
+    EXPECT_LT(took, GetParam().second + 2000);
     mutex.Unlock();
 }
 
 // 10 ms for each try: timeout / 10 + 1 of them.
 INSTANTIATE_TEST_SUITE_P(Timeouts, MutexTiming,
-                         testing::Values(BusyRow{0, 10}, BusyRow{9, 10}, BusyRow{10, 20}, BusyRow{25, 30},
-                                         BusyRow{100, 110}));
+                         testing::Values(std::pair(0U, 10LL), std::pair(9U, 10LL), std::pair(10U, 20LL),
+                                         std::pair(25U, 30LL), std::pair(100U, 110LL)));
 
 TEST(MutexFreeTiming, TakesAFreeMutexAtOnce)
 {

@@ -49,8 +49,8 @@ TEST(GetTickCount, GrowsInStepsOfWholeTicks)
 
 TEST(GetTickCountTiming, KeepsPaceWithTheClock)
 {
-    const unsigned int start = GetTickCount();
     const auto clockStart = std::chrono::steady_clock::now();
+    const unsigned int start = GetTickCount();
     usleep(200 * 1000);
     const unsigned int passed = GetTickCount() - start;
     const auto clock =

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <iterator>
@@ -15,17 +16,16 @@
 #include <wx/init.h>
 
 #include "tests/support/Child.h"
+#include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/support/Worker.h"
+#include "toolkit/files/FFile.h"
+#include "toolkit/files/TextFile.h"
+#include "toolkit/log/LogLine.h"
 
-using Toolkit::Thread;
-using ToolkitTest::CapturedOutput;
-using ToolkitTest::Code;
-using ToolkitTest::InChild;
-using ToolkitTest::LoopUntilStopped;
-using ToolkitTest::WaitUntil;
-using ToolkitTest::Worker;
+using namespace Toolkit;
+using namespace ToolkitTest;
 
 // What a thread object survives at every stage of its life, and leaves behind.
 
@@ -46,6 +46,17 @@ class Careless : public Thread
 {
 protected:
     ExitCode DoWork() override { return nullptr; }
+};
+
+// Its writing is a cancellation point.
+class DeviceSink : public ILogger
+{
+public:
+    DeviceSink() : ILogger(LogSeverity::Verbose) {}
+    void Write(const TString<wchar_t>& text) override
+    {
+        std::ofstream("/dev/null") << text.size() << std::flush;
+    }
 };
 
 std::ptrdiff_t ThreadCount()
@@ -104,6 +115,13 @@ testing::AssertionResult RepeatStarted(const std::function<void()>& round)
 }
 
 } // namespace
+
+TEST(ThreadLife, BeginsWithAThreadOfTheSystem)
+{
+    const std::ptrdiff_t before = ThreadCount();
+    const Worker worker;
+    EXPECT_EQ(before + 1, ThreadCount());
+}
 
 TEST(ThreadLife, NeverRun)
 {
@@ -172,6 +190,45 @@ TEST(ThreadLife, KilledAtOnce)
                 std::cerr << "was not killed\n";
             if (worker.IsRunning() || worker.Run())
                 std::cerr << "is not finished\n";
+        }));
+}
+
+TEST(ThreadLife, KilledWhileItLogsAndReadsFiles)
+{
+    EXPECT_TRUE(InChild(
+        []() -> std::string
+        {
+            const TemporaryFolder folder;
+            WriteBytes(folder.Path("text"), std::string(100000, 'x'));
+            const TString<wchar_t> path = folder.Wide("text");
+            wxInitialize();
+            const InstalledLogger installed(new DeviceSink);
+            for (int i = 0; i < 200; ++i)
+            {
+                std::atomic<int> rounds{0};
+                Worker worker(
+                    [&](Thread& self) -> wxThread::ExitCode
+                    {
+                        for (; !self.TestDestroy(); ++rounds)
+                        {
+                            TOOLKIT_LOG(LogSeverity::Info) << "round " << i;
+                            if (i % 2 == 0)
+                                continue;
+                            TextFile text;
+                            text.Open(path);
+                            FFile file;
+                            file.Open(path, L"r+");
+                            file.Write(L"y");
+                        }
+                        return nullptr;
+                    });
+                worker.Run();
+                if (!WaitUntil([&rounds] { return rounds > 2; }) || worker.Kill() != wxTHREAD_NO_ERROR)
+                    return "was not killed";
+                worker.Wait();
+            }
+            wxUninitialize();
+            return "";
         }));
 }
 

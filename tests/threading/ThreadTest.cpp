@@ -4,10 +4,12 @@
 #include <chrono>
 #include <csignal>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <type_traits>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -376,6 +378,131 @@ TEST(Thread, WaitAfterKillReturns)
     worker.Wait();
     worker.Wait();
     EXPECT_FALSE(worker.IsRunning());
+}
+
+TEST(Thread, KillEndsWorkThatOnlyLooksWhetherToStop)
+{
+    CapturedOutput errors(2);
+    std::atomic<int> rounds{0};
+    {
+        Worker worker(LoopWithoutRest(rounds));
+        ASSERT_TRUE(worker.Run());
+        ASSERT_TRUE(WaitUntil([&] { return rounds > 0; }));
+        EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Kill());
+        worker.Wait();
+        const int after = rounds;
+        EXPECT_FALSE(worker.IsRunning());
+        EXPECT_EQ(after, rounds);
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, KillDoesNotWaitForAnEntryThatTellsNothing)
+{
+    class Silent : public Worker
+    {
+    public:
+        ~Silent() override { StopAndWait(); }
+
+    protected:
+        ExitCode Entry() override
+        {
+            while (!TestDestroy())
+                Sleep(1);
+            return nullptr;
+        }
+    };
+    Silent silent;
+    ASSERT_TRUE(silent.Run());
+    EXPECT_EQ(wxTHREAD_NO_ERROR, silent.Kill());
+}
+
+TEST(Thread, DeleteAnswersByTheStateOfTheThread)
+{
+    CapturedOutput errors(2);
+    {
+        wxThread::ExitCode code = Code(9);
+        std::atomic<int> rounds{0};
+        Worker worker(LoopUntilStopped(rounds));
+        EXPECT_EQ(wxTHREAD_NOT_RUNNING, worker.Delete(&code));
+        EXPECT_EQ(Code(9), code);
+        ASSERT_TRUE(worker.Run());
+        EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Delete(&code));
+        EXPECT_EQ(Code(5), code);
+        EXPECT_FALSE(worker.IsRunning());
+        EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Delete());
+        EXPECT_FALSE(worker.Run());
+
+        Worker killed(LoopUntilStopped(rounds));
+        ASSERT_TRUE(killed.Run());
+        EXPECT_EQ(wxTHREAD_NO_ERROR, killed.Kill());
+        killed.Delete();
+
+        wxThreadError own = wxTHREAD_NO_ERROR;
+        Worker itself(
+            [&own](Thread& self)
+            {
+                own = self.Delete();
+                return nullptr;
+            });
+        ASSERT_TRUE(itself.Run());
+        itself.Wait();
+        EXPECT_EQ(wxTHREAD_MISC_ERROR, own);
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, PriorityOfAnEndedThreadAndWrongPrioritiesAreLeftAlone)
+{
+    CapturedOutput errors(2);
+    {
+        Worker worker;
+        worker.SetPriority(101);
+        EXPECT_EQ(static_cast<unsigned int>(wxPRIORITY_DEFAULT), worker.GetPriority());
+        worker.SetPriority(40);
+        EXPECT_EQ(40U, worker.GetPriority());
+        ASSERT_TRUE(Finish(worker));
+        worker.SetPriority(60);
+        EXPECT_EQ(40U, worker.GetPriority());
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, TestDestroyTellsItsOwnerOfTheStopOnly)
+{
+    CapturedOutput errors(2);
+    {
+        std::atomic<int> rounds{0};
+        Worker worker(LoopUntilStopped(rounds));
+        EXPECT_FALSE(worker.TestDestroy());
+        ASSERT_TRUE(worker.Run());
+        EXPECT_TRUE(worker.Pause());
+        EXPECT_FALSE(worker.TestDestroy());
+        worker.Delete();
+        EXPECT_TRUE(worker.TestDestroy());
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+// The system gives the identifier of a thread that was waited for to the next one.
+TEST(Thread, WaitOnAThreadWithTheSameIdentifierAnswersTheExitCode)
+{
+    Worker worker([](Thread&) { return Code(42); });
+    ASSERT_TRUE(worker.Run());
+    EXPECT_EQ(Code(42), worker.Wait());
+    wxThread::ExitCode code = nullptr;
+    std::thread([&] { code = worker.Wait(); }).join();
+    EXPECT_EQ(Code(42), code);
+}
+
+TEST(Thread, ExceptionOutOfItsWorkEndsItWithAWordOfTheBaseLibrary)
+{
+    CapturedOutput errors(2);
+    Worker worker([](Thread&) -> wxThread::ExitCode { throw std::runtime_error("not caught"); });
+    ASSERT_TRUE(worker.Run());
+    EXPECT_EQ(nullptr, worker.Wait());
+    EXPECT_FALSE(worker.IsRunning());
+    EXPECT_THAT(errors.Stop(), testing::HasSubstr("Unhandled unknown exception"));
 }
 
 TEST(Thread, IsMainThreadOnTheFirstThreadOnly)

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <type_traits>
 
 #include <gtest/gtest.h>
@@ -140,6 +141,34 @@ TEST(Threadable, RunsANullTask)
         thread.Wait();
     }
     EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Threadable, WaitsForAKilledTask)
+{
+    std::atomic<bool> entered{false};
+    std::atomic<bool> go{false};
+    std::atomic<bool> done{false};
+    Threadable thread(smart_ptr<IRunnable>(new Task(
+        [&]
+        {
+            entered = true;
+            // No cancellation point.
+            while (!go)
+                std::this_thread::yield();
+            done = true;
+        })));
+    ASSERT_TRUE(thread.Run());
+    ASSERT_TRUE(WaitUntil([&] { return entered.load(); }));
+    EXPECT_EQ(wxTHREAD_NO_ERROR, thread.Kill());
+    std::thread later(
+        [&go]
+        {
+            Thread::Sleep(50);
+            go = true;
+        });
+    EXPECT_EQ(nullptr, thread.Wait());
+    EXPECT_TRUE(done);
+    later.join();
 }
 
 TEST(Threadable, DestructorWaitsForARunningTask)

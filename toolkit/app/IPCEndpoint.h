@@ -13,9 +13,9 @@
 #include <wx/evtloopsrc.h>
 #include <wx/weakref.h>
 
-#include "toolkit/app/Descriptor.h"
 #include "toolkit/app/IPCListener.h"
 #include "toolkit/app/IPCMessage.h"
+#include "toolkit/core/Descriptor.h"
 
 class wxServerBase;
 

@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-#include "toolkit/app/Descriptor.h"
+#include "toolkit/core/Descriptor.h"
 #include "toolkit/core/TString.h"
 
 namespace Toolkit

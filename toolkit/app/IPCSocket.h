@@ -1,7 +1,7 @@
 #ifndef TOOLKIT_APP_IPCSOCKET_H
 #define TOOLKIT_APP_IPCSOCKET_H
 
-#include "toolkit/app/Descriptor.h"
+#include "toolkit/core/Descriptor.h"
 
 namespace Toolkit
 {

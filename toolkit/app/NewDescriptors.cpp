@@ -8,7 +8,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "toolkit/app/Descriptor.h"
+#include "toolkit/core/Descriptor.h"
 
 namespace Toolkit
 {

@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "toolkit/app/Descriptor.h"
+#include "toolkit/core/Descriptor.h"
 #include "toolkit/core/TString.h"
 
 namespace Toolkit

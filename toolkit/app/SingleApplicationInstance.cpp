@@ -14,10 +14,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/app/Descriptor.h"
 #include "toolkit/app/PathLock.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/StandardFolders.h"
+#include "toolkit/core/Descriptor.h"
 #include "toolkit/files/NativePath.h"
 
 namespace Toolkit

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/files/NativePath.h"
 #include "toolkit/files/ZipEntryStream.h"
 #include "toolkit/files/ZipFile.h"
@@ -68,6 +69,7 @@ public:
 
     ~Target()
     {
+        const NoCancellation whole;
         // Where it cannot be emptied, on a device, nothing can be taken back.
         if (m_iDescriptor != -1)
             static_cast<void>(ftruncate(m_iDescriptor, 0) == 0);

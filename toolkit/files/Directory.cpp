@@ -11,6 +11,7 @@
 #include <wx/filefn.h>
 
 #include "toolkit/app/PathManager.h"
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/encoding/WxText.h"
 #include "toolkit/files/NativePath.h"
@@ -26,7 +27,11 @@ const unsigned int s_uFolders = 2;
 
 struct CloseFolder
 {
-    void operator()(DIR* folder) const { closedir(folder); }
+    void operator()(DIR* folder) const
+    {
+        const NoCancellation whole;
+        closedir(folder);
+    }
 };
 
 bool IsFolder(DIR* folder, const dirent& entry)

@@ -9,6 +9,7 @@
 
 #include <wx/ffile.h>
 
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/NativePath.h"
 
@@ -70,6 +71,7 @@ FFile::FFile() : m_pFile(new wxFFile), m_bUnbuffered(false), m_bLostText(false) 
 
 FFile::~FFile()
 {
+    const NoCancellation whole;
     Close();
     delete m_pFile;
 }

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/files/NativePath.h"
 
 namespace Toolkit
@@ -154,6 +155,7 @@ FSStream::FSStream(const TString<wchar_t>& path, OpenMode mode)
 
 FSStream::~FSStream()
 {
+    const NoCancellation whole;
     // Here rather than by the base library, which logs a failure.
     if (m_file.IsOpened())
         close(m_file.Detach());

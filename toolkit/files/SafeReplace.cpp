@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/files/NativePath.h"
 
 namespace Toolkit
@@ -42,6 +43,7 @@ public:
 
     ~TemporaryFile()
     {
+        const NoCancellation whole;
         Close();
         if (m_bMade)
             unlink(m_strPath.c_str());

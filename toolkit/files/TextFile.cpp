@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "toolkit/core/Descriptor.h"
 #include "toolkit/files/NativePath.h"
 #include "toolkit/files/SafeReplace.h"
 #include "toolkit/files/TextEncoding.h"
@@ -20,25 +21,6 @@ namespace
 
 // What is read at once where the system does not tell a file's length.
 const std::size_t s_uSlice = 65536;
-
-// A descriptor that is closed in the end; -1 for none.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor) : m_iDescriptor(descriptor) {}
-    ~Descriptor()
-    {
-        if (m_iDescriptor != -1)
-            close(m_iDescriptor);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return m_iDescriptor; }
-
-private:
-    const int m_iDescriptor;
-};
 
 // Reads to the end, wherever that is: the file may change while it is read.
 bool ReadAll(int descriptor, std::size_t expected, TString<char>& bytes)

@@ -10,6 +10,7 @@
 
 #include <wx/zipstrm.h>
 
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/files/NativePath.h"
 
 namespace Toolkit
@@ -88,6 +89,7 @@ ZipFile::ZipFile(const TString<wchar_t>& path)
 
 ZipFile::~ZipFile()
 {
+    const NoCancellation whole;
     if (m_iDescriptor != -1)
         close(m_iDescriptor);
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/core/NoCancellation.h"
 #include "toolkit/encoding/AsciiText.h"
 #include "toolkit/log/DecimalDigits.h"
 
@@ -132,6 +133,7 @@ LogLine::LogLine(LogSeverity severity, unsigned int line, const char* function)
 
 LogLine::~LogLine()
 {
+    const NoCancellation whole;
     try
     {
         if (!IsCommon(m_strText))

@@ -16,6 +16,9 @@ namespace
 
 // A paused thread that is resumed or deleted through the base class is not told of it: it looks by itself.
 constexpr std::chrono::milliseconds s_pauseLook{200};
+// A thread that runs enters soon, unless a subclass keeps its Entry to itself.
+constexpr std::chrono::seconds s_entryLimit{2};
+const unsigned int s_uMostPriority = 100;
 
 } // namespace
 
@@ -85,7 +88,30 @@ wxThreadError Thread::Kill()
     const BaseLibrary::Silence silence;
     const wxThreadError answer = wxThread::Kill();
     m_bKilled = answer == wxTHREAD_NO_ERROR;
+    // For work that reaches no cancellation point.
+    const std::lock_guard<std::mutex> guard(m_stateGuard);
+    m_bStopping = m_bStopping || m_bKilled;
+    m_stateChange.notify_all();
     return answer;
+}
+
+wxThreadError Thread::Delete(ExitCode* code, wxThreadWait mode)
+{
+    if (!m_bCreated || !IsStarted())
+        return wxTHREAD_NOT_RUNNING;
+    if (IsCurrent())
+        return wxTHREAD_MISC_ERROR;
+    const BaseLibrary::Silence silence;
+    AskToStop();
+    return wxThread::Delete(code, mode);
+}
+
+void Thread::SetPriority(unsigned int priority)
+{
+    const bool hasEnded = IsStarted() && !IsAlive();
+    const BaseLibrary::Silence silence;
+    if (m_bCreated && !hasEnded && priority <= s_uMostPriority)
+        wxThread::SetPriority(priority);
 }
 
 wxThread::ExitCode Thread::Wait()
@@ -110,6 +136,8 @@ bool Thread::IsPaused() const
 bool Thread::TestDestroy()
 {
     std::unique_lock<std::mutex> guard(m_stateGuard);
+    if (!IsCurrent())
+        return m_bStopping;
     while (!m_bStopping && wxThread::IsPaused())
         m_stateChange.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
     return m_bStopping || wxThread::TestDestroy();
@@ -147,7 +175,7 @@ void Thread::StopAndWait()
         m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
     }
     AskToStop();
-    Delete();
+    wxThread::Delete();
     // Delete does not join a thread that has finished by itself.
     wxThread::Wait();
 }
@@ -166,11 +194,12 @@ wxThread::ExitCode Thread::Entry()
     return DoWork();
 }
 
-// A thread that is cancelled on its way here, in the base library's code, ends the whole process.
+// A thread that is cancelled on its way to its entry, in the base library's code, ends the whole process.
 void Thread::OnKill()
 {
+    const auto limit = std::chrono::system_clock::now() + s_entryLimit;
     std::unique_lock<std::mutex> guard(m_stateGuard);
-    m_stateChange.wait(guard, [this] { return m_bEntered || !IsAlive(); });
+    m_stateChange.wait_until(guard, limit, [this] { return m_bEntered || !IsAlive(); });
 }
 
 // The base class may have started it behind this one's back. Whether it lives is asked first: a thread that
@@ -192,7 +221,7 @@ void Thread::AskToStop()
 
 bool Thread::IsCurrent() const
 {
-    return GetCurrentId() == GetId();
+    return This() == this;
 }
 
 } // namespace Toolkit

@@ -52,8 +52,16 @@ public:
     bool Pause();
     // True when a paused thread goes on.
     bool Resume();
-    // Ends the thread at its next cancellation point, without running the rest of DoWork.
+    // Ends the thread at its next cancellation point, without running the rest of DoWork, or as Delete does;
+    // blocks until the thread has entered. Work that is killed may leave a lock taken, and what it owns
+    // behind; killed within a destructor, a function that throws nothing or a handler for every exception, it
+    // ends the process.
     wxThreadError Kill();
+    // Asks a started thread to stop and blocks until it has ended; wxTHREAD_NOT_RUNNING when it was never
+    // started, and wxTHREAD_MISC_ERROR on the thread itself.
+    wxThreadError Delete(ExitCode* code = nullptr, wxThreadWait mode = wxTHREAD_WAIT_DEFAULT);
+    // From 0 to 100; a thread that has ended, and the rest of the numbers, is left alone.
+    void SetPriority(unsigned int priority);
 
     // Blocks until a started thread has ended and returns its exit code; null for a thread that was never
     // started and on the thread itself.
@@ -63,7 +71,8 @@ public:
     bool IsRunning() const;
     bool IsPaused() const;
 
-    // For DoWork: blocks while the thread is paused; true once the thread is to stop.
+    // For DoWork: blocks while the thread is paused; true once the thread is to stop. Elsewhere it only tells
+    // whether the thread was asked to stop.
     bool TestDestroy() override;
 
     // UndefinedThread when the operating system's thread could not be created.
@@ -80,11 +89,14 @@ protected:
     // started.
     void StopAndWait();
 
+    // Calls DoWork. An override must call it in turn.
     ExitCode Entry() override;
     // Called on the thread that kills, whichever Kill was asked.
     void OnKill() override;
 
-    // The work of the thread, called once on it; the result becomes the exit code.
+    // The work of the thread, called once on it; the result becomes the exit code. Quirk: an exception that
+    // leaves it ends the thread without an exit code, and the base library tells of it on the standard error
+    // output.
     virtual ExitCode DoWork() = 0;
 
 private:

@@ -17,7 +17,9 @@ bool Threadable::Run()
 
 wxThread::ExitCode Threadable::Wait()
 {
-    return IsRunning() ? Thread::Wait() : nullptr;
+    const bool running = IsRunning();
+    const ExitCode code = Thread::Wait();
+    return running ? code : nullptr;
 }
 
 wxThread::ExitCode Threadable::Entry()

@@ -18,7 +18,7 @@ public:
 
     // True when the thread was started; a thread is started once.
     bool Run();
-    // Blocks while the task runs; returns at once otherwise.
+    // Blocks while the task runs, even after Kill; returns at once otherwise.
     ExitCode Wait();
 
 protected:

@@ -1,9 +1,11 @@
-#ifndef TOOLKIT_APP_DESCRIPTOR_H
-#define TOOLKIT_APP_DESCRIPTOR_H
+#ifndef TOOLKIT_CORE_DESCRIPTOR_H
+#define TOOLKIT_CORE_DESCRIPTOR_H
 
 #include <utility>
 
 #include <unistd.h>
+
+#include "toolkit/core/NoCancellation.h"
 
 namespace Toolkit
 {
@@ -21,6 +23,7 @@ public:
     }
     ~Descriptor()
     {
+        const NoCancellation whole;
         if (IsOpen())
             close(m_iDescriptor);
     }

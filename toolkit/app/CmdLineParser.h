@@ -44,8 +44,8 @@ public:
     bool AddOption(smart_ptr<CmdLineOption, smart_ptr_policy> option);
 
     // Stores in the declared options what was found; false when a required one is missing.
-    // Quirk: names are compared exactly while declared ones are in lower case, so an argument with a capital
-    // letter never matches. Quirk: what an earlier call found stays.
+    // Quirk: names are compared exactly while declared ones went through the narrow `tolower`, so an argument
+    // with a capital letter that this knows never matches. Quirk: what an earlier call found stays.
     bool Parse();
 
     const std::vector<TString<wchar_t>>& GetArguments() const { return m_vecArguments; }

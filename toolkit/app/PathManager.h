@@ -69,8 +69,8 @@ public:
     // Quirk: always "/tmp", whatever the environment says.
     TString<wchar_t> GetTempDir() const;
 
-    // Appends `name` to `path` with one separator in between, unless `path` is empty or ends with one. `name`
-    // is taken as it is. Needs the instance.
+    // Appends `name` to `path` with one separator in between, unless `path` is empty or ends with one. Needs
+    // the instance. Quirk: a separator at the beginning of `name` is kept: "/a//b".
     static void AppendPath(TString<wchar_t>& path, const TString<wchar_t>& name);
     // The same into `result`, which may be `base` or `name` itself.
     static void AppendPath(TString<wchar_t>& result, const TString<wchar_t>& base,

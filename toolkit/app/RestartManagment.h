@@ -25,7 +25,7 @@ public:
     // alike in the old process and the new one; empty at first.
     static TString<wchar_t> s_strExecutableFilename;
 
-    // For the host's use.
+    // For the host's use. Quirk: it is spelled so.
     static const TString<wchar_t> c_strUniqueIdentifer;
 
     RestartManagment();
@@ -49,9 +49,10 @@ public:
     // Makes the lock file and starts the executable in the application's folder, without waiting, with the
     // arguments behind the first one and "-restart". Left out are null and empty arguments, an earlier
     // "-restart", and "-culture" with the argument that follows it; upper and lower case are alike. The
-    // answer is always true. The caller ends its own process.
+    // caller ends its own process.
     // Quirk: arguments are not quoted, so one with a space in it arrives as two. Quirk: the executable's
-    // extension is left out. Quirk: the lock file stays when the executable cannot be started.
+    // extension is left out. Quirk: the answer is always true, and the lock file stays when nothing could be
+    // started.
     static bool ActivateRestartProcess(int argc, const wchar_t** argv);
 
     // Quirk: on this platform both only write to the log, and answer false at once.

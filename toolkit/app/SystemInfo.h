@@ -44,6 +44,7 @@ public:
     static unsigned int GetOSMinorVersion();
     // Major * 100 + minor * 10. Quirk: a minor version of ten reads as the next major one.
     static unsigned int GetOperatingSystemId();
+    // Quirk: the base library's ids of the two small Windows variants count as unknown.
     static Platform GetPlatform();
     static Endian GetEndian();
 
@@ -56,8 +57,8 @@ public:
     // in `arguments` as its UTF-8 argument vector; each text is cut at its first zero. The answer is the
     // child's process id; with `wait` the call blocks until the child ends, and -1 tells that it could not be
     // waited for. Without `wait` the caller reaps the child.
-    // Quirk: when no child can be made the answer is the positive error number; when the executable cannot be
-    // run, only the child's exit code tells the error number.
+    // Quirk: when no child can be made the answer is the positive error number.
+    // Quirk: when the executable cannot be run, only the child's exit code tells the error number.
     static int StartProcess(const TString<wchar_t>& path, const TString<wchar_t>& arguments, bool wait);
 };
 

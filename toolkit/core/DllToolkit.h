@@ -13,8 +13,9 @@ extern "C"
     TOOLKIT_API void DllToolkitLoad();
 
     // Unregisters the library's module, which releases it if the manager is still initialised, then destroys
-    // the manager and the module, however often they were loaded. The modules of others are forgotten, not
-    // released. Without a load it does nothing.
+    // the manager and the module. Without a load it does nothing.
+    // Quirk: one unload does so however often they were loaded; the modules of others are forgotten, not
+    // released.
     TOOLKIT_API void DllToolkitUnload();
 }
 

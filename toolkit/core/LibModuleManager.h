@@ -48,12 +48,14 @@ public:
     void Unregister(LibModule* module);
 
     // Starts the base library if asked to, then initialises every module, those included that are registered
-    // meanwhile. A second call initialises every module again.
+    // meanwhile. Quirk: a second call initialises every module again.
     void Initialize(bool initializeBaseLibrary);
 
-    // Releases every module, whether initialised or not; they stay registered. Then stops the base library if
-    // asked to, unless no `Initialize` started it; on another thread than the one that started it, that is
-    // put off until a later start or stop on that one.
+    // Releases every module; they stay registered. Then stops the base library if asked to, unless no
+    // `Initialize` started it; on another thread than the one that started it, that is put off until a later
+    // start or stop on that one.
+    // Quirk: modules that were never initialised are released too.
+    // Quirk: after a module's exception the manager stays releasing: removals wait for the next `Release`.
     void Release(bool uninitializeBaseLibrary);
 
     // True from the end of `Initialize` to the end of the next `Release`.

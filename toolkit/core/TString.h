@@ -54,7 +54,7 @@ public:
     }
 
     // `Contains` without regard to case. Both character types fold through the narrow `tolower` of the
-    // current locale, so wide letters beyond it compare exactly.
+    // current locale. Quirk: wide letters beyond it compare exactly.
     bool HasSubstring(const TString& text) const
     {
         return Detail::HasSubstring(this->data(), this->size(), text.data(), text.size());

@@ -42,6 +42,7 @@ public:
     // Takes ownership of `object`, which is destroyed if there is no memory for the block.
     smart_ptr(T* object) : m_pObject(object), m_pBlock(NewBlockFor(object)) {}
 
+    // Quirk: a copy taken while the object is being destroyed is not counted.
     smart_ptr(const smart_ptr& other) { Share(other); }
 
     ~smart_ptr() { ReleaseRef(); }

@@ -80,7 +80,8 @@ public:
 
     // "2009-03-07", "14:05:09", and both with a space in between; with `utc` the fields of UTC, and " Z"
     // after the time. At least two digits each; `out` is replaced.
-    // Quirk: years below 1000 have fewer than four digits.
+    // Quirk: years below 1000 have fewer than four digits; an invalid value has texts of zeros.
+    // Quirk: with `utc` the text is right also where MakeToUTC cannot show that time.
     void GetIsoDate(TString<wchar_t>& out, bool utc) const;
     void GetIsoTime(TString<wchar_t>& out, bool utc) const;
     void GetIsoString(TString<wchar_t>& out, bool utc) const;
@@ -102,9 +103,13 @@ public:
     TString<wchar_t> IntToUString(int value, int width) const;
 
     // The short forms of the user's locale (see Locales): the date; the hour and minute; both with a space in
-    // between; and the time for a value of today, else the date. AM and PM are what the C library's current
-    // locale calls them. Quirk: months have two digits always, days only where the locale wants it
-    // ("03/7/09"), and seconds are never shown.
+    // between; and the time for a value of today, else the date.
+    // Quirk: months have two digits always, days only where the locale wants it: "03/7/09".
+    // Quirk: seconds are never shown.
+    // Quirk: `%T`, `%R` and `%r`, which no pattern of Locales holds, are hours and minutes without a marker.
+    // Quirk: AM and PM are what the C library's current locale calls them, whatever locale the pattern is of.
+    // Quirk: where the C library has no such texts, they are "AM" and "PM" all the same.
+    // Quirk: every field of an invalid value is 0: "00/00/0000 00:00".
     void GetDate(TString<wchar_t>& out) const;
     void GetTime(TString<wchar_t>& out) const;
     void GetString(TString<wchar_t>& out) const;

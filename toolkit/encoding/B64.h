@@ -23,9 +23,9 @@ TOOLKIT_API int b64_decode_binary(const unsigned char* data, unsigned int size, 
                                   unsigned int* outSize);
 
 // Base64 text to bytes, with the same answers. `*outSize` may be 0 with an array all the same.
-// Quirk: a character outside the alphabet is not skipped but counts as the value 0. The first "=" ends the
-// text: a group that ends in one "=" gives three bytes, the last of them 0. A last group of fewer than four
-// characters without "=" is dropped.
+// Quirk: a character outside the alphabet is not skipped but counts as the value 0.
+// Quirk: the first "=" ends the text: a group that ends in one "=" gives three bytes, the last of them 0.
+// Quirk: a last group of fewer than four characters without "=" is dropped.
 TOOLKIT_API int b64_encode_binary(const unsigned char* text, unsigned int size, unsigned char** out,
                                   unsigned int* outSize);
 

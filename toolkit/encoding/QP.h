@@ -34,7 +34,7 @@ public:
                                  unsigned int lineLength);
 
     // Decodes. Bytes that are not UTF-8 then give an empty text. Quirk: a soft line break loses only its "=",
-    // so its line end stays in the text; "G" and "g" are digits worth 16.
+    // so its line end stays in the text. Quirk: "G" and "g" are digits worth 16.
     static TString<wchar_t> ToUNICODE(const TString<wchar_t>& text);
 };
 

@@ -18,8 +18,8 @@ public:
     // ToUTF8 into `bytes`, whose memory is used again.
     static void Encode(const TString<wchar_t>& text, TString<char>& bytes);
 
-    // True when the UTF-8 form has another length than the text: some character needs more than one byte, the
-    // text goes on behind a zero, or it has no UTF-8 form.
+    // True when the UTF-8 form has another length than the text, as where a character needs more than one
+    // byte. Quirk: so it is without a UTF-8 form, and as a rule where the text holds a zero.
     static bool HasToBeUTF8(const TString<wchar_t>& text);
 };
 

@@ -35,14 +35,16 @@ public:
 
     // Replaces `entries` by the entries from where the listing stands to its end, and answers how many those
     // are; -1, with a line in the log, when no archive is open, its listing is complete already, or the file
-    // is no archive. A name is in the native format and stays as it is in the archive, ".." included, but for
-    // "/" and "./" in front of more; of two equal ones the first is kept. It is decoded as UTF-8, by the
-    // local character set or byte by byte, whichever is the first that fits.
+    // is no archive. A name is in the native format and stays as it is in the archive, ".." included; of two
+    // equal ones the first is kept. It is decoded as UTF-8, by the local character set or byte by byte,
+    // whichever is the first that fits.
     //
     // `pattern` keeps the names that begin, without regard to case, with its text before its last "*", or
     // with all of it if it has none; an empty one and "*.*" keep all names.
     //
-    // Quirk: a second listing does not begin anew: it goes on where the first one ended.
+    // Quirk: "/" and "./" in front of a name are dropped, unless nothing else would be left.
+    // Quirk: a second listing does not begin anew: it goes on where the first one ended. Behind a complete
+    // one it answers -1, but 0 after an `UnZip`.
     int EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>& entries,
                     const TString<wchar_t>& pattern, ArchiveEntriesFlags::ArchiveEntriesType type);
 
@@ -53,8 +55,9 @@ public:
 
     // Writes the entry's content to the file `target`, which is made or emptied, and answers true when all of
     // it was there, its length and checksum were right, and the disk took it. After a failure the target is
-    // empty; it is not touched when the entry's content cannot be found, nor when it is the archive itself,
-    // by whatever path, or a FIFO. Quirk: an entry without content answers false and leaves an empty target.
+    // empty; it is not touched when the entry's content cannot be found.
+    // Quirk: the archive itself, by whatever path, and a FIFO, even one that is read, are refused untouched.
+    // Quirk: an entry without content answers false and leaves an empty target.
     bool UnZip(smart_ptr<ArchiveZipEntry> entry, TString<wchar_t>& target);
 
 private:

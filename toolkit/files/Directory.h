@@ -28,8 +28,9 @@ public:
 
     // A listing replaces `names` by bare names in the system's order, never of entries that begin with ".".
     // "*" in a filter stands for any characters and "?" for one; an empty filter matches everything, "*.*"
-    // only what has a dot. Links are what they lead to; a folder is a folder, and everything else a file. A
-    // name that is not UTF-8 is left out.
+    // only what has a dot. Links are what they lead to. A name that is not UTF-8 is left out.
+    // Quirk: a backslash in a filter makes the next character an ordinary one.
+    // Quirk: everything that is no folder is a file, dangling links and FIFOs too.
     void GetFiles(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
     void GetDirectories(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
     // Files and folders; nothing for an empty folder name.

@@ -49,8 +49,8 @@ public:
 
     // The number that the value begins with, as a wide stream in the classic locale reads it; a number out of
     // range gives the nearest bound. `defaultValue` when the key is missing or its value is empty.
-    // Quirk: a value that begins with no number gives 0, not the default, and GetUint32 takes a negative
-    // number modulo 2^32.
+    // Quirk: a value that begins with no number gives 0, not the default.
+    // Quirk: GetUint32 takes a negative number modulo 2^32.
     unsigned int GetUint32(const TString<wchar_t>& section, const TString<wchar_t>& key,
                            unsigned int defaultValue) const;
     int GetInt32(const TString<wchar_t>& section, const TString<wchar_t>& key, int defaultValue) const;

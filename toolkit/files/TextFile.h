@@ -37,6 +37,7 @@ public:
     bool Eof() const;
 
     // Appends the line, ended by "\n"; a last line without an end is ended so first.
+    // Quirk: a line with a line end inside stays one line here and is several when read again.
     void AddLine(const TString<wchar_t>& line);
     // Removes all lines; the file stays opened.
     void Clear();
@@ -45,6 +46,7 @@ public:
     // byte-order mark, each with the end that it was read with; a file removed meanwhile is made anew.
     // False when nothing is opened, a line has no UTF-8 form, the file may not be written, its folder takes
     // no new file, or the disk is full; the file is then as it was.
+    // Quirk: other hard links to the file keep the old content.
     bool Write();
 
     // Forgets the lines and the file.

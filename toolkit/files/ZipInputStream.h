@@ -32,9 +32,10 @@ public:
     // Appends every remaining byte of the entry; nothing when the entry is damaged or its checksum is wrong.
     ZipInputStream& operator>>(std::vector<unsigned char>& bytes);
 
-    // Reads the next word, which ends at a space, a tab, a line's end or a zero; empty at the end of the
-    // entry. A byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text
-    // is UTF-8. A word also ends at broken text, behind which no text is read.
+    // Reads the next word, which ends at a space, a tab or a line's end; empty at the end of the entry. A
+    // byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text is
+    // UTF-8. A word also ends at broken text, behind which no text is read.
+    // Quirk: a zero ends a word as well, and where a word should begin it makes an empty one.
     ZipInputStream& operator>>(TString<wchar_t>& word);
 
     // Reads the next line, decoded as a word is, without the "\n", "\r\n" or "\r" at its end; the last line

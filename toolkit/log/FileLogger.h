@@ -33,7 +33,8 @@ public:
     // written after that goes over the oldest text, from the start of the file, and the last writing before
     // that may go past it.
     FileLogger(LogSeverity level, const TString<wchar_t>& name, unsigned int maxSize);
-    // Writes all that is queued. Quirk: it takes half a second without a `Write` at least.
+    // Writes all that is queued. Quirk: it waits for the end of half a second without a `Write`, of which a
+    // part may be over.
     ~FileLogger() override;
 
     // Queues a copy of `text`; never waits for the disk. The file is up to 200 ms behind.

@@ -40,7 +40,8 @@ public:
     LogSeverity GetThreshold() const { return m_threshold; }
     LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
 
-    // All operators answer the installed logger, which need not be this one.
+    // All operators answer the installed logger. Quirk: so a chain continues there, not on the object that it
+    // began with.
     ILogger& operator<<(const SetSeverity& selection);
     ILogger& operator<<(const TString<wchar_t>& text);
     // `text` is UTF-8.

@@ -18,7 +18,7 @@ namespace Toolkit
 class TOOLKIT_API WxLogForwarder : public wxLog
 {
 public:
-    // Becomes the base library's active target. The one before is neither kept nor deleted.
+    // Becomes the base library's active target. Quirk: the one before is neither kept nor deleted.
     WxLogForwarder();
     // Forwards what was kept back, and leaves the base library without a target.
     ~WxLogForwarder() override;

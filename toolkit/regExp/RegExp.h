@@ -43,16 +43,17 @@ public:
     smart_ptr<MatchResult, smart_ptr_policy> Match(const TString<char>& subject) const;
     smart_ptr<MatchResult, smart_ptr_policy> Match(const TString<wchar_t>& subject) const;
 
-    // The input with every match replaced by the same text, literally; the last argument is ignored.
+    // The input with every match replaced by the same text, literally. Quirk: the last argument is ignored.
     // Quirk: "^" never matches at the start of the input nor "$" at its end, nor does an empty match count.
     // Quirk: a search that would begin at byte 65,536 or later begins at that position modulo 65,536, in text
-    // that was rewritten before. Where this would never end it throws as if a limit of PCRE were exceeded.
+    // that was rewritten before. Quirk: where this would never end it throws as if a limit of PCRE were
+    // exceeded.
     TString<char> Replace(const TString<char>& replacement, const TString<char>& input, unsigned char) const;
 
     // The input with group i of the first match replaced by text i - 1; std::out_of_range when there are
-    // fewer texts than reported groups. Groups that lie in one another are replaced at positions that are
-    // wrong after the first change. Quirk: without a match the result is empty. Quirk: a group that took no
-    // part stands one byte before the shift of the groups replaced so far: the text goes there, or
+    // fewer texts than reported groups. Quirk: without a match the result is empty. Quirk: a group in another
+    // is replaced at its old place, shifted as any other, whatever stands there by then. Quirk: a group that
+    // took no part stands one byte before the shift of the groups replaced so far: the text goes there, or
     // std::out_of_range is thrown when that is before the start.
     TString<char> Replace(const std::vector<TString<char>>& replacements, const TString<char>& input) const;
 
@@ -70,6 +71,7 @@ public:
 
     // Replaces in `target` the bytes where the record has the group, moved by `shift`. std::out_of_range when
     // that begins outside the target or the record has no such group (0 to 29).
+    // Quirk: an end before the start replaces all the rest.
     void RegExp_replace(smart_ptr<MatchResult, smart_ptr_policy>& record, int group, TString<char>& target,
                         const TString<char>& replacement, int shift) const;
 

@@ -48,7 +48,7 @@ public:
 
     // True when the thread was started; a thread is started once.
     bool Run();
-    // True when a running thread was asked to pause. It pauses at its next call of TestDestroy.
+    // True when a running thread was asked to pause. Quirk: it pauses only in its next call of TestDestroy.
     bool Pause();
     // True when a paused thread goes on.
     bool Resume();

@@ -179,6 +179,32 @@ TEST_F(EventPumpTest, ExceptionOfAHandlerPasses)
     EXPECT_TRUE(m_pump.Run(0));
 }
 
+TEST_F(EventPumpTest, StopIsGoneWithTheExceptionThatEndsTheRun)
+{
+    m_handler.CallAfter(
+        [this]
+        {
+            m_pump.Stop();
+            throw std::runtime_error("refused");
+        });
+    EXPECT_THROW(m_pump.Run(s_uNoLimit), std::runtime_error);
+    bool heard = false;
+    std::thread later(
+        [this, &heard]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            m_handler.CallAfter(
+                [this, &heard]
+                {
+                    heard = true;
+                    m_pump.Stop();
+                });
+        });
+    EXPECT_TRUE(m_pump.Run(s_uNoLimit));
+    EXPECT_TRUE(heard);
+    later.join();
+}
+
 TEST_F(EventPumpTest, EndsThoughThereIsAlwaysMore)
 {
     int pipes[2];

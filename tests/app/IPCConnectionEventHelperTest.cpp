@@ -47,6 +47,25 @@ TEST(IPCConnectionEventHelper, TurnsAnExecuteIntoAnEvent)
     EXPECT_THAT(server.Received(), ElementsAre(L"open x", L"open \u4e2d", L""));
 }
 
+TEST(IPCConnectionEventHelper, SendsNothingToItsClient)
+{
+    RecordingServer server(L"/nowhere/s");
+    IPCConnectionEventHelper helper(server);
+    CapturedOutput errors(2);
+    EXPECT_FALSE(helper.Execute(wxString("open x")));
+    EXPECT_FALSE(helper.Poke("item", wxString("x")));
+    EXPECT_FALSE(helper.Advise("item", wxString("x")));
+    EXPECT_FALSE(helper.StartAdvise("item"));
+    EXPECT_FALSE(helper.StopAdvise("item"));
+    std::size_t size = 1;
+    EXPECT_EQ(nullptr, helper.Request("item", &size));
+    EXPECT_EQ(0U, size);
+    EXPECT_EQ(nullptr, helper.Request("item"));
+    EXPECT_TRUE(helper.Disconnect());
+    EXPECT_EQ("", errors.Stop());
+    EXPECT_THAT(server.Received(), IsEmpty());
+}
+
 TEST(IPCConnectionEventHelper, TakesTheBytesOfAnyOtherFormatForUTF8)
 {
     RecordingServer server(L"/nowhere/s");

@@ -371,6 +371,29 @@ TEST_F(RestartManagmentTest, HandOverOnlyWritesToTheLog)
               Traces());
 }
 
+TEST_F(RestartManagmentTest, LocksBeforeItStartsTheNewProcess)
+{
+    // Notes whether the lock is there whenever a line ends.
+    class LockLogger : public ILogger
+    {
+    public:
+        explicit LockLogger(std::vector<bool>& locked) : ILogger(LogSeverity::Info), m_locked(locked) {}
+        void Write(const Wide& text) override
+        {
+            if (!text.empty() && text[text.size() - 1] == L'\n')
+                m_locked.push_back(RestartManagment::IsLocked());
+        }
+
+    private:
+        std::vector<bool>& m_locked;
+    };
+    std::vector<bool> locked;
+    ILogger::SetLogger(smart_ptr<ILogger>(new LockLogger(locked)));
+    EXPECT_TRUE(Activate({}));
+    // The last but one is written before the new process is started.
+    EXPECT_EQ((std::vector<bool>{false, true, true}), locked);
+}
+
 TEST_F(RestartManagmentTest, TracesAreOfTheSeverityInfo)
 {
     ILogger::SetLogger(smart_ptr<ILogger>(new RecordingLogger(m_record, LogSeverity::Warning)));

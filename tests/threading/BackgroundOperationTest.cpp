@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/GetTickCount.h"
@@ -107,6 +109,7 @@ public:
         : m_thread(
               [this, &operation]
               {
+                  m_iThread = gettid();
                   m_bStarted = true;
                   m_bAnswer = operation.Wait();
                   m_bReturned = true;
@@ -118,8 +121,18 @@ public:
     bool HasStarted() const { return m_bStarted; }
     bool HasReturned() const { return m_bReturned; }
     bool Answer() const { return m_bAnswer; }
+    // How often the thread has gone to sleep.
+    long Sleeps() const
+    {
+        std::ifstream status("/proc/self/task/" + std::to_string(m_iThread) + "/status");
+        for (std::string word; status >> word;)
+            if (long count = 0; word == "voluntary_ctxt_switches:" && status >> count)
+                return count;
+        return 0;
+    }
 
 private:
+    pid_t m_iThread = 0;
     std::atomic<bool> m_bStarted{false};
     std::atomic<bool> m_bAnswer{false};
     std::atomic<bool> m_bReturned{false};
@@ -131,8 +144,9 @@ bool StaysBlocked(const Waiter& waiter)
 {
     if (!WaitUntil([&waiter] { return waiter.HasStarted(); }))
         return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(250));
-    return !waiter.HasReturned();
+    const long before = waiter.Sleeps();
+    return WaitUntil([&] { return waiter.HasReturned() || waiter.Sleeps() >= before + 2; }) &&
+           !waiter.HasReturned();
 }
 
 void AddHandler(BackgroundOperation& operation, BackgroundOperationHandler* handler)
@@ -267,6 +281,24 @@ TEST(BackgroundOperation, EveryWaitReturnsAtTheEnd)
     operation.SendOperationEnded();
     for (const auto& waiter : waiters)
         EXPECT_TRUE(WaitUntil([&waiter] { return waiter->HasReturned(); }));
+}
+
+TEST(BackgroundOperation, WaitMissesAnEndThatAStartFollows)
+{
+    Plain operation(0);
+    bool missed = false;
+    // The waiter may look just then.
+    for (int attempt = 0; attempt < 20 && !missed; ++attempt)
+    {
+        operation.SendOperationStarted();
+        const Waiter waiter(operation);
+        EXPECT_TRUE(StaysBlocked(waiter));
+        operation.SendOperationEnded();
+        operation.SendOperationStarted();
+        missed = StaysBlocked(waiter);
+        operation.SendOperationEnded();
+    }
+    EXPECT_TRUE(missed);
 }
 
 TEST(BackgroundOperation, WaitSurvivesTheOperation)

@@ -95,6 +95,26 @@ private:
     unsigned int& m_uDepth;
 };
 
+// Forgets a stop with the run that it ended, also when an exception passes.
+class Stopped
+{
+public:
+    Stopped(std::atomic<bool>& stopped, bool isOutermost) : m_bStopped(stopped), m_bIsOutermost(isOutermost)
+    {
+    }
+    ~Stopped()
+    {
+        if (m_bIsOutermost && m_bStopped)
+            m_bStopped = false;
+    }
+    Stopped(const Stopped&) = delete;
+    Stopped& operator=(const Stopped&) = delete;
+
+private:
+    std::atomic<bool>& m_bStopped;
+    const bool m_bIsOutermost;
+};
+
 void DeliverPending()
 {
     wxAppConsole* const application = wxAppConsole::GetInstance();
@@ -124,9 +144,8 @@ bool EventPump::Run(unsigned int milliseconds)
         source.emplace(m_iWakeUp);
     if (loop.Get() == nullptr || (source && !source->IsOk()))
         return false;
+    const Stopped stopped(m_bStopped, depth.IsOutermost());
     Deliver(milliseconds);
-    if (depth.IsOutermost() && m_bStopped)
-        m_bStopped = false;
     return true;
 }
 

@@ -27,9 +27,9 @@ public:
     // on its main thread. An exception of an event's handler passes; those of IPC listeners do not come here.
     bool Run(unsigned int milliseconds);
 
-    // Ends the run, with the runs within it, as soon as the event that is being delivered is done. Never
-    // waits. From any thread, and from a handler of a signal.
-    // Quirk: without a run it ends the next one, which still delivers what is there.
+    // Ends the run, with this pump's runs within it, as soon as the event that is being delivered is done.
+    // Never waits. From any thread, and from a handler of a signal. Quirk: without a run it ends the next
+    // one, which still delivers what is there.
     void Stop();
 
 private:

@@ -22,4 +22,36 @@ bool IPCConnectionEventHelper::OnExecute(const wxString&, const void* data, size
     return true;
 }
 
+const void* IPCConnectionEventHelper::Request(const wxString&, size_t* size, wxIPCFormat)
+{
+    if (size != nullptr)
+        *size = 0;
+    return nullptr;
+}
+
+bool IPCConnectionEventHelper::StartAdvise(const wxString&)
+{
+    return false;
+}
+
+bool IPCConnectionEventHelper::StopAdvise(const wxString&)
+{
+    return false;
+}
+
+bool IPCConnectionEventHelper::DoExecute(const void*, size_t, wxIPCFormat)
+{
+    return false;
+}
+
+bool IPCConnectionEventHelper::DoPoke(const wxString&, const void*, size_t, wxIPCFormat)
+{
+    return false;
+}
+
+bool IPCConnectionEventHelper::DoAdvise(const wxString&, const void*, size_t, wxIPCFormat)
+{
+    return false;
+}
+
 } // namespace Toolkit

@@ -23,6 +23,17 @@ public:
     // no Unicode text is accepted, but is no event.
     bool OnExecute(const wxString& topic, const void* data, size_t size, wxIPCFormat format) override;
 
+    // A server sends nothing to its clients: null and false.
+    const void* Request(const wxString& item, size_t* size = nullptr,
+                        wxIPCFormat format = wxIPC_TEXT) override;
+    bool StartAdvise(const wxString& item) override;
+    bool StopAdvise(const wxString& item) override;
+
+protected:
+    bool DoExecute(const void* data, size_t size, wxIPCFormat format) override;
+    bool DoPoke(const wxString& item, const void* data, size_t size, wxIPCFormat format) override;
+    bool DoAdvise(const wxString& item, const void* data, size_t size, wxIPCFormat format) override;
+
 private:
     IPCServer& m_server;
 };

@@ -33,7 +33,7 @@ public:
     void SendOperationEnded();
 
     // Blocks until the end is announced, and on an operation that was never started too; then true. Quirk: it
-    // sees the end up to 200 ms late.
+    // sees the end up to 200 ms late, and none that a start follows within that time.
     bool Wait() const;
 
     unsigned int GetValue() const { return m_uValue; }

@@ -72,6 +72,9 @@ def public_headers(root):
 
 
 def main():
+    if len(sys.argv) < 2 or not sys.argv[1].isdecimal():
+        print("usage: headers.py <repetitions> <flags of the base library>...", file=sys.stderr)
+        sys.exit(2)
     root = pathlib.Path(__file__).resolve().parent.parent
     repetitions, base = int(sys.argv[1]), sys.argv[2:]
     costs = {}

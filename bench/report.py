@@ -209,6 +209,9 @@ def head_lines(spreads, context, run):
 
 
 def main():
+    if len(sys.argv) != 3:
+        print("usage: report.py <folder of the tables> <results folder>", file=sys.stderr)
+        sys.exit(2)
     bench, folder = (pathlib.Path(argument) for argument in sys.argv[1:3])
     medians, spreads, allocations, peaks, times, context = load_results(folder)
     rows, missing, without = operation_rows(bench / "operations.txt", medians, allocations)

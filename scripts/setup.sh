@@ -1,4 +1,4 @@
-# Sourced by ./tour and ./check: installs what the build needs and builds the preset "dev".
+# Sourced by ./tour, ./check and the other scripts: what they share. Installs what the build needs, and builds a preset.
 
 # The one package list. Compilers and tools first, then the libraries.
 packages=(
@@ -8,6 +8,17 @@ packages=(
   libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )
+
+# usage <text>: says how the script is called, and ends it.
+usage() {
+  echo "usage: $1" >&2
+  exit 2
+}
+
+# need_built <file>: ends the script unless the file is there.
+need_built() {
+  [ -f "$1" ] || { echo "$1 is missing: build it first" >&2; exit 2; }
+}
 
 install_line="apt-get install --no-install-recommends -y ${packages[*]}"
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Document.h"
+
 using Toolkit::IPCMessage;
 using Toolkit::IPCMessageReader;
 using Toolkit::TString;
@@ -76,6 +78,15 @@ TEST(IPCMessage, WritesWhatItReads)
     IPCMessage::AppendExecute(bytes, "go");
     IPCMessage::AppendDisconnect(bytes);
     EXPECT_EQ(c_strStart + c_strExecute + c_strEnd, bytes);
+}
+
+TEST(IPCMessage, DocumentedExampleIsWhatIsWritten)
+{
+    TString<char> bytes;
+    IPCMessage::AppendConnect(bytes, "open é");
+    IPCMessage::AppendExecute(bytes, "open é");
+    IPCMessage::AppendDisconnect(bytes);
+    EXPECT_EQ(ToolkitTest::DocumentedBytes("```hex ipc"), bytes);
 }
 
 TEST(IPCMessage, IsBrokenByAnUnknownCode)

@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 
 #include "tests/support/Child.h"
+#include "tests/support/Document.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/PlainIni.h"
 #include "tests/support/PlainLines.h"
@@ -137,6 +138,20 @@ TEST(IniFile, SkipsLinesThatAreNoSettings)
         EXPECT_EQ(keys, std::vector<Text>{L"last"}) << line;
         EXPECT_FALSE(settings.ini.HasSection(L"sec")) << line;
     }
+}
+
+TEST(IniFile, DocumentedExampleIsReadAsItSays)
+{
+    const Settings settings(ToolkitTest::DocumentedText("```ini"));
+    std::vector<Text> keys;
+    settings.ini.GetKeyList(L"window", keys);
+    EXPECT_EQ(keys, (std::vector<Text>{L"#note", L"title", L"visible", L"width"}));
+    EXPECT_EQ(settings.Get(L"window", L"width"), L"640");
+    EXPECT_EQ(settings.Get(L"window", L"title"), L"Caf\u00E9 = 2 ; open");
+    EXPECT_EQ(settings.Get(L"window", L"#note"), L"a key");
+    EXPECT_FALSE(settings.ini.GetBool(L"window", L"visible", true));
+    EXPECT_TRUE(settings.ini.HasSection(L"empty"));
+    EXPECT_FALSE(settings.ini.HasValue(L"window", L"lost"));
 }
 
 TEST(IniFile, TakesSectionNamesUntrimmed)

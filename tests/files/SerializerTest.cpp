@@ -1,11 +1,11 @@
 #include "toolkit/files/Serializer.h"
 
-#include <sstream>
 #include <string>
 #include <type_traits>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Document.h"
 #include "tests/support/PlainStream.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/B64.h"
@@ -24,6 +24,7 @@ using Toolkit::IStream;
 using Toolkit::Serializer;
 using Toolkit::StreamResult;
 using Toolkit::TString;
+using ToolkitTest::DocumentedBytes;
 using ToolkitTest::PlainStream;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::TemporaryFolder;
@@ -132,26 +133,6 @@ public:
         return stream.Read(block.data(), 1);
     }
 };
-
-// The bytes of the first hex example of a document: each line holds bytes, two spaces and words.
-std::string DocumentedBytes(const std::string& path)
-{
-    std::istringstream document(ReadBytes(path));
-    std::string line;
-    while (std::getline(document, line) && line != "```hex")
-    {
-    }
-    std::string bytes;
-    while (std::getline(document, line) && line != "```")
-    {
-        std::istringstream numbers(line.substr(0, line.find("  ")));
-        for (unsigned int byte = 0; numbers >> std::hex >> byte;)
-            bytes += static_cast<char>(byte);
-    }
-    return bytes;
-}
-
-const char c_strDocument[] = TOOLKIT_SOURCE_FOLDER "/docs/file-formats.md";
 
 } // namespace
 
@@ -266,7 +247,7 @@ TEST(SerializedFile, DocumentedExampleIsWhatIsWritten)
         const FSOutputSerializer output(folder.Wide("file"));
         EXPECT_EQ(output.Serialize(Example()), StreamResult::Ok);
     }
-    const std::string documented = DocumentedBytes(c_strDocument);
+    const std::string documented = DocumentedBytes("```hex");
     EXPECT_EQ(documented.size(), 41U);
     EXPECT_EQ(ReadBytes(folder.Path("file")), documented);
 }
@@ -274,7 +255,7 @@ TEST(SerializedFile, DocumentedExampleIsWhatIsWritten)
 TEST(SerializedFile, DocumentedExampleIsReadBack)
 {
     const TemporaryFolder folder;
-    WriteBytes(folder.Path("file"), DocumentedBytes(c_strDocument));
+    WriteBytes(folder.Path("file"), DocumentedBytes("```hex"));
     FSInputSerializer input(folder.Wide("file"));
     Example example;
     EXPECT_EQ(input.Deserialize(example), StreamResult::ShortTransfer);

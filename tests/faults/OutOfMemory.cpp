@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/HeldLocks.h"
+#include "tests/support/Resources.h"
 
 namespace ToolkitTest
 {
@@ -19,9 +20,13 @@ long RunOnce(const MemoryOperation& operation, unsigned long failing, FailingMem
 {
     const long before = FailingMemory::GetLive();
     const int held = GetHeldLocks();
+    const long descriptors = OpenDescriptors();
     FailingMemory::Set(failing, mode);
     operation.test(Attempt());
     EXPECT_EQ(held, GetHeldLocks()) << operation.name << ", allocation " << failing;
+    // The first run may open what stays for the process.
+    EXPECT_TRUE(failing == 0 || OpenDescriptors() <= descriptors)
+        << operation.name << ", allocation " << failing << " leaves a descriptor";
     return FailingMemory::GetLive() - before;
 }
 
@@ -46,7 +51,7 @@ unsigned long RunThrough(const MemoryOperation& operation, FailingMemory::Mode m
 
 } // namespace
 
-void FailEachAllocation(const std::vector<MemoryOperation>& operations)
+unsigned long FailEachAllocation(const std::vector<MemoryOperation>& operations)
 {
     unsigned long points = 0;
     for (const MemoryOperation& operation : operations)
@@ -60,6 +65,7 @@ void FailEachAllocation(const std::vector<MemoryOperation>& operations)
         points += once + onwards;
     }
     std::cout << "  operations: " << operations.size() << ", points of failure: " << points << std::endl;
+    return points;
 }
 
 } // namespace ToolkitTest

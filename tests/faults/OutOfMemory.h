@@ -68,8 +68,9 @@ struct MemoryOperation
 
 // Runs each test as often as it allocates: with the 1st allocation failing, the 2nd and so on, then with the
 // 1st and all later ones, the 2nd and all later ones ... until none fails. Each time the test must come to
-// its end, leave no memory and hold no mutex. Prints how many points of failure each operation has.
-void FailEachAllocation(const std::vector<MemoryOperation>& operations);
+// its end, leave no memory and no descriptor and hold no mutex. Prints how many points of failure each
+// operation has, and answers how many all have.
+unsigned long FailEachAllocation(const std::vector<MemoryOperation>& operations);
 
 } // namespace ToolkitTest
 

@@ -1,10 +1,15 @@
+#include <iostream>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include "tests/faults/OutOfMemory.h"
+#include "tests/support/Child.h"
+#include "tests/support/InstalledLogger.h"
+#include "tests/support/OwnNetwork.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/CmdLineOption.h"
 #include "toolkit/app/CmdLineParser.h"
@@ -14,12 +19,14 @@
 #include "toolkit/app/IPCClient.h"
 #include "toolkit/app/IPCConnectionEvent.h"
 #include "toolkit/app/IPCServer.h"
+#include "toolkit/app/Network.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/RestartManagment.h"
 #include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/app/Version.h"
 #include "toolkit/core/ToolkitSession.h"
+#include "toolkit/encoding/UTF8.h"
 
 using namespace Toolkit;
 using ToolkitTest::Attempt;
@@ -39,6 +46,34 @@ public:
 private:
     std::vector<TString<wchar_t>>& m_heard;
 };
+
+// A restart that is traced. Once a process was started there is a lock.
+void TestActivation(const Attempt& attempt)
+{
+    ToolkitTest::Record record;
+    const ToolkitTest::InstalledLogger logger(new ToolkitTest::RecordingLogger(record));
+    const wchar_t* arguments[] = {L"tool", L"an-argument-that-is-too-long-for-the-string-object"};
+    const bool activated =
+        attempt([&] { EXPECT_TRUE(RestartManagment::ActivateRestartProcess(2, arguments)); });
+    int status = 0;
+    const bool started = waitpid(-1, &status, 0) > 0;
+    EXPECT_TRUE(started || !activated);
+    EXPECT_TRUE(RestartManagment::IsLocked() || !started);
+    RestartManagment::RemoveLock();
+    EXPECT_FALSE(RestartManagment::IsLocked());
+}
+
+// In a network where the host refuses.
+void FailTheNetwork()
+{
+    const ToolkitSession session;
+    ToolkitTest::FailEachAllocation({
+        {"Network::TestNetwork",
+         [](const Attempt& attempt) { attempt([] { EXPECT_FALSE(Network::TestNetwork(1)); }); }},
+        {"Network::TestNetwork(on another thread)", [](const Attempt& attempt)
+         { std::thread([&] { attempt([] { EXPECT_FALSE(Network::TestNetwork(1)); }); }).join(); }},
+    });
+}
 
 } // namespace
 
@@ -172,29 +207,85 @@ TEST(OutOfMemory, IsSurvivedByTheApplication)
     });
 }
 
-TEST(OutOfMemory, IsSurvivedByRestartSingleInstanceAndIPC)
+// Without a path manager there is nothing that could be started.
+TEST(OutOfMemory, IsSurvivedByRestart)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const ToolkitTest::ScopedEnvironment temporary("TMPDIR", folder.Path().c_str());
+    RestartManagment::s_strExecutableFilename = L"/opt/a name that is too long for the string object.bin";
+    ToolkitTest::FailEachAllocation({
+        {"RestartManagment::GetAppName, GetTempDir",
+         [&](const Attempt& attempt)
+         {
+             attempt(
+                 [] {
+                     EXPECT_EQ(L"a name that is too long for the string object",
+                               RestartManagment::GetAppName());
+                 });
+             attempt([&] { EXPECT_EQ(folder.Wide(), RestartManagment::GetTempDir()); });
+         }},
+        {"RestartManagment::GetLockFileName, IsLocked, RemoveLock",
+         [](const Attempt& attempt)
+         {
+             ToolkitTest::WriteBytes(UTF8::ToUTF8(RestartManagment::GetLockFileName()), "");
+             attempt([] { RestartManagment::GetLockFileName(); });
+             attempt([] { EXPECT_TRUE(RestartManagment::IsLocked()); });
+             attempt([] { RestartManagment::RemoveLock(); });
+             RestartManagment::RemoveLock();
+             EXPECT_FALSE(RestartManagment::IsLocked());
+         }},
+        {"RestartManagment::ActivateRestartProcess", TestActivation},
+        {"RestartManagment::WaitingForPreviousProcessFinish, RestartProcessFinish",
+         [](const Attempt& attempt)
+         {
+             attempt([] { EXPECT_FALSE(RestartManagment::WaitingForPreviousProcessFinish()); });
+             attempt([] { EXPECT_FALSE(RestartManagment::RestartProcessFinish()); });
+         }},
+    });
+    RestartManagment::s_strExecutableFilename.clear();
+}
+
+TEST(OutOfMemory, IsSurvivedByTheNetwork)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [&]() -> ToolkitTest::ChildAnswer
+        {
+            const TString<char> host = UTF8::ToUTF8(Network::c_strProbedHost);
+            if (!ToolkitTest::EnterOwnNetwork(folder.Path(), "127.0.0.1 " + host + "\n"))
+            {
+                std::cout << "[ NOT RUN  ] this system allows no network and mount namespaces" << std::endl;
+                return true;
+            }
+            FailTheNetwork();
+            return !testing::Test::HasFailure();
+        }));
+}
+
+TEST(OutOfMemory, IsSurvivedBySingleInstanceAndIPC)
 {
     const ToolkitTest::TemporaryFolder folder;
     const ToolkitTest::ScopedEnvironment home("HOME", folder.Path().c_str());
-    const ToolkitTest::ScopedEnvironment temporary("TMPDIR", folder.Path().c_str());
     const ToolkitSession session;
     const TString<wchar_t> service =
         folder.Wide("a channel of a name that is too long for the string object");
     ToolkitTest::FailEachAllocation({
-        {"RestartManagment",
-         [](const Attempt& attempt)
-         {
-             attempt([] { RestartManagment::GetLockFileName(); });
-             attempt([] { RestartManagment::IsLocked(); });
-             attempt([] { RestartManagment::RemoveLock(); });
-             attempt([] { RestartManagment::WaitingForPreviousProcessFinish(); });
-             EXPECT_FALSE(RestartManagment::IsLocked());
-         }},
         {"SingleApplicationInstance",
          [](const Attempt& attempt)
          {
              attempt([] { EXPECT_FALSE(SingleApplicationInstance().IsAlreadyRunning()); });
              EXPECT_FALSE(SingleApplicationInstance().IsAlreadyRunning());
+         }},
+        {"IPCServer::SendExecuteEvent",
+         [&](const Attempt& attempt)
+         {
+             std::vector<TString<wchar_t>> heard;
+             IPCServer server(service);
+             server.AddListener(new Recorder(heard));
+             const bool sent = attempt([&] { server.SendExecuteEvent(c_strLine); });
+             EXPECT_EQ(sent ? 1U : 0U, heard.size());
+             server.SendExecuteEvent(c_strLine);
+             EXPECT_EQ(c_strLine, heard.back());
          }},
         {"IPCServer, IPCClient, EventPump",
          [&](const Attempt& attempt)

@@ -43,11 +43,17 @@ TEST(OutOfMemory, IsSurvivedByDates)
          [&](const Attempt& attempt)
          {
              TString<wchar_t> wide;
+             TString<wchar_t> date;
+             TString<wchar_t> time;
+             TString<wchar_t> sortable;
              TString<char> narrow;
              DateTime value(moment);
              attempt([&] { moment.GetIsoString(wide, true); });
              attempt([&] { moment.GetIsoString(narrow, false); });
-             attempt([&] { moment.GetSortableString(wide); });
+             // Each into a text of its own, as one that is long enough allocates nothing.
+             attempt([&] { moment.GetIsoDate(date, true); });
+             attempt([&] { moment.GetIsoTime(time, true); });
+             attempt([&] { moment.GetSortableString(sortable); });
              attempt([&] { moment.IntToUString(7, 60); });
              attempt([&] { value.ParseIsoString(text); });
              attempt([&]

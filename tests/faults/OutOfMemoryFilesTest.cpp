@@ -299,6 +299,17 @@ TEST_F(OutOfMemoryFiles, IsSurvivedBySettings)
              EXPECT_TRUE(ini.Parse(path));
              EXPECT_EQ(c_strLine, ini.GetValue(section, L"key", L""));
          }},
+        {"IniFile::IniFile(const IniFile&), operator=",
+         [&](const Attempt& attempt)
+         {
+             const IniFile ini(path);
+             IniFile other(Path("text"));
+             attempt([&] { EXPECT_TRUE(IniFile(ini).HasSection(section)); });
+             const bool assigned = attempt([&] { other = ini; });
+             EXPECT_EQ(assigned, other.HasSection(section));
+             other = ini;
+             EXPECT_EQ(c_strLine, other.GetValue(section, L"key", L""));
+         }},
         {"IniFile::HasSection, HasValue, GetValue, GetUint32, GetInt32, GetBool",
          [&](const Attempt& attempt)
          {

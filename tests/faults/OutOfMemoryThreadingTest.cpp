@@ -12,6 +12,9 @@
 using namespace Toolkit;
 using ToolkitTest::Attempt;
 
+// Nothing of the library's own is allocated here, which the tests hold fast: mutexes and events lie in place,
+// and a thread's memory is the base library's.
+
 namespace
 {
 
@@ -47,7 +50,7 @@ void Use(Worker& worker)
 
 TEST(OutOfMemory, IsSurvivedByLocksAndEvents)
 {
-    ToolkitTest::FailEachAllocation({
+    const unsigned long points = ToolkitTest::FailEachAllocation({
         {"Mutex", [](const Attempt& attempt) { attempt([] { const Mutex mutex(false); }); }},
         {"Mutex(locked)",
          [](const Attempt& attempt)
@@ -83,12 +86,13 @@ TEST(OutOfMemory, IsSurvivedByLocksAndEvents)
                  });
          }},
     });
+    EXPECT_EQ(0U, points);
 }
 
 TEST(OutOfMemory, IsSurvivedByThreads)
 {
     const ToolkitSession session;
-    ToolkitTest::FailEachAllocation({
+    const unsigned long points = ToolkitTest::FailEachAllocation({
         {"Thread::Thread", [](const Attempt& attempt) { attempt([] { const Worker worker; }); }},
         {"Thread::Run, Pause, Resume, IsRunning",
          [](const Attempt& attempt)
@@ -96,6 +100,15 @@ TEST(OutOfMemory, IsSurvivedByThreads)
              Worker worker;
              attempt([&] { Use(worker); });
              worker.Run();
+         }},
+        {"Thread::Kill",
+         [](const Attempt& attempt)
+         {
+             Worker worker;
+             EXPECT_TRUE(worker.Run());
+             attempt.OnAllThreads([&] { EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Kill()); });
+             attempt([&] { EXPECT_EQ(wxTHREAD_NOT_RUNNING, worker.Kill()); });
+             EXPECT_FALSE(worker.IsRunning());
          }},
         {"Thread::~Thread",
          [](const Attempt& attempt)
@@ -133,11 +146,12 @@ TEST(OutOfMemory, IsSurvivedByThreads)
                  });
          }},
     });
+    EXPECT_EQ(0U, points);
 }
 
 TEST(OutOfMemory, IsSurvivedByThreadsWithoutTheBaseLibrary)
 {
-    ToolkitTest::FailEachAllocation({
+    const unsigned long points = ToolkitTest::FailEachAllocation({
         {"Thread",
          [](const Attempt& attempt)
          {
@@ -151,4 +165,5 @@ TEST(OutOfMemory, IsSurvivedByThreadsWithoutTheBaseLibrary)
              EXPECT_TRUE(worker.Run());
          }},
     });
+    EXPECT_EQ(0U, points);
 }

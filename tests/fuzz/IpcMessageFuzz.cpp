@@ -1,38 +1,44 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/support/FuzzCheck.h"
+#include "tests/support/PlainIpcMessages.h"
 #include "toolkit/app/IPCMessage.h"
 
 namespace
 {
 
 using Toolkit::IPCMessageReader;
+using ToolkitTest::PlainIpcMessages;
 using Result = IPCMessageReader::Result;
 
-// Everything that is read of the bytes when they arrive in pieces of that size.
-std::string ReadAll(const std::string& bytes, std::size_t piece)
+// True when a message has what the plain form has of it, and nothing else.
+bool IsSame(const Toolkit::IPCMessage& message, PlainIpcMessages::Message plain)
+{
+    const std::string format = plain.count('f') != 0 ? plain['f'] : std::string(1, '\0');
+    return std::string(1, static_cast<char>(message.m_uCode)) == plain['c'] &&
+           std::string(1, static_cast<char>(message.m_uFormat)) == format &&
+           message.m_strText == plain['t'] && message.m_strData == plain['d'];
+}
+
+// Compares everything that is read of the bytes when they arrive in pieces of that size.
+void Compare(const std::string& bytes, std::size_t piece, const PlainIpcMessages& plain)
 {
     IPCMessageReader reader;
     Toolkit::IPCMessage message;
-    std::string read;
-    for (std::size_t at = 0; at < bytes.size(); at += piece)
+    Result result = Result::Incomplete;
+    auto expected = plain.messages.begin();
+    for (std::size_t at = 0; at < bytes.size() && result == Result::Incomplete; at += piece)
     {
         reader.Append(bytes.data() + at, std::min(piece, bytes.size() - at));
-        Result result = Result::Incomplete;
-        while ((result = reader.Next(message)) == Result::Complete)
-            read.append(1, static_cast<char>(message.m_uCode))
-                .append(1, static_cast<char>(message.m_uFormat))
-                .append(std::to_string(message.m_strText.size()))
-                .append(message.m_strText)
-                .append(message.m_strData)
-                .append("|");
-        if (result == Result::Broken)
-            return read + "broken";
-        TOOLKIT_FUZZ_CHECK(reader.GetSize() <= bytes.size());
+        for (; (result = reader.Next(message)) == Result::Complete; ++expected)
+            TOOLKIT_FUZZ_CHECK(expected != plain.messages.end() && IsSame(message, *expected));
     }
-    return read;
+    TOOLKIT_FUZZ_CHECK(expected == plain.messages.end());
+    TOOLKIT_FUZZ_CHECK(result == (plain.broken ? Result::Broken : Result::Incomplete));
+    TOOLKIT_FUZZ_CHECK(plain.broken || reader.GetSize() == plain.rest.size());
 }
 
 } // namespace
@@ -43,6 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 2)
         return 0;
     const std::string bytes(reinterpret_cast<const char*>(data + 1), size - 1);
-    TOOLKIT_FUZZ_CHECK(ReadAll(bytes, bytes.size()) == ReadAll(bytes, data[0] + 1U));
+    const PlainIpcMessages plain(bytes);
+    Compare(bytes, bytes.size(), plain);
+    Compare(bytes, data[0] + 1U, plain);
     return 0;
 }

@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
 #include "tests/support/FuzzCheck.h"
+#include "tests/support/PlainMatch.h"
 #include "tests/support/PlainReplacement.h"
 #include "tests/support/RegExpSupport.h"
 
@@ -24,19 +26,31 @@ std::string TakeText(std::string& input)
     return text;
 }
 
+// Everything that bare PCRE finds.
 void CheckMatch(const RegExp& regExp, const TString<char>& subject)
 {
+    const PlainMatch plain(regExp.GetPattern(), subject);
     bool isMatch = false;
-    const std::string message = MessageOf([&] { isMatch = regExp.IsMatch(subject); });
+    TOOLKIT_FUZZ_CHECK(MessageOf([&] { isMatch = regExp.IsMatch(subject); }) == plain.message);
     smart_ptr<MatchResult, smart_ptr_policy> match;
-    TOOLKIT_FUZZ_CHECK(MessageOf([&] { match = regExp.Match(subject); }) == message);
+    TOOLKIT_FUZZ_CHECK(MessageOf([&] { match = regExp.Match(subject); }) == plain.message);
     if (match.IsNull())
         return;
-    TOOLKIT_FUZZ_CHECK(isMatch == (match->GetResult() > 0));
-    TOOLKIT_FUZZ_CHECK(match->GetCount() ==
-                       static_cast<std::size_t>(match->GetResult() > 0 ? match->GetResult() : 0));
-    for (const auto& name : match->GetNames())
-        TOOLKIT_FUZZ_CHECK(name.second < 0 || match->Find(name.first)->GetName() == name.first);
+    TOOLKIT_FUZZ_CHECK(isMatch == (plain.result > 0));
+    TOOLKIT_FUZZ_CHECK(match->GetResult() == plain.result);
+    TOOLKIT_FUZZ_CHECK(match->GetCount() == plain.groups.size());
+    for (std::size_t i = 0; i < plain.groups.size(); ++i)
+    {
+        const auto name = plain.namesOfGroups.find(static_cast<int>(i));
+        TOOLKIT_FUZZ_CHECK((*match)[i]->GetIndex() == i && (*match)[i]->GetValue() == plain.groups[i]);
+        TOOLKIT_FUZZ_CHECK((*match)[i]->GetName() ==
+                           (name != plain.namesOfGroups.end() ? name->second : std::string()));
+        TOOLKIT_FUZZ_CHECK(
+            std::equal(plain.offsets + 2 * i, plain.offsets + 2 * i + 2, match->GetOffsets() + 2 * i));
+    }
+    TOOLKIT_FUZZ_CHECK(match->GetNames().size() == plain.names.size());
+    for (const auto& [name, number] : plain.names)
+        TOOLKIT_FUZZ_CHECK(match->Find(name) == (*match)[static_cast<std::size_t>(number)]);
 }
 
 void CheckReplacement(const RegExp& regExp, const TString<char>& replacement, const TString<char>& subject)

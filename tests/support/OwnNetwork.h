@@ -1,11 +1,13 @@
 #ifndef TOOLKIT_TESTS_SUPPORT_OWNNETWORK_H
 #define TOOLKIT_TESTS_SUPPORT_OWNNETWORK_H
 
+#include <fstream>
 #include <string>
 
 #include <net/if.h>
 #include <sched.h>
 #include <sys/ioctl.h>
+#include <sys/mount.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -26,6 +28,21 @@ inline bool EnterOwnNetwork()
     const bool up = ioctl(descriptor, SIOCSIFFLAGS, &request) == 0;
     close(descriptor);
     return up;
+}
+
+// The same, and names of hosts are those in `hosts` alone; the folder is for files of this function.
+inline bool EnterOwnNetwork(const std::string& folder, const std::string& hosts)
+{
+    const auto cover = [&folder](const char* name, const std::string& content)
+    {
+        const std::string file = folder + "/" + name;
+        const std::string target = std::string("/etc/") + name;
+        std::ofstream(file) << content;
+        return access(target.c_str(), F_OK) != 0 ||
+               mount(file.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0;
+    };
+    return EnterOwnNetwork() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           cover("hosts", hosts) && cover("nsswitch.conf", "hosts: files\n");
 }
 
 } // namespace ToolkitTest

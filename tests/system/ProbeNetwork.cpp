@@ -7,14 +7,12 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <thread>
 
 #include <arpa/inet.h>
 #include <poll.h>
-#include <sys/mount.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <wx/init.h>
@@ -28,18 +26,10 @@ using Toolkit::Network;
 namespace
 {
 
-bool Cover(const std::string& file, const std::string& content, const char* target)
-{
-    std::ofstream(file) << content;
-    return access(target, F_OK) != 0 || mount(file.c_str(), target, nullptr, MS_BIND, nullptr) == 0;
-}
-
 bool MakeNetwork(const std::string& folder, bool resolvable)
 {
     const std::string host = Toolkit::UTF8::ToUTF8(Network::c_strProbedHost);
-    return ToolkitTest::EnterOwnNetwork() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           Cover(folder + "/hosts", resolvable ? "127.0.0.1 " + host + "\n" : "\n", "/etc/hosts") &&
-           Cover(folder + "/nsswitch", "hosts: files\n", "/etc/nsswitch.conf");
+    return ToolkitTest::EnterOwnNetwork(folder, resolvable ? "127.0.0.1 " + host + "\n" : "\n");
 }
 
 sockaddr_in ServerAddress()

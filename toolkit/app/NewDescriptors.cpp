@@ -31,7 +31,9 @@ bool IsOfLoop(const char* link)
 
 NewDescriptors::NewDescriptors()
 {
+    // Nothing is allocated between a descriptor and its owner.
     std::vector<Descriptor> taken;
+    taken.reserve(s_uMost);
     for (std::size_t i = 0; i < s_uMost; ++i)
     {
         taken.emplace_back(eventfd(0, EFD_CLOEXEC));

@@ -47,6 +47,8 @@ TString<wchar_t> Executable()
 // Leaves an empty file behind. The descriptor is made first, as the place is not to be trusted.
 void CreateLock(const TString<wchar_t>& path)
 {
+    // Nothing is allocated between the descriptor and its owner.
+    FFile file;
     const int descriptor = OwnFile::Open(NativePath(path));
     if (descriptor == -1)
         return;
@@ -56,7 +58,6 @@ void CreateLock(const TString<wchar_t>& path)
         close(descriptor);
         return;
     }
-    FFile file;
     file.Attach(stream);
     file.Close();
 }

@@ -1,8 +1,6 @@
 #include "toolkit/app/IPCClient.h"
 
 #include <chrono>
-#include <cstdio>
-#include <iostream>
 #include <string>
 #include <thread>
 
@@ -142,10 +140,7 @@ TEST(IPCClient, DoesNotTakeItselfForAServer)
         {
             const char* const range = "/proc/sys/net/ipv4/ip_local_port_range";
             if (!EnterOwnNetwork() || access(range, W_OK) != 0)
-            {
-                std::cout << "not allowed: a network of its own\n";
-                return true;
-            }
+                return NotAllowed("a network of its own");
             WriteBytes(range, "40000 40000");
             const ToolkitSession session;
             return !SendTo(L"40000", L"open x");
@@ -250,10 +245,7 @@ TEST(IPCClient, OfTheBaseLibraryIsTaken)
 TEST_F(IPCClientTest, TrustsNoSocketOfAnotherUser)
 {
     if (geteuid() != 0)
-    {
-        std::printf("[ NOT RUN  ] only root may become another user\n");
-        return;
-    }
+        GTEST_SKIP() << "only root may become another user";
     ASSERT_EQ(0, chmod(m_folder.Path().c_str(), 0777));
     const std::wstring service = Service();
     EXPECT_TRUE(AsNobody(
@@ -275,10 +267,7 @@ TEST_F(IPCClientTest, TrustsNoSocketOfAnotherUser)
 TEST_F(IPCClientTest, TrustsNoProcessOfAnotherUserBehindItsOwnSocket)
 {
     if (geteuid() != 0)
-    {
-        std::printf("[ NOT RUN  ] only root may become another user\n");
-        return;
-    }
+        GTEST_SKIP() << "only root may become another user";
     ASSERT_EQ(0, chmod(m_folder.Path().c_str(), 0777));
     EXPECT_TRUE(InChild(
         [this]() -> ChildAnswer

@@ -1,6 +1,5 @@
 #include "toolkit/app/Network.h"
 
-#include <iostream>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -35,7 +34,7 @@ std::optional<Probe> ProbeOf(const std::string& network, const std::string& call
                                             " " + std::to_string(seconds) + " " + Quoted(folder.Path()));
     if (result.m_iExitCode == 77)
     {
-        std::cout << "NOT TESTED: this system allows no network and mount namespaces\n";
+        [] { GTEST_SKIP() << "not allowed: a network of its own"; }();
         return std::nullopt;
     }
     EXPECT_EQ(result.m_iExitCode, 0) << result.m_strOutput;

@@ -401,10 +401,7 @@ TEST(Zones, RulesThatChangedUnderTheSameNameCount)
 TEST(Zones, ReadsBackEverySecondWhereLeapSecondsAreCounted)
 {
     if (access("/usr/share/zoneinfo/right/UTC", R_OK) != 0)
-    {
-        std::printf("[ NOT RUN  ] the system has no zones with leap seconds\n");
-        return;
-    }
+        GTEST_SKIP() << "the system has no zones with leap seconds";
     for (const char* const name : {"right/UTC", "right/Europe/Berlin", "right/America/St_Johns"})
     {
         const LocalZone zone(name);

@@ -10,6 +10,9 @@
 namespace ToolkitTest
 {
 
+// What `work` answers when the system does not let it do its part: the test is skipped.
+ChildAnswer NotAllowed(const std::string& what);
+
 // Each runs `work` in a child process to its end: a success when nothing went wrong there, else what did.
 
 testing::AssertionResult InChild(const ChildWork& work);
@@ -17,8 +20,7 @@ testing::AssertionResult InChild(const ChildWork& work);
 // As a user who owns nothing and may do nothing.
 testing::AssertionResult AsNobody(const ChildWork& work);
 
-// With a disk of that many KiB at `folder`, which only the child sees. Where the system does not let us mount
-// one, says so on the standard output and answers a success.
+// With a disk of that many KiB at `folder`, which only the child sees; not allowed where none can be mounted.
 testing::AssertionResult OnSmallDisk(const std::string& folder, unsigned int kibibytes,
                                      const ChildWork& work);
 

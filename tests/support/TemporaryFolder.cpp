@@ -22,7 +22,7 @@ namespace ToolkitTest
 namespace
 {
 
-const unsigned int s_uAnother = 65534;
+const unsigned int s_uAnother = 65533;
 
 } // namespace
 
@@ -70,7 +70,7 @@ bool GiveToAnotherUser(const std::string& path)
 {
     if (lchown(path.c_str(), s_uAnother, s_uAnother) == 0)
         return true;
-    std::cout << "[ NOT RUN  ] no file of another user: " << std::strerror(errno) << std::endl;
+    [] { GTEST_SKIP() << "not allowed: a file of another user: " << std::strerror(errno); }();
     return false;
 }
 

@@ -33,8 +33,8 @@ std::string ReadBytes(const std::string& path);
 // Makes or replaces a file; fails the test when it cannot.
 void WriteBytes(const std::string& path, const std::string& bytes);
 
-// Gives what lies at the path, a link itself, to another user; where the system refuses, says so on the
-// standard output and answers false.
+// Gives what lies at the path, a link itself, to another user; where the system refuses, skips the test
+// and answers false.
 bool GiveToAnotherUser(const std::string& path);
 
 // Sets an environment variable for a scope; null unsets it.

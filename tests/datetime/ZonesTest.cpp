@@ -65,6 +65,15 @@ void AskForSummerOrWinter(int month)
     EXPECT_NE(std::mktime(&time), -1);
 }
 
+// The zones of the folder "right", where it is installed, count the leap seconds, in UTC as well.
+const char c_strLeapUtc[] = "right/UTC";
+const char c_strNoLeapZones[] = "the system has no zones with leap seconds";
+
+bool HasLeapZones()
+{
+    return access("/usr/share/zoneinfo/right/UTC", R_OK) == 0;
+}
+
 // The lines of the oracle for one instant and for one local time that is left out.
 class OracleLines
 {
@@ -352,6 +361,29 @@ TEST(Zones, FollowsTZWithoutAWordToTheCLibrary)
     const ToolkitTest::ScopedEnvironment environment("TZ", "Europe/Berlin");
     EXPECT_EQ(time.GetHour(), 14U);
     EXPECT_EQ(DateTime(2009, 7, 7, 14, 0, 0), time);
+}
+
+// In each of these one operation is the first after TZ was changed without a word to the C library.
+TEST(Zones, ReadingATextOfUtcFollowsTZ)
+{
+    if (!HasLeapZones())
+        GTEST_SKIP() << c_strNoLeapZones;
+    const LocalZone before("UTC");
+    const DateTime expected = At(1496275200 + 27);
+    DateTime time;
+    const ToolkitTest::ScopedEnvironment environment("TZ", c_strLeapUtc);
+    EXPECT_TRUE(time.ParseIsoString(TString<wchar_t>(L"2017-06-01 00:00:00 Z")));
+    EXPECT_EQ(time, expected);
+}
+
+TEST(Zones, FieldsOfAFixedZoneFollowTZ)
+{
+    if (!HasLeapZones())
+        GTEST_SKIP() << c_strNoLeapZones;
+    const LocalZone before("UTC");
+    const DateTime expected = At(1496275200 + 27);
+    const ToolkitTest::ScopedEnvironment environment("TZ", c_strLeapUtc);
+    EXPECT_EQ(DateTime(2017, 6, 1, 0, 0, 0, 0), expected);
 }
 
 TEST(Zones, WithoutTZTheSystemsZoneCounts)

@@ -208,6 +208,8 @@ std::int64_t CivilTime::UtcInstant() const
     time.tm_hour = static_cast<int>(hour);
     time.tm_min = static_cast<int>(minute);
     time.tm_sec = static_cast<int>(second);
+    // In a zone that counts leap seconds UTC counts them too.
+    FollowZone();
     return timegm(&time);
 }
 

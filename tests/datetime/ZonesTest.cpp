@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "tests/support/Child.h"
 #include "tests/support/DateTimes.h"
 #include "tests/support/LocalZone.h"
 #include "tests/support/RunProgram.h"
@@ -65,13 +67,18 @@ void AskForSummerOrWinter(int month)
     EXPECT_NE(std::mktime(&time), -1);
 }
 
-// The zones of the folder "right", where it is installed, count the leap seconds, in UTC as well.
-const char c_strLeapUtc[] = "right/UTC";
-const char c_strNoLeapZones[] = "the system has no zones with leap seconds";
-
-bool HasLeapZones()
+// The C library knows a file again by its inode.
+void SetSystemsZone(const std::string& zone)
 {
-    return access("/usr/share/zoneinfo/right/UTC", R_OK) == 0;
+    ToolkitTest::WriteBytes("/etc/zone", ToolkitTest::ReadBytes("/usr/share/zoneinfo/" + zone));
+    std::filesystem::rename("/etc/zone", "/etc/localtime");
+}
+
+// Without TZ the zone is looked at once in a tick of the system's clock.
+unsigned int HourAfterATick(const DateTime& time)
+{
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    return time.GetHour();
 }
 
 // The lines of the oracle for one instant and for one local time that is left out.
@@ -167,6 +174,30 @@ private:
         if (++m_uFailed <= 20)
             ADD_FAILURE() << what << " in " << m_strZone << ": " << m_strLine;
     }
+};
+
+// TZ was changed without a word to the C library: each test's first operation with a zone has to follow.
+class ZonesOfTZ : public testing::Test
+{
+protected:
+    const LocalZone m_before = LocalZone("Asia/Tokyo");
+    const DateTime m_time = DateTime(2009, 7, 7, 12, 0, 0, 0);
+    const ToolkitTest::ScopedEnvironment m_after = {"TZ", "Europe/Berlin"};
+};
+
+// In the zones of the folder "right" UTC counts the leap seconds too.
+class ZonesOfTZWithLeapSeconds : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (access("/usr/share/zoneinfo/right/UTC", R_OK) != 0)
+            GTEST_SKIP() << "the system has no zones with leap seconds";
+    }
+
+    const LocalZone m_before = LocalZone("UTC");
+    const DateTime m_time = At(1496275200 + 27);
+    const ToolkitTest::ScopedEnvironment m_after = {"TZ", "right/UTC"};
 };
 
 } // namespace
@@ -353,37 +384,34 @@ TEST(Zones, FollowsTZ)
     EXPECT_EQ(Iso(time), L"2009-07-07 12:00:00");
 }
 
-TEST(Zones, FollowsTZWithoutAWordToTheCLibrary)
+TEST_F(ZonesOfTZ, AreThoseOfTheFields)
 {
-    const DateTime time(2009, 7, 7, 12, 0, 0, 0);
-    const LocalZone before("Asia/Tokyo");
-    EXPECT_EQ(time.GetHour(), 21U);
-    const ToolkitTest::ScopedEnvironment environment("TZ", "Europe/Berlin");
-    EXPECT_EQ(time.GetHour(), 14U);
-    EXPECT_EQ(DateTime(2009, 7, 7, 14, 0, 0), time);
+    EXPECT_EQ(m_time.GetHour(), 14U);
 }
 
-// In each of these one operation is the first after TZ was changed without a word to the C library.
-TEST(Zones, ReadingATextOfUtcFollowsTZ)
+TEST_F(ZonesOfTZ, AreThoseOfFieldsThatAreTaken)
 {
-    if (!HasLeapZones())
-        GTEST_SKIP() << c_strNoLeapZones;
-    const LocalZone before("UTC");
-    const DateTime expected = At(1496275200 + 27);
-    DateTime time;
-    const ToolkitTest::ScopedEnvironment environment("TZ", c_strLeapUtc);
-    EXPECT_TRUE(time.ParseIsoString(TString<wchar_t>(L"2017-06-01 00:00:00 Z")));
-    EXPECT_EQ(time, expected);
+    EXPECT_EQ(DateTime(2009, 7, 7, 14, 0, 0), m_time);
 }
 
-TEST(Zones, FieldsOfAFixedZoneFollowTZ)
+TEST_F(ZonesOfTZ, AreThoseOfALocalTextThatIsRead)
 {
-    if (!HasLeapZones())
-        GTEST_SKIP() << c_strNoLeapZones;
-    const LocalZone before("UTC");
-    const DateTime expected = At(1496275200 + 27);
-    const ToolkitTest::ScopedEnvironment environment("TZ", c_strLeapUtc);
-    EXPECT_EQ(DateTime(2017, 6, 1, 0, 0, 0, 0), expected);
+    EXPECT_EQ(Parsed(L"2009-07-07 14:00:00"), m_time);
+}
+
+TEST_F(ZonesOfTZWithLeapSeconds, CountInATextOfUtc)
+{
+    EXPECT_EQ(Iso(m_time, true), L"2017-06-01 00:00:00 Z");
+}
+
+TEST_F(ZonesOfTZWithLeapSeconds, CountInATextOfUtcThatIsRead)
+{
+    EXPECT_EQ(Parsed(L"2017-06-01 00:00:00 Z"), m_time);
+}
+
+TEST_F(ZonesOfTZWithLeapSeconds, CountInFieldsOfAFixedZone)
+{
+    EXPECT_EQ(DateTime(2017, 6, 1, 0, 0, 0, 0), m_time);
 }
 
 TEST(Zones, WithoutTZTheSystemsZoneCounts)
@@ -397,6 +425,21 @@ TEST(Zones, WithoutTZTheSystemsZoneCounts)
     }
     const LocalZone zone(access("/etc/localtime", R_OK) == 0 ? ":/etc/localtime" : "UTC");
     EXPECT_EQ(Iso(time), shown);
+}
+
+// The system's zone is that of a disk of the child's own.
+TEST(Zones, SystemsZoneThatWasChangedCounts)
+{
+    EXPECT_TRUE(ToolkitTest::OnSmallDisk("/etc", 64,
+                                         []
+                                         {
+                                             const DateTime time(2009, 7, 7, 12, 0, 0, 0);
+                                             const LocalZone zone(nullptr);
+                                             SetSystemsZone("Europe/Berlin");
+                                             const unsigned int before = HourAfterATick(time);
+                                             SetSystemsZone("Asia/Tokyo");
+                                             return before == 14 && HourAfterATick(time) == 21;
+                                         }));
 }
 
 // Nothing that was kept of a zone's old rules moves a time by an hour.

@@ -74,6 +74,18 @@ void SetSystemsZone(const std::string& zone)
     std::filesystem::rename("/etc/zone", "/etc/localtime");
 }
 
+// What the operation answers when the C library has looked at another zone since the system's one was
+// followed.
+template <class Operation>
+auto AfterALookAt(const char* zone, Operation operation)
+{
+    DateTime().GetHour();
+    {
+        const LocalZone other(zone);
+    }
+    return operation();
+}
+
 // Without TZ the zone is looked at once in a tick of the system's clock.
 unsigned int HourAfterATick(const DateTime& time)
 {
@@ -425,6 +437,29 @@ TEST(Zones, WithoutTZTheSystemsZoneCounts)
     }
     const LocalZone zone(access("/etc/localtime", R_OK) == 0 ? ":/etc/localtime" : "UTC");
     EXPECT_EQ(Iso(time), shown);
+}
+
+// The host has the C library look at other zones meanwhile.
+TEST(Zones, WithoutTZTheSystemsZoneCountsWhateverTheCLibraryLookedAt)
+{
+    const char* const system = access("/etc/localtime", R_OK) == 0 ? ":/etc/localtime" : "UTC";
+    for (const char* const zone : {"Asia/Tokyo", "America/New_York", "right/UTC"})
+        for (int month = 1; month <= 12; ++month)
+        {
+            const std::wstring text = L"2009-" + std::to_wstring(month) + L"-07 12:00:00";
+            const LocalZone before(system);
+            const DateTime local = Parsed(text);
+            const DateTime utc = Parsed(text + L" Z");
+            const std::wstring utcText = Iso(utc, true);
+            const LocalZone none(nullptr);
+            for (int round = 0; round < 2; ++round)
+            {
+                EXPECT_EQ(AfterALookAt(zone, [&] { return Parsed(text); }), local) << zone;
+                EXPECT_EQ(AfterALookAt(zone, [&] { return local.GetHour(); }), 12U) << zone;
+                EXPECT_EQ(AfterALookAt(zone, [&] { return Parsed(text + L" Z"); }), utc) << zone;
+                EXPECT_EQ(AfterALookAt(zone, [&] { return Iso(utc, true); }), utcText) << zone;
+            }
+        }
 }
 
 // The system's zone is that of a disk of the child's own.

@@ -15,7 +15,9 @@ namespace Toolkit
 namespace
 {
 
+// What is kept of the system's zone, and of UTC where that zone counts, goes by these names.
 const char c_strSystemZone[] = "/etc/localtime";
+const char c_strSystemUtc[] = "/etc/localtime, UTC";
 const std::int64_t s_nTmYear = 1900;
 const std::int64_t s_nSecondsPerDay = 86400;
 const std::int64_t s_nMonthsPerYear = 12;
@@ -24,7 +26,7 @@ const int s_nLeapSecond = 60;
 // Longer than any two zones are apart, shorter than any zone keeps its clocks unchanged.
 const std::int64_t s_nSpan = std::int64_t{1} << 17;
 
-// What AheadBefore found for a span and a zone: asking again would cost as much as all the rest. The lowest
+// What KeepAhead found for a span and a zone: asking again would cost as much as all the rest. The lowest
 // bits hold the seconds, the others a mark of the span and the zone. It is looked up anew when the clocks
 // were moved since, or seem to be because the zone's rules are others now; where it agrees with the clocks a
 // mistake would but choose the second of two right instants.
@@ -44,22 +46,6 @@ std::int64_t CoarseTick()
     return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
 }
 
-// Lets the C library look at the zone, which not every localtime_r does itself, and answers TZ; null where it
-// is not set. There the C library asks for the state of the system's file each time, which costs more than
-// all the rest: once a tick is enough.
-const char* FollowZone()
-{
-    const char* const zone = std::getenv("TZ");
-    const std::int64_t look = zone != nullptr ? -1 : CoarseTick();
-    const bool known = s_nZoneLook.load(std::memory_order_relaxed) == look;
-    if (known && look != -1)
-        return zone;
-    tzset();
-    if (!known)
-        s_nZoneLook.store(look, std::memory_order_relaxed);
-    return zone;
-}
-
 // In the zone that was followed last.
 std::tm LocalTm(std::int64_t instant)
 {
@@ -67,6 +53,50 @@ std::tm LocalTm(std::int64_t instant)
     std::tm time = {};
     localtime_r(&seconds, &time);
     return time;
+}
+
+// The same for UTC, which counts leap seconds in a zone that counts them.
+std::tm UtcTm(std::int64_t instant)
+{
+    const std::time_t seconds = instant;
+    std::tm time = {};
+    gmtime_r(&seconds, &time);
+    return time;
+}
+
+// The clocks of the local zone, or of UTC.
+struct Clocks
+{
+    std::tm (*show)(std::int64_t instant);
+    const char* zone;
+    // Whether the C library has just looked at the zone. Else the host may have had it look at another TZ
+    // since it did, and what it answers counts only where it agrees with what was kept.
+    bool sure;
+};
+
+// Lets the C library look at the zone, which not every localtime_r does itself. Where TZ is not set it asks
+// for the state of the system's file each time, which costs more than all the rest: once a tick is enough.
+Clocks Follow(std::tm (*show)(std::int64_t instant), const char* systemZone)
+{
+    const char* const zone = std::getenv("TZ");
+    const std::int64_t look = zone != nullptr ? -1 : CoarseTick();
+    const bool known = s_nZoneLook.load(std::memory_order_relaxed) == look;
+    const bool sure = !known || look == -1;
+    if (sure)
+        tzset();
+    if (!known)
+        s_nZoneLook.store(look, std::memory_order_relaxed);
+    return Clocks{show, zone != nullptr ? zone : systemZone, sure};
+}
+
+Clocks LocalClocks()
+{
+    return Follow(&LocalTm, c_strSystemZone);
+}
+
+Clocks UtcClocks()
+{
+    return Follow(&UtcTm, c_strSystemUtc);
 }
 
 CivilTime FromTm(const std::tm& time)
@@ -111,50 +141,81 @@ bool Shows(const std::tm& time, const CivilTime& civil)
            s_nTmYear + time.tm_year == civil.year;
 }
 
-// How far the local clocks are ahead at the instant at which they show this.
+// How far the clocks are ahead at the instant at which they show this.
 std::int64_t Ahead(const std::tm& time, std::int64_t instant)
 {
     return ClockInstant(FromTm(time)) - instant;
 }
 
-// The same for the instant's own time.
-std::int64_t Ahead(std::int64_t instant)
+std::uint64_t Mark(const Clocks& clocks, std::int64_t span)
 {
-    return Ahead(LocalTm(instant), instant);
+    return std::hash<std::string_view>()(clocks.zone) + static_cast<std::uint64_t>(span);
 }
 
-// How far the clocks were ahead a day or two before they show `clock`; `anew` asks without what was kept.
-std::int64_t AheadBefore(const char* zone, std::int64_t clock, bool anew)
+// How far the clocks were ahead a day or two before they show `clock`, from a C library that has looked at
+// the zone.
+std::int64_t KeepAhead(Clocks& clocks, std::int64_t clock)
 {
+    if (!clocks.sure)
+        tzset();
+    clocks.sure = true;
     const std::int64_t span = FloorDivide(clock, s_nSpan);
-    const std::uint64_t mark = std::hash<std::string_view>()(zone != nullptr ? zone : c_strSystemZone) +
-                               static_cast<std::uint64_t>(span);
-    std::atomic<std::uint64_t>& kept = s_aheadKept[mark % s_aheadKept.size()];
-    const std::uint64_t found = kept.load(std::memory_order_relaxed);
-    if (!anew && found >> s_uAheadBits == (mark & s_uMarkMask))
-        return static_cast<std::int64_t>(found & s_uAheadMask) - s_nSpan;
-    const std::int64_t seconds = Ahead((span - 1) * s_nSpan);
-    kept.store(mark << s_uAheadBits | static_cast<std::uint64_t>(seconds + s_nSpan),
-               std::memory_order_relaxed);
+    const std::int64_t instant = (span - 1) * s_nSpan;
+    const std::int64_t seconds = Ahead(clocks.show(instant), instant);
+    const std::uint64_t mark = Mark(clocks, span);
+    s_aheadKept[mark % s_aheadKept.size()].store(
+        mark << s_uAheadBits | static_cast<std::uint64_t>(seconds + s_nSpan), std::memory_order_relaxed);
     return seconds;
+}
+
+// The same from what was kept, where it was.
+std::int64_t AheadBefore(Clocks& clocks, std::int64_t clock)
+{
+    const std::uint64_t mark = Mark(clocks, FloorDivide(clock, s_nSpan));
+    const std::uint64_t found = s_aheadKept[mark % s_aheadKept.size()].load(std::memory_order_relaxed);
+    if (found >> s_uAheadBits == (mark & s_uMarkMask))
+        return static_cast<std::int64_t>(found & s_uAheadMask) - s_nSpan;
+    return KeepAhead(clocks, clock);
+}
+
+// Whether `clock` is what the clocks show at the instant; else what they show has to be asked again. In the
+// days after they were moved nobody knows at first.
+bool IsSure(Clocks& clocks, std::int64_t clock, std::int64_t instant)
+{
+    if (clocks.sure || AheadBefore(clocks, clock) == clock - instant)
+        return true;
+    KeepAhead(clocks, clock);
+    return false;
+}
+
+CivilTime Shown(Clocks clocks, std::int64_t instant)
+{
+    const CivilTime civil = FromTm(clocks.show(instant));
+    return IsSure(clocks, ClockInstant(civil), instant) ? civil : FromTm(clocks.show(instant));
+}
+
+std::int64_t TimeGm(const CivilTime& civil)
+{
+    std::tm time = {};
+    time.tm_year = static_cast<int>(civil.year - s_nTmYear);
+    time.tm_mon = static_cast<int>(civil.month - 1);
+    time.tm_mday = static_cast<int>(civil.day);
+    time.tm_hour = static_cast<int>(civil.hour);
+    time.tm_min = static_cast<int>(civil.minute);
+    time.tm_sec = static_cast<int>(civil.second);
+    return timegm(&time);
 }
 
 } // namespace
 
 CivilTime CivilTime::Local(std::int64_t instant)
 {
-    FollowZone();
-    return FromTm(LocalTm(instant));
+    return Shown(LocalClocks(), instant);
 }
 
 CivilTime CivilTime::Utc(std::int64_t instant)
 {
-    const std::time_t seconds = instant;
-    std::tm time = {};
-    // In a zone that counts leap seconds UTC counts them too.
-    FollowZone();
-    gmtime_r(&seconds, &time);
-    return FromTm(time);
+    return Shown(UtcClocks(), instant);
 }
 
 std::int64_t CivilTime::DaysOfMonth(std::int64_t year, std::int64_t month)
@@ -180,15 +241,15 @@ bool CivilTime::Exists() const
 
 std::int64_t CivilTime::LocalInstant() const
 {
-    const char* const zone = FollowZone();
+    Clocks clocks = LocalClocks();
     const std::int64_t clock = ClockInstant(*this);
-    std::int64_t before = AheadBefore(zone, clock, false);
+    std::int64_t before = AheadBefore(clocks, clock);
     std::tm shown = LocalTm(clock - before);
     if (Shows(shown, *this))
         return clock - before;
     if (Ahead(shown, clock - before) != before)
     {
-        before = AheadBefore(zone, clock, true);
+        before = KeepAhead(clocks, clock);
         shown = LocalTm(clock - before);
     }
     const std::int64_t first = Ahead(shown, clock - before);
@@ -196,21 +257,14 @@ std::int64_t CivilTime::LocalInstant() const
         return clock - before + (shown.tm_sec == s_nLeapSecond && second < s_nLeapSecond ? 1 : 0);
     // Here the clocks were moved since. Where this is left out the two differ, and the smaller one was
     // before.
-    return clock - std::min(first, Ahead(clock - first));
+    return clock - std::min(first, Ahead(LocalTm(clock - first), clock - first));
 }
 
 std::int64_t CivilTime::UtcInstant() const
 {
-    std::tm time = {};
-    time.tm_year = static_cast<int>(year - s_nTmYear);
-    time.tm_mon = static_cast<int>(month - 1);
-    time.tm_mday = static_cast<int>(day);
-    time.tm_hour = static_cast<int>(hour);
-    time.tm_min = static_cast<int>(minute);
-    time.tm_sec = static_cast<int>(second);
-    // In a zone that counts leap seconds UTC counts them too.
-    FollowZone();
-    return timegm(&time);
+    Clocks clocks = UtcClocks();
+    const std::int64_t instant = TimeGm(*this);
+    return IsSure(clocks, ClockInstant(*this), instant) ? instant : TimeGm(*this);
 }
 
 } // namespace Toolkit

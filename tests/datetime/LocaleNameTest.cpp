@@ -26,6 +26,7 @@ TEST(LocaleName, TakesNamesOfTheEnvironment)
         {"en_001", "en_001", "en"},
         {"zh_Hant_TW", "zh_Hant_TW", "zh"},
         {"zh_Hant", "zh_Hant", "zh"},
+        {"zh_hANT_TW", "zh_Hant_TW", "zh"},
         {"en_US_POSIX", "en_US_POSIX", "en"},
         {"sl_IT_NEDIS", "sl_IT_NEDIS", "sl"},
         {"de_CH_1996", "de_CH_1996", "de"},
@@ -63,6 +64,18 @@ TEST(LocaleName, TakesModifiersThatStandForAScriptOrAVariant)
     };
     for (const auto& row : rows)
         EXPECT_EQ(LocaleName(row.name).Id(), row.id) << row.name;
+}
+
+TEST(LocaleName, KnowsAndForgetsItsScript)
+{
+    EXPECT_EQ(LocaleName("zh_Hant").Script(), "Hant");
+    EXPECT_EQ(LocaleName("sr_RS.UTF-8@latin").Script(), "Latn");
+    EXPECT_EQ(LocaleName("de_DE").Script(), "");
+    EXPECT_EQ(LocaleName("zh_Hant").WithoutScript().Id(), "zh");
+    EXPECT_EQ(LocaleName("sr_Latn_RS_ABCDE").WithoutScript().Id(), "sr_RS_ABCDE");
+    EXPECT_EQ(LocaleName("sr_RS@latin").WithoutScript().Script(), "");
+    EXPECT_EQ(LocaleName("de_DE").WithoutScript().Id(), "de_DE");
+    EXPECT_EQ(LocaleName("C").WithoutScript().Id(), "");
 }
 
 TEST(LocaleName, RefusesEverythingElse)

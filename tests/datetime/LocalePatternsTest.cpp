@@ -200,6 +200,30 @@ TEST(LocalePatterns, TakesAnUnknownLanguageForTheLocaleCWhateverTheDefaultLocale
         EXPECT_EQ(LocalePatterns::ShortPatternsOf(name), L"MM/dd/yy HH:mm") << name;
 }
 
+TEST(LocalePatterns, TakesAnUnknownScriptForTheLanguageAloneWhateverTheDefaultLocale)
+{
+    const std::string before = uloc_getDefault();
+    UErrorCode status = U_ZERO_ERROR;
+    for (const char* const own : {"ja_JP", "ku_TR", "en_US_POSIX"})
+    {
+        uloc_setDefault(own, &status);
+        EXPECT_EQ(LocalePatterns::ShortPatternsOf("be_BY@latin"), L"d.MM.yy HH:mm") << own;
+        EXPECT_EQ(LocalePatterns::ShortPatternsOf("tt_RU@iqtelif"), L"dd.MM.yyyy H:mm") << own;
+        EXPECT_EQ(LocalePatterns::ShortPatternsOf("de_Zzzz_DE"), L"dd.MM.yy HH:mm") << own;
+    }
+    uloc_setDefault(before.c_str(), &status);
+    EXPECT_EQ(status, U_ZERO_ERROR);
+    EXPECT_EQ(LocalePatterns::ShortPatternsOf("be_BY"), L"d.MM.yy HH:mm");
+    EXPECT_EQ(LocalePatterns::ShortPatternsOf("tt_RU"), L"dd.MM.yyyy H:mm");
+}
+
+TEST(LocalePatterns, KeepsTheScriptsThatTheLanguageHas)
+{
+    for (const char* const name : {"ks_IN@devanagari", "ks_Deva_IN", "ks_deva_IN"})
+        EXPECT_EQ(LocalePatterns::ShortPatternsOf(name), L"d/M/yy a h:mm") << name;
+    EXPECT_EQ(LocalePatterns::ShortPatternsOf("ks_IN"), L"M/d/yy h:mm a");
+}
+
 TEST(LocalePatterns, TakesAnUnknownCountryForTheLanguageAlone)
 {
     EXPECT_EQ(LocalePatterns::ShortPatternsOf("de_XX.UTF-8"), LocalePatterns::ShortPatternsOf("de"));

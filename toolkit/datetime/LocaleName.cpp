@@ -12,6 +12,9 @@ namespace
 
 using View = std::string_view;
 
+// What small letters have besides the bits of great ones.
+const int s_iSmall = 0x20;
+
 // The C library's own functions would follow the host's locale.
 bool IsLetter(char c)
 {
@@ -93,6 +96,15 @@ std::vector<View> Split(View text, char mark)
     return parts;
 }
 
+// As scripts are written; the text is of letters.
+std::string Titled(View letters)
+{
+    std::string titled(letters);
+    for (char& letter : titled)
+        letter = static_cast<char>(&letter == &titled.front() ? letter & ~s_iSmall : letter | s_iSmall);
+    return titled;
+}
+
 // The script that a modifier stands for; empty for every other modifier.
 View ScriptOf(View modifier)
 {
@@ -135,9 +147,19 @@ LocaleName::LocaleName(const std::string& name)
         variant = "VALENCIA";
 
     m_strId = language;
-    for (const View other : {script, country, variant})
+    m_strScript = Titled(script);
+    for (const View other : {View(m_strScript), country, variant})
         if (!other.empty())
             m_strId.append("_").append(other);
+}
+
+LocaleName LocaleName::WithoutScript() const
+{
+    LocaleName name(*this);
+    if (!m_strScript.empty())
+        name.m_strId.erase(m_strId.find('_'), m_strScript.size() + 1);
+    name.m_strScript.clear();
+    return name;
 }
 
 } // namespace Toolkit

@@ -21,9 +21,14 @@ public:
     const std::string& Id() const { return m_strId; }
     // "sr"; empty when invalid.
     std::string Language() const { return m_strId.substr(0, m_strId.find('_')); }
+    // "Latn"; empty when there is none.
+    const std::string& Script() const { return m_strScript; }
+    // "sr_RS".
+    LocaleName WithoutScript() const;
 
 private:
     std::string m_strId;
+    std::string m_strScript;
 };
 
 } // namespace Toolkit

@@ -31,19 +31,29 @@ void KeepIcuLoaded()
         dlopen(icu.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
-// For a language without data ICU would answer with those of its own default locale, which follows other
+// The identifier of the locale without a script that ICU has no data for in that language; empty without data
+// for the language. ICU would answer both with those of its own default locale, which follows other
 // variables.
-bool IsKnown(const std::string& language)
+std::string KnownId(const LocaleName& name)
 {
     KeepIcuLoaded();
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<UEnumeration, decltype(&uenum_close)> locales(
         uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status), &uenum_close);
-    bool known = false;
-    for (const char* locale = uenum_next(locales.get(), nullptr, &status); !known && locale != nullptr;
-         locale = uenum_next(locales.get(), nullptr, &status))
-        known = LocaleName(locale).Language() == language;
-    return known;
+    bool language = false;
+    bool script = name.Script().empty();
+    for (const char* locale = uenum_next(locales.get(), nullptr, &status);
+         !(language && script) && locale != nullptr; locale = uenum_next(locales.get(), nullptr, &status))
+    {
+        const LocaleName known(locale);
+        if (known.Language() != name.Language())
+            continue;
+        language = true;
+        script = script || known.Script() == name.Script();
+    }
+    if (!language)
+        return std::string();
+    return script ? name.Id() : name.WithoutScript().Id();
 }
 
 // Empty when there is none.
@@ -64,9 +74,10 @@ TString<wchar_t> LocalePatterns::ShortPatternsOf(const std::string& locale)
     const LocaleName name(locale);
     std::wstring date;
     std::wstring time;
-    if (name.IsValid() && IsKnown(name.Language()))
+    std::string id = name.IsValid() ? KnownId(name) : std::string();
+    if (!id.empty())
     {
-        const std::string id = name.Id() + "@calendar=gregorian";
+        id += "@calendar=gregorian";
         date = ShortPattern::Date(PatternOf(id, UDAT_SHORT, UDAT_NONE));
         time = ShortPattern::Time(PatternOf(id, UDAT_NONE, UDAT_SHORT));
     }

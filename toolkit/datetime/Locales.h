@@ -17,6 +17,7 @@ public:
     // "dd/MM/yyyy HH:mm". There is always one, so the answer is true. Neither holds more than DateTime
     // can show: d, dd, M, MM, yy, yyyy; H, HH, h, hh, m, mm, a.
     // Quirk: a language without locale data counts as "C", whatever the country.
+    // Quirk: a script that the language has no locale data in is left out.
     // Quirk: words, and spaces in dates, are left out, and months are never in Roman numerals.
     static bool GetCurrentDateFormat(TString<wchar_t>& out);
 

@@ -240,6 +240,18 @@ TEST_P(DateTimeTest, TakesTheFieldsOfAFixedZone)
     EXPECT_EQ(Iso(DateTime(2009, 12, 31, 12, 0, 0, -12), true), L"2010-01-01 00:00:00 Z");
 }
 
+TEST_P(DateTimeTest, TakesTheLastInstantInEveryFixedZone)
+{
+    const DateTime last(292278994, 8, 17, 7, 12, 55, 0);
+    ASSERT_TRUE(last.IsValid());
+    EXPECT_EQ(DateTime(292278994, 8, 17, 8, 12, 55, 1), last);
+    EXPECT_EQ(DateTime(292278994, 8, 17, 20, 12, 55, 13), last);
+    EXPECT_EQ(DateTime(292278994, 8, 16, 19, 12, 55, -12), last);
+    ExpectAllZero(DateTime(292278994, 8, 17, 7, 12, 56, 0));
+    ExpectAllZero(DateTime(292278994, 8, 17, 20, 12, 56, 13));
+    ExpectAllZero(DateTime(292278994, 8, 16, 19, 12, 56, -12));
+}
+
 TEST_P(DateTimeTest, IsInvalidForOffsetsThatNoZoneHas)
 {
     for (const int offset :

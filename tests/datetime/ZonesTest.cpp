@@ -426,6 +426,15 @@ TEST_F(ZonesOfTZWithLeapSeconds, CountInFieldsOfAFixedZone)
     EXPECT_EQ(DateTime(2017, 6, 1, 0, 0, 0, 0), m_time);
 }
 
+TEST_F(ZonesOfTZWithLeapSeconds, CountBetweenAFixedZoneAndUtc)
+{
+    EXPECT_EQ(Iso(DateTime(2017, 1, 1, 0, 0, 0, 1), true), L"2016-12-31 23:00:00 Z");
+    EXPECT_EQ(Iso(DateTime(2017, 1, 1, 0, 59, 60, 1), true), L"2016-12-31 23:59:60 Z");
+    EXPECT_EQ(Iso(DateTime(2012, 7, 1, 5, 0, 0, 8), true), L"2012-06-30 21:00:00 Z");
+    EXPECT_EQ(Iso(DateTime(2016, 12, 31, 18, 59, 60, -5), true), L"2016-12-31 23:59:60 Z");
+    EXPECT_EQ(Iso(DateTime(2016, 12, 31, 20, 0, 0, -5), true), L"2017-01-01 01:00:00 Z");
+}
+
 TEST(Zones, WithoutTZTheSystemsZoneCounts)
 {
     DateTime time(2009, 7, 7, 12, 0, 0, 0);

@@ -31,9 +31,9 @@ struct CivilTime
     // seconds, and count on into the next minute where the system has none.
     bool Exists() const;
 
-    // The instant at which the clocks of the local zone, or of UTC, show this. A day outside the month counts
-    // on into the months around it. Of a local time that comes twice it is the first; a local time that never
-    // comes, as the clocks went forward, counts on from the last one before.
+    // The instant at which the clocks of the local zone, or of UTC, show this. A day outside the month, and
+    // an hour outside the day, count on into those around. Of a local time that comes twice it is the first;
+    // a local time that never comes, as the clocks went forward, counts on from the last one before.
     std::int64_t LocalInstant() const;
     std::int64_t UtcInstant() const;
 };

@@ -27,7 +27,6 @@ const std::int64_t s_nLastYear = 292300000;
 const int s_nFirstOffset = -12;
 const int s_nLastOffset = 13;
 const std::int64_t s_nMonthsPerYear = 12;
-const std::int64_t s_nSecondsPerHour = 3600;
 
 std::int64_t Milliseconds(const wxDateTime& time)
 {
@@ -207,8 +206,12 @@ DateTime::DateTime(unsigned int year, unsigned int month, unsigned int day, unsi
 {
     if (utcOffsetHours < s_nFirstOffset || utcOffsetHours > s_nLastOffset)
         return;
-    *m_pDateTime = Moved(FromUtc(Arguments(year, month, day, hour, minute, second)),
-                         -utcOffsetHours * s_nSecondsPerHour);
+    CivilTime civil = Arguments(year, month, day, hour, minute, second);
+    if (!IsPossible(civil))
+        return;
+    // Not from the instant: a leap second may lie between.
+    civil.hour -= utcOffsetHours;
+    *m_pDateTime = FromSeconds(civil.UtcInstant());
 }
 
 DateTime::DateTime(const DateTime& other) : m_pDateTime(new wxDateTime(*other.m_pDateTime)) {}

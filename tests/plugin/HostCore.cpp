@@ -28,8 +28,8 @@ extern "C"
     TOOLKIT_API bool HostShowsDate()
     {
         Toolkit::TString<wchar_t> text;
-        Toolkit::DateTime().GetString(text);
-        return text.size() > 1;
+        Toolkit::DateTime(2009, 3, 7, 14, 5, 9).GetString(text);
+        return text == L"07.03.09 14:05";
     }
 
     TOOLKIT_API bool HostHasManager()

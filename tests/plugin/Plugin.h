@@ -47,7 +47,7 @@ using PluginInstallSink = void (*)();
 // What the library that stands for the host's own core exports.
 using HostInitialize = void (*)(bool baseLibrary);
 using HostRelease = void (*)(bool baseLibrary);
-// True when the date of this moment has a text in the user's locale.
+// True when a date has the text that a German user's locale gives it.
 using HostShowsDate = bool (*)();
 // True when the manager exists.
 using HostHasManager = bool (*)();

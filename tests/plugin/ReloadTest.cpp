@@ -113,6 +113,14 @@ void LiveInEveryOrder()
     }
 }
 
+HostShowsDate s_showsDate = nullptr;
+
+void ShowDate()
+{
+    if (!s_showsDate())
+        _exit(1);
+}
+
 // A home folder of the test's own.
 class Reload : public testing::Test
 {
@@ -184,6 +192,21 @@ TEST_F(Reload, HundredsOfLivesLeaveNoMemoryBehind)
             LiveInEveryOrder();
         rounds.Did(lives);
     }
+}
+
+// What was to be done at the end before the library was opened is done after its statics have gone.
+TEST_F(Reload, DatesAreShownAtTheEndOfTheProcess)
+{
+    const auto process = []
+    {
+        setenv("LC_ALL", "de_DE.UTF-8", 1);
+        std::atexit(&ShowDate);
+        static const auto* const host = new Library(HOST_CORE);
+        s_showsDate = host->Find<HostShowsDate>("HostShowsDate");
+        ShowDate();
+        std::exit(0);
+    };
+    EXPECT_EXIT(process(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Reload, DatesInManyLivesLeaveNoMemoryBehind)

@@ -1,10 +1,14 @@
 #include "toolkit/datetime/Locales.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
+#include <mutex>
 #include <string>
 
 #include "toolkit/datetime/LocalePatterns.h"
-#include "toolkit/threading/MutexLock.h"
 
 namespace Toolkit
 {
@@ -12,15 +16,33 @@ namespace Toolkit
 namespace
 {
 
-// The pattern of the locale that was last asked for. No locale is asked for with an empty pattern.
-struct LastPattern
-{
-    Mutex m_mutex;
-    std::string m_strLocale;
-    TString<wchar_t> m_strPattern;
-};
+// Names of known locales and patterns fit; what does not is not kept.
+const std::size_t s_uMostName = 128;
+const std::size_t s_uMostPattern = 64;
 
-LastPattern s_last;
+// The pattern of the locale that was last asked for. No locale is asked for with an empty pattern.
+// Constant-initialised and trivially destroyed, so that dates are shown before and after any static object.
+std::mutex s_lastMutex;
+std::array<char, s_uMostName> s_lastLocale = {};
+std::array<wchar_t, s_uMostPattern> s_lastPattern = {};
+
+bool ReadLast(const char* locale, TString<wchar_t>& pattern)
+{
+    const std::lock_guard<std::mutex> lock(s_lastMutex);
+    if (s_lastPattern.front() == L'\0' || std::strcmp(s_lastLocale.data(), locale) != 0)
+        return false;
+    pattern = s_lastPattern.data();
+    return true;
+}
+
+void KeepLast(const std::string& locale, const TString<wchar_t>& pattern)
+{
+    if (locale.size() >= s_uMostName || pattern.size() >= s_uMostPattern)
+        return;
+    const std::lock_guard<std::mutex> lock(s_lastMutex);
+    std::copy_n(locale.c_str(), locale.size() + 1, s_lastLocale.begin());
+    std::copy_n(pattern.c_str(), pattern.size() + 1, s_lastPattern.begin());
+}
 
 const char* UserLocale()
 {
@@ -37,22 +59,13 @@ const char* UserLocale()
 
 bool Locales::GetCurrentDateFormat(TString<wchar_t>& out)
 {
-    const char* const locale = UserLocale();
-    {
-        const MutexLock lock(s_last.m_mutex);
-        if (!s_last.m_strPattern.empty() && s_last.m_strLocale == locale)
-        {
-            out = s_last.m_strPattern;
-            return true;
-        }
-    }
+    const char* const user = UserLocale();
+    if (ReadLast(user, out))
+        return true;
     // Asked for without the lock: it takes a while.
-    std::string name = locale;
-    out = LocalePatterns::ShortPatternsOf(name);
-    TString<wchar_t> pattern = out;
-    const MutexLock lock(s_last.m_mutex);
-    s_last.m_strLocale.swap(name);
-    s_last.m_strPattern.swap(pattern);
+    const std::string locale = user;
+    out = LocalePatterns::ShortPatternsOf(locale);
+    KeepLast(locale, out);
     return true;
 }
 

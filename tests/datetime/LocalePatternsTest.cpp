@@ -1,22 +1,27 @@
 #include "toolkit/datetime/LocalePatterns.h"
 
+#include <cstddef>
+#include <cstdlib>
 #include <cwchar>
 #include <map>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unicode/uclean.h>
 #include <unicode/udat.h>
 #include <unicode/uloc.h>
 
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/datetime/DateTime.h"
+#include "toolkit/datetime/Locales.h"
 
 namespace
 {
 
 using Toolkit::DateTime;
 using Toolkit::LocalePatterns;
+using Toolkit::Locales;
 using Text = Toolkit::TString<wchar_t>;
 using ToolkitTest::ScopedEnvironment;
 
@@ -89,6 +94,29 @@ public:
 private:
     UDateFormat* m_pFormat;
 };
+
+// What ICU takes its memory from, and how often that refuses to give any.
+int s_iRefusals = 0;
+
+bool IsRefused()
+{
+    return s_iRefusals > 0 && s_iRefusals-- > 0;
+}
+
+void* Allocate(const void* /*context*/, std::size_t size)
+{
+    return IsRefused() ? nullptr : std::malloc(size);
+}
+
+void* Reallocate(const void* /*context*/, void* memory, std::size_t size)
+{
+    return IsRefused() ? nullptr : std::realloc(memory, size);
+}
+
+void Free(const void* /*context*/, void* memory)
+{
+    std::free(memory);
+}
 
 // Why the text is not what a user expects of a short date with these numbers; empty when it is.
 std::string WrongDate(const Text& text, const Numbers& expected)
@@ -228,6 +256,27 @@ TEST(LocalePatterns, TakesAnUnknownCountryForTheLanguageAlone)
 {
     EXPECT_EQ(LocalePatterns::ShortPatternsOf("de_XX.UTF-8"), LocalePatterns::ShortPatternsOf("de"));
     EXPECT_EQ(LocalePatterns::ShortPatternsOf("fr_ZZ"), LocalePatterns::ShortPatternsOf("fr"));
+}
+
+TEST(LocalePatterns, AreAskedForAgainWhenThereWasNoMemory)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    u_setMemoryFunctions(nullptr, &Allocate, &Reallocate, &Free, &status);
+    ASSERT_EQ(status, U_ZERO_ERROR);
+    Text format;
+    {
+        const ScopedEnvironment other("LC_ALL", "C");
+        Locales::GetCurrentDateFormat(format);
+    }
+    const ScopedEnvironment environment("LC_ALL", "fr_CA.UTF-8");
+    // ICU remembers some refusals itself when it is asked first.
+    ASSERT_EQ(LocalePatterns::ShortPatternsOf("fr_CA.UTF-8"), L"yyyy-MM-dd HH:mm");
+    s_iRefusals = 1;
+    Locales::GetCurrentDateFormat(format);
+    EXPECT_EQ(s_iRefusals, 0);
+    EXPECT_EQ(format, L"MM/dd/yy HH:mm");
+    Locales::GetCurrentDateFormat(format);
+    EXPECT_EQ(format, L"yyyy-MM-dd HH:mm");
 }
 
 TEST(LocalePatterns, UsesTheGregorianCalendarEverywhere)

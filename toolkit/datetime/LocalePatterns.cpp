@@ -34,10 +34,9 @@ void KeepIcuLoaded()
 // The identifier of the locale without a script that ICU has no data for in that language; empty without data
 // for the language. ICU would answer both with those of its own default locale, which follows other
 // variables.
-std::string KnownId(const LocaleName& name)
+std::string KnownId(const LocaleName& name, UErrorCode& status)
 {
     KeepIcuLoaded();
-    UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<UEnumeration, decltype(&uenum_close)> locales(
         uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status), &uenum_close);
     bool language = false;
@@ -57,9 +56,9 @@ std::string KnownId(const LocaleName& name)
 }
 
 // Empty when there is none.
-std::wstring PatternOf(const std::string& id, UDateFormatStyle date, UDateFormatStyle time)
+std::wstring PatternOf(const std::string& id, UDateFormatStyle date, UDateFormatStyle time,
+                       UErrorCode& status)
 {
-    UErrorCode status = U_ZERO_ERROR;
     UDateFormat* const format = udat_open(time, date, id.c_str(), u"UTC", -1, nullptr, 0, &status);
     UChar pattern[s_iMaxPattern];
     const int length = udat_toPattern(format, false, pattern, s_iMaxPattern, &status);
@@ -69,19 +68,27 @@ std::wstring PatternOf(const std::string& id, UDateFormatStyle date, UDateFormat
 
 } // namespace
 
-TString<wchar_t> LocalePatterns::ShortPatternsOf(const std::string& locale)
+TString<wchar_t> LocalePatterns::ShortPatternsOf(const std::string& locale, bool& failed)
 {
+    UErrorCode status = U_ZERO_ERROR;
     const LocaleName name(locale);
     std::wstring date;
     std::wstring time;
-    std::string id = name.IsValid() ? KnownId(name) : std::string();
+    std::string id = name.IsValid() ? KnownId(name, status) : std::string();
     if (!id.empty())
     {
         id += "@calendar=gregorian";
-        date = ShortPattern::Date(PatternOf(id, UDAT_SHORT, UDAT_NONE));
-        time = ShortPattern::Time(PatternOf(id, UDAT_NONE, UDAT_SHORT));
+        date = ShortPattern::Date(PatternOf(id, UDAT_SHORT, UDAT_NONE, status));
+        time = ShortPattern::Time(PatternOf(id, UDAT_NONE, UDAT_SHORT, status));
     }
+    failed = U_FAILURE(status);
     return (date.empty() ? c_strDateOfC : date) + L" " + (time.empty() ? c_strTimeOfC : time);
+}
+
+TString<wchar_t> LocalePatterns::ShortPatternsOf(const std::string& locale)
+{
+    bool failed = false;
+    return ShortPatternsOf(locale, failed);
 }
 
 } // namespace Toolkit

@@ -14,7 +14,9 @@ class LocalePatterns
 {
 public:
     // The date pattern, a space and the time pattern, as ShortPattern lays them out, for a locale named as
-    // the environment names it (see LocaleName). Those of the locale "C" when there is no such locale.
+    // the environment names it (see LocaleName). Those of the locale "C" when there is no such locale, and
+    // where ICU failed, as it does without memory: then `failed`, false else, is true.
+    static TString<wchar_t> ShortPatternsOf(const std::string& locale, bool& failed);
     static TString<wchar_t> ShortPatternsOf(const std::string& locale);
 };
 

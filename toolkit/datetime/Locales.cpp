@@ -64,8 +64,10 @@ bool Locales::GetCurrentDateFormat(TString<wchar_t>& out)
         return true;
     // Asked for without the lock: it takes a while.
     const std::string locale = user;
-    out = LocalePatterns::ShortPatternsOf(locale);
-    KeepLast(locale, out);
+    bool failed = false;
+    out = LocalePatterns::ShortPatternsOf(locale, failed);
+    if (!failed)
+        KeepLast(locale, out);
     return true;
 }
 

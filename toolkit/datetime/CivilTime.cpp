@@ -23,7 +23,8 @@ const std::int64_t s_nSecondsPerDay = 86400;
 const std::int64_t s_nMonthsPerYear = 12;
 const int s_nLeapSecond = 60;
 
-// Longer than any two zones are apart, shorter than any zone keeps its clocks unchanged.
+// Longer than any two zones are apart, shorter than any zone of the database keeps its clocks unchanged. A
+// rule in TZ may move them sooner again: there the second of two equal times may be taken for the first.
 const std::int64_t s_nSpan = std::int64_t{1} << 17;
 
 // What KeepAhead found for a span and a zone: asking again would cost as much as all the rest. The lowest

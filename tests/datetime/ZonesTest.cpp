@@ -545,19 +545,24 @@ TEST(Zones, ReadsBackEverySecondWhereLeapSecondsAreCounted)
 
 TEST(Zones, ThreadsMakeTheirOwnValuesAtOnce)
 {
-    const LocalZone zone("Europe/Berlin");
-    std::vector<std::thread> threads;
-    for (unsigned int thread = 0; thread < 4; ++thread)
-        threads.emplace_back(
-            []
-            {
-                for (unsigned int day = 0; day < 2000; ++day)
+    const char* const names[] = {"Europe/Berlin", nullptr};
+    for (const char* const name : names)
+    {
+        const LocalZone zone(name);
+        std::vector<std::thread> threads;
+        for (unsigned int thread = 0; thread < 4; ++thread)
+            threads.emplace_back(
+                []
                 {
-                    DateTime time(2000, 1, 1, 14, 5, 9);
-                    time.Add(0, 0, 0, day);
-                    EXPECT_EQ(Parsed(Iso(time)), time);
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+                    for (unsigned int day = 0; day < 2000; ++day)
+                    {
+                        DateTime time(2000, 1, 1, 14, 5, 9);
+                        time.Add(0, 0, 0, day);
+                        EXPECT_EQ(Parsed(Iso(time)), time);
+                        EXPECT_EQ(Parsed(Iso(time, true)), time);
+                    }
+                });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
 }

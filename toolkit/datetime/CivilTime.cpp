@@ -15,9 +15,10 @@ namespace Toolkit
 namespace
 {
 
-// What is kept of the system's zone, and of UTC where that zone counts, goes by these names.
-const char c_strSystemZone[] = "/etc/localtime";
-const char c_strSystemUtc[] = "/etc/localtime, UTC";
+// The marks of what is kept of the system's zone, and of UTC where that zone counts: any numbers, as
+// good as the hashes of names.
+const std::uint64_t s_uSystemZone = 0x9E3779B97F4A7C15;
+const std::uint64_t s_uSystemUtc = 0xC2B2AE3D27D4EB4F;
 const std::int64_t s_nTmYear = 1900;
 const std::int64_t s_nSecondsPerDay = 86400;
 const std::int64_t s_nMonthsPerYear = 12;
@@ -69,7 +70,9 @@ std::tm UtcTm(std::int64_t instant)
 struct Clocks
 {
     std::tm (*show)(std::int64_t instant);
+    // TZ, or null and the mark of the system's zone.
     const char* zone;
+    std::uint64_t system;
     // Whether the C library has just looked at the zone. Else the host may have had it look at another TZ
     // since it did, and what it answers counts only where it agrees with what was kept.
     bool sure;
@@ -77,7 +80,7 @@ struct Clocks
 
 // Lets the C library look at the zone, which not every localtime_r does itself. Where TZ is not set it asks
 // for the state of the system's file each time, which costs more than all the rest: once a tick is enough.
-Clocks Follow(std::tm (*show)(std::int64_t instant), const char* systemZone)
+Clocks Follow(std::tm (*show)(std::int64_t instant), std::uint64_t system)
 {
     const char* const zone = std::getenv("TZ");
     const std::int64_t look = zone != nullptr ? -1 : CoarseTick();
@@ -87,17 +90,17 @@ Clocks Follow(std::tm (*show)(std::int64_t instant), const char* systemZone)
         tzset();
     if (!known)
         s_nZoneLook.store(look, std::memory_order_relaxed);
-    return Clocks{show, zone != nullptr ? zone : systemZone, sure};
+    return Clocks{show, zone, system, sure};
 }
 
 Clocks LocalClocks()
 {
-    return Follow(&LocalTm, c_strSystemZone);
+    return Follow(&LocalTm, s_uSystemZone);
 }
 
 Clocks UtcClocks()
 {
-    return Follow(&UtcTm, c_strSystemUtc);
+    return Follow(&UtcTm, s_uSystemUtc);
 }
 
 CivilTime FromTm(const std::tm& time)
@@ -150,7 +153,9 @@ std::int64_t Ahead(const std::tm& time, std::int64_t instant)
 
 std::uint64_t Mark(const Clocks& clocks, std::int64_t span)
 {
-    return std::hash<std::string_view>()(clocks.zone) + static_cast<std::uint64_t>(span);
+    const std::uint64_t zone =
+        clocks.zone != nullptr ? std::hash<std::string_view>()(clocks.zone) : clocks.system;
+    return zone + static_cast<std::uint64_t>(span);
 }
 
 // How far the clocks were ahead a day or two before they show `clock`, from a C library that has looked at
@@ -179,11 +184,14 @@ std::int64_t AheadBefore(Clocks& clocks, std::int64_t clock)
     return KeepAhead(clocks, clock);
 }
 
-// Whether `clock` is what the clocks show at the instant; else what they show has to be asked again. In the
-// days after they were moved nobody knows at first.
-bool IsSure(Clocks& clocks, std::int64_t clock, std::int64_t instant)
+// Whether this is what the clocks show at the instant; else what they show has to be asked again. In the days
+// after they were moved nobody knows at first.
+bool IsSure(Clocks& clocks, const CivilTime& civil, std::int64_t instant)
 {
-    if (clocks.sure || AheadBefore(clocks, clock) == clock - instant)
+    if (clocks.sure)
+        return true;
+    const std::int64_t clock = ClockInstant(civil);
+    if (AheadBefore(clocks, clock) == clock - instant)
         return true;
     KeepAhead(clocks, clock);
     return false;
@@ -192,7 +200,7 @@ bool IsSure(Clocks& clocks, std::int64_t clock, std::int64_t instant)
 CivilTime Shown(Clocks clocks, std::int64_t instant)
 {
     const CivilTime civil = FromTm(clocks.show(instant));
-    return IsSure(clocks, ClockInstant(civil), instant) ? civil : FromTm(clocks.show(instant));
+    return IsSure(clocks, civil, instant) ? civil : FromTm(clocks.show(instant));
 }
 
 std::int64_t TimeGm(const CivilTime& civil)
@@ -265,7 +273,7 @@ std::int64_t CivilTime::UtcInstant() const
 {
     Clocks clocks = UtcClocks();
     const std::int64_t instant = TimeGm(*this);
-    return IsSure(clocks, ClockInstant(*this), instant) ? instant : TimeGm(*this);
+    return IsSure(clocks, *this, instant) ? instant : TimeGm(*this);
 }
 
 } // namespace Toolkit

@@ -118,8 +118,10 @@ testing::AssertionResult RepeatStarted(const std::function<void()>& round)
 
 TEST(ThreadLife, BeginsWithAThreadOfTheSystem)
 {
+    // A sanitizer adds a thread of its own to the first one.
+    const Worker first;
     const std::ptrdiff_t before = ThreadCount();
-    const Worker worker;
+    const Worker second;
     EXPECT_EQ(before + 1, ThreadCount());
 }
 

@@ -51,7 +51,7 @@ Thread::~Thread()
 
 bool Thread::Run()
 {
-    if (!m_bCreated || IsStarted())
+    if (IsCurrent() || !m_bCreated || IsStarted())
         return false;
     const BaseLibrary::Silence silence;
     m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
@@ -61,7 +61,7 @@ bool Thread::Run()
 bool Thread::Pause()
 {
     const std::lock_guard<std::mutex> guard(m_stateGuard);
-    if (m_bKilled || IsCurrent() || !wxThread::IsRunning())
+    if (IsCurrent() || m_bKilled || !wxThread::IsRunning())
         return false;
     const BaseLibrary::Silence silence;
     return wxThread::Pause() == wxTHREAD_NO_ERROR;
@@ -81,10 +81,10 @@ bool Thread::Resume()
 
 wxThreadError Thread::Kill()
 {
-    if (!IsRunning())
-        return wxTHREAD_NOT_RUNNING;
     if (IsCurrent())
         return wxTHREAD_MISC_ERROR;
+    if (!IsRunning())
+        return wxTHREAD_NOT_RUNNING;
     const BaseLibrary::Silence silence;
     const wxThreadError answer = wxThread::Kill();
     m_bKilled = answer == wxTHREAD_NO_ERROR;
@@ -97,10 +97,10 @@ wxThreadError Thread::Kill()
 
 wxThreadError Thread::Delete(ExitCode* code, wxThreadWait mode)
 {
-    if (!m_bCreated || !IsStarted())
-        return wxTHREAD_NOT_RUNNING;
     if (IsCurrent())
         return wxTHREAD_MISC_ERROR;
+    if (!m_bCreated || !IsStarted())
+        return wxTHREAD_NOT_RUNNING;
     const BaseLibrary::Silence silence;
     AskToStop();
     return wxThread::Delete(code, mode);
@@ -116,14 +116,14 @@ void Thread::SetPriority(unsigned int priority)
 
 wxThread::ExitCode Thread::Wait()
 {
-    if (!IsStarted() || IsCurrent())
+    if (IsCurrent() || !IsStarted())
         return nullptr;
     return wxThread::Wait();
 }
 
 bool Thread::IsRunning() const
 {
-    return !m_bKilled && IsAlive();
+    return IsCurrent() || (!m_bKilled && IsAlive());
 }
 
 bool Thread::IsPaused() const
@@ -219,6 +219,7 @@ void Thread::AskToStop()
     m_stateChange.notify_all();
 }
 
+// Asked before anything that the owner writes.
 bool Thread::IsCurrent() const
 {
     return This() == this;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/Bench.h"
 
 #include <unistd.h>

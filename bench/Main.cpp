@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/Bench.h"
 
 int main(int count, char** arguments)

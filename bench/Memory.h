@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_BENCH_MEMORY_H
 #define TOOLKIT_BENCH_MEMORY_H
 

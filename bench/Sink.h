@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_BENCH_SINK_H
 #define TOOLKIT_BENCH_SINK_H
 

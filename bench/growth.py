@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """How cost grows: what callgrind counted and what was timed, by size, and the form that follows from it."""
 import math
 

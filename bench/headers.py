@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints as JSON what it takes to compile each header alone, null where it is not installed or does not:
 headers.py <repetitions> <flags of the base library>..."""
 import json

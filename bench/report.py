@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes docs/benchmarks.md of what was measured: report.py <folder of the tables> <results folder>."""
 import json
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What the library stands on, as imported targets:
 #   Toolkit::wx      wxWidgets base and net (never its graphical libraries); a consumer needs it too
 #   Toolkit::wx_gui  the graphical ones on top, for the example with a window; missing where they are not installed

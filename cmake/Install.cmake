@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What a user of the library gets: the library, its public headers, and the files by which CMake and pkg-config find
 # both. The prefix may be moved afterwards. Two components: Toolkit_Runtime is what a program needs that was linked
 # with the library, Toolkit_Development what it needs to be built.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The Debian packages: libtoolkit<soversion> with the library, libtoolkit-dev with what a program is built with. Made in
 # the preset "package" by cpack; the prefix must be /usr, since that alone gives the folders of the distribution.
 set(toolkit_debian ${PROJECT_SOURCE_DIR}/packaging/debian)

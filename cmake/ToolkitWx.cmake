@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # toolkit_import_wx(<target> <libraries> <release>): makes an imported target of libraries of wxWidgets with the flags
 # that this machine's wx-config answers. CMake 3.25 has no imported target for them. An empty release takes what wx-config
 # chooses. What is wrong stands in TOOLKIT_WX_ERROR afterwards, which is empty if nothing is.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes and DateTime.
 
 (gdb) source gdb/toolkit_printers.py                        in the sources

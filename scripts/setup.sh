@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by ./tour, ./check and the other scripts: what they share. Installs what the build needs, and builds a preset.
 
 # The one package list. Compilers and tools first, then the libraries.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_FORWARD_H
 #define TOOLKIT_FORWARD_H
 

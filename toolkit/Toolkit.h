@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_TOOLKIT_H
 #define TOOLKIT_TOOLKIT_H
 

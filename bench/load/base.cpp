@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <wx/init.h>
 
 #include "bench/load/Tally.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/load/Tally.h"
 #include "toolkit/core/ToolkitSession.h"
 

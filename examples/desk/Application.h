@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_APPLICATION_H
 #define DESK_APPLICATION_H
 

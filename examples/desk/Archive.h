@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_ARCHIVE_H
 #define DESK_ARCHIVE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_CONSOLE_H
 #define DESK_CONSOLE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Dates.h"
 
 #include <cstdlib>

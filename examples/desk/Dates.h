@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_DATES_H
 #define DESK_DATES_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_DOCUMENT_H
 #define DESK_DOCUMENT_H
 

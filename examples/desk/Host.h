@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_HOST_H
 #define DESK_HOST_H
 

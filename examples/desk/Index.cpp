@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Index.h"
 
 #include <algorithm>

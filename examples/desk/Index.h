@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_INDEX_H
 #define DESK_INDEX_H
 

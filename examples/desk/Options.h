@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_OPTIONS_H
 #define DESK_OPTIONS_H
 

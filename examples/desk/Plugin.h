@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_PLUGIN_H
 #define DESK_PLUGIN_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_PROCESSES_H
 #define DESK_PROCESSES_H
 

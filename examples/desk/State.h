@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_STATE_H
 #define DESK_STATE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_TEXT_H
 #define DESK_TEXT_H
 

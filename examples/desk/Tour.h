@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_TOUR_H
 #define DESK_TOUR_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_VIEW_H
 #define DESK_VIEW_H
 

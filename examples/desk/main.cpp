@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // desk: an application that stands on the toolkit. The first start runs until it is told to quit; a later one
 // hands its command to the first.
 //   desk [-data FOLDER] [-open FILE] [-log NAME] [-paused]     runs over the bundle in FOLDER

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds dates in a text, takes them apart by the names of the groups, and hides the year.
 
 #include <toolkit/Toolkit.h>

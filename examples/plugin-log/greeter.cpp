@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plug-in: its module is brought up and down with all the others, and its lines go to the host's log.
 
 #include <toolkit/Toolkit.h>

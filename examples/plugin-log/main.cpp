@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host and a plug-in that write to one log: plugin-log <plug-in> <name of the log>
 
 #include <toolkit/Toolkit.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads a settings file: settings <file>
 
 #include <toolkit/Toolkit.h>

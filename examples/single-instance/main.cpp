@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs once for a user; a second start hands its command to the first one and ends: single-instance
 // [<command>]
 

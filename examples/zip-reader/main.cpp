@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists the files of a ZIP archive with the first line of each: zip-reader <archive> [<beginning of the
 // names>]
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/CmdLineParser.h"
 
 #include <random>
@@ -5,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/support/PlainTokenize.h"
+#include "tests/reference/PlainTokenize.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

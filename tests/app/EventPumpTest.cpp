@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/EventPump.h"
 
 #include <algorithm>

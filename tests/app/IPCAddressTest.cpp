@@ -1,4 +1,5 @@
-#include "toolkit/app/IPCAddress.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/ipc/IPCAddress.h"
 
 #include <cstring>
 #include <filesystem>

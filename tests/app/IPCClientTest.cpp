@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/IPCClient.h"
 
 #include <chrono>
@@ -17,7 +18,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/core/ToolkitSession.h"
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/wx/WxText.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/IPCConnectionEventHelper.h"
 
 #include <memory>

@@ -1,4 +1,5 @@
-#include "toolkit/app/IPCMessage.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/ipc/IPCMessage.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,5 @@
-#include "toolkit/app/IPCPayload.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/ipc/IPCPayload.h"
 
 #include <string>
 #include <vector>

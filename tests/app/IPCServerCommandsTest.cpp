@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a server hears of its clients, and what it does about those that mean harm.
 
 #include "toolkit/app/IPCServer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is left when a server goes, or the process of which it is a copy, or the base library.
 
 #include "toolkit/app/IPCServer.h"

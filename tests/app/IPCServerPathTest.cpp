@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where a server listens, and what may lie there already.
 
 #include "toolkit/app/IPCServer.h"

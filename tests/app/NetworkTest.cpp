@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/Network.h"
 
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/PathManager.h"
 
 #include <algorithm>

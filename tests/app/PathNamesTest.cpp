@@ -1,4 +1,5 @@
-#include "toolkit/app/PathNames.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/system/PathNames.h"
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/SingleApplicationInstance.h"
 
 #include <filesystem>

@@ -1,11 +1,12 @@
-#include "toolkit/app/StandardFolders.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/system/StandardFolders.h"
 
 #include <gtest/gtest.h>
 #include <wx/init.h>
 #include <wx/stdpaths.h>
 
 #include "tests/support/TemporaryFolder.h"
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/wx/WxText.h"
 
 using Toolkit::FromWx;
 using Toolkit::StandardFolders;

@@ -1,4 +1,5 @@
-#include "toolkit/app/SystemCodes.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/system/SystemCodes.h"
 
 #include <gtest/gtest.h>
 

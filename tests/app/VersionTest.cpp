@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/Version.h"
 
 #include <memory>
@@ -8,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/reference/PlainVersion.h"
 #include "tests/support/GroupedDigits.h"
-#include "tests/support/PlainVersion.h"
 
 using Toolkit::smart_ptr;
 using Toolkit::TString;

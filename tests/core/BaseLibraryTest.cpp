@@ -1,4 +1,5 @@
-#include "toolkit/core/BaseLibrary.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/wx/BaseLibrary.h"
 
 #include <future>
 #include <memory>

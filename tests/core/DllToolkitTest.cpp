@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/DllToolkit.h"
 
 #include <gtest/gtest.h>

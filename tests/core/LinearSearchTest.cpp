@@ -1,4 +1,5 @@
-#include "toolkit/core/LinearSearch.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/text/LinearSearch.h"
 
 #include <random>
 #include <string>

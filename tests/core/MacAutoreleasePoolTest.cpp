@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/MacAutoreleasePool.h"
 
 #include <type_traits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/TString.h"
 
 #include <algorithm>
@@ -16,9 +17,9 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include "tests/reference/PlainTString.h"
 #include "tests/support/Child.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/PlainTString.h"
 #include "tests/support/Sanitized.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/ToolkitModule.h"
 
 #include <gtest/gtest.h>

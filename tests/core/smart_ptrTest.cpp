@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/smart_ptr.h"
 
 #include <memory>

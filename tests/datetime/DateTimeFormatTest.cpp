@@ -1,10 +1,11 @@
-#include "toolkit/datetime/DateTimeFormat.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/locale/DateTimeFormat.h"
 
 #include <random>
 
 #include <gtest/gtest.h>
 
-#include "tests/support/PlainDatePattern.h"
+#include "tests/reference/PlainDatePattern.h"
 
 namespace
 {

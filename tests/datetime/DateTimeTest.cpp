@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/datetime/DateTime.h"
 
 #include <array>

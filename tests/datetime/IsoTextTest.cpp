@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include <cstddef>
 #include <random>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "tests/reference/PlainIsoText.h"
 #include "tests/support/DateTimes.h"
 #include "tests/support/GroupedDigits.h"
 #include "tests/support/LocalZone.h"
-#include "tests/support/PlainIsoText.h"
 #include "toolkit/encoding/UTF8.h"
 
 // The reader of ISO texts beside a real stream.

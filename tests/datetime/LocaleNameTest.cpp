@@ -1,4 +1,5 @@
-#include "toolkit/datetime/LocaleName.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/locale/LocaleName.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
-#include "toolkit/datetime/LocalePatterns.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/locale/LocalePatterns.h"
 
 #include <cstddef>
 #include <cstdlib>

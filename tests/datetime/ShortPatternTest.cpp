@@ -1,4 +1,5 @@
-#include "toolkit/datetime/ShortPattern.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/locale/ShortPattern.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints what Python's own zone rules say of the changes of every zone that the system knows.
 
   Z <zone> ...                                 the zones, all alike, of the lines that follow

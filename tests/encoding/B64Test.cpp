@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/encoding/B64.h"
 
 #include <limits>
@@ -8,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/reference/PlainBase64.h"
 #include "tests/support/BytesContent.h"
-#include "tests/support/PlainBase64.h"
 #include "toolkit/encoding/Bytes.h"
 
 using Toolkit::B64;

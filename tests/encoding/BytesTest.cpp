@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/encoding/Bytes.h"
 
 #include <algorithm>
@@ -9,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/reference/PlainStream.h"
 #include "tests/support/BytesContent.h"
-#include "tests/support/PlainStream.h"
 
 using Toolkit::Bytes;
 using Toolkit::IsError;

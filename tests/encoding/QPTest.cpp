@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/encoding/QP.h"
 
 #include <cstdint>
@@ -8,7 +9,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/PlainQuotedPrintable.h"
+#include "tests/reference/PlainQuotedPrintable.h"
 
 using Toolkit::QP;
 using Toolkit::TString;

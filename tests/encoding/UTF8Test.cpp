@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/encoding/UTF8.h"
 
 #include <cstdint>
@@ -8,7 +9,7 @@
 #include <wx/strconv.h>
 #include <wx/string.h>
 
-#include "tests/support/PlainUtf8.h"
+#include "tests/reference/PlainUtf8.h"
 
 using Toolkit::TString;
 using Toolkit::UTF8;

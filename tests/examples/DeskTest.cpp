@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/examples/DeskSupport.h"
 
 using ToolkitTest::DeskHome;

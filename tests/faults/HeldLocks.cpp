@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/HeldLocks.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that restarts itself once and is killed meanwhile, before the call of the system of that number; 0
 // lets it be. The new process writes what it saw into a file, and that at once.
 //   RestartKilled <number for the old process> <number for the new process> <file>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/ArchiveZip.h"
 
 #include <atomic>

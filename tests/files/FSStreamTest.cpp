@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/FSStream.h"
 
 #include <clocale>
@@ -19,8 +20,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "tests/reference/PlainStream.h"
 #include "tests/support/Child.h"
-#include "tests/support/PlainStream.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/IniFile.h"
 
 #include <atomic>
@@ -13,10 +14,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "tests/reference/PlainIni.h"
 #include "tests/support/Child.h"
 #include "tests/support/Document.h"
 #include "tests/support/InstalledLogger.h"
-#include "tests/support/PlainIni.h"
 #include "tests/support/PlainLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/log/ILogger.h"

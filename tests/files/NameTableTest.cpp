@@ -1,4 +1,5 @@
-#include "toolkit/files/NameTable.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/text/NameTable.h"
 
 #include <cstdint>
 #include <map>

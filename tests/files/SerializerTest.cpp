@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/Serializer.h"
 
 #include <string>
@@ -5,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/reference/PlainStream.h"
 #include "tests/support/Document.h"
-#include "tests/support/PlainStream.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/B64.h"
 #include "toolkit/encoding/Bytes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/StreamResult.h"
 
 #include <gtest/gtest.h>

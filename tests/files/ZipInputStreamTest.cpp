@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/ZipInputStream.h"
 
 #include <string>

@@ -1,4 +1,5 @@
-#include "toolkit/files/ZipNameConverter.h"
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/zip/ZipNameConverter.h"
 
 #include <cstdlib>
 #include <filesystem>

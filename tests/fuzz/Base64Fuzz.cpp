@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "tests/reference/PlainBase64.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
-#include "tests/support/PlainBase64.h"
 #include "toolkit/encoding/B64.h"
 #include "toolkit/encoding/Bytes.h"
 

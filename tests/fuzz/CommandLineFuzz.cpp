@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "tests/reference/PlainParse.h"
+#include "tests/reference/PlainTokenize.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
-#include "tests/support/PlainParse.h"
-#include "tests/support/PlainTokenize.h"
 #include "toolkit/app/CmdLineOption.h"
 #include "toolkit/app/CmdLineParser.h"
 

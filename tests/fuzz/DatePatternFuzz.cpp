@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstring>
 
+#include "tests/reference/PlainDatePattern.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
-#include "tests/support/PlainDatePattern.h"
-#include "toolkit/datetime/DateTimeFormat.h"
-#include "toolkit/datetime/LocaleName.h"
-#include "toolkit/datetime/ShortPattern.h"
+#include "toolkit/internal/locale/DateTimeFormat.h"
+#include "toolkit/internal/locale/LocaleName.h"
+#include "toolkit/internal/locale/ShortPattern.h"
 
 namespace
 {

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
+#include "tests/reference/PlainIni.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzFile.h"
-#include "tests/support/PlainIni.h"
 #include "toolkit/files/IniFile.h"
 #include "toolkit/files/TextFile.h"
 

@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "tests/reference/PlainIpcMessages.h"
 #include "tests/support/FuzzCheck.h"
-#include "tests/support/PlainIpcMessages.h"
-#include "toolkit/app/IPCMessage.h"
+#include "toolkit/internal/ipc/IPCMessage.h"
 
 namespace
 {

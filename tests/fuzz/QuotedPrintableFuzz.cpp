@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstring>
 #include <string>
 
+#include "tests/reference/PlainQuotedPrintable.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
-#include "tests/support/PlainQuotedPrintable.h"
 #include "toolkit/encoding/QP.h"
 
 // The first eight bytes are the lengths of the lines, the rest is the text.

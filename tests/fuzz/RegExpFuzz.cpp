@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <cstdint>
 #include <string>
 
+#include "tests/reference/PlainMatch.h"
+#include "tests/reference/PlainReplacement.h"
 #include "tests/support/FuzzCheck.h"
-#include "tests/support/PlainMatch.h"
-#include "tests/support/PlainReplacement.h"
 #include "tests/support/RegExpSupport.h"
 
 // The input is a pattern, a replacement and a subject, with a zero behind each of the first two.

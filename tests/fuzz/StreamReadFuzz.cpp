@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include <cstring>
 #include <string>
 
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "tests/reference/PlainStream.h"
 #include "tests/support/FuzzCheck.h"
-#include "tests/support/PlainStream.h"
 #include "toolkit/encoding/B64.h"
 #include "toolkit/encoding/Bytes.h"
 #include "toolkit/files/FSStream.h"

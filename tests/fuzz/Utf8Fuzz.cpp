@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include <cstdint>
 #include <cstring>
 #include <string>
 
+#include "tests/reference/PlainUtf8.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
-#include "tests/support/PlainUtf8.h"
 #include "toolkit/encoding/UTF8.h"
 
 // The input is taken as UTF-8, as a text made of it, and as the elements of a wide text.

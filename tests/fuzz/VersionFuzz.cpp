@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
+#include "tests/reference/PlainVersion.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
-#include "tests/support/PlainVersion.h"
 #include "toolkit/app/Version.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values for the debugger to look at: it stops in `Stop`, one frame below them.
 
 #include "toolkit/core/TString.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/LogLine.h"
 
 #include <regex>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/LogText.h"
 
 #include <climits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/plugin/Plugin.h"
 
 #include "toolkit/app/PathManager.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <map>
 #include <random>
 #include <string>
@@ -5,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/PlainReplacement.h"
+#include "tests/reference/PlainReplacement.h"
 #include "tests/support/RegExpSupport.h"
 
 using namespace Toolkit;

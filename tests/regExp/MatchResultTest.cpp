@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/regExp/MatchResult.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/regExp/RegExp.Exceptions"
 
 #include <gtest/gtest.h>

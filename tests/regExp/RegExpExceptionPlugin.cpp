@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/regExp/RegExpExceptionPlugin.h"
 
 #include <cstdio>

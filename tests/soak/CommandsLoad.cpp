@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <cwchar>
 
 #include <gtest/gtest.h>

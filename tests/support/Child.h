@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_TESTS_SUPPORT_CHILD_H
 #define TOOLKIT_TESTS_SUPPORT_CHILD_H
 

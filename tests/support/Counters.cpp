@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Part of the library in a build with counters: only the library can write its own.
 
 extern "C" void __gcov_dump();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_TESTS_SUPPORT_ROUNDS_H
 #define TOOLKIT_TESTS_SUPPORT_ROUNDS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Part of every test program: what ThreadSanitizer must not report.
 
 #if defined(__SANITIZE_THREAD__)

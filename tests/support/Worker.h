@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_TESTS_SUPPORT_WORKER_H
 #define TOOLKIT_TESTS_SUPPORT_WORKER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library that tests load: one function, one variable, and a note of its unloading.
 
 extern "C"

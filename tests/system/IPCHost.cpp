@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that is served, or asks to be.
 //   IPCHost serve <count>     prints "listening", then each command that arrives on the default channel as a
 //   line

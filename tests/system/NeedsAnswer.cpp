@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library that tests load: it calls a function of the answering library without being linked with it.
 
 extern "C"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Asks for the network inside a network of its own, in which nothing but this process exists.
 //   ProbeNetwork <network> <caller> <seconds> <folder>
 // network: reachable (a server listens), refused (none does), silent (a server that takes no more

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that restarts itself, as often as the variable TOOLKIT_TEST_RESTARTS says, and that hands its own
 // arguments on. It does so on a command of its own server, within the pump that delivers it. Each process
 // writes what it saw into a file of the folder TOOLKIT_TEST_REPORTS, when everything else is done: "old",

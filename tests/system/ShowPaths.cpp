@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prints, a line each, what the path manager knows in this process: "name=value" as UTF-8.
 //   ShowPaths [started] [named] [deleted] [user id]
 // started: with the base library started; named: as an application of that name, which needs it started;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that tells whether it is the first of its kind. It answers each line of its standard input by a
 // line:
 //   start    brings the library up: "first" or "second"

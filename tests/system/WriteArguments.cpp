@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes what it was started with into the file that its first argument names: its argument vector, the
 // descriptors that it has inherited beyond the standard ones, and the variable TOOLKIT_TEST, a line each.
 //   WriteArguments <file> [<argument>...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/threading/BackgroundOperation.h"
 
 #include <atomic>

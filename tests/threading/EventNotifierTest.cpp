@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/threading/EventNotifier.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/threading/Threadable.h"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_APP_CMDLINEPARSER_H
 #define TOOLKIT_APP_CMDLINEPARSER_H
 

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/DynamicLibrary.h"
 
 #include <dlfcn.h>
 #include <sys/stat.h>
 #include <wx/dynlib.h>
 
-#include "toolkit/app/PathNames.h"
+#include "toolkit/internal/system/PathNames.h"
 
 namespace Toolkit
 {

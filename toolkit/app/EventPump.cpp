@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/EventPump.h"
 
 #include <algorithm>
@@ -15,8 +16,8 @@
 #include <wx/evtloopsrc.h>
 #include <wx/thread.h>
 
-#include "toolkit/app/NewDescriptors.h"
-#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/NewDescriptors.h"
 #include "toolkit/threading/Mutex.h"
 
 namespace Toolkit

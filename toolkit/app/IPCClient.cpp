@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/IPCClient.h"
 
 #include <algorithm>
@@ -8,11 +9,11 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include "toolkit/app/IPCAddress.h"
-#include "toolkit/app/IPCEndpoint.h"
-#include "toolkit/app/IPCMessage.h"
-#include "toolkit/app/IPCSocket.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/ipc/IPCAddress.h"
+#include "toolkit/internal/ipc/IPCEndpoint.h"
+#include "toolkit/internal/ipc/IPCMessage.h"
+#include "toolkit/internal/ipc/IPCSocket.h"
 #include "toolkit/threading/Mutex.h"
 
 namespace Toolkit

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/IPCConnectionEventHelper.h"
 
-#include "toolkit/app/IPCPayload.h"
 #include "toolkit/app/IPCServer.h"
+#include "toolkit/internal/ipc/IPCPayload.h"
 
 namespace Toolkit
 {

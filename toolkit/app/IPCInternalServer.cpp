@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/IPCInternalServer.h"
 
-#include "toolkit/app/IPCAddress.h"
 #include "toolkit/app/IPCConnectionEventHelper.h"
-#include "toolkit/app/IPCEndpoint.h"
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/ipc/IPCAddress.h"
+#include "toolkit/internal/ipc/IPCEndpoint.h"
+#include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
 {

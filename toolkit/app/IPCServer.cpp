@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/IPCServer.h"
 
-#include "toolkit/app/IPCAddress.h"
 #include "toolkit/app/IPCInternalServer.h"
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/ipc/IPCAddress.h"
+#include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
 {

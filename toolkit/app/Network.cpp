@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/Network.h"
 
 #include <algorithm>
@@ -13,9 +14,9 @@
 #include <wx/socket.h>
 #include <wx/thread.h>
 
-#include "toolkit/core/BaseLibrary.h"
 #include "toolkit/encoding/UTF8.h"
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
 {

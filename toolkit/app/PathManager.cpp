@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/PathManager.h"
 
 #include <filesystem>
@@ -6,9 +7,9 @@
 #include <wx/filename.h>
 #include <wx/utils.h>
 
-#include "toolkit/app/PathNames.h"
-#include "toolkit/app/StandardFolders.h"
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/system/PathNames.h"
+#include "toolkit/internal/system/StandardFolders.h"
+#include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/RestartManagment.h"
 
 #include <cstdlib>
@@ -9,11 +10,11 @@
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/encoding/UTF8.h"
-#include "toolkit/encoding/WxText.h"
 #include "toolkit/files/Directory.h"
 #include "toolkit/files/FFile.h"
-#include "toolkit/files/NativePath.h"
-#include "toolkit/files/OwnFile.h"
+#include "toolkit/internal/system/GuardedFile.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/wx/WxText.h"
 #include "toolkit/log/LogLine.h"
 
 namespace Toolkit
@@ -49,10 +50,10 @@ void CreateLock(const TString<wchar_t>& path)
 {
     // Nothing is allocated between the descriptor and its owner.
     FFile file;
-    const int descriptor = OwnFile::Open(NativePath(path));
+    const int descriptor = GuardedFile::Open(NativePath(path));
     if (descriptor == -1)
         return;
-    std::FILE* const stream = OwnFile::Empty(descriptor) ? fdopen(descriptor, "w") : nullptr;
+    std::FILE* const stream = GuardedFile::Empty(descriptor) ? fdopen(descriptor, "w") : nullptr;
     if (stream == nullptr)
     {
         close(descriptor);
@@ -118,13 +119,13 @@ TString<wchar_t> RestartManagment::GetLockFileName()
 
 bool RestartManagment::IsLocked()
 {
-    return OwnFile::IsAt(NativePath(GetLockFileName()));
+    return GuardedFile::IsAt(NativePath(GetLockFileName()));
 }
 
 void RestartManagment::RemoveLock()
 {
     const TString<wchar_t> path = GetLockFileName();
-    if (!OwnFile::IsAt(NativePath(path)))
+    if (!GuardedFile::IsAt(NativePath(path)))
         return;
     Trace(__LINE__, __func__, L"Remove lock file: " + path);
     Directory::RemoveFile(path);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/SingleApplicationInstance.h"
 
 #include <algorithm>
@@ -14,11 +15,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/app/PathLock.h"
 #include "toolkit/app/PathManager.h"
-#include "toolkit/app/StandardFolders.h"
-#include "toolkit/core/Descriptor.h"
-#include "toolkit/files/NativePath.h"
+#include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/PathLock.h"
+#include "toolkit/internal/system/StandardFolders.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/SystemInfo.h"
 
 #include <atomic>
@@ -13,8 +14,8 @@
 #include <wx/platinfo.h>
 
 #include "toolkit/app/CmdLineParser.h"
-#include "toolkit/app/SystemCodes.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/system/SystemCodes.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_APP_SYSTEMINFO_H
 #define TOOLKIT_APP_SYSTEMINFO_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/app/Version.h"
 
 #include <algorithm>
@@ -6,7 +7,7 @@
 #include <string>
 #include <tuple>
 
-#include "toolkit/core/StreamNumber.h"
+#include "toolkit/internal/text/ParseNumber.h"
 
 namespace Toolkit
 {

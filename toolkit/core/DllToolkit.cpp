@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/DllToolkit.h"
 
 #include "toolkit/core/LibModuleManager.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_CORE_EXPORT_H
 #define TOOLKIT_CORE_EXPORT_H
 

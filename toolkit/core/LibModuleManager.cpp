@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/LibModuleManager.h"
 
 #include <algorithm>
 
-#include "toolkit/core/BaseLibrary.h"
 #include "toolkit/core/LibModule.h"
+#include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/threading/MutexLock.h"
 
 namespace Toolkit

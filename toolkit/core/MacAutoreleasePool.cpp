@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/MacAutoreleasePool.h"
 
 MacAutoreleasePool::MacAutoreleasePool() = default;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_CORE_MACINITCOCOA_H
 #define TOOLKIT_CORE_MACINITCOCOA_H
 

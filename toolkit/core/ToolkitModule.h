@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_CORE_TOOLKITMODULE_H
 #define TOOLKIT_CORE_TOOLKITMODULE_H
 

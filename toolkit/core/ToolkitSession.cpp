@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/core/ToolkitSession.h"
 
 #include "toolkit/core/DllToolkit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/datetime/DateTime.h"
 
 #include <cstddef>
@@ -8,10 +9,10 @@
 
 #include <wx/datetime.h>
 
-#include "toolkit/datetime/CivilTime.h"
-#include "toolkit/datetime/IsoText.h"
-#include "toolkit/encoding/AsciiText.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/text/AsciiText.h"
+#include "toolkit/internal/zones/CivilTime.h"
+#include "toolkit/internal/zones/IsoText.h"
 
 namespace Toolkit
 {

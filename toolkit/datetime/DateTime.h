@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_DATETIME_DATETIME_H
 #define TOOLKIT_DATETIME_DATETIME_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/datetime/Locales.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 #include <mutex>
 #include <string>
 
-#include "toolkit/datetime/LocalePatterns.h"
+#include "toolkit/internal/locale/LocalePatterns.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/encoding/B64.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_ENCODING_UTF7_H
 #define TOOLKIT_ENCODING_UTF7_H
 

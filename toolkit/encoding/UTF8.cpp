@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/encoding/UTF8.h"
 
 #include <algorithm>
@@ -7,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "toolkit/encoding/Utf8Blocks.h"
+#include "toolkit/internal/text/Utf8Blocks.h"
 
 namespace Toolkit
 {

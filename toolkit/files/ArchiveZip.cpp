@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/ArchiveZip.h"
 
 #include <algorithm>
@@ -10,10 +11,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/core/NoCancellation.h"
-#include "toolkit/files/NativePath.h"
-#include "toolkit/files/ZipEntryStream.h"
-#include "toolkit/files/ZipFile.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/zip/ZipEntryStream.h"
+#include "toolkit/internal/zip/ZipFile.h"
 #include "toolkit/log/LogLine.h"
 
 namespace Toolkit

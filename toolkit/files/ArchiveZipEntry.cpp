@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/ArchiveZipEntry.h"
 
 namespace Toolkit

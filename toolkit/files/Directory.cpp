@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/Directory.h"
 
 #include <cerrno>
@@ -11,10 +12,10 @@
 #include <wx/filefn.h>
 
 #include "toolkit/app/PathManager.h"
-#include "toolkit/core/NoCancellation.h"
 #include "toolkit/encoding/UTF8.h"
-#include "toolkit/encoding/WxText.h"
-#include "toolkit/files/NativePath.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
 {

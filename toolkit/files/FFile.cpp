@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/FFile.h"
 
 #include <cerrno>
@@ -9,9 +10,9 @@
 
 #include <wx/ffile.h>
 
-#include "toolkit/core/NoCancellation.h"
 #include "toolkit/encoding/UTF8.h"
-#include "toolkit/files/NativePath.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/NoCancellation.h"
 
 namespace Toolkit
 {

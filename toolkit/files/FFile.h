@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_FILES_FFILE_H
 #define TOOLKIT_FILES_FFILE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/FSInputSerializer.h"
 
 namespace Toolkit

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/FSStream.h"
 
 #include <algorithm>
@@ -12,8 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/core/NoCancellation.h"
-#include "toolkit/files/NativePath.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/NoCancellation.h"
 
 namespace Toolkit
 {

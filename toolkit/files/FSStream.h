@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_FILES_FSSTREAM_H
 #define TOOLKIT_FILES_FSSTREAM_H
 

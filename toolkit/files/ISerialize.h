@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_FILES_ISERIALIZE_H
 #define TOOLKIT_FILES_ISERIALIZE_H
 

@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/IniFile.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <utility>
 
-#include "toolkit/core/StreamNumber.h"
-#include "toolkit/files/NameTable.h"
 #include "toolkit/files/TextFile.h"
+#include "toolkit/internal/text/NameTable.h"
+#include "toolkit/internal/text/ParseNumber.h"
 #include "toolkit/log/LogLine.h"
 
 namespace Toolkit

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/Serializer.h"
 
 #include "toolkit/files/ISerialize.h"

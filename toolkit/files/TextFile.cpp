@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/TextFile.h"
 
 #include <cerrno>
@@ -8,10 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/core/Descriptor.h"
-#include "toolkit/files/NativePath.h"
-#include "toolkit/files/SafeReplace.h"
-#include "toolkit/files/TextEncoding.h"
+#include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/SafeReplace.h"
+#include "toolkit/internal/text/TextEncoding.h"
 
 namespace Toolkit
 {

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/TextInputStream.h"
 
 #include <wx/stream.h>
 
-#include "toolkit/files/TextReader.h"
+#include "toolkit/internal/wx/TextReader.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/files/ZipInputStream.h"
 
 #include <algorithm>
@@ -7,13 +8,13 @@
 
 #include <wx/zipstrm.h>
 
-#include "toolkit/core/BaseLibrary.h"
-#include "toolkit/encoding/WxText.h"
-#include "toolkit/files/TextReader.h"
-#include "toolkit/files/ZipEntryStream.h"
-#include "toolkit/files/ZipFile.h"
-#include "toolkit/files/ZipFileStream.h"
-#include "toolkit/files/ZipNameConverter.h"
+#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/TextReader.h"
+#include "toolkit/internal/wx/WxText.h"
+#include "toolkit/internal/zip/ZipEntryStream.h"
+#include "toolkit/internal/zip/ZipFile.h"
+#include "toolkit/internal/zip/ZipFileStream.h"
+#include "toolkit/internal/zip/ZipNameConverter.h"
 
 namespace Toolkit
 {

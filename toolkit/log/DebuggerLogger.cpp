@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/DebuggerLogger.h"
 
-#include "toolkit/log/WideOutput.h"
+#include "toolkit/internal/system/WideOutput.h"
 
 namespace Toolkit
 {

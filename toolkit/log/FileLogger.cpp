@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/FileLogger.h"
 
 #include <cstdint>
@@ -12,8 +13,8 @@
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/FFile.h"
-#include "toolkit/files/NativePath.h"
-#include "toolkit/files/OwnFile.h"
+#include "toolkit/internal/system/GuardedFile.h"
+#include "toolkit/internal/system/NativePath.h"
 #include "toolkit/threading/MutexLock.h"
 
 namespace Toolkit
@@ -41,10 +42,10 @@ TString<wchar_t> NameOrApplication(const TString<wchar_t>& name)
 // what two loggers of one name tell each other by; it goes with the descriptor. -1 on failure.
 int OpenLogDescriptor(const TString<wchar_t>& path)
 {
-    const int descriptor = OwnFile::Open(NativePath(path));
+    const int descriptor = GuardedFile::Open(NativePath(path));
     // The links are counted again under the lock: who held it before may have removed the file.
-    if (descriptor != -1 &&
-        !(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && OwnFile::Is(descriptor) && OwnFile::Empty(descriptor)))
+    if (descriptor != -1 && !(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && GuardedFile::Is(descriptor) &&
+                              GuardedFile::Empty(descriptor)))
     {
         close(descriptor);
         return -1;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/ILogger.h"
 
 #include "toolkit/encoding/UTF8.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/LogLine.h"
 
 #include <algorithm>
@@ -5,9 +6,9 @@
 #include <string_view>
 
 #include "toolkit/app/GetTickCount.h"
-#include "toolkit/core/NoCancellation.h"
-#include "toolkit/encoding/AsciiText.h"
-#include "toolkit/log/DecimalDigits.h"
+#include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/text/AsciiText.h"
+#include "toolkit/internal/text/DecimalDigits.h"
 
 namespace Toolkit
 {

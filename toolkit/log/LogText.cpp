@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/LogText.h"
 
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
 
-#include "toolkit/encoding/AsciiText.h"
 #include "toolkit/encoding/UTF8.h"
-#include "toolkit/log/DecimalDigits.h"
+#include "toolkit/internal/text/AsciiText.h"
+#include "toolkit/internal/text/DecimalDigits.h"
 
 namespace Toolkit
 {

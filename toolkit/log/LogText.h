@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_LOG_LOGTEXT_H
 #define TOOLKIT_LOG_LOGTEXT_H
 

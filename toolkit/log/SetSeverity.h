@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_LOG_SETSEVERITY_H
 #define TOOLKIT_LOG_SETSEVERITY_H
 

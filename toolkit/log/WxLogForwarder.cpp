@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/log/WxLogForwarder.h"
 
-#include "toolkit/encoding/WxText.h"
+#include "toolkit/internal/wx/WxText.h"
 #include "toolkit/log/ILogger.h"
 
 namespace Toolkit

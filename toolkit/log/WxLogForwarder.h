@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_LOG_WXLOGFORWARDER_H
 #define TOOLKIT_LOG_WXLOGFORWARDER_H
 

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/regExp/MatchResult.h"
 
-#include "toolkit/regExp/RegExpBackend.h"
+#include "toolkit/internal/regex/RegExpBackend.h"
 
 namespace Toolkit
 {

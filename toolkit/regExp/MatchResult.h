@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_REGEXP_MATCHRESULT_H
 #define TOOLKIT_REGEXP_MATCHRESULT_H
 

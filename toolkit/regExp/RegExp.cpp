@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/regExp/RegExp.h"
 
 #include <memory>
 #include <stdexcept>
 
 #include "toolkit/encoding/UTF8.h"
-#include "toolkit/regExp/GlobalReplacement.h"
+#include "toolkit/internal/regex/GlobalReplacement.h"
+#include "toolkit/internal/regex/RegExpBackend.h"
+#include "toolkit/internal/regex/RegExpFailure.h"
 #include "toolkit/regExp/RegExp.Exceptions"
-#include "toolkit/regExp/RegExpBackend.h"
-#include "toolkit/regExp/RegExpFailure.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/threading/MutexInternal.h"
 
 #include <cerrno>

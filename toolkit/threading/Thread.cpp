@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "toolkit/threading/Thread.h"
 
 #include <chrono>
@@ -6,7 +7,7 @@
 
 #include <unistd.h>
 
-#include "toolkit/core/BaseLibrary.h"
+#include "toolkit/internal/wx/BaseLibrary.h"
 
 namespace Toolkit
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef TOOLKIT_THREADING_THREAD_H
 #define TOOLKIT_THREADING_THREAD_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "mailtext/MailDate.h"
 
 #include <cstdlib>

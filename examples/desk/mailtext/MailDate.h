@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_MAILTEXT_MAILDATE_H
 #define DESK_MAILTEXT_MAILDATE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plug-in "mailtext": reads mails and tells what is in them.
 
 #include "Plugin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plug-in "redact": copies text files and hides in them what the patterns of its settings find.
 
 #include "Plugin.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "redact/Rule.h"
 
 namespace Desk

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_REDACT_RULE_H
 #define DESK_REDACT_RULE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef DESK_WINDOW_FRAME_H
 #define DESK_WINDOW_FRAME_H
 

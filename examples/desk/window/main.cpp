@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // desk-window: desk with a window. It takes the options and the commands of the console's desk, but for the
 // tour.
 

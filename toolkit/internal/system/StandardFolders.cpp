@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/system/StandardFolders.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+#include <sys/stat.h>
+#include <wx/filename.h>
+#include <wx/stdpaths.h>
+
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxText.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const char* const c_strSelf = "/proc/self/exe";
+
+std::string ExecutableBytes()
+{
+    std::error_code ignored;
+    const std::string link = std::filesystem::read_symlink(c_strSelf, ignored).string();
+    struct stat named = {};
+    struct stat running = {};
+    const bool real = stat(link.c_str(), &named) == 0 && stat(c_strSelf, &running) == 0 &&
+                      named.st_dev == running.st_dev && named.st_ino == running.st_ino;
+    return StandardFolders::Unmark(link, real);
+}
+
+// True when the base library, which converts by the current locale, reads the bytes as UTF-8 does.
+bool IsReadAlike(const char* bytes)
+{
+    return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(UTF8::ToUNICODE(bytes));
+}
+
+bool CanAskBaseLibraryOfProgram()
+{
+    return BaseLibrary::IsStarted() && IsReadAlike(ExecutableBytes().c_str()) &&
+           IsReadAlike(program_invocation_name);
+}
+
+bool CanAskBaseLibraryOfUser()
+{
+    return CanAskBaseLibraryOfProgram() && IsReadAlike(std::getenv("HOME")) &&
+           IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
+}
+
+TString<wchar_t> Environment(const char* name)
+{
+    return UTF8::ToUNICODE(TString<char>(std::getenv(name)));
+}
+
+// The name that the base library gives an application without one: that of its file, without the last
+// extension.
+wxString ExecutableName()
+{
+    wxString name;
+    wxFileName::SplitPath(ToWx(StandardFolders::Executable()), nullptr, &name, nullptr);
+    return name;
+}
+
+TString<wchar_t> SharedData()
+{
+    return StandardFolders::InstallPrefix(StandardFolders::Executable()) + L"/share/" +
+           FromWx(ExecutableName());
+}
+
+void EraseAll(std::string& text, std::string_view what)
+{
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at))
+        text.erase(at, what.size());
+}
+
+// The value of a line of "user-dirs.dirs" (xdg-user-dirs): quoted, perhaps beginning with $HOME.
+std::string UserFolderOf(const std::string& line, const std::string& home)
+{
+    const std::string_view variable = "$HOME";
+    std::string value = line.substr(line.find('=') + 1);
+    for (std::size_t at = value.find(variable); at != std::string::npos;
+         at = value.find(variable, at + home.size()))
+        value.replace(at, variable.size(), home);
+    value.erase(0, value.find_first_not_of(" \t\r"));
+    value.erase(value.find_last_not_of(" \t\r") + 1);
+    EraseAll(value, "\"");
+    return value;
+}
+
+// The folder that the user's own list gives for documents; empty when there is none.
+TString<wchar_t> ListedDocuments(const TString<wchar_t>& home)
+{
+    TString<wchar_t> configuration = Environment("XDG_CONFIG_HOME");
+    if (configuration.empty())
+        configuration = home + L"/.config";
+    const std::string path = UTF8::ToUTF8(configuration + L"/user-dirs.dirs");
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored))
+        return TString<wchar_t>();
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);)
+        if (line.find("XDG_DOCUMENTS_DIR") != std::string::npos)
+        {
+            const std::string folder = UserFolderOf(line, UTF8::ToUTF8(home));
+            return std::filesystem::is_directory(folder, ignored) ? UTF8::ToUNICODE(folder)
+                                                                  : TString<wchar_t>();
+        }
+    return TString<wchar_t>();
+}
+
+} // namespace
+
+TString<wchar_t> StandardFolders::Executable()
+{
+    return UTF8::ToUNICODE(ExecutableBytes());
+}
+
+TString<wchar_t> StandardFolders::Working()
+{
+    std::error_code ignored;
+    return UTF8::ToUNICODE(std::filesystem::current_path(ignored).string());
+}
+
+TString<wchar_t> StandardFolders::Home()
+{
+    const TString<wchar_t> home = Environment("HOME");
+    return home.empty() ? FromWx(wxFileName::GetHomeDir()) : home;
+}
+
+TString<wchar_t> StandardFolders::Data()
+{
+    return CanAskBaseLibraryOfProgram() ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData();
+}
+
+TString<wchar_t> StandardFolders::UserLocalData()
+{
+    return CanAskBaseLibraryOfUser() ? FromWx(wxStandardPaths::Get().GetUserLocalDataDir())
+                                     : TString<wchar_t>(Home() + L"/." + FromWx(ExecutableName()));
+}
+
+TString<wchar_t> StandardFolders::Resources()
+{
+    return CanAskBaseLibraryOfProgram() ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData();
+}
+
+TString<wchar_t> StandardFolders::Documents()
+{
+    if (CanAskBaseLibraryOfUser())
+        return FromWx(wxStandardPaths::Get().GetDocumentsDir());
+    const TString<wchar_t> home = Home();
+    const TString<wchar_t> listed = ListedDocuments(home);
+    return listed.empty() ? home : listed;
+}
+
+std::string StandardFolders::Unmark(const std::string& link, bool isRealName)
+{
+    const std::string_view mark = " (deleted)";
+    const bool marked =
+        link.size() >= mark.size() && link.compare(link.size() - mark.size(), mark.size(), mark) == 0;
+    return marked && !isRealName ? link.substr(0, link.size() - mark.size()) : link;
+}
+
+TString<wchar_t> StandardFolders::InstallPrefix(const TString<wchar_t>& executable)
+{
+    const std::size_t bin = executable.rfind(L"/bin/");
+    return bin == TString<wchar_t>::npos || bin == 0 ? TString<wchar_t>(L"/usr/local")
+                                                     : TString<wchar_t>(executable.substr(0, bin));
+}
+
+} // namespace Toolkit

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/text/TextEncoding.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "toolkit/encoding/UTF8.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+struct Mark
+{
+    const char* bytes;
+    std::size_t length;
+    std::size_t unitLength;
+    bool bigEndian;
+};
+
+// The longer marks come first: that of UTF-16 is the beginning of one of UTF-32.
+const Mark s_marks[] = {
+    {"\xFF\xFE\0\0", 4, 4, false}, {"\0\0\xFE\xFF", 4, 4, true}, {"\xEF\xBB\xBF", 3, 1, false},
+    {"\xFF\xFE", 2, 2, false},     {"\xFE\xFF", 2, 2, true},
+};
+
+const unsigned long s_uHighSurrogate = 0xD800;
+const unsigned long s_uLowSurrogate = 0xDC00;
+const unsigned long s_uSurrogateEnd = 0xE000;
+const unsigned long s_uLastCharacter = 0x10FFFF;
+
+bool IsHighSurrogate(unsigned long unit)
+{
+    return unit >= s_uHighSurrogate && unit < s_uLowSurrogate;
+}
+
+bool IsLowSurrogate(unsigned long unit)
+{
+    return unit >= s_uLowSurrogate && unit < s_uSurrogateEnd;
+}
+
+// Converts what lies between the zeros, where the converters would stop, and keeps the zeros.
+template <class From, class To, class Convert>
+bool ConvertAroundZeros(const TString<From>& from, TString<To>& to, Convert convert)
+{
+    std::size_t zero = from.find(From());
+    if (zero == from.npos)
+    {
+        to = convert(from);
+        return from.empty() || !to.empty();
+    }
+    to.clear();
+    std::size_t begin = 0;
+    for (;; zero = from.find(From(), begin))
+    {
+        const TString<From> part(from.substr(begin, zero == from.npos ? zero : zero - begin));
+        const TString<To> converted = convert(part);
+        if (converted.empty() && !part.empty())
+            return false;
+        to += converted;
+        if (zero == from.npos)
+            return true;
+        to += To();
+        begin = zero + 1;
+    }
+}
+
+} // namespace
+
+TextEncoding::TextEncoding(const char* bytes, std::size_t count)
+{
+    for (const Mark& mark : s_marks)
+        if (count >= mark.length && std::memcmp(bytes, mark.bytes, mark.length) == 0)
+        {
+            m_uMarkLength = mark.length;
+            m_uUnitLength = mark.unitLength;
+            m_bBigEndian = mark.bigEndian;
+            return;
+        }
+}
+
+bool TextEncoding::MayBecomeMark(const char* bytes, std::size_t count)
+{
+    return std::any_of(std::begin(s_marks), std::end(s_marks),
+                       [&](const Mark& mark)
+                       { return count < mark.length && std::memcmp(bytes, mark.bytes, count) == 0; });
+}
+
+std::size_t TextEncoding::GetCharacterLength(const char* unit) const
+{
+    if (m_uUnitLength == 2)
+        return IsHighSurrogate(GetUnit(unit)) ? 4 : 2;
+    if (m_uUnitLength == 4)
+        return 4;
+    const unsigned char lead = static_cast<unsigned char>(*unit);
+    return lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
+bool TextEncoding::Decode(const TString<char>& bytes, TString<wchar_t>& text) const
+{
+    return m_uUnitLength == 1 ? ConvertAroundZeros(bytes, text, UTF8::ToUNICODE) : DecodeUnits(bytes, text);
+}
+
+bool TextEncoding::Encode(const TString<wchar_t>& text, TString<char>& bytes)
+{
+    return ConvertAroundZeros(text, bytes, UTF8::ToUTF8);
+}
+
+bool TextEncoding::DecodeUnits(const TString<char>& bytes, TString<wchar_t>& text) const
+{
+    text.clear();
+    text.reserve(bytes.size() / m_uUnitLength);
+    const char* const end = bytes.data() + bytes.size();
+    for (const char* unit = bytes.data(); unit != end;)
+    {
+        const std::size_t left = static_cast<std::size_t>(end - unit);
+        if (left < m_uUnitLength || left < GetCharacterLength(unit))
+            return false;
+        unsigned long value = GetUnit(unit);
+        if (m_uUnitLength == 2 && IsHighSurrogate(value))
+        {
+            const unsigned long low = GetUnit(unit + 2);
+            if (!IsLowSurrogate(low))
+                return false;
+            value = 0x10000 + ((value - s_uHighSurrogate) << 10) + (low - s_uLowSurrogate);
+            unit += 2;
+        }
+        if (IsHighSurrogate(value) || IsLowSurrogate(value) || value > s_uLastCharacter)
+            return false;
+        text += static_cast<wchar_t>(value);
+        unit += m_uUnitLength;
+    }
+    return true;
+}
+
+unsigned long TextEncoding::GetUnit(const char* unit) const
+{
+    unsigned long value = 0;
+    for (std::size_t i = 0; i < m_uUnitLength; ++i)
+    {
+        const std::size_t place = m_bBigEndian ? i : m_uUnitLength - 1 - i;
+        value = (value << 8) | static_cast<unsigned char>(unit[place]);
+    }
+    return value;
+}
+
+} // namespace Toolkit

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/zip/ZipEntryStream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/zip/ZipFile.h"
+#include "toolkit/internal/zip/ZipFileStream.h"
+#include "toolkit/internal/zip/ZipNameConverter.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const std::size_t s_uBlock = 65536;
+// Decoded straight into the reader's memory.
+const std::size_t s_uLargeRead = 16;
+
+} // namespace
+
+ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry)
+    : m_pFile(std::move(file)), m_entry(entry)
+{
+    m_lasterror = wxSTREAM_READ_ERROR;
+    if (!m_pFile->MayBeArchive())
+        return;
+    const BaseLibrary::Silence silence;
+    auto source = std::make_unique<ZipFileStream>(m_pFile);
+    const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
+    source->Replace(record);
+    // Not made by make_unique, which would lose the source if there is no memory for the decoder.
+    std::unique_ptr<wxZipInputStream> decoder(
+        new wxZipInputStream(source.release(), ZipNameConverter::Instance()));
+    if (!decoder->OpenEntry(m_entry))
+        return;
+    m_pDecoder = std::move(decoder);
+    m_lasterror = wxSTREAM_NO_ERROR;
+    if (record.consistent)
+        m_state = State::Open;
+}
+
+ZipEntryStream::~ZipEntryStream() = default;
+
+std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
+{
+    if (m_uBegin == m_uEnd && count >= s_uLargeRead)
+        return Decode(buffer, count);
+    if (m_uBegin == m_uEnd)
+    {
+        if (m_pBlock == nullptr)
+            m_pBlock.reset(new char[s_uBlock]);
+        m_uBegin = 0;
+        m_uEnd = Decode(m_pBlock.get(), s_uBlock);
+        if (m_uEnd == s_uBlock && !m_bVerified)
+            Verify();
+    }
+    const std::size_t read = std::min(count, m_uEnd - m_uBegin);
+    std::memcpy(buffer, m_pBlock.get() + m_uBegin, read);
+    m_uBegin += read;
+    return read;
+}
+
+// Decodes all of the content once more, for itself, and takes back the block that was decoded if that fails.
+void ZipEntryStream::Verify()
+{
+    m_bVerified = true;
+    ZipEntryStream other(m_pFile, m_entry);
+    const std::unique_ptr<char[]> block(new char[s_uBlock]);
+    while (other.Decode(block.get(), s_uBlock) > 0)
+    {
+    }
+    if (!other.IsDamaged())
+        return;
+    m_state = State::Damaged;
+    m_lasterror = wxSTREAM_READ_ERROR;
+    m_uEnd = 0;
+}
+
+// Decodes up to `count` bytes, fewer only where the content ends; 0 and an error behind it and in damage.
+std::size_t ZipEntryStream::Decode(void* buffer, std::size_t count)
+{
+    std::size_t decoded = 0;
+    if (m_state == State::Open)
+    {
+        const BaseLibrary::Silence silence;
+        decoded = m_pDecoder->Read(buffer, count).LastRead();
+        const wxStreamError error = m_pDecoder->GetLastError();
+        if (error == wxSTREAM_EOF)
+            m_state = State::Complete;
+        else if (error != wxSTREAM_NO_ERROR || decoded == 0)
+            m_state = State::Damaged;
+        if (m_state == State::Damaged)
+            decoded = 0;
+    }
+    if (decoded == 0)
+        m_lasterror = m_state == State::Complete ? wxSTREAM_EOF : wxSTREAM_READ_ERROR;
+    return decoded;
+}
+
+} // namespace Toolkit

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/zip/ZipFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <wx/zipstrm.h>
+
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/NoCancellation.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+// The record at the end, without which no file is an archive.
+const long long s_iEndRecordLength = 22;
+
+const std::size_t s_uLocalFlags = 6;
+const std::size_t s_uLocalMethod = 8;
+const std::size_t s_uLocalChecksum = 14;
+const std::size_t s_uLocalCompressed = 18;
+const std::size_t s_uLocalLength = 22;
+const std::size_t s_uLocalNameLength = 26;
+const std::size_t s_uLocalExtraLength = 28;
+
+const std::size_t s_uDirectoryRecordLength = 46;
+const std::size_t s_uDirectoryNameLength = 28;
+
+// No deflated content is longer.
+const long long s_iMostExpansion = 1032;
+const long long s_iMostCredible = 64LL << 20;
+
+const unsigned int s_uDescriptorSignature = 0x08074B50;
+const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
+
+unsigned int Get16(const unsigned char* bytes)
+{
+    return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
+}
+
+unsigned int Get32(const unsigned char* bytes)
+{
+    return Get16(bytes) | Get16(bytes + 2) << 16;
+}
+
+void Put32(unsigned char* bytes, unsigned int value)
+{
+    for (int i = 0; i < 4; ++i)
+        bytes[i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+// True for a length that needs no extra field.
+bool IsShort(long long length)
+{
+    return length >= 0 && length < 0xFFFFFFFF;
+}
+
+bool IsRegular(int descriptor, long long& length)
+{
+    struct stat status = {};
+    if (descriptor == -1 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
+    length = status.st_size;
+    return true;
+}
+
+// True for what is there without being a file: a folder, a FIFO, a socket.
+bool IsNoFile(const NativePath& path)
+{
+    struct stat status = {};
+    return path.IsValid() && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+} // namespace
+
+ZipFile::ZipFile(const TString<wchar_t>& path)
+{
+    const NativePath native(path);
+    m_iDescriptor = native.Open(O_RDONLY);
+    m_bExists = IsRegular(m_iDescriptor, m_iLength) || IsNoFile(native);
+}
+
+ZipFile::~ZipFile()
+{
+    const NoCancellation whole;
+    if (m_iDescriptor != -1)
+        close(m_iDescriptor);
+}
+
+bool ZipFile::MayBeArchive() const
+{
+    return m_iLength >= s_iEndRecordLength;
+}
+
+bool ZipFile::IsSame(const struct stat& status) const
+{
+    struct stat own = {};
+    return fstat(m_iDescriptor, &own) == 0 && own.st_dev == status.st_dev && own.st_ino == status.st_ino;
+}
+
+std::size_t ZipFile::ReadAt(long long offset, void* buffer, std::size_t count) const
+{
+    std::size_t have = 0;
+    while (have < count)
+    {
+        const ssize_t read = pread(m_iDescriptor, static_cast<char*>(buffer) + have, count - have,
+                                   offset + static_cast<long long>(have));
+        if (read > 0)
+            have += static_cast<std::size_t>(read);
+        else if (read == 0 || errno != EINTR)
+            break;
+    }
+    return have;
+}
+
+std::size_t ZipFile::ReadRecord(long long offset, void* buffer, std::size_t count) const
+{
+    const Window& window = FindWindow(offset, count);
+    const std::size_t begin = static_cast<std::size_t>(offset - window.offset);
+    const std::size_t read = std::min(count, window.length - std::min(begin, window.length));
+    if (read > 0)
+        std::memcpy(buffer, window.bytes.data() + begin, read);
+    return read;
+}
+
+ZipFile::LocalRecord ZipFile::ReadLocalRecord(const wxZipEntry& entry) const
+{
+    LocalRecord record;
+    record.offset = entry.GetOffset();
+    record.consistent =
+        record.offset >= 0 &&
+        ReadRecord(record.offset, record.bytes.data(), record.bytes.size()) == record.bytes.size() &&
+        IsConsistent(entry, record);
+    record.completed = record.consistent && IsShort(entry.GetCompressedSize()) && IsShort(entry.GetSize()) &&
+                       (Get16(&record.bytes[s_uLocalFlags]) & wxZIP_SUMS_FOLLOW) != 0;
+    if (record.completed)
+    {
+        record.bytes[s_uLocalFlags] &= static_cast<unsigned char>(~wxZIP_SUMS_FOLLOW);
+        Put32(&record.bytes[s_uLocalChecksum], entry.GetCrc());
+        Put32(&record.bytes[s_uLocalCompressed], static_cast<unsigned int>(entry.GetCompressedSize()));
+        Put32(&record.bytes[s_uLocalLength], static_cast<unsigned int>(entry.GetSize()));
+    }
+    return record;
+}
+
+std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
+{
+    const long long compressed = std::clamp<long long>(entry.GetCompressedSize(), 0, m_iLength);
+    const long long expansion = entry.GetMethod() == wxZIP_METHOD_STORE ? 1 : s_iMostExpansion;
+    return static_cast<std::size_t>(
+        std::clamp<long long>(entry.GetSize(), 0, std::min(compressed * expansion, s_iMostCredible)));
+}
+
+std::string ZipFile::ReadDirectoryName(long long offset) const
+{
+    unsigned char record[s_uDirectoryRecordLength];
+    if (ReadAt(offset, record, sizeof record) != sizeof record)
+        return std::string();
+    std::string name(Get16(record + s_uDirectoryNameLength), '\0');
+    name.resize(ReadAt(offset + static_cast<long long>(sizeof record), name.data(), name.size()));
+    return name;
+}
+
+// The window that holds all of the bytes, or else the one that went unused the longest, now filled there.
+ZipFile::Window& ZipFile::FindWindow(long long offset, std::size_t count) const
+{
+    Window* oldest = &m_windows[0];
+    for (Window& window : m_windows)
+    {
+        const long long end = window.offset + static_cast<long long>(window.length);
+        if (offset >= window.offset && offset <= end - static_cast<long long>(count))
+        {
+            window.lastUse = ++m_uUses;
+            return window;
+        }
+        if (window.lastUse < oldest->lastUse)
+            oldest = &window;
+    }
+    const long long last = m_iLength - static_cast<long long>(s_uWindow);
+    oldest->bytes.resize(s_uWindow);
+    oldest->offset = last >= 0 && offset > last && offset < m_iLength ? last : offset;
+    oldest->length = ReadAt(oldest->offset, oldest->bytes.data(), s_uWindow);
+    oldest->lastUse = ++m_uUses;
+    return *oldest;
+}
+
+bool ZipFile::IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const
+{
+    const auto get16 = [&](std::size_t place) { return Get16(&record.bytes[place]); };
+    const int flags = static_cast<int>(get16(s_uLocalFlags));
+    if (((flags | entry.GetFlags()) & s_iEncrypted) != 0 ||
+        static_cast<int>(get16(s_uLocalMethod)) != entry.GetMethod())
+        return false;
+    if ((flags & wxZIP_SUMS_FOLLOW) == 0)
+        return Get32(&record.bytes[s_uLocalChecksum]) == entry.GetCrc();
+    const std::size_t content = record.bytes.size() + get16(s_uLocalNameLength) + get16(s_uLocalExtraLength);
+    return entry.GetCompressedSize() >= 0 && entry.GetCompressedSize() <= m_iLength &&
+           HasChecksum(record.offset + static_cast<long long>(content) + entry.GetCompressedSize(),
+                       entry.GetCrc());
+}
+
+// What follows the content begins with the checksum, or with a signature in front of it.
+bool ZipFile::HasChecksum(long long offset, unsigned int checksum) const
+{
+    unsigned char bytes[8] = {};
+    const std::size_t have = ReadRecord(offset, bytes, sizeof bytes);
+    return (have >= 4 && Get32(bytes) == checksum) ||
+           (have == 8 && Get32(bytes) == s_uDescriptorSignature && Get32(bytes + 4) == checksum);
+}
+
+} // namespace Toolkit

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_INTERNAL_ZIP_ZIPFILE_H
+#define TOOLKIT_INTERNAL_ZIP_ZIPFILE_H
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "toolkit/core/TString.h"
+
+struct stat;
+class wxZipEntry;
+
+namespace Toolkit
+{
+
+// The open file of an archive, read at any place by as many streams as share it, and the few facts of the
+// format (APPNOTE.TXT of PKWARE) that the base library leaves unchecked. It waits for no FIFO. Failures are
+// answered. The streams belong to one thread at a time together.
+class ZipFile
+{
+public:
+    // The record in front of an entry's content.
+    struct LocalRecord
+    {
+        long long offset = 0;
+        std::array<unsigned char, 30> bytes = {};
+        // True when it and what follows the content say the same of it as the directory: nothing encrypted,
+        // the same method and the same checksum.
+        bool consistent = false;
+        // True when it left lengths and checksum to what follows the content, as an archive does that was
+        // written into a pipe, and now has them from the directory: the base library finds no stored content
+        // otherwise.
+        bool completed = false;
+    };
+
+    explicit ZipFile(const TString<wchar_t>& path);
+    ~ZipFile();
+
+    ZipFile(const ZipFile&) = delete;
+    ZipFile& operator=(const ZipFile&) = delete;
+
+    // False when nothing lies at the path, or the user may not read it.
+    bool Exists() const { return m_bExists; }
+    // True when it is a file long enough for an archive; nothing is known of its content.
+    bool MayBeArchive() const;
+
+    // True for what `fstat` or `stat` says of this file, whatever path led there.
+    bool IsSame(const struct stat& status) const;
+
+    // In bytes, when the file was opened.
+    long long GetLength() const { return m_iLength; }
+
+    // The bytes read, less than `count` only at the end of the file or on an error.
+    std::size_t ReadAt(long long offset, void* buffer, std::size_t count) const;
+
+    // The same for a few bytes, at most s_uWindow. They come out of windows on the file that are kept for the
+    // places that are read again and again: the end, the beginning of the directory, an entry's record.
+    std::size_t ReadRecord(long long offset, void* buffer, std::size_t count) const;
+
+    LocalRecord ReadLocalRecord(const wxZipEntry& entry) const;
+
+    // The declared length of the entry's content, as far as so much can come of what is in the file; never
+    // more than 64 MiB.
+    std::size_t GetCredibleLength(const wxZipEntry& entry) const;
+
+    // The name, in bytes, in the record of the directory at `offset`.
+    std::string ReadDirectoryName(long long offset) const;
+
+    static constexpr std::size_t s_uWindow = 4096;
+
+private:
+    struct Window
+    {
+        long long offset = 0;
+        std::size_t length = 0;
+        unsigned long long lastUse = 0;
+        std::vector<char> bytes;
+    };
+
+    Window& FindWindow(long long offset, std::size_t count) const;
+    bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
+    bool HasChecksum(long long offset, unsigned int checksum) const;
+
+    int m_iDescriptor;
+    long long m_iLength = 0;
+    bool m_bExists;
+    mutable std::array<Window, 4> m_windows;
+    mutable unsigned long long m_uUses = 0;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_INTERNAL_ZIP_ZIPFILESTREAM_H
+#define TOOLKIT_INTERNAL_ZIP_ZIPFILESTREAM_H
+
+#include <cstddef>
+#include <memory>
+
+#include <wx/stream.h>
+
+#include "toolkit/internal/zip/ZipFile.h"
+
+namespace Toolkit
+{
+
+// What the base library's ZIP stream reads from: one place of its own in a shared file.
+class ZipFileStream : public wxInputStream
+{
+public:
+    explicit ZipFileStream(std::shared_ptr<const ZipFile> file);
+    ~ZipFileStream() override;
+
+    ZipFileStream(const ZipFileStream&) = delete;
+    ZipFileStream& operator=(const ZipFileStream&) = delete;
+
+    // Where the record of the directory begins that was read last.
+    long long GetLastRecord() const { return m_iLastRecord; }
+
+    // From now on answers the record, if it is completed, in place of the one in the file.
+    void Replace(const ZipFile::LocalRecord& record);
+
+    wxInputStream& Read(void* buffer, std::size_t count) override;
+    // Quirk: behind a record whose name is empty, the second question is answered with 0. The base library
+    // asks twice there: whether the record came whole, and whether the name did, for which it reads nothing.
+    std::size_t LastRead() const override;
+
+    wxFileOffset GetLength() const override;
+    bool IsSeekable() const override { return true; }
+
+protected:
+    std::size_t OnSysRead(void* buffer, std::size_t count) override;
+    wxFileOffset OnSysSeek(wxFileOffset offset, wxSeekMode mode) override;
+    wxFileOffset OnSysTell() const override { return m_iPosition; }
+
+private:
+    struct RecordRead;
+    static const RecordRead s_directoryRecord;
+    static const RecordRead s_localRecord;
+
+    bool IsNameless(const RecordRead& record, const void* bytes) const;
+    void ShowReplaced(char* bytes, std::size_t count) const;
+
+    const std::shared_ptr<const ZipFile> m_pFile;
+    long long m_iPosition = 0;
+    long long m_iLastRecord = 0;
+    ZipFile::LocalRecord m_replaced;
+    mutable int m_iQuestionsToZero = 0;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -2,7 +2,7 @@
 # What the library stands on, as imported targets:
 #   Toolkit::wx      wxWidgets base and net (never its graphical libraries); a consumer needs it too
 #   Toolkit::wx_gui  the graphical ones on top, for the example with a window; missing where they are not installed
-#   Toolkit::pcre    PCRE's 8-bit library (not PCRE2)
+#   Toolkit::pcre2, Toolkit::pcre    the 8-bit library of PCRE2 or of PCRE: the one that TOOLKIT_REGEX names, and it alone
 #   Toolkit::icu     ICU's locale data and date patterns
 include(${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake)
 toolkit_import_wx(Toolkit::wx base,net "")
@@ -15,18 +15,30 @@ if(TOOLKIT_BUILD_EXAMPLES)
   toolkit_import_wx(Toolkit::wx_gui core,base,net "")
 endif()
 
-if(NOT TARGET Toolkit::pcre)
-  find_path(TOOLKIT_PCRE_INCLUDE pcre.h)
-  find_library(TOOLKIT_PCRE_LIBRARY pcre)
-  if(NOT TOOLKIT_PCRE_INCLUDE OR NOT TOOLKIT_PCRE_LIBRARY)
-    message(FATAL_ERROR "PCRE was not found; './check --no-install' prints the packages that are needed")
+# toolkit_import_regex(<header> <library>): the imported target Toolkit::<TOOLKIT_REGEX>.
+function(toolkit_import_regex header library)
+  string(TOUPPER TOOLKIT_${TOOLKIT_REGEX} name)
+  find_path(${name}_INCLUDE ${header})
+  find_library(${name}_LIBRARY ${library})
+  if(NOT ${name}_INCLUDE OR NOT ${name}_LIBRARY)
+    message(FATAL_ERROR "${TOOLKIT_REGEX} was not found; './check --no-install' prints the packages that are needed")
   endif()
-  mark_as_advanced(TOOLKIT_PCRE_INCLUDE TOOLKIT_PCRE_LIBRARY)
+  mark_as_advanced(${name}_INCLUDE ${name}_LIBRARY)
 
-  add_library(Toolkit::pcre UNKNOWN IMPORTED GLOBAL)
+  add_library(Toolkit::${TOOLKIT_REGEX} UNKNOWN IMPORTED GLOBAL)
   set_target_properties(
-    Toolkit::pcre PROPERTIES IMPORTED_LOCATION ${TOOLKIT_PCRE_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES
-                                                                       ${TOOLKIT_PCRE_INCLUDE})
+    Toolkit::${TOOLKIT_REGEX} PROPERTIES IMPORTED_LOCATION ${${name}_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES
+                                                                              ${${name}_INCLUDE})
+endfunction()
+
+if(NOT TOOLKIT_REGEX MATCHES "^pcre2?$")
+  message(FATAL_ERROR "TOOLKIT_REGEX is \"${TOOLKIT_REGEX}\", and can be pcre2 or pcre")
+elseif(TARGET Toolkit::${TOOLKIT_REGEX})
+  # A project around this one has brought its own.
+elseif(TOOLKIT_REGEX STREQUAL "pcre2")
+  toolkit_import_regex(pcre2.h pcre2-8)
+else()
+  toolkit_import_regex(pcre.h pcre)
 endif()
 
 if(NOT TARGET Toolkit::icu)

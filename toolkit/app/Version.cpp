@@ -7,6 +7,7 @@
 #include <string>
 #include <tuple>
 
+#include "toolkit/core/LibraryVersion.h"
 #include "toolkit/internal/text/ParseNumber.h"
 
 namespace Toolkit
@@ -15,7 +16,6 @@ namespace Toolkit
 namespace
 {
 
-const wchar_t c_strLibraryVersion[] = L"1.0.865.8";
 const wchar_t s_chDelimiter = L'.';
 
 } // namespace
@@ -82,7 +82,8 @@ TString<wchar_t> Version::ToString() const
 
 Version* Version::Create()
 {
-    return new Version(c_strLibraryVersion);
+    const std::string text = LibraryVersion();
+    return new Version(TString<wchar_t>(text.begin(), text.end()));
 }
 
 } // namespace Toolkit

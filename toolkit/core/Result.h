@@ -58,11 +58,11 @@ public:
 
     /// A success with this value, which is taken implicitly where `T` takes it implicitly.
     template <typename U = T, std::enable_if_t<s_bIsValue<U> && std::is_convertible_v<U&&, T>, int> = 0>
-    Result(U&& value) : m_value(std::forward<U>(value))
+    Result(U&& value) : m_value(std::in_place, std::forward<U>(value))
     {
     }
     template <typename U = T, std::enable_if_t<s_bIsValue<U> && !std::is_convertible_v<U&&, T>, int> = 0>
-    explicit Result(U&& value) : m_value(std::forward<U>(value))
+    explicit Result(U&& value) : m_value(std::in_place, std::forward<U>(value))
     {
     }
 

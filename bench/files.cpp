@@ -233,7 +233,7 @@ void RegisterListing()
                             {
                                 DIR* const directory = opendir(folder.c_str());
                                 while (const dirent* entry = readdir(directory))
-                                    benchmark::DoNotOptimize(entry->d_name);
+                                    benchmark::DoNotOptimize(+entry->d_name);
                                 closedir(directory);
                             });
     ToolkitBench::Operation("Listing/std",

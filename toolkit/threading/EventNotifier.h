@@ -83,6 +83,7 @@ protected:
         if (m_listeners.empty())
             return;
         Walk walk(*this);
+        const Announced announced(m_pWalk, walk);
         while (walk.m_uIndex < walk.m_uEnd)
         {
             // Shared for the time of its call, in which it may be removed.
@@ -101,22 +102,35 @@ private:
     struct Walk
     {
         explicit Walk(EventNotifier& notifier)
-            : m_notifier(notifier),
-              m_pOuter(notifier.m_pWalk),
+            : m_pOuter(notifier.m_pWalk),
               m_next(notifier.m_listeners.begin()),
               m_uEnd(notifier.m_listeners.size())
         {
-            notifier.m_pWalk = this;
         }
-        ~Walk() { m_notifier.m_pWalk = m_pOuter; }
         Walk(const Walk&) = delete;
         Walk& operator=(const Walk&) = delete;
 
-        EventNotifier& m_notifier;
         Walk* const m_pOuter;
         Position m_next;
         std::size_t m_uIndex = 0;
         std::size_t m_uEnd;
+    };
+
+    // The announcement is the innermost one of its list for as long as this object lives.
+    class Announced
+    {
+    public:
+        Announced(Walk*& innermost, Walk& walk) : m_innermost(innermost), m_pOuter(walk.m_pOuter)
+        {
+            m_innermost = &walk;
+        }
+        ~Announced() { m_innermost = m_pOuter; }
+        Announced(const Announced&) = delete;
+        Announced& operator=(const Announced&) = delete;
+
+    private:
+        Walk*& m_innermost;
+        Walk* const m_pOuter;
     };
 
     // Lets the announcements under way know that the listener at `position` is about to go.

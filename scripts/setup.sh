@@ -1,14 +1,18 @@
 # SPDX-License-Identifier: MIT
 # Sourced by ./tour, ./check and the other scripts: what they share. Installs what the build needs, and builds a preset.
 
-# The one package list. Compilers and tools first, then the libraries.
+# The one package list, by release: compilers and tools first, then the libraries.
 packages=(
   g++ cmake ninja-build make ccache
-  clang-14 libclang-rt-14-dev clang-format-14
   binutils pkg-config abigail-tools locales python3 tzdata zip gdb
-  libwxgtk3.2-dev libpcre3-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libwxgtk3.2-dev libpcre2-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )
+release=$(. /etc/os-release 2>/dev/null && echo "${VERSION_CODENAME:-}")
+case $release in
+  bookworm) packages+=(clang-14 libclang-rt-14-dev clang-format-14 libpcre3-dev) ;;
+  *) packages+=(clang-19 libclang-rt-19-dev tzdata-legacy) ;;
+esac
 
 # usage <text>: says how the script is called, and ends it.
 usage() {

@@ -467,6 +467,18 @@ TEST(FFile, DoesNotWaitForTheOtherEndOfAFifo)
     EXPECT_EQ(-1, DescriptorOf(folder.Path("fifo")));
 }
 
+TEST(FFile, DoesNotWaitForWhatMayNeverCome)
+{
+    char bytes[4096];
+    FFile messages;
+    if (messages.Open(L"/proc/kmsg", L"r"))
+        while (messages.Read(bytes, sizeof bytes) > 0)
+            continue;
+    FFile terminal;
+    for (const wchar_t* const mode : {L"r", L"w", L"r+"})
+        EXPECT_FALSE(terminal.Open(L"/dev/ptmx", mode)) << mode;
+}
+
 TEST(FFile, WritesToAFifoThatIsRead)
 {
     const TemporaryFolder folder;

@@ -22,6 +22,7 @@
 
 #include "tests/reference/PlainStream.h"
 #include "tests/support/Child.h"
+#include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"
 
@@ -590,24 +591,54 @@ TEST(FSStream, ReadsWhatIsAppendedAfterTheEndWasMet)
     EXPECT_EQ(text, std::wstring(5000, L'x'));
 }
 
-TEST(FSStream, ReadsAtMostABlockAheadOfWhatIsChanged)
+TEST(FSStream, SeesWhatAnotherWriterChangesBetweenTwoReads)
 {
     const TemporaryFolder folder;
-    WriteBytes(folder.Path("file"), std::string(4096, 'o') + "old!" + "old!");
+    for (const FSStream::OpenMode mode : {FSStream::ModeRead, FSStream::ModeReadWrite})
+    {
+        WriteBytes(folder.Path("file"), Value(1) + Value(2) + Value(4) + Characters(L"a") + "old!");
+        FSStream reader(folder.Wide("file"), mode);
+        unsigned int value = 0;
+        EXPECT_EQ(reader.Read(value), StreamResult::Ok);
+        WriteBytes(folder.Path("file"), Value(7) + Value(8) + Value(4) + Characters(L"b") + "new!");
+        EXPECT_EQ(reader.Read(value), StreamResult::Ok);
+        EXPECT_EQ(value, 8U);
+        TString<wchar_t> text;
+        EXPECT_EQ(reader.Read(text), StreamResult::Ok);
+        EXPECT_EQ(text, L"b");
+        char block[5] = "";
+        EXPECT_EQ(reader.Read(block, 4), StreamResult::Ok);
+        EXPECT_STREQ(block, "new!");
+    }
+}
+
+TEST(FSStream, DoesNotReadWhatWasCutOff)
+{
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("file"), Value(1) + Value(2));
     FSStream reader(folder.Wide("file"), FSStream::ModeRead);
-    char block[4097] = "";
-    EXPECT_EQ(reader.Read(block, 1), StreamResult::Ok);
-    FSStream writer(folder.Wide("file"), FSStream::ModeReadWrite);
-    EXPECT_EQ(writer.Read(block, 4096), StreamResult::Ok);
-    EXPECT_EQ(writer.Write("new!", 4), StreamResult::Ok);
-    EXPECT_EQ(reader.Read(block, 4095), StreamResult::Ok);
-    EXPECT_EQ(reader.Read(block, 4), StreamResult::Ok);
-    EXPECT_EQ(std::string(block, 4), "new!");
-    // What is read as well as written is not read ahead.
-    EXPECT_EQ(writer.Read(block, 1), StreamResult::Ok);
-    WriteBytes(folder.Path("file"), std::string(4096, 'o') + "other!!!");
-    EXPECT_EQ(writer.Read(block, 3), StreamResult::Ok);
-    EXPECT_EQ(std::string(block, 3), "!!!");
+    unsigned int value = 0;
+    EXPECT_EQ(reader.Read(value), StreamResult::Ok);
+    ASSERT_EQ(truncate(folder.Path("file").c_str(), 4), 0);
+    EXPECT_EQ(reader.Read(value), StreamResult::ShortTransfer);
+    EXPECT_EQ(value, 1U);
+}
+
+TEST(FSStream, ReadsNothingThatWasNotAskedFor)
+{
+    const TemporaryFolder folder;
+    WriteBytes(folder.Path("file"), Value(1) + Value(4) + Characters(L"a") + std::string(100, 'x'));
+    FSStream reader(folder.Wide("file"), FSStream::ModeRead);
+    const int descriptor = ToolkitTest::DescriptorOf(folder.Path("file"));
+    unsigned int value = 0;
+    EXPECT_EQ(reader.Read(value), StreamResult::Ok);
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_CUR), 4);
+    TString<wchar_t> text;
+    EXPECT_EQ(reader.Read(text), StreamResult::Ok);
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_CUR), 12);
+    char block[7];
+    EXPECT_EQ(reader.Read(block, 7), StreamResult::Ok);
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_CUR), 19);
 }
 
 TEST(FSStream, StreamThatIsNotOpenAnswersNotOpenToEverything)
@@ -682,6 +713,20 @@ TEST(FSStream, NamedPipeDoesNotOpenAndIsNotWaitedFor)
     {
         FSStream stream(folder.Wide("pipe"), static_cast<FSStream::OpenMode>(mode));
         EXPECT_FALSE(IsOpen(stream)) << mode;
+    }
+}
+
+TEST(FSStream, NothingIsWaitedForThatMayNeverCome)
+{
+    char block[4] = "";
+    FSStream messages(L"/proc/kmsg", FSStream::ModeRead);
+    // The kernel's messages may fill the block several times.
+    while (messages.Read(block, 4) == StreamResult::Ok)
+        continue;
+    for (const FSStream::OpenMode mode : {FSStream::ModeRead, FSStream::ModeWrite, FSStream::ModeReadWrite})
+    {
+        FSStream stream(L"/dev/ptmx", mode);
+        EXPECT_EQ(stream.Read(block, 4), StreamResult::NotOpen);
     }
 }
 

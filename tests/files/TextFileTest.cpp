@@ -277,6 +277,9 @@ TEST(TextFile, OpensNoPathThatNamesNoFile)
         L"/dev/null",
         L"/dev/zero",
         L"/proc/self/mem",
+        // Whoever reads it to its end waits for the kernel's next message.
+        L"/proc/kmsg",
+        L"/dev/ptmx",
     };
     for (const TString<wchar_t>& path : paths)
     {

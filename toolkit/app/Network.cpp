@@ -10,11 +10,11 @@
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 #include <wx/socket.h>
 #include <wx/thread.h>
 
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 
@@ -73,13 +73,9 @@ bool ConnectOnAnyThread(int timeoutSeconds)
     const AddressList address = Resolve();
     if (address == nullptr)
         return false;
-    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (descriptor == -1)
-        return false;
-    const bool connected = connect(descriptor, address->ai_addr, address->ai_addrlen) == 0 ||
-                           (errno == EINPROGRESS && IsConnectedWithin(descriptor, timeoutSeconds));
-    close(descriptor);
-    return connected;
+    const Descriptor connection(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    return connect(connection.Get(), address->ai_addr, address->ai_addrlen) == 0 ||
+           (errno == EINPROGRESS && IsConnectedWithin(connection.Get(), timeoutSeconds));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <wx/filename.h>
 #include <wx/utils.h>
 
+#include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/PathNames.h"
 #include "toolkit/internal/system/StandardFolders.h"
 #include "toolkit/internal/wx/WxText.h"
@@ -16,15 +17,6 @@ namespace Toolkit
 
 namespace
 {
-
-const mode_t s_uNothing = 0;
-
-// The kind of file at `path`, links followed; 0 when there is none.
-mode_t KindOf(const TString<wchar_t>& path)
-{
-    struct stat status = {};
-    return stat(PathNames::ToNative(path).c_str(), &status) == 0 ? status.st_mode & S_IFMT : s_uNothing;
-}
 
 void CreateFolders(const TString<wchar_t>& path)
 {
@@ -143,18 +135,18 @@ void PathManager::SplitPath(const TString<wchar_t>& fullPath, TString<wchar_t>& 
 
 bool PathManager::Exists(const TString<wchar_t>& path)
 {
-    const mode_t kind = KindOf(path);
+    const mode_t kind = NativePath(path).GetKind();
     return kind == S_IFDIR || kind == S_IFREG;
 }
 
 bool PathManager::FileExists(const TString<wchar_t>& path)
 {
-    return KindOf(path) == S_IFREG;
+    return NativePath(path).IsFile();
 }
 
 bool PathManager::DirExists(const TString<wchar_t>& path)
 {
-    return KindOf(path) == S_IFDIR;
+    return NativePath(path).IsFolder();
 }
 
 } // namespace Toolkit

@@ -50,16 +50,9 @@ void CreateLock(const TString<wchar_t>& path)
 {
     // Nothing is allocated between the descriptor and its owner.
     FFile file;
-    const int descriptor = GuardedFile::Open(NativePath(path));
-    if (descriptor == -1)
-        return;
-    std::FILE* const stream = GuardedFile::Empty(descriptor) ? fdopen(descriptor, "w") : nullptr;
-    if (stream == nullptr)
-    {
-        close(descriptor);
-        return;
-    }
-    file.Attach(stream);
+    Descriptor descriptor = GuardedFile::Open(NativePath(path));
+    if (descriptor.IsOpen() && GuardedFile::Empty(descriptor.Get()))
+        file.Attach(descriptor.ToStream("w"));
     file.Close();
 }
 

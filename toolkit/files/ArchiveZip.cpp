@@ -2,7 +2,6 @@
 #include "toolkit/files/ArchiveZip.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -13,6 +12,7 @@
 
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/zip/ZipEntryStream.h"
 #include "toolkit/internal/zip/ZipFile.h"
 #include "toolkit/log/LogLine.h"
@@ -60,53 +60,33 @@ class Target
 {
 public:
     Target(const TString<wchar_t>& path, const ZipFile& archive)
-        : m_iDescriptor(NativePath(path).Open(O_WRONLY | O_CREAT))
+        : m_file(NativePath(path).Open(O_WRONLY | O_CREAT))
     {
         struct stat status = {};
-        if (fstat(m_iDescriptor, &status) != 0 || S_ISFIFO(status.st_mode) || archive.IsSame(status) ||
-            (S_ISREG(status.st_mode) && ftruncate(m_iDescriptor, 0) != 0))
-            Close();
+        if (fstat(m_file.Get(), &status) != 0 || S_ISFIFO(status.st_mode) || archive.IsSame(status) ||
+            (S_ISREG(status.st_mode) && ftruncate(m_file.Get(), 0) != 0))
+            m_file.Close();
     }
 
     ~Target()
     {
         const NoCancellation whole;
         // Where it cannot be emptied, on a device, nothing can be taken back.
-        if (m_iDescriptor != -1)
-            static_cast<void>(ftruncate(m_iDescriptor, 0) == 0);
-        Close();
+        if (m_file.IsOpen())
+            static_cast<void>(ftruncate(m_file.Get(), 0) == 0);
     }
 
     Target(const Target&) = delete;
     Target& operator=(const Target&) = delete;
 
-    bool IsOpened() const { return m_iDescriptor != -1; }
+    bool IsOpened() const { return m_file.IsOpen(); }
 
-    bool Write(const char* bytes, std::size_t count)
-    {
-        while (count > 0)
-        {
-            const ssize_t written = write(m_iDescriptor, bytes, count);
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written <= 0)
-                return false;
-            bytes += written;
-            count -= static_cast<std::size_t>(written);
-        }
-        return true;
-    }
+    bool Write(const char* bytes, std::size_t count) { return WriteAll(m_file.Get(), bytes, count); }
 
-    bool Keep() { return Close(); }
+    bool Keep() { return m_file.Close(); }
 
 private:
-    bool Close()
-    {
-        const int descriptor = std::exchange(m_iDescriptor, -1);
-        return descriptor == -1 || close(descriptor) == 0;
-    }
-
-    int m_iDescriptor;
+    Descriptor m_file;
 };
 
 // Decodes block by block: memory follows neither the declared length nor the real one, and no more is asked

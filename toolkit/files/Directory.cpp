@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/files/Directory.h"
 
-#include <cerrno>
 #include <climits>
+#include <filesystem>
 #include <memory>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -35,6 +36,15 @@ struct CloseFolder
     }
 };
 
+std::unique_ptr<DIR, CloseFolder> OpenFolder(const NativePath& path)
+{
+    Descriptor descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::unique_ptr<DIR, CloseFolder> folder(descriptor.IsOpen() ? fdopendir(descriptor.Get()) : nullptr);
+    if (folder != nullptr)
+        descriptor.Release();
+    return folder;
+}
+
 bool IsFolder(DIR* folder, const dirent& entry)
 {
     struct stat status = {};
@@ -57,7 +67,7 @@ std::vector<TString<wchar_t>> List(const TString<wchar_t>& path, const TString<w
     // No name holds a zero, but the comparison would stop there.
     if (!native.IsValid() || filter.find(L'\0') != filter.npos)
         return names;
-    const std::unique_ptr<DIR, CloseFolder> folder(opendir(native.c_str()));
+    const std::unique_ptr<DIR, CloseFolder> folder = OpenFolder(native);
     if (folder == nullptr)
         return names;
     const wxString pattern = ToWx(filter);
@@ -72,6 +82,7 @@ std::vector<TString<wchar_t>> List(const TString<wchar_t>& path, const TString<w
     return names;
 }
 
+// Its parents are not made, either.
 bool HasTooLongName(const TString<char>& path)
 {
     std::size_t length = 0;
@@ -82,30 +93,6 @@ bool HasTooLongName(const TString<char>& path)
             return true;
     }
     return false;
-}
-
-// Makes the folder with its missing parents: up to the first that can be made or is there, and down again.
-// Each is cut out of the one path and made once, as a path may have two thousand parents.
-void MakeFolders(TString<char> path)
-{
-    const mode_t permissions = 0777;
-    std::vector<std::size_t> cuts;
-    while (mkdir(path.c_str(), permissions) != 0 && errno == ENOENT)
-    {
-        const std::size_t end = cuts.empty() ? path.size() : cuts.back();
-        const std::size_t name = path.find_last_not_of('/', end - 1);
-        const std::size_t cut = name == path.npos ? name : path.rfind('/', name);
-        if (cut == path.npos || cut == 0)
-            return;
-        cuts.push_back(cut);
-        path[cut] = '\0';
-    }
-    for (; !cuts.empty(); cuts.pop_back())
-    {
-        path[cuts.back()] = '/';
-        if (mkdir(path.c_str(), permissions) != 0 && errno != EEXIST)
-            return;
-    }
 }
 
 } // namespace
@@ -127,8 +114,9 @@ bool Directory::Exist(const TString<wchar_t>& path)
 bool Directory::Create(const TString<wchar_t>& path)
 {
     const NativePath native(path);
-    if (native.IsValid() && !native.IsFolder() && !HasTooLongName(native.GetBytes()))
-        MakeFolders(native.GetBytes());
+    std::error_code ignored;
+    if (native.IsValid() && !HasTooLongName(native.GetBytes()))
+        std::filesystem::create_directories(native.c_str(), ignored);
     // Only the outcome counts: the folder may be there, or be made by another process at the same time.
     return native.IsFolder();
 }

@@ -13,6 +13,7 @@
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/Transfer.h"
 
 namespace Toolkit
 {
@@ -46,14 +47,10 @@ int ParseMode(const TString<wchar_t>& mode)
 std::FILE* OpenStream(const TString<wchar_t>& path, const TString<wchar_t>& mode)
 {
     const int flags = ParseMode(mode);
-    const int descriptor = flags == s_iBadMode ? -1 : NativePath(path).Open(flags);
-    if (descriptor == -1)
+    if (flags == s_iBadMode)
         return nullptr;
     const char streamMode[] = {static_cast<char>(mode[0]), (flags & O_ACCMODE) == O_RDWR ? '+' : '\0', '\0'};
-    std::FILE* const stream = fdopen(descriptor, streamMode);
-    if (stream == nullptr)
-        close(descriptor);
-    return stream;
+    return NativePath(path).Open(flags).ToStream(streamMode);
 }
 
 // True when a signal kept the stream from writing, which may then be tried again; an error from before stays.
@@ -201,22 +198,8 @@ void FFile::WriteBuffered()
 
 void FFile::WriteThrough()
 {
-    const int descriptor = fileno_unlocked(m_pFile->fp());
-    const char* bytes = m_strBytes.data();
-    for (std::size_t left = m_strBytes.size(); left > 0;)
-    {
-        const ssize_t written = write(descriptor, bytes, left);
-        if (written > 0)
-        {
-            bytes += written;
-            left -= static_cast<std::size_t>(written);
-        }
-        else if (written == 0 || errno != EINTR)
-        {
-            m_bLostText = true;
-            return;
-        }
-    }
+    if (!WriteAll(fileno_unlocked(m_pFile->fp()), m_strBytes.data(), m_strBytes.size()))
+        m_bLostText = true;
 }
 
 } // namespace Toolkit

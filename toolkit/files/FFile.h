@@ -26,7 +26,7 @@ public:
 
     // True when the file was opened; a file opened before is closed first. `mode` is that of C's `fopen`, for
     // instance "rb". A folder, a path that holds a zero, and a FIFO opened for reading answer false without
-    // waiting.
+    // waiting. A read waits for nothing but the input of a terminal.
     bool Open(const TString<wchar_t>& path, const TString<wchar_t>& mode);
 
     // Takes over an open stream instead; a file opened before is closed first. What is written to a stream

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 #include <wx/file.h>
 
@@ -14,10 +13,10 @@ namespace Toolkit
 {
 
 // A binary stream over a file, open from its construction until its destruction. What is written reaches the
-// system at once; a regular file in ModeRead is read up to 4 KiB ahead, so that a change that others make so
-// close behind what was read may go unseen, while what they append is read. A file that cannot be opened
-// leaves a stream that answers `NotOpen` to everything; nothing is logged. A stream belongs to one thread at
-// a time; streams on different files are independent.
+// system at once, and a read asks the system for its own bytes at that moment, so that whatever others have
+// changed by then is seen. A file that cannot be opened leaves a stream that returns `NotOpen` from
+// everything; nothing is logged. A stream belongs to one thread at a time; streams on different files are
+// independent.
 class TOOLKIT_API FSStream : public IStream
 {
 public:
@@ -37,7 +36,8 @@ public:
 
     // A new file has permissions 0666 before the umask. A folder, a path that holds a zero or has no UTF-8
     // form, and an unknown mode do not open; a named pipe opens for writing only, and only while it is read.
-    // Nothing is waited for.
+    // Nothing is waited for but the input of a terminal and whoever reads a pipe: where a read would have to
+    // wait for something else, it is a short transfer.
     FSStream(const TString<wchar_t>& path, OpenMode mode);
     ~FSStream() override;
 
@@ -66,17 +66,11 @@ public:
     unsigned int Length() const override;
 
 private:
-    class ReadAhead;
-
     bool ReadAll(void* data, std::size_t size);
-    void BeginToReadAhead();
     std::size_t Remaining() const;
     StreamResult ReadText(TString<wchar_t>& text, unsigned int count);
 
     wxFile m_file;
-    // Made by the first read of a file that can be read ahead; null until then and for every other one.
-    std::unique_ptr<ReadAhead> m_pAhead;
-    bool m_bMayReadAhead;
 };
 
 } // namespace Toolkit

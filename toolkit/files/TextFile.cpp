@@ -12,6 +12,7 @@
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SafeReplace.h"
+#include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/TextEncoding.h"
 
 namespace Toolkit
@@ -31,25 +32,21 @@ bool ReadAll(int descriptor, std::size_t expected, TString<char>& bytes)
     bytes.resize(expected + 1);
     for (;;)
     {
-        const ssize_t count = read(descriptor, &bytes[have], bytes.size() - have);
-        if (count == 0)
+        have += ReadUpTo(descriptor, &bytes[have], bytes.size() - have);
+        if (have < bytes.size())
             break;
-        if (count > 0)
-            have += static_cast<std::size_t>(count);
-        else if (errno != EINTR)
-            return false;
-        if (have == bytes.size())
-            bytes.resize(have + have / 2 + s_uSlice);
+        bytes.resize(have + have / 2 + s_uSlice);
     }
+    const bool whole = errno == 0;
     bytes.resize(have);
-    return true;
+    return whole;
 }
 
 bool ReadFile(const NativePath& path, TString<char>& bytes)
 {
-    const Descriptor descriptor(path.Open(O_RDONLY));
+    const Descriptor descriptor = path.Open(O_RDONLY);
     struct stat status = {};
-    return descriptor.Get() != -1 && fstat(descriptor.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
+    return fstat(descriptor.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
            ReadAll(descriptor.Get(), static_cast<std::size_t>(status.st_size), bytes);
 }
 

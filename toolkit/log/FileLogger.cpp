@@ -7,12 +7,12 @@
 #include <utility>
 
 #include <sys/file.h>
-#include <unistd.h>
 
 #include "toolkit/app/GetTickCount.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/FFile.h"
+#include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/GuardedFile.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/threading/MutexLock.h"
@@ -39,18 +39,14 @@ TString<wchar_t> NameOrApplication(const TString<wchar_t>& name)
 }
 
 // Everyone may write where the log lies: whatever lies there instead of a log is left as it is. The lock is
-// what two loggers of one name tell each other by; it goes with the descriptor. -1 on failure.
-int OpenLogDescriptor(const TString<wchar_t>& path)
+// what two loggers of one name tell each other by; it goes with the descriptor. None on failure.
+Descriptor OpenLogDescriptor(const TString<wchar_t>& path)
 {
-    const int descriptor = GuardedFile::Open(NativePath(path));
+    Descriptor descriptor = GuardedFile::Open(NativePath(path));
     // The links are counted again under the lock: who held it before may have removed the file.
-    if (descriptor != -1 && !(flock(descriptor, LOCK_EX | LOCK_NB) == 0 && GuardedFile::Is(descriptor) &&
-                              GuardedFile::Empty(descriptor)))
-    {
-        close(descriptor);
-        return -1;
-    }
-    return descriptor;
+    const bool isOurs = flock(descriptor.Get(), LOCK_EX | LOCK_NB) == 0 &&
+                        GuardedFile::Is(descriptor.Get()) && GuardedFile::Empty(descriptor.Get());
+    return isOurs ? std::move(descriptor) : Descriptor();
 }
 
 } // namespace
@@ -138,15 +134,9 @@ bool FileLogger::OpenFallback()
 bool FileLogger::OpenFile(const TString<wchar_t>& path)
 {
     const TString<char> mode = UTF8::ToUTF8(c_strOpenMode);
-    const int descriptor = OpenLogDescriptor(path);
-    if (descriptor == -1)
-        return false;
-    std::FILE* const stream = fdopen(descriptor, mode.c_str());
+    std::FILE* const stream = OpenLogDescriptor(path).ToStream(mode.c_str());
     if (stream == nullptr)
-    {
-        close(descriptor);
         return false;
-    }
     // Unbuffered: each piece is one write, and what the disk did not take is not tried again later.
     std::setvbuf(stream, nullptr, _IONBF, 0);
     m_pFile->Attach(stream);

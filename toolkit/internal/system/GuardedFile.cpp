@@ -2,6 +2,7 @@
 #include "toolkit/internal/system/GuardedFile.h"
 
 #include <cerrno>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -40,19 +41,14 @@ bool GuardedFile::Is(int descriptor)
     return fstat(descriptor, &status) == 0 && IsOursAlone(status);
 }
 
-int GuardedFile::Open(const NativePath& path)
+Descriptor GuardedFile::Open(const NativePath& path)
 {
     // Looked at before, so that a FIFO's reader learns nothing, and again afterwards, as it may have changed.
     struct stat status = {};
     if (!path.IsValid() || (lstat(path.c_str(), &status) == 0 && !IsOursAlone(status)))
-        return -1;
-    const int descriptor = path.Open(O_WRONLY | O_CREAT | O_NOFOLLOW);
-    if (descriptor != -1 && !Is(descriptor))
-    {
-        close(descriptor);
-        return -1;
-    }
-    return descriptor;
+        return Descriptor();
+    Descriptor descriptor = path.Open(O_WRONLY | O_CREAT | O_NOFOLLOW);
+    return Is(descriptor.Get()) ? std::move(descriptor) : Descriptor();
 }
 
 bool GuardedFile::Empty(int descriptor)

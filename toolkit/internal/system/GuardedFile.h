@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_INTERNAL_SYSTEM_GUARDEDFILE_H
 #define TOOLKIT_INTERNAL_SYSTEM_GUARDEDFILE_H
 
+#include "toolkit/internal/system/Descriptor.h"
+
 namespace Toolkit
 {
 
@@ -19,9 +21,9 @@ public:
     // True when `descriptor` is one of such a file that has no other name.
     static bool Is(int descriptor);
 
-    // Opens for writing, made if missing, not truncated: a close-on-exec descriptor, which the caller closes;
-    // -1 on failure and when something else, or a file with a second name, lies there. It never waits.
-    static int Open(const NativePath& path);
+    // Opens for writing, made if missing, not truncated: a close-on-exec descriptor; none on failure and when
+    // something else, or a file with a second name, lies there. It never waits.
+    static Descriptor Open(const NativePath& path);
 
     // Empties the file of `descriptor`; false on failure.
     static bool Empty(int descriptor);

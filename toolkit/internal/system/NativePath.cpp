@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,51 +16,85 @@ namespace Toolkit
 namespace
 {
 
-const mode_t s_uNewFileMode = 0666;
-
-bool MayBeUsed(int descriptor, int flags)
+bool IsForWriting(int flags)
 {
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
-        return false;
-    return !S_ISFIFO(status.st_mode) || (flags & O_ACCMODE) == O_WRONLY;
+    return (flags & O_ACCMODE) == O_WRONLY;
 }
 
-bool MakeBlocking(int descriptor)
+// The end of a pseudo-terminal that has no user at its other end.
+bool IsNewTerminal(int descriptor)
 {
-    const int flags = fcntl(descriptor, F_GETFL);
-    return flags != -1 && fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0;
+    unsigned int number = 0;
+    return ioctl(descriptor, TIOCGPTN, &number) == 0;
+}
+
+// 0, or the error that opening such a thing is answered with.
+int Refusal(int descriptor, const struct stat& status, int flags)
+{
+    if (S_ISDIR(status.st_mode))
+        return EISDIR;
+    const bool refused = (S_ISFIFO(status.st_mode) && !IsForWriting(flags)) ||
+                         (S_ISCHR(status.st_mode) && IsNewTerminal(descriptor));
+    return refused ? ENXIO : 0;
+}
+
+// Only who writes, and who reads what a user types, waits as everyone does. Nothing that is read tells
+// beforehand whether it would be for ever: the kernel's messages lie in what looks like a file.
+bool MakeBlocking(int descriptor, const struct stat& status, int flags)
+{
+    if (!IsForWriting(flags) && !(S_ISCHR(status.st_mode) && isatty(descriptor) == 1))
+        return true;
+    const int before = fcntl(descriptor, F_GETFL);
+    return before != -1 && fcntl(descriptor, F_SETFL, before & ~O_NONBLOCK) == 0;
 }
 
 } // namespace
 
 NativePath::NativePath(const TString<wchar_t>& path) : m_strBytes(PathNames::ToNative(path)) {}
 
-bool NativePath::IsFile() const
+NativePath NativePath::OfBytes(std::string_view path)
+{
+    NativePath result;
+    if (path.find('\0') == path.npos)
+        result.m_strBytes.assign(path);
+    return result;
+}
+
+mode_t NativePath::GetKind() const
 {
     struct stat status = {};
-    return IsValid() && stat(c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return IsValid() && stat(c_str(), &status) == 0 ? status.st_mode & S_IFMT : 0;
+}
+
+bool NativePath::IsFile() const
+{
+    return GetKind() == S_IFREG;
 }
 
 bool NativePath::IsFolder() const
 {
-    struct stat status = {};
-    return IsValid() && stat(c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return GetKind() == S_IFDIR;
 }
 
-int NativePath::Open(int flags) const
+Descriptor NativePath::Open(int flags, mode_t mode) const
 {
+    errno = ENOENT;
     if (!IsValid())
-        return -1;
-    int descriptor = -1;
+        return Descriptor();
+    int opened = -1;
     do
-        descriptor = open(c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, s_uNewFileMode);
-    while (descriptor == -1 && errno == EINTR);
-    if (descriptor != -1 && (!MayBeUsed(descriptor, flags) || !MakeBlocking(descriptor)))
-    {
-        close(descriptor);
-        return -1;
-    }
+        opened = open(c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+    while (opened == -1 && errno == EINTR);
+    Descriptor descriptor(opened);
+    struct stat status = {};
+    if (!descriptor.IsOpen() || fstat(descriptor.Get(), &status) != 0)
+        return Descriptor();
+    const int refusal = Refusal(descriptor.Get(), status, flags);
+    if (refusal == 0 && MakeBlocking(descriptor.Get(), status, flags))
+        return descriptor;
+    const int error = refusal != 0 ? refusal : errno;
+    descriptor.Close();
+    errno = error;
     return descriptor;
 }
 

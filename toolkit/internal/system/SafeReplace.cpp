@@ -113,12 +113,8 @@ bool Examine(const NativePath& path, struct stat& status, bool& exists)
     exists = lstat(path.c_str(), &status) == 0;
     if (!exists)
         return errno == ENOENT;
-    const int descriptor = path.Open(O_WRONLY);
-    if (descriptor == -1)
-        return false;
-    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    close(descriptor);
-    return regular;
+    const Descriptor file = path.Open(O_WRONLY);
+    return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 } // namespace

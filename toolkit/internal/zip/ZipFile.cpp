@@ -2,17 +2,15 @@
 #include "toolkit/internal/zip/ZipFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <wx/zipstrm.h>
 
 #include "toolkit/internal/system/NativePath.h"
-#include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/Transfer.h"
 
 namespace Toolkit
 {
@@ -66,7 +64,7 @@ bool IsShort(long long length)
 bool IsRegular(int descriptor, long long& length)
 {
     struct stat status = {};
-    if (descriptor == -1 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     length = status.st_size;
     return true;
@@ -75,8 +73,7 @@ bool IsRegular(int descriptor, long long& length)
 // True for what is there without being a file: a folder, a FIFO, a socket.
 bool IsNoFile(const NativePath& path)
 {
-    struct stat status = {};
-    return path.IsValid() && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    return path.GetKind() != 0 && !path.IsFile();
 }
 
 } // namespace
@@ -84,16 +81,11 @@ bool IsNoFile(const NativePath& path)
 ZipFile::ZipFile(const TString<wchar_t>& path)
 {
     const NativePath native(path);
-    m_iDescriptor = native.Open(O_RDONLY);
-    m_bExists = IsRegular(m_iDescriptor, m_iLength) || IsNoFile(native);
+    m_file = native.Open(O_RDONLY);
+    m_bExists = IsRegular(m_file.Get(), m_iLength) || IsNoFile(native);
 }
 
-ZipFile::~ZipFile()
-{
-    const NoCancellation whole;
-    if (m_iDescriptor != -1)
-        close(m_iDescriptor);
-}
+ZipFile::~ZipFile() = default;
 
 bool ZipFile::MayBeArchive() const
 {
@@ -103,22 +95,12 @@ bool ZipFile::MayBeArchive() const
 bool ZipFile::IsSame(const struct stat& status) const
 {
     struct stat own = {};
-    return fstat(m_iDescriptor, &own) == 0 && own.st_dev == status.st_dev && own.st_ino == status.st_ino;
+    return fstat(m_file.Get(), &own) == 0 && own.st_dev == status.st_dev && own.st_ino == status.st_ino;
 }
 
 std::size_t ZipFile::ReadAt(long long offset, void* buffer, std::size_t count) const
 {
-    std::size_t have = 0;
-    while (have < count)
-    {
-        const ssize_t read = pread(m_iDescriptor, static_cast<char*>(buffer) + have, count - have,
-                                   offset + static_cast<long long>(have));
-        if (read > 0)
-            have += static_cast<std::size_t>(read);
-        else if (read == 0 || errno != EINTR)
-            break;
-    }
-    return have;
+    return ReadUpTo(m_file.Get(), buffer, count, offset);
 }
 
 std::size_t ZipFile::ReadRecord(long long offset, void* buffer, std::size_t count) const

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "toolkit/core/TString.h"
+#include "toolkit/internal/system/Descriptor.h"
 
 struct stat;
 class wxZipEntry;
@@ -83,7 +84,7 @@ private:
     bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
     bool HasChecksum(long long offset, unsigned int checksum) const;
 
-    int m_iDescriptor;
+    Descriptor m_file;
     long long m_iLength = 0;
     bool m_bExists;
     mutable std::array<Window, 4> m_windows;

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/system/Descriptor.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "toolkit/internal/system/NoCancellation.h"
+
+namespace Toolkit
+{
+
+bool Descriptor::Close()
+{
+    const NoCancellation whole;
+    const int descriptor = Release();
+    return descriptor == -1 || close(descriptor) == 0;
+}
+
+std::FILE* Descriptor::ToStream(const char* mode)
+{
+    std::FILE* const stream = IsOpen() ? fdopen(m_iDescriptor, mode) : nullptr;
+    if (stream != nullptr)
+        Release();
+    Close();
+    return stream;
+}
+
+int Descriptor::AboveStandard(int descriptor)
+{
+    if (descriptor < 0 || descriptor > STDERR_FILENO)
+        return descriptor;
+    const int higher = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    close(descriptor);
+    errno = error;
+    return higher;
+}
+
+} // namespace Toolkit

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes and DateTime.
+"""Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes, DateTime, and why an operation
+of the library failed.
 
 (gdb) source gdb/toolkit_printers.py                        in the sources
 (gdb) source /usr/share/toolkit/toolkit_printers.py         from the package libtoolkit-dev
@@ -85,12 +86,53 @@ class DateTimePrinter:
         return f"{instant:%Y-%m-%d %H:%M:%S}.{milliseconds % 1000:03} Z"
 
 
+class FailurePrinter:
+    """The message."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        content = self.value["m_pContent"]
+        if int(content) == 0:
+            return "no failure"
+        return TStringPrinter(content.dereference()["m_strMessage"]).to_string()
+
+    def display_hint(self):
+        return "string" if int(self.value["m_pContent"]) != 0 else None
+
+
+class ResultPrinter:
+    """The value, or the message of the failure."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def succeeded(self):
+        flag = "m_bSucceeded" if "m_bSucceeded" in self.fields() else "m_value"
+        return bool(self.value[flag] if flag == "m_bSucceeded" else self.value[flag]["_M_payload"]["_M_engaged"])
+
+    def fields(self):
+        return [field.name for field in self.value.type.strip_typedefs().fields()]
+
+    def to_string(self):
+        return "success" if self.succeeded() else "failure"
+
+    def children(self):
+        if not self.succeeded():
+            yield "error()", self.value["m_failure"]
+        elif "m_value" in self.fields():
+            yield "*", self.value["m_value"]["_M_payload"]["_M_payload"]["_M_value"]
+
+
 def build_printers():
     printers = gdb.printing.RegexpCollectionPrettyPrinter("toolkit")
     printers.add_printer("TString", r"^Toolkit::TString<(char|wchar_t)>$", TStringPrinter)
     printers.add_printer("smart_ptr", r"^Toolkit::smart_ptr<.*>$", SmartPtrPrinter)
     printers.add_printer("Bytes", r"^Toolkit::Bytes$", BytesPrinter)
     printers.add_printer("DateTime", r"^Toolkit::DateTime$", DateTimePrinter)
+    printers.add_printer("Failure", r"^Toolkit::Failure$", FailurePrinter)
+    printers.add_printer("Result", r"^Toolkit::Result<.*>$", ResultPrinter)
     return printers
 
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Values for the debugger to look at: it stops in `Stop`, one frame below them.
 
+#include "toolkit/core/Result.h"
 #include "toolkit/core/TString.h"
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/datetime/DateTime.h"
@@ -46,6 +47,10 @@ int main()
     const Bytes manyBytes(zeros, sizeof(zeros));
     const DateTime moment(2009, 3, 7, 13, 5, 9, 0);
     const DateTime invalid(2009, 13, 1, 0, 0, 0);
+    const Failure failure(Errc::Malformed, "no number");
+    const Result<int> number = 7;
+    const Result<int> noNumber = failure;
+    const Result<void> nothing;
     Stop();
     return 0;
 }

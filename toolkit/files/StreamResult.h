@@ -7,8 +7,13 @@
 namespace Toolkit
 {
 
+// Holds the unscoped enumerations, so that `using namespace Toolkit;` brings none of their enumerators into
+// scope.
+namespace Enumerations
+{
+
 // The status of every stream and serializer operation. Failures have bit 0x10000000 set; no other values are
-// produced.
+// produced. They are written qualified (`StreamResult::Ok`) and convert to numbers.
 enum StreamResult : std::uint32_t
 {
     Ok = 0x00000000,
@@ -24,10 +29,16 @@ enum StreamResult : std::uint32_t
     LengthReadFailed = 0x10000006
 };
 
+// Stands beside the enumeration, where a call without a namespace finds it.
 inline bool IsError(StreamResult result)
 {
     return (static_cast<std::uint32_t>(result) & 0x10000000U) != 0;
 }
+
+} // namespace Enumerations
+
+using Enumerations::IsError;
+using Enumerations::StreamResult;
 
 } // namespace Toolkit
 

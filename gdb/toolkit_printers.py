@@ -125,12 +125,26 @@ class ResultPrinter:
             yield "*", self.value["m_value"]["_M_payload"]["_M_payload"]["_M_value"]
 
 
+class FoldersPrinter:
+    """The folder of the settings, which tells the application and its user."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return TStringPrinter(self.value["m_pPaths"]["_M_ptr"]["m_config"]["_M_pathname"]).to_string()
+
+    def display_hint(self):
+        return "string"
+
+
 def build_printers():
     printers = gdb.printing.RegexpCollectionPrettyPrinter("toolkit")
     printers.add_printer("TString", r"^Toolkit::TString<(char|wchar_t)>$", TStringPrinter)
     printers.add_printer("smart_ptr", r"^Toolkit::smart_ptr<.*>$", SmartPtrPrinter)
     printers.add_printer("Bytes", r"^Toolkit::Bytes$", BytesPrinter)
     printers.add_printer("DateTime", r"^Toolkit::DateTime$", DateTimePrinter)
+    printers.add_printer("Folders", r"^Toolkit::Folders$", FoldersPrinter)
     printers.add_printer("Failure", r"^Toolkit::Failure$", FailurePrinter)
     printers.add_printer("Result", r"^Toolkit::Result<.*>$", ResultPrinter)
     return printers

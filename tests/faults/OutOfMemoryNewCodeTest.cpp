@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/OutOfMemory.h"
+#include "toolkit/app/Folders.h"
 #include "toolkit/core/LibraryVersion.h"
 #include "toolkit/core/Result.h"
 #include "toolkit/encoding/Text.h"
@@ -58,5 +59,23 @@ TEST(OutOfMemory, IsSurvivedByTexts)
          { attempt([] { EXPECT_FALSE(Text::FromCharset("\xFF", "us-ascii").has_value()); }); }},
         {"Text::FromCharset(unknown)", [](const Attempt& attempt)
          { attempt([] { EXPECT_FALSE(Text::FromCharset("a", "no-such-charset").has_value()); }); }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByFolders)
+{
+    ToolkitTest::FailEachAllocation({
+        {"Folders::Of", [](const Attempt& attempt)
+         { attempt([] { EXPECT_TRUE(Folders::Of("an application of a long name").has_value()); }); }},
+        {"Folders::Of(bad name)", [](const Attempt& attempt)
+         { attempt([] { EXPECT_FALSE(Folders::Of("an application / of a long name").has_value()); }); }},
+        {"Folders::Config",
+         [](const Attempt& attempt)
+         {
+             const Folders folders = *Folders::Of("watch");
+             attempt([&] { EXPECT_EQ("watch", folders.Config().filename()); });
+         }},
+        {"Folders::Executable",
+         [](const Attempt& attempt) { attempt([] { EXPECT_FALSE(Folders::Executable().empty()); }); }},
     });
 }

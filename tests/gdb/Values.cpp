@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Values for the debugger to look at: it stops in `Stop`, one frame below them.
 
+#include <cstdlib>
+
+#include "toolkit/app/Folders.h"
 #include "toolkit/core/Result.h"
 #include "toolkit/core/TString.h"
 #include "toolkit/core/smart_ptr.h"
@@ -51,6 +54,8 @@ int main()
     const Result<int> number = 7;
     const Result<int> noNumber = failure;
     const Result<void> nothing;
+    setenv("XDG_CONFIG_HOME", "/config", 1);
+    const Folders folders = *Folders::Of("watch");
     Stop();
     return 0;
 }

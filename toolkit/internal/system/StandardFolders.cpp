@@ -23,17 +23,6 @@ namespace
 
 const char* const c_strSelf = "/proc/self/exe";
 
-std::string ExecutableBytes()
-{
-    std::error_code ignored;
-    const std::string link = std::filesystem::read_symlink(c_strSelf, ignored).string();
-    struct stat named = {};
-    struct stat running = {};
-    const bool real = stat(link.c_str(), &named) == 0 && stat(c_strSelf, &running) == 0 &&
-                      named.st_dev == running.st_dev && named.st_ino == running.st_ino;
-    return StandardFolders::Unmark(link, real);
-}
-
 // True when the base library, which converts by the current locale, reads the bytes as UTF-8 does.
 bool IsReadAlike(const char* bytes)
 {
@@ -42,7 +31,7 @@ bool IsReadAlike(const char* bytes)
 
 bool CanAskBaseLibraryOfProgram()
 {
-    return BaseLibrary::IsStarted() && IsReadAlike(ExecutableBytes().c_str()) &&
+    return BaseLibrary::IsStarted() && IsReadAlike(StandardFolders::ExecutableBytes().c_str()) &&
            IsReadAlike(program_invocation_name);
 }
 
@@ -114,6 +103,17 @@ TString<wchar_t> ListedDocuments(const TString<wchar_t>& home)
 }
 
 } // namespace
+
+std::string StandardFolders::ExecutableBytes()
+{
+    std::error_code ignored;
+    const std::string link = std::filesystem::read_symlink(c_strSelf, ignored).string();
+    struct stat named = {};
+    struct stat running = {};
+    const bool real = stat(link.c_str(), &named) == 0 && stat(c_strSelf, &running) == 0 &&
+                      named.st_dev == running.st_dev && named.st_ino == running.st_ino;
+    return Unmark(link, real);
+}
 
 TString<wchar_t> StandardFolders::Executable()
 {

@@ -16,7 +16,9 @@ namespace Toolkit
 class StandardFolders
 {
 public:
-    // The full path of the running executable; empty when it has no UTF-8 form.
+    // The full path of the running executable, as the system's bytes; empty when the system does not tell.
+    static std::string ExecutableBytes();
+    // The same as text; empty when it has no UTF-8 form.
     static TString<wchar_t> Executable();
 
     // The current working directory.

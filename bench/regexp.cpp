@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <regex>
 
+#ifdef BENCH_PCRE2
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+#else
 #include <pcre.h>
+#endif
 #include <wx/regex.h>
 
 #include "bench/Bench.h"
@@ -42,6 +47,31 @@ std::string LongText(std::size_t places)
     return text;
 }
 
+// As the library must: compiled for each match, since an object keeps nothing but its pattern.
+int MatchBare(const std::string& subject)
+{
+#ifdef BENCH_PCRE2
+    int error = 0;
+    PCRE2_SIZE offset = 0;
+    pcre2_code* const code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(s_strPattern), PCRE2_ZERO_TERMINATED,
+                                           PCRE2_UTF, &error, &offset, nullptr);
+    pcre2_match_data* const data = pcre2_match_data_create(20, nullptr);
+    const int result =
+        pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(subject.data()), subject.size(), 0, 0, data, nullptr);
+    pcre2_match_data_free(data);
+    pcre2_code_free(code);
+#else
+    const char* error = nullptr;
+    int offset = 0;
+    pcre* const code = pcre_compile(s_strPattern, PCRE_UTF8, &error, &offset, nullptr);
+    int offsets[60];
+    const int result =
+        pcre_exec(code, nullptr, subject.data(), static_cast<int>(subject.size()), 0, 0, offsets, 60);
+    pcre_free(code);
+#endif
+    return result;
+}
+
 void RegisterMatch()
 {
     const RegExp expression(TString<char>(s_strPattern), RegExpOptions::Default);
@@ -50,20 +80,8 @@ void RegisterMatch()
                             [expression, subject] { benchmark::DoNotOptimize(expression.IsMatch(subject)); });
     ToolkitBench::Operation("Match/Toolkit", [expression, subject]
                             { benchmark::DoNotOptimize(expression.Match(subject)->GetResult()); });
-    // As the library must: compiled for each match, since an object keeps nothing but its pattern.
     for (const char* name : {"IsMatch/limit", "Match/limit"})
-        ToolkitBench::Operation(
-            name,
-            [subject]
-            {
-                const char* error = nullptr;
-                int offset = 0;
-                pcre* const code = pcre_compile(s_strPattern, PCRE_UTF8, &error, &offset, nullptr);
-                int offsets[60];
-                benchmark::DoNotOptimize(pcre_exec(code, nullptr, subject.data(),
-                                                   static_cast<int>(subject.size()), 0, 0, offsets, 60));
-                pcre_free(code);
-            });
+        ToolkitBench::Operation(name, [subject] { benchmark::DoNotOptimize(MatchBare(subject)); });
     ToolkitBench::Operation("IsMatch/wx",
                             [subject = wxString(subject)]
                             {

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <pcre.h>
-
+#include "tests/reference/BareRegex.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/encoding/B64.h"
@@ -26,7 +25,8 @@
 //   Corpora qp FILE              the quoted-printable form of each line, and whether it decodes to the same
 //   Corpora base64 FILE          the Base64 form of the whole file
 //   Corpora match FILE PATTERN   where the first match in each line begins and ends, or "none"
-//   Corpora fold FILE            of lines of a pattern, a tab and a subject: whether RegExp and PCRE agree
+//   Corpora fold FILE            of lines of a pattern, a tab and a subject: whether RegExp and the bare
+//   library agree
 
 using namespace Toolkit;
 using ToolkitTest::ReadBytes;
@@ -129,15 +129,9 @@ void ShowMatches(const std::string& path, const std::string& pattern)
 
 bool MatchesBare(const std::string& pattern, const std::string& subject)
 {
-    const char* error = nullptr;
-    int offset = 0;
-    pcre* const code = pcre_compile(pattern.c_str(), PCRE_UTF8, &error, &offset, nullptr);
-    int offsets[60];
-    const int result = code != nullptr ? pcre_exec(code, nullptr, subject.data(),
-                                                   static_cast<int>(subject.size()), 0, 0, offsets, 60)
-                                       : -1;
-    pcre_free(code);
-    return result > 0;
+    const ToolkitTest::BareRegex regex(pattern);
+    int offsets[ToolkitTest::BareRegex::s_iVectorSize];
+    return regex.IsCompiled() && regex.Execute(subject, offsets) > 0;
 }
 
 void CompareFolding(const std::string& line)

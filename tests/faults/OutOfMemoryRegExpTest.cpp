@@ -2,7 +2,9 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#ifndef TOOLKIT_TEST_PCRE2
 #include <pcre.h>
+#endif
 
 #include "tests/faults/OutOfMemory.h"
 #include "toolkit/regExp/RegExp.h"
@@ -16,15 +18,35 @@ namespace
 const TString<char> c_strPattern("(?<first>[a-z]+) (?<second_of_a_long_name>[a-z]+)|(x*)*y{2,30}");
 const TString<char> c_strSubject("one two, three four and five or more words");
 
+// Lets what the library of regular expressions allocates count as well. With PCRE2 it does anyway.
+class CountedRegexMemory
+{
+public:
+#ifdef TOOLKIT_TEST_PCRE2
+    CountedRegexMemory() {}
+#else
+    CountedRegexMemory() : m_malloc(pcre_malloc), m_free(pcre_free)
+    {
+        pcre_malloc = [](std::size_t size) { return operator new(size, std::nothrow); };
+        pcre_free = [](void* memory) { operator delete(memory); };
+    }
+    ~CountedRegexMemory()
+    {
+        pcre_malloc = m_malloc;
+        pcre_free = m_free;
+    }
+
+private:
+    void* (*const m_malloc)(std::size_t);
+    void (*const m_free)(void*);
+#endif
+};
+
 } // namespace
 
 TEST(OutOfMemory, IsSurvivedByRegularExpressions)
 {
-    // What PCRE allocates counts as well.
-    const auto pcreMalloc = pcre_malloc;
-    const auto pcreFree = pcre_free;
-    pcre_malloc = [](std::size_t size) { return operator new(size, std::nothrow); };
-    pcre_free = [](void* memory) { operator delete(memory); };
+    const CountedRegexMemory counted;
     const RegExp regExp(c_strPattern, RegExpOptions::Default);
     ToolkitTest::FailEachAllocation({
         {"RegExp::RegExp",
@@ -85,6 +107,4 @@ TEST(OutOfMemory, IsSurvivedByRegularExpressions)
                      { RegExpException::Throw(L"a message that is too long for the string object itself"); });
          }},
     });
-    pcre_malloc = pcreMalloc;
-    pcre_free = pcreFree;
 }

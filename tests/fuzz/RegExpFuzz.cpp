@@ -27,10 +27,13 @@ std::string TakeText(std::string& input)
     return text;
 }
 
-// Everything that bare PCRE finds.
+// Everything that the bare library finds.
 void CheckMatch(const RegExp& regExp, const TString<char>& subject)
 {
     const PlainMatch plain(regExp.GetPattern(), subject);
+    // PCRE2 has other texts for what PCRE refuses, and refuses some of what PCRE takes.
+    if (!plain.isCompiled && !BareRegex::s_bHasPcreTexts)
+        return;
     bool isMatch = false;
     TOOLKIT_FUZZ_CHECK(MessageOf([&] { isMatch = regExp.IsMatch(subject); }) == plain.message);
     smart_ptr<MatchResult, smart_ptr_policy> match;

@@ -6,44 +6,40 @@
 #include <string>
 #include <vector>
 
-#include <pcre.h>
-
+#include "tests/reference/BareRegex.h"
 #include "tests/support/RegExpSupport.h"
 #include "toolkit/encoding/UTF8.h"
 
 namespace ToolkitTest
 {
 
-// What bare PCRE finds: the plain form of RegExp::Match. It knows nothing of the stack, so patterns must
-// limit their searches and call few groups.
+// What the bare library of regular expressions finds: the plain form of RegExp::Match. It knows nothing of
+// limits, so patterns must limit their searches and call few groups.
 class PlainMatch
 {
 public:
     PlainMatch(const std::string& pattern, const std::string& subject)
     {
-        const char* error = nullptr;
-        int at = 0;
-        pcre* const code = pcre_compile(pattern.c_str(), PCRE_UTF8, &error, &at, nullptr);
-        if (code == nullptr)
+        const BareRegex regex(pattern);
+        isCompiled = regex.IsCompiled();
+        if (!isCompiled)
         {
-            message = " : " + std::string(error) + " (@offset: " + std::to_string(at) + ") " + Valid(pattern);
+            message = " : " + regex.GetError() + Valid(pattern);
             return;
         }
-        result = pcre_exec(code, nullptr, subject.data(), static_cast<int>(subject.size()), 0, 0, offsets,
-                           s_iVectorSize);
-        if (result < PCRE_ERROR_NOMATCH)
+        result = regex.Execute(subject, offsets);
+        if (result < -1)
             message = ExecutionMessage(std::to_string(result));
         for (int i = 0; i < result; ++i)
             groups.push_back(Piece(subject, offsets[2 * i], offsets[2 * i + 1]));
-        CollectNames(code);
-        pcre_free(code);
+        CollectNames(regex);
     }
 
-    // Of the exception, as MessageOf gives it.
+    bool isCompiled = false;
+    // Of the exception, as MessageOf gives it. Of a pattern that was not compiled only PCRE 8 has the text.
     std::string message = MessageOf([] {});
-    static const int s_iVectorSize = 60;
     int result = 0;
-    int offsets[s_iVectorSize] = {};
+    int offsets[BareRegex::s_iVectorSize] = {};
     std::vector<std::string> groups;
     // Of the groups that are reported: to the first group of a name, and to a group's name.
     std::map<std::string, int> names;
@@ -64,22 +60,17 @@ private:
     }
 
     // Of each group in turn the name, if the table of names has one.
-    void CollectNames(const pcre* code)
+    void CollectNames(const BareRegex& regex)
     {
-        int count = 0;
-        int size = 0;
-        const unsigned char* table = nullptr;
-        pcre_fullinfo(code, nullptr, PCRE_INFO_NAMECOUNT, &count);
-        pcre_fullinfo(code, nullptr, PCRE_INFO_NAMEENTRYSIZE, &size);
-        pcre_fullinfo(code, nullptr, PCRE_INFO_NAMETABLE, &table);
         for (int group = 1; group < result; ++group)
-            for (const unsigned char* entry = table; entry != table + count * size; entry += size)
-                if (entry[0] * 256 + entry[1] == group)
+            regex.ForEachName(
+                [&](int number, const std::string& name)
                 {
-                    const std::string name(reinterpret_cast<const char*>(entry + 2));
+                    if (number != group)
+                        return;
                     names.emplace(name, group);
                     namesOfGroups.emplace(group, name);
-                }
+                });
     }
 };
 

@@ -23,8 +23,8 @@ public:
     MatchResult(const MatchResult&) = delete;
     MatchResult& operator=(const MatchResult&) = delete;
 
-    // What pcre_exec answered last: the number of pairs in GetOffsets(), -1 for no match. 0 is a match in
-    // which a group took part that is numbered 20 or higher.
+    // What the last execution answered, by PCRE's numbers: the number of pairs in GetOffsets(), -1 for no
+    // match. 0 is a match in which a group took part that is numbered 20 or higher.
     int GetResult() const { return m_iResult; }
     // PCRE's static message when the last compilation failed, null otherwise.
     const char* GetErrorText() const { return m_pErrorText; }

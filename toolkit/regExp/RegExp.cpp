@@ -101,7 +101,7 @@ smart_ptr<MatchResult, smart_ptr_policy> RegExp::Match(const TString<wchar_t>& s
 TString<char> RegExp::Replace(const TString<char>& replacement, const TString<char>& input,
                               unsigned char) const
 {
-    // The text that is searched is kept beside the record, which sees only a window of it.
+    // The text is kept beside the record, which would copy it for each search.
     smart_ptr<MatchResult, smart_ptr_policy> record = NewRecord(input);
     RegExp_compile(record);
     record->m_iExecOptions = RegExpBackend::s_iWholeMatchOptions;
@@ -109,7 +109,7 @@ TString<char> RegExp::Replace(const TString<char>& replacement, const TString<ch
     if (record->m_iResult <= 0)
         return input;
 
-    GlobalReplacement work(record->m_pCode, record->m_strPattern, record->m_iExecOptions, input, replacement);
+    GlobalReplacement work(record->m_pCode, record->m_iExecOptions, input, replacement);
     while (record->m_iResult > 0)
     {
         work.Replace(record->m_offsets);

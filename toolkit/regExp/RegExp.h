@@ -15,11 +15,11 @@
 namespace Toolkit
 {
 
-// A regular expression (PCRE, UTF-8): tests, matches and rewrites texts. Wide text is converted to UTF-8
-// first, and offsets are bytes. Nothing is cached and no operation changes the object, so any number of
+// A regular expression (PCRE's syntax, UTF-8): tests, matches and rewrites texts. Wide text is converted to
+// UTF-8 first, and offsets are bytes. Nothing is cached and no operation changes the object, so any number of
 // threads may use one. An invalid pattern and a failed execution throw smart_ptr<RegExpException,
-// smart_ptr_policy>: a subject that is no UTF-8, for instance, or a search beyond PCRE's limits and those of
-// the thread's stack.
+// smart_ptr_policy>: a subject that is no UTF-8, for instance, or a search beyond a limit, which is
+// 10,000,000 steps and 20 MiB of memory with PCRE2, and what is left of the thread's stack with PCRE.
 class TOOLKIT_API RegExp
 {
 public:

@@ -1,0 +1,382 @@
+// SPDX-License-Identifier: MIT
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+
+#include "tests/support/RegExpSupport.h"
+#include "toolkit/regExp/RegExp.h"
+
+using namespace Toolkit;
+using namespace ToolkitTest;
+
+// This program stands between the library and PCRE2: it sees the library's calls and can let one fail.
+
+namespace
+{
+
+struct Execution
+{
+    PCRE2_SIZE start;
+    std::uint32_t options;
+    std::uint32_t pairs;
+};
+
+std::vector<std::uint32_t> s_compilations;
+std::vector<Execution> s_executions;
+bool s_bRecord = false;
+std::uint32_t s_uFailingInfo = 0xFFFFFFFFU;
+int s_iCodes = 0;
+
+template <class Function>
+Function* Real(const char* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+class Recording
+{
+public:
+    Recording()
+    {
+        s_compilations.clear();
+        s_executions.clear();
+        s_bRecord = true;
+    }
+    ~Recording() { s_bRecord = false; }
+};
+
+class FailingInfo
+{
+public:
+    explicit FailingInfo(std::uint32_t what) { s_uFailingInfo = what; }
+    ~FailingInfo() { s_uFailingInfo = 0xFFFFFFFFU; }
+};
+
+// Runs `work` on a thread with a stack of that size.
+void RunOnStack(std::size_t size, const std::function<void()>& work)
+{
+    pthread_attr_t attributes;
+    ASSERT_EQ(0, pthread_attr_init(&attributes));
+    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, size));
+    pthread_t thread;
+    const auto entry = [](void* argument) -> void*
+    {
+        (*static_cast<const std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(0, pthread_create(&thread, &attributes, entry, const_cast<std::function<void()>*>(&work)));
+    ASSERT_EQ(0, pthread_join(thread, nullptr));
+    pthread_attr_destroy(&attributes);
+}
+
+smart_ptr<MatchResult, smart_ptr_policy> Executed(const std::string& pattern, const std::string& subject,
+                                                  unsigned short start, int options)
+{
+    smart_ptr<MatchResult, smart_ptr_policy> record(new MatchResult);
+    record->SetPattern(TString<char>(pattern));
+    record->SetSubject(TString<char>(subject));
+    record->SetExecOptions(options);
+    const RegExp steps = Pattern("");
+    steps.RegExp_compile(record);
+    MessageOf([&] { steps.RegExp_exec(record, start); });
+    return record;
+}
+
+} // namespace
+
+extern "C" pcre2_code* pcre2_compile_8(PCRE2_SPTR pattern, PCRE2_SIZE length, std::uint32_t options,
+                                       int* error, PCRE2_SIZE* offset, pcre2_compile_context* context)
+{
+    if (s_bRecord)
+        s_compilations.push_back(options);
+    pcre2_code* const code =
+        Real<decltype(pcre2_compile_8)>("pcre2_compile_8")(pattern, length, options, error, offset, context);
+    s_iCodes += code != nullptr ? 1 : 0;
+    return code;
+}
+
+extern "C" void pcre2_code_free_8(pcre2_code* code)
+{
+    s_iCodes -= code != nullptr ? 1 : 0;
+    Real<decltype(pcre2_code_free_8)>("pcre2_code_free_8")(code);
+}
+
+extern "C" int pcre2_match_8(const pcre2_code* code, PCRE2_SPTR subject, PCRE2_SIZE length, PCRE2_SIZE start,
+                             std::uint32_t options, pcre2_match_data* data, pcre2_match_context* context)
+{
+    if (s_bRecord)
+        s_executions.push_back({start, options, pcre2_get_ovector_count(data)});
+    return Real<decltype(pcre2_match_8)>("pcre2_match_8")(code, subject, length, start, options, data,
+                                                          context);
+}
+
+extern "C" int pcre2_pattern_info_8(const pcre2_code* code, std::uint32_t what, void* where)
+{
+    if (what == s_uFailingInfo)
+        return PCRE2_ERROR_BADMAGIC;
+    return Real<decltype(pcre2_pattern_info_8)>("pcre2_pattern_info_8")(code, what, where);
+}
+
+// ---- what PCRE2 is asked
+
+TEST(Pcre2Backend, CompilesInUtf8ModeAloneOnEachCall)
+{
+    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
+    RegExp::ReplacementMappedStrings named;
+    const Recording recording;
+    regExp.IsMatch("a");
+    regExp.IsMatch("a");
+    regExp.Match("a");
+    regExp.Replace("b", "a", 0);
+    regExp.Replace(std::vector<TString<char>>(), "a");
+    regExp.Replace(named, "a");
+    EXPECT_EQ(std::vector<std::uint32_t>(6, PCRE2_UTF), s_compilations);
+}
+
+TEST(Pcre2Backend, ExecutesOnceFromTheStartWithoutOptions)
+{
+    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
+    RegExp::ReplacementMappedStrings named;
+    const Recording recording;
+    regExp.IsMatch("aa");
+    regExp.Match("aa");
+    regExp.Replace(std::vector<TString<char>>(), "aa");
+    regExp.Replace(named, "aa");
+    ASSERT_EQ(4U, s_executions.size());
+    for (const Execution& execution : s_executions)
+    {
+        EXPECT_EQ(0U, execution.options);
+        EXPECT_EQ(0U, execution.start);
+        EXPECT_EQ(20U, execution.pairs);
+    }
+}
+
+TEST(Pcre2Backend, GlobalReplacementExecutesOncePerMatchAndOnceMore)
+{
+    const std::uint32_t wholeMatch = PCRE2_NOTBOL | PCRE2_NOTEOL | PCRE2_NOTEMPTY;
+    const RegExp regExp = Pattern("a");
+    const Recording recording;
+    regExp.Replace("b", "banana", 0);
+    ASSERT_EQ(4U, s_executions.size());
+    EXPECT_EQ(wholeMatch, s_executions[0].options);
+    for (const Execution& execution : s_executions)
+        EXPECT_EQ(wholeMatch, execution.options & ~PCRE2_NO_UTF_CHECK);
+}
+
+TEST(Pcre2Backend, FailedNameQueriesThrowTheirMessages)
+{
+    const struct
+    {
+        std::uint32_t what;
+        const char* message;
+    } rows[] = {
+        {PCRE2_INFO_NAMECOUNT, "pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error"},
+        {PCRE2_INFO_NAMEENTRYSIZE, "pcre_fullinfo 'PCRE_INFO_NAMEENTRYSIZE' return error"},
+        {PCRE2_INFO_NAMETABLE, "pcre_fullinfo 'PCRE_INFO_NAMETABLE' return error"},
+    };
+    for (const auto& row : rows)
+    {
+        const int before = s_iCodes;
+        const FailingInfo failing(row.what);
+        EXPECT_EQ(row.message, MessageOf([] { Pattern("(?<n>a)").Match("a"); }));
+        EXPECT_EQ(before, s_iCodes) << row.message;
+    }
+}
+
+// ---- who frees what was compiled
+
+TEST(Pcre2Backend, NothingCompiledSurvivesACall)
+{
+    const int before = s_iCodes;
+    const RegExp regExp = Pattern("(?<n>a)");
+    RegExp::ReplacementMappedStrings named;
+    regExp.IsMatch("a");
+    regExp.Match("a");
+    regExp.Replace("b", "aa", 0);
+    regExp.Replace(named, "a");
+    MessageOf([&] { regExp.IsMatch("\xFF"); });
+    MessageOf([&] { regExp.Match("\xFF"); });
+    MessageOf([&] { regExp.Replace("\xFF", "a", 0); });
+    MessageOf([&] { Pattern("(").Match("a"); });
+    EXPECT_EQ(before, s_iCodes);
+}
+
+TEST(Pcre2Backend, RecordKeepsOneCompiledPatternToItsEnd)
+{
+    const int before = s_iCodes;
+    const RegExp regExp = Pattern("a");
+    {
+        smart_ptr<MatchResult, smart_ptr_policy> record = regExp.Match("a");
+        const smart_ptr<MatchResult, smart_ptr_policy> other = record;
+        EXPECT_EQ(before + 1, s_iCodes);
+        regExp.RegExp_compile(record);
+        EXPECT_EQ(before + 1, s_iCodes);
+        record->SetPattern("(");
+        MessageOf([&] { regExp.RegExp_compile(record); });
+        EXPECT_EQ(before, s_iCodes);
+    }
+    EXPECT_EQ(before, s_iCodes);
+}
+
+// ---- what PCRE 8 would do
+
+TEST(Pcre2Backend, TakesTheOptionsThatPcreTakesByPcresNumbers)
+{
+    const struct
+    {
+        const char* pattern;
+        const char* subject;
+        unsigned short start;
+        int options;
+        int result;
+    } rows[] = {
+        {"b", "ab", 0, 0x00000010, -1},  // anchored
+        {"b", "ab", 1, 0x00000010, 1},   // anchored
+        {"^a", "ab", 0, 0x00000080, -1}, // the start is no start of a line
+        {"b$", "ab", 0, 0x00000100, -1}, // the end is no end of a line
+        {"c*", "ab", 0, 0x00000400, -1}, // not empty
+        {"b",
+         "a\xFF"
+         "b",
+         0, 0x00002000, 1},                 // not checked
+        {"abc", "xab", 0, 0x00008000, -12}, // partial
+        {"abc", "xab", 0, 0x08000000, -12}, // partial before whole
+        {"a", "xa", 0, 0x04000000, 1},      // no optimization
+        {"a*", "ba", 0, 0x10000000, 1},     // not empty at the start
+        {"a", "a", 0, 0x00000001, -3},
+        {"a", "a", 0, 0x00000002, -3},
+        {"a", "a", 0, 0x40000000, -3},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.result, Executed(row.pattern, row.subject, row.start, row.options)->GetResult())
+            << row.pattern << " " << row.options;
+}
+
+TEST(Pcre2Backend, ChecksAllOfTheSubjectWhereverTheSearchBegins)
+{
+    EXPECT_EQ(-10, Executed("b",
+                            "\xFF"
+                            "aaab",
+                            4, 0)
+                       ->GetResult());
+    EXPECT_EQ(-10, Executed("b", "aaa\xC3\xA4\xC3", 1, 0)->GetResult());
+    EXPECT_EQ(-11, Executed("b",
+                            "aaa\xC3\xA4"
+                            "b",
+                            4, 0)
+                       ->GetResult());
+    EXPECT_EQ(-10, Executed("b",
+                            "\xFF"
+                            "aa\xC3\xA4"
+                            "b",
+                            4, 0)
+                       ->GetResult());
+    EXPECT_EQ(1, Executed("(?<=(?<=a)b)c", "abc", 2, 0)->GetResult());
+}
+
+TEST(Pcre2Backend, TellsWhereASubjectIsNotUtf8)
+{
+    const auto record = Executed("a", "ab\xED\xA0\x80", 0, 0);
+    EXPECT_EQ(-10, record->GetResult());
+    EXPECT_EQ(2, record->GetOffsets()[0]);
+    EXPECT_EQ(14, record->GetOffsets()[1]);
+    EXPECT_EQ(-25, Executed("a", "ab\xC3", 0, 0x08000000)->GetResult());
+}
+
+TEST(Pcre2Backend, ElementsOfGroupsThatThePatternDoesNotHaveStay)
+{
+    const auto record = Executed("(a)|(b)|(c)", "b", 0, 0);
+    EXPECT_EQ((std::vector<int>{0, 1, -1, -1, 0, 1, -1, -1, 0, 0}),
+              std::vector<int>(record->GetOffsets(), record->GetOffsets() + 10));
+    const auto without = Executed("(a)", "b", 0, 0);
+    EXPECT_EQ((std::vector<int>{-1, -1, 0, 0}),
+              std::vector<int>(without->GetOffsets(), without->GetOffsets() + 4));
+}
+
+TEST(Pcre2Backend, TakesEscapesWithoutAMeaningForTheirCharacters)
+{
+    const struct
+    {
+        const char* pattern;
+        const char* subject;
+    } rows[] = {
+        {"^a\\yb$", "ayb"},
+        {"^\\y\\q\\j$", "yqj"},
+        {"^[\\y]$", "y"},
+        {"^\\F$", "F"},
+        {"^[\\R\\X\\B]+$", "RXB"},
+        {"^[\\w-.]+$", "a-.b"},
+        {"^[\\d-z]+$", "1-z"},
+        {"^[\\w-\\s]+$", "a- "},
+        {"^[[:alpha:]-z]+$", "a-z"},
+        {"^\xC3\xA4\\y$", "\xC3\xA4y"},
+    };
+    for (const auto& row : rows)
+        EXPECT_TRUE(Pattern(row.pattern).IsMatch(row.subject)) << row.pattern;
+    EXPECT_FALSE(Pattern("^[\\w-.]+$").IsMatch("/"));
+}
+
+TEST(Pcre2Backend, RefusesWhatPcreRefusesInItsWords)
+{
+    const struct
+    {
+        const char* pattern;
+        const char* message;
+    } rows[] = {
+        {"abcdefghijk\\", " : \\ at end of pattern (@offset: 12) abcdefghijk\\"},
+        {"abcdefghijk)", " : unmatched parentheses (@offset: 11) abcdefghijk)"},
+        {"abcdefghijk(?", " : unrecognized character after (? or (?- (@offset: 13) abcdefghijk(?"},
+        {"abcdefghijk(?<", " : unrecognized character after (?< (@offset: 14) abcdefghijk(?<"},
+        {"abcdefghijk(*)", " : nothing to repeat (@offset: 12) abcdefghijk(*)"},
+        {"abcdefghi{2,1}", " : numbers out of order in {} quantifier (@offset: 13) abcdefghi{2,1}"},
+        {"[z-a]abcdefghijk", " : range out of order in character class (@offset: 3) [z-a]abcdefghijk"},
+        {"abcdefgh[[:foo:]]", " : unknown POSIX class name (@offset: 11) abcdefgh[[:foo:]]"},
+        {"abcdefg\\p{Nothing}",
+         " : unknown property name after \\P or \\p (@offset: 17) abcdefg\\p{Nothing}"},
+        {"abcdefghijklmn\\L",
+         " : PCRE does not support \\L, \\l, \\N{name}, \\U, or \\u (@offset: 15) abcdefghijklmn\\L"},
+        {"(?<n>a)(?<n>b)cdefg",
+         " : two named subpatterns have the same name (@offset: 11) (?<n>a)(?<n>b)cdefg"},
+        {"\\y\\y[\\w-.]abcdefg(", " : missing ) (@offset: 18) \\y\\y[\\w-.]abcdefg("},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.message, MessageOf([&] { Pattern(row.pattern).IsMatch("a"); })) << row.pattern;
+}
+
+TEST(Pcre2Backend, ManyEscapesWithoutAMeaningAreRefused)
+{
+    EXPECT_TRUE(Pattern(Repeat("\\y", 500)).IsMatch(TString<char>(Repeat("y", 500))));
+    const std::string message = MessageOf([] { Pattern(Repeat("\\y", 501)).IsMatch("y"); });
+    EXPECT_EQ(" : unrecognized character follows \\ (@offset: ", message.substr(0, 46));
+}
+
+// ---- bounds
+
+TEST(Pcre2Backend, SearchesAndCompilesOnASmallStack)
+{
+    RunOnStack(std::size_t{256} * 1024,
+               []
+               {
+                   const RegExp regExp = Pattern("^(a|b)*$");
+                   EXPECT_TRUE(regExp.IsMatch(TString<char>(Repeat("ab", 10000))));
+                   EXPECT_EQ(ExecutionMessage("-21"),
+                             MessageOf([&] { regExp.IsMatch(TString<char>(Repeat("ab", 1000000))); }));
+                   EXPECT_EQ(0, Pattern(Repeat("(", 250) + "a" + Repeat(")", 250)).Match("a")->GetResult());
+               });
+}
+
+TEST(Pcre2Backend, PatternsThatWouldTakeForeverEndByALimit)
+{
+    for (const char* const pattern : {"(a+)+$", "(a|aa)+$", "(a*)*c|(?R)x"})
+        EXPECT_NE("nothing was thrown",
+                  MessageOf([&] { Pattern(pattern).IsMatch(TString<char>(Repeat("a", 5000) + "!")); }))
+            << pattern;
+}

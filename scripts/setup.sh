@@ -91,3 +91,17 @@ build_preset() {
   fi
   rm -f "$log"
 }
+
+# timed <text> <command>...: runs it under a headline, and says how long it took.
+timed() {
+  local text=$1 start=$SECONDS
+  shift
+  echo "== $text =="
+  "$@"
+  echo "== $text: $(((SECONDS - start) / 60)) min $(((SECONDS - start) % 60)) s =="
+}
+
+# debian_mirror: where apt is told to get this release of Debian from.
+debian_mirror() {
+  apt-get indextargets --format '$(RELEASE) $(REPO_URI)' 'Created-By: Packages' | sed -n "s/^$release //p" | head -n 1
+}

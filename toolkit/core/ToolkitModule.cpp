@@ -49,6 +49,7 @@ ToolkitModule::~ToolkitModule() = default;
 void ToolkitModule::Initialize()
 {
     Create<ILogger>(&ILogger::Create);
+    ILogger::SetBridge();
     Create<SystemInfo>();
     Create<Version>(&Version::Create);
     Create<PathManager>();

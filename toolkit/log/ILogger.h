@@ -38,7 +38,9 @@ public:
     // logger exists.
     static void SetLogger(smart_ptr<ILogger> logger);
 
-    LogSeverity GetThreshold() const { return m_threshold; }
+    LogSeverity GetThreshold() const { return m_threshold.load(std::memory_order_relaxed); }
+    // Any thread may change the threshold at any time.
+    void SetThreshold(LogSeverity threshold);
     LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
 
     // All operators answer the installed logger. Quirk: so a chain continues there, not on the object that it
@@ -75,7 +77,12 @@ protected:
     explicit ILogger(LogSeverity threshold);
 
 private:
-    bool Passes() const { return GetSeverity() <= m_threshold; }
+    friend class Log;
+    friend class LogLine;
+    friend class LogStatement;
+    friend class ToolkitModule;
+
+    bool Passes() const { return GetSeverity() <= GetThreshold(); }
 
     // Not inline: a piece that is dropped takes little more than a comparison.
     template <class T>
@@ -86,7 +93,13 @@ private:
 
     ILogger& Installed() { return s_pInstance != nullptr ? **s_pInstance : *this; }
 
-    const LogSeverity m_threshold;
+    // The bridge is the ILogger that is installed while the Log has sinks: it passes pieces on to the logger
+    // below it, and makes records of them.
+    static ILogger* BelowBridge();
+    static void SetBridge();
+    static void BridgeThresholdChanged();
+
+    std::atomic<LogSeverity> m_threshold;
     std::atomic<LogSeverity> m_severity{LogSeverity::Verbose};
 };
 

@@ -2,13 +2,18 @@
 #include "toolkit/log/LogLine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
-#include <string_view>
+#include <string>
 
 #include "toolkit/app/GetTickCount.h"
+#include "toolkit/internal/log/KeptName.h"
 #include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/ThreadNumber.h"
 #include "toolkit/internal/text/AsciiText.h"
 #include "toolkit/internal/text/DecimalDigits.h"
+#include "toolkit/internal/text/Utf8Repair.h"
+#include "toolkit/log/Log.h"
 
 namespace Toolkit
 {
@@ -104,6 +109,39 @@ private:
     wchar_t* m_end = m_fields;
 };
 
+// Begins a line's text with the fields before the message.
+void BeginLine(TString<wchar_t>& text, LogSeverity severity, unsigned int line, const char* function)
+{
+    text.reserve(128);
+    FieldCollector fields(text);
+    ForEachField(severity, line, std::string_view(function != nullptr ? function : ""),
+                 [&fields](const auto& field) { fields.Take(field); });
+    fields.Finish();
+}
+
+void FinishLine(TString<wchar_t>& text)
+{
+    if (!IsCommon(text))
+        std::replace_if(text.begin(), text.end(), IsUnwritable, s_replacement);
+    text += ILogger::c_strLogToken3;
+}
+
+// Hands one of the library's own lines to the sinks of the Log.
+void WriteRecord(LogSeverity severity, unsigned int line, const TString<char>& function,
+                 const TString<wchar_t>& message)
+{
+    if (!Log::IsWanted(severity))
+        return;
+    LogRecord record;
+    record.time = std::chrono::system_clock::now();
+    record.severity = severity;
+    record.thread = ThreadNumber();
+    record.line = line;
+    record.function = KeptName(function);
+    Utf8Repair::AppendWide(record.message, message);
+    Log::Write(record);
+}
+
 } // namespace
 
 LogSeverity LogLine::BegunSeverity()
@@ -114,22 +152,36 @@ LogSeverity LogLine::BegunSeverity()
 void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char>& function,
                      const TString<wchar_t>& message)
 {
-    if (ILogger::s_pInstance == nullptr)
+    WriteRecord(severity, line, function, message);
+    ILogger* const sink = ILogger::BelowBridge();
+    if (sink == nullptr)
         return;
-    **ILogger::s_pInstance << SetSeverity(severity);
-    if (!IsWanted(severity))
+    *sink << SetSeverity(severity);
+    if (severity > sink->GetThreshold())
         return;
-    ForEachField(severity, line, function, [](const auto& field) { **ILogger::s_pInstance << field; });
-    **ILogger::s_pInstance << message << ILogger::c_strLogToken3;
+    ForEachField(severity, line, function, [sink](const auto& field) { *sink << field; });
+    *sink << message << ILogger::c_strLogToken3;
+}
+
+void LogLine::Write(ILogger& sink, LogSeverity severity, unsigned int line, const char* function,
+                    std::string_view message)
+{
+    TString<wchar_t> text;
+    BeginLine(text, severity, line, function);
+    for (std::size_t end = message.find('\0'); end != std::string_view::npos; end = message.find('\0'))
+    {
+        LogText::Append(text, message.substr(0, end));
+        text += s_replacement;
+        message.remove_prefix(end + 1);
+    }
+    LogText::Append(text, message);
+    FinishLine(text);
+    sink.Write(text);
 }
 
 LogLine::LogLine(LogSeverity severity, unsigned int line, const char* function)
 {
-    m_strText.reserve(128);
-    FieldCollector fields(m_strText);
-    ForEachField(severity, line, std::string_view(function != nullptr ? function : ""),
-                 [&fields](const auto& field) { fields.Take(field); });
-    fields.Finish();
+    BeginLine(m_strText, severity, line, function);
 }
 
 LogLine::~LogLine()
@@ -137,9 +189,7 @@ LogLine::~LogLine()
     const NoCancellation whole;
     try
     {
-        if (!IsCommon(m_strText))
-            std::replace_if(m_strText.begin(), m_strText.end(), IsUnwritable, s_replacement);
-        m_strText += ILogger::c_strLogToken3;
+        FinishLine(m_strText);
         if (ILogger::s_pInstance != nullptr)
             (*ILogger::s_pInstance)->Write(m_strText);
     }

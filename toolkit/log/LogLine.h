@@ -2,25 +2,18 @@
 #ifndef TOOLKIT_LOG_LOGLINE_H
 #define TOOLKIT_LOG_LOGLINE_H
 
-#include "toolkit/log/ILogger.h"
+#include <string_view>
 
-// A host's log line: TOOLKIT_LOG(LogSeverity::Info) << "opened " << path; writes one whole line with the
-// caller's line number and function in a single `Write` of the installed sink. When the line would be
-// dropped, or while no logger exists, nothing to the right is evaluated. It is one expression of type void
-// and names nothing, so that it may stand wherever an expression may, within another log line too.
-#define TOOLKIT_LOG(severity)                                                                                \
-    !::Toolkit::LogLine::Begins(severity)                                                                    \
-        ? static_cast<void>(0)                                                                               \
-        : ::Toolkit::LogLine::End() &                                                                        \
-              ::Toolkit::LogLine(::Toolkit::LogLine::BegunSeverity(), __LINE__, __func__)
+#include "toolkit/log/ILogger.h"
+#include "toolkit/log/LogStatement.h"
 
 namespace Toolkit
 {
 
 // The one place that knows how a log line is laid out: severity, " ", tick count, " : ", source line, " : ",
-// function, " : ", message, line feed. An object collects one line and writes it when it goes, with U+FFFD
-// for zeros and for what is no Unicode character; it belongs to one thread and reports no failure. It leaves
-// the severity selected in the sink alone.
+// function, " : ", message, line feed; TOOLKIT_LOG makes such lines, too. An object collects one line and
+// writes it when it goes, with U+FFFD for zeros and for what is no Unicode character; it belongs to one
+// thread and reports no failure. It leaves the severity selected in the sink alone.
 class TOOLKIT_API LogLine
 {
 public:
@@ -30,7 +23,8 @@ public:
         return ILogger::s_pInstance != nullptr && severity <= (*ILogger::s_pInstance)->GetThreshold();
     }
 
-    // For TOOLKIT_LOG: IsWanted, and when it is, keeps the severity for this thread until `BegunSeverity`.
+    // Quirk: these and the object itself stay for programs that were built when TOOLKIT_LOG was made of them;
+    // LogStatement took their place.
     static bool Begins(LogSeverity severity)
     {
         if (!IsWanted(severity))
@@ -40,16 +34,19 @@ public:
     }
     static LogSeverity BegunSeverity();
 
-    // For TOOLKIT_LOG: makes a line, streamed or not, an expression of type void.
     struct End
     {
         void operator&(const LogLine&) const {}
     };
 
-    // The library's own lines: streams the line piece by piece into the installed logger. `function` is
-    // narrow text.
+    // The library's own lines: hands the line to the sinks of the Log, and streams it piece by piece into the
+    // installed logger. `function` is narrow text.
     static void Stream(LogSeverity severity, unsigned int line, const TString<char>& function,
                        const TString<wchar_t>& message);
+
+    // Writes a whole line into `sink`. `message` is well-formed UTF-8.
+    static void Write(ILogger& sink, LogSeverity severity, unsigned int line, const char* function,
+                      std::string_view message);
 
     LogLine(LogSeverity severity, unsigned int line, const char* function);
     ~LogLine();

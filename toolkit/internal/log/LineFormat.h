@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_INTERNAL_LOG_LINEFORMAT_H
+#define TOOLKIT_INTERNAL_LOG_LINEFORMAT_H
+
+#include <chrono>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace Toolkit
+{
+
+// Lays out the lines of the log files of new code: the time by RFC 3339 in the local zone with milliseconds,
+// the severity as a word, the number of the thread, the function or "-", and the message, with one space
+// between them and a line feed at the end. A line feed or another control character within is written as an
+// escape of C, so that one line stays one line. One thread at a time uses it.
+class LineFormat
+{
+public:
+    void Append(std::string& text, std::chrono::system_clock::time_point time, unsigned int severity,
+                std::uint64_t thread, std::string_view function, std::string_view message);
+
+private:
+    // The parts of the time that stay the same for a second.
+    void SetSecond(std::int64_t second);
+
+    std::int64_t m_iSecond = std::numeric_limits<std::int64_t>::min();
+    std::string m_strDate;
+    std::string m_strOffset;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-using Toolkit::PathNames;
+namespace PathNames = Toolkit::PathNames;
 using Toolkit::TString;
 
 namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/system/StandardFolders.h"
+#include "toolkit/internal/folders/StandardFolders.h"
 
 #include <gtest/gtest.h>
 #include <wx/init.h>
@@ -9,7 +9,7 @@
 #include "toolkit/internal/wx/WxText.h"
 
 using Toolkit::FromWx;
-using Toolkit::StandardFolders;
+namespace StandardFolders = Toolkit::StandardFolders;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ScopedEnvironment;
 

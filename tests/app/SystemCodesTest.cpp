@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/internal/system/SystemCodes.h"
 
+#include "toolkit/app/SystemInfo.h"
+
 #include <gtest/gtest.h>
 
-using Toolkit::SystemCodes;
+namespace SystemCodes = Toolkit::SystemCodes;
 using Toolkit::SystemInfo;
 
 TEST(SystemCodes, TranslatesOperatingSystemIds)
@@ -18,16 +20,22 @@ TEST(SystemCodes, TranslatesOperatingSystemIds)
         {32, 0},  {5, 0},   {12, 0},   {192, 0},  {8192, 0}, {65536, 0}, {0xFFFFFFFF, 0},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(SystemCodes::PlatformOf(row.id), row.platform) << row.id;
+        EXPECT_EQ(static_cast<unsigned int>(SystemCodes::PlatformOf(row.id)), row.platform) << row.id;
+}
+
+// As SystemInfo hands it on.
+SystemInfo::Endian EndianOf(unsigned int endianness)
+{
+    return static_cast<SystemInfo::Endian>(SystemCodes::ByteOrderOf(endianness));
 }
 
 TEST(SystemCodes, TranslatesByteOrders)
 {
-    EXPECT_EQ(SystemCodes::EndianOf(0), SystemInfo::EndianBig);
-    EXPECT_EQ(SystemCodes::EndianOf(1), SystemInfo::EndianLittle);
-    EXPECT_EQ(SystemCodes::EndianOf(2), SystemInfo::EndianMiddle);
-    EXPECT_EQ(SystemCodes::EndianOf(3), SystemInfo::EndianUnknown);
-    EXPECT_EQ(SystemCodes::EndianOf(0xFFFFFFFF), SystemInfo::EndianUnknown);
+    EXPECT_EQ(EndianOf(0), SystemInfo::EndianBig);
+    EXPECT_EQ(EndianOf(1), SystemInfo::EndianLittle);
+    EXPECT_EQ(EndianOf(2), SystemInfo::EndianMiddle);
+    EXPECT_EQ(EndianOf(3), SystemInfo::EndianUnknown);
+    EXPECT_EQ(EndianOf(0xFFFFFFFF), SystemInfo::EndianUnknown);
 }
 
 TEST(SystemCodes, CombinesVersionNumbers)

@@ -14,7 +14,7 @@
 
 #include "tests/support/Child.h"
 
-using Toolkit::BaseLibrary;
+namespace BaseLibrary = Toolkit::BaseLibrary;
 using ToolkitTest::InChild;
 
 namespace

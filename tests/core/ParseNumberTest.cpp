@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-using Toolkit::StreamNumber;
+namespace ParseNumber = Toolkit::ParseNumber;
 
 namespace
 {
@@ -28,7 +28,7 @@ void ExpectPlain(const std::wstring& text)
     Number number = 77;
     const wchar_t* next = text.data();
     const wchar_t* const end = next + text.size();
-    const bool read = StreamNumber::Read(next, end, number);
+    const bool read = ParseNumber::Read(next, end, number);
     ASSERT_EQ(read, plainRead) << testing::PrintToString(text);
     ASSERT_EQ(number, plain) << testing::PrintToString(text);
     ASSERT_EQ(static_cast<std::size_t>(end - next), plainRest) << testing::PrintToString(text);
@@ -43,7 +43,7 @@ void ExpectPlainNumbers(const std::wstring& text)
 
 } // namespace
 
-TEST(StreamNumber, ReadsShortTextsAsAStreamDoes)
+TEST(ParseNumber, ReadsShortTextsAsAStreamDoes)
 {
     const std::wstring characters(L"019 +-.,x\0", 10);
     std::size_t count = 1;
@@ -57,7 +57,7 @@ TEST(StreamNumber, ReadsShortTextsAsAStreamDoes)
         }
 }
 
-TEST(StreamNumber, ReadsNumbersAroundTheLimitsAsAStreamDoes)
+TEST(ParseNumber, ReadsNumbersAroundTheLimitsAsAStreamDoes)
 {
     for (const long long limit : {32767LL, 65535LL, 2147483647LL, 4294967295LL, 9223372036854775800LL})
         for (long long distance = -3; distance <= 3; ++distance)
@@ -66,7 +66,7 @@ TEST(StreamNumber, ReadsNumbersAroundTheLimitsAsAStreamDoes)
                     ExpectPlainNumbers(sign + std::to_wstring(limit + distance) + more);
 }
 
-TEST(StreamNumber, SkipsTheWhiteSpaceThatAStreamSkips)
+TEST(ParseNumber, SkipsTheWhiteSpaceThatAStreamSkips)
 {
     for (wchar_t character = 0; character < 0x11000; ++character)
         ExpectPlainNumbers(character + std::wstring(L"5"));

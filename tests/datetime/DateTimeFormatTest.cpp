@@ -11,7 +11,7 @@ namespace
 {
 
 using Toolkit::CivilTime;
-using Toolkit::DateTimeFormat;
+namespace DateTimeFormat = Toolkit::DateTimeFormat;
 using Text = std::wstring;
 
 const CivilTime s_march = {2009, 3, 7, 14, 5, 9};

@@ -21,7 +21,7 @@ namespace
 {
 
 using Toolkit::DateTime;
-using Toolkit::LocalePatterns;
+namespace LocalePatterns = Toolkit::LocalePatterns;
 using Toolkit::Locales;
 using Text = Toolkit::TString<wchar_t>;
 using ToolkitTest::ScopedEnvironment;

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-using Toolkit::ShortPattern;
+namespace ShortPattern = Toolkit::ShortPattern;
 
 namespace
 {

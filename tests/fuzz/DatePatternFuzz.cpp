@@ -20,7 +20,7 @@ const std::size_t s_uMaxPlain = 500;
 void CheckFormat(const Text& pattern, const Toolkit::CivilTime& time)
 {
     namespace Plain = ToolkitTest::PlainDatePattern;
-    using Toolkit::DateTimeFormat;
+    namespace DateTimeFormat = Toolkit::DateTimeFormat;
     // A marker of any letters never ends the work, and is not looked at.
     DateTimeFormat::Time(pattern, time, pattern);
     const Text date = DateTimeFormat::Date(pattern, time);
@@ -35,8 +35,8 @@ void CheckFormat(const Text& pattern, const Toolkit::CivilTime& time)
 
 void CheckShort(const Text& pattern, const Toolkit::CivilTime& time)
 {
-    using Toolkit::DateTimeFormat;
-    using Toolkit::ShortPattern;
+    namespace DateTimeFormat = Toolkit::DateTimeFormat;
+    namespace ShortPattern = Toolkit::ShortPattern;
     const Text date = ShortPattern::Date(pattern);
     TOOLKIT_FUZZ_CHECK(ShortPattern::Date(date) == date);
     TOOLKIT_FUZZ_CHECK(Text(DateTimeFormat::Date(date, time)).find_first_of(L"dMy ") == Text::npos);

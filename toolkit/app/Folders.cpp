@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "toolkit/internal/folders/StandardFolders.h"
 #include "toolkit/internal/system/BaseDirectories.h"
-#include "toolkit/internal/system/StandardFolders.h"
 
 namespace Toolkit
 {

@@ -7,9 +7,9 @@
 #include <wx/filename.h>
 #include <wx/utils.h>
 
+#include "toolkit/internal/folders/StandardFolders.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/PathNames.h"
-#include "toolkit/internal/system/StandardFolders.h"
 #include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit

@@ -16,10 +16,10 @@
 #include <unistd.h>
 
 #include "toolkit/app/PathManager.h"
+#include "toolkit/internal/folders/StandardFolders.h"
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/PathLock.h"
-#include "toolkit/internal/system/StandardFolders.h"
 
 namespace Toolkit
 {

@@ -129,13 +129,17 @@ SystemInfo::Platform SystemInfo::GetPlatform()
 {
     static std::atomic<Platform> pi{PlatformUnknown};
     return Cached(pi, PlatformUnknown,
-                  [] { return SystemCodes::PlatformOf(SystemCodes::SystemIdOf(Kernel().sysname)); });
+                  [] {
+                      return static_cast<Platform>(
+                          SystemCodes::PlatformOf(SystemCodes::SystemIdOf(Kernel().sysname)));
+                  });
 }
 
 SystemInfo::Endian SystemInfo::GetEndian()
 {
     static std::atomic<Endian> ei{EndianUnknown};
-    return Cached(ei, EndianUnknown, [] { return SystemCodes::EndianOf(s_uEndianness); });
+    return Cached(ei, EndianUnknown,
+                  [] { return static_cast<Endian>(SystemCodes::ByteOrderOf(s_uEndianness)); });
 }
 
 bool SystemInfo::HasAdministratorCredentials()

@@ -41,7 +41,7 @@ Version::Version(const TString<wchar_t>& text) : Version()
             return;
         end = std::min(text.find(s_chDelimiter, begin), text.size());
         const wchar_t* number = text.data() + begin;
-        StreamNumber::Read(number, text.data() + end, *part);
+        ParseNumber::Read(number, text.data() + end, *part);
     }
 }
 

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <ctime>
 #include <limits>
-#include <string>
 
 #include <wx/datetime.h>
 
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/text/AsciiText.h"
+#include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/zones/CivilTime.h"
 #include "toolkit/internal/zones/IsoText.h"
 
@@ -114,15 +114,7 @@ const std::size_t s_uMostText = 64;
 template <class C>
 C* WriteNumber(C* out, std::int64_t value)
 {
-    if (value < 0 || value > 99)
-    {
-        for (const char digit : std::to_string(value))
-            *out++ = static_cast<C>(digit);
-        return out;
-    }
-    *out++ = static_cast<C>('0' + value / 10);
-    *out++ = static_cast<C>('0' + value % 10);
-    return out;
+    return value < 0 || value > 99 ? DecimalDigits::Write(out, value) : DecimalDigits::WriteTwo(out, value);
 }
 
 template <class C>

@@ -2,10 +2,12 @@
 #include "toolkit/encoding/Text.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "toolkit/internal/charsets/CharsetConversion.h"
 #include "toolkit/internal/charsets/Utf8Scan.h"
+#include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/TextEncoding.h"
 
 namespace Toolkit
@@ -16,12 +18,6 @@ namespace
 
 const char c_strUtf8[] = "utf-8";
 const wchar_t s_chReplacement = L'\uFFFD';
-
-bool IsCharacter(wchar_t character)
-{
-    const unsigned long value = static_cast<unsigned long>(character);
-    return value < 0xD800 || (value > 0xDFFF && value <= 0x10FFFF);
-}
 
 Failure NoText(const char* conversion, const char* unit, std::size_t position)
 {
@@ -46,7 +42,7 @@ Result<std::string> Text::FromWide(std::wstring_view wide, Loss loss)
 {
     TString<wchar_t> text{std::wstring(wide)};
     for (std::size_t i = 0; i < text.size(); ++i)
-        if (!IsCharacter(text[i]))
+        if (!CodePoints::IsCharacter(static_cast<std::uint32_t>(text[i])))
         {
             if (loss == Refuse)
                 return NoText("wide text", "element", i);

@@ -35,7 +35,7 @@ Number ReadNumber(const TString<wchar_t>& text)
 {
     Number number = 0;
     const wchar_t* next = text.data();
-    StreamNumber::Read(next, next + text.size(), number);
+    ParseNumber::Read(next, next + text.size(), number);
     return number;
 }
 

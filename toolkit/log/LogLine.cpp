@@ -11,6 +11,7 @@
 #include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/system/ThreadNumber.h"
 #include "toolkit/internal/text/AsciiText.h"
+#include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/text/Utf8Repair.h"
 #include "toolkit/log/Log.h"
@@ -29,7 +30,7 @@ const wchar_t s_replacement = L'\uFFFD';
 bool IsUnwritable(wchar_t character)
 {
     const std::uint32_t value = static_cast<std::uint32_t>(character);
-    return value == 0 || (value >= 0xD800 && value <= 0xDFFF) || value > 0x10FFFF;
+    return value == 0 || !CodePoints::IsCharacter(value);
 }
 
 // True for text that certainly needs no replacement: every character lies between the zero and the first

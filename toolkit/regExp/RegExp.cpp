@@ -3,11 +3,11 @@
 
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/regex/GlobalReplacement.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
-#include "toolkit/internal/regex/RegExpFailure.h"
 #include "toolkit/regExp/RegExp.Exceptions"
 
 namespace Toolkit
@@ -18,10 +18,36 @@ namespace
 
 const int s_iMostGroups = 30;
 
+// `text` written over the beginning of `initial`.
+TString<wchar_t> WriteOver(const std::wstring& initial, const std::wstring& text)
+{
+    return text.size() < initial.size() ? text + initial.substr(text.size()) : text;
+}
+
+// `errorText` and `errorOffset` are PCRE's.
+[[noreturn]] void ThrowCompilation(const char* errorText, int errorOffset, const TString<char>& pattern)
+{
+    const std::wstring text = L" : " + UTF8::ToUNICODE(errorText) + L" (@offset: " +
+                              std::to_wstring(errorOffset) + L") " + UTF8::ToUNICODE(pattern);
+    RegExpException::Throw(WriteOver(L"pcre_compile failed with error ", text));
+}
+
+[[noreturn]] void ThrowExecution(int result)
+{
+    RegExpException::Throw(WriteOver(L"RegExp::Match return error: ", std::to_wstring(result)));
+}
+
+// A match and no match are no failures.
+void RequireResult(int result)
+{
+    if (result < -1)
+        ThrowExecution(result);
+}
+
 void RequireRecord(const smart_ptr<MatchResult, smart_ptr_policy>& record)
 {
     if (record.IsNull())
-        RegExpFailure::ThrowExecution(RegExpBackend::s_iNullArgument);
+        ThrowExecution(RegExpBackend::s_iNullArgument);
 }
 
 // The bytes of the subject between two offsets; none for a group that took no part and for an end before the
@@ -66,12 +92,11 @@ bool RegExp::IsMatch(const TString<char>& subject) const
     const std::unique_ptr<RegExpCode, void (*)(RegExpCode*)> code(
         RegExpBackend::Compile(m_strPattern, errorText, errorOffset), RegExpBackend::Free);
     if (code == nullptr)
-        RegExpFailure::ThrowCompilation(errorText, errorOffset, m_strPattern);
+        ThrowCompilation(errorText, errorOffset, m_strPattern);
     int offsets[MatchResult::s_iVectorSize];
     const int result = RegExpBackend::Execute(code.get(), subject.data(), subject.size(), 0, 0, offsets,
                                               MatchResult::s_iVectorSize);
-    if (!RegExpFailure::IsResult(result))
-        RegExpFailure::ThrowExecution(result);
+    RequireResult(result);
     return result > 0;
 }
 
@@ -112,10 +137,9 @@ TString<char> RegExp::Replace(const TString<char>& replacement, const TString<ch
     GlobalReplacement work(record->m_pCode, record->m_iExecOptions, input, replacement);
     while (record->m_iResult > 0)
     {
-        work.Replace(record->m_offsets);
+        RequireResult(work.Replace(record->m_offsets));
         record->m_iResult = work.Search(record->m_offsets, record->m_iVectorSize);
-        if (!RegExpFailure::IsResult(record->m_iResult))
-            RegExpFailure::ThrowExecution(record->m_iResult);
+        RequireResult(record->m_iResult);
     }
     return work.GetText();
 }
@@ -155,7 +179,7 @@ void RegExp::RegExp_compile(smart_ptr<MatchResult, smart_ptr_policy>& result) co
     result->m_pCode =
         RegExpBackend::Compile(result->m_strPattern, result->m_pErrorText, result->m_iErrorOffset);
     if (result->m_pCode == nullptr)
-        RegExpFailure::ThrowCompilation(result->m_pErrorText, result->m_iErrorOffset, result->m_strPattern);
+        ThrowCompilation(result->m_pErrorText, result->m_iErrorOffset, result->m_strPattern);
 }
 
 void RegExp::RegExp_exec(smart_ptr<MatchResult, smart_ptr_policy>& result, unsigned short start) const
@@ -165,8 +189,7 @@ void RegExp::RegExp_exec(smart_ptr<MatchResult, smart_ptr_policy>& result, unsig
     result->m_iResult =
         RegExpBackend::Execute(result->m_pCode, subject.data(), subject.size(), start, result->m_iExecOptions,
                                result->m_offsets, result->m_iVectorSize);
-    if (!RegExpFailure::IsResult(result->m_iResult))
-        RegExpFailure::ThrowExecution(result->m_iResult);
+    RequireResult(result->m_iResult);
 }
 
 void RegExp::RegExp_replace(smart_ptr<MatchResult, smart_ptr_policy>& record, int group,

@@ -3,14 +3,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <ctime>
-#include <string>
 
-#include <wx/datetime.h>
-
-#include "toolkit/datetime/DateTime.h"
-#include "toolkit/datetime/Locales.h"
-#include "toolkit/internal/wx/WxText.h"
+#include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/zones/CivilTime.h"
 
 namespace Toolkit
@@ -21,7 +15,6 @@ namespace
 
 using Text = TString<wchar_t>;
 
-const std::int64_t s_nMillisecondsPerSecond = 1000;
 const std::int64_t s_nNoon = 12;
 const std::int64_t s_nYearsOfCentury = 100;
 // Numbers are longer than their tokens by so much at most, as a rule.
@@ -29,15 +22,9 @@ const std::size_t s_uSpare = 4;
 
 void Append(Text& out, std::int64_t number, std::size_t width)
 {
-    if (number >= 0 && number < 100 && width == 2)
-    {
-        out += static_cast<wchar_t>(L'0' + number / 10);
-        out += static_cast<wchar_t>(L'0' + number % 10);
-        return;
-    }
-    const std::string digits = std::to_string(number);
-    out.append(width - std::min(width, digits.size()), L'0');
-    out.append(digits.begin(), digits.end());
+    wchar_t digits[DecimalDigits::s_iMost];
+    const auto count = static_cast<std::size_t>(DecimalDigits::Write(digits, number) - digits);
+    out.append(width - std::min(width, count), L'0').append(digits, count);
 }
 
 std::size_t RunLength(const Text& text, std::size_t start)
@@ -71,13 +58,6 @@ void AppendBehindPercent(Text& out, std::size_t run, wchar_t letter, std::int64_
     out.pop_back();
     Append(out, number, width);
     out.append(run - 1, letter);
-}
-
-// All of them 0 for an invalid value; a valid one is one of whole seconds.
-CivilTime FieldsOf(const wxDateTime& time)
-{
-    return time.IsValid() ? CivilTime::Local(time.GetValue().GetValue() / s_nMillisecondsPerSecond)
-                          : CivilTime();
 }
 
 std::int64_t HourOf(const CivilTime& time, bool halfDay)
@@ -119,33 +99,6 @@ Text WithMarker(const Text& text, wchar_t placeholder, const Text& marker)
         else
             result += c;
     return result;
-}
-
-// In the C library's locale; where that has none, the hours of half a day would be ambiguous.
-Text MarkerFor(const CivilTime& time)
-{
-    const bool afternoon = time.hour >= s_nNoon;
-    wxString marker;
-    wxDateTime::GetAmPmStrings(afternoon ? nullptr : &marker, afternoon ? &marker : nullptr);
-    return !marker.empty() ? FromWx(marker) : Text(afternoon ? L"PM" : L"AM");
-}
-
-Text TimeOf(const Text& pattern, const CivilTime& time)
-{
-    return DateTimeFormat::Time(pattern, time,
-                                DateTimeFormat::IsHalfDay(pattern) ? MarkerFor(time) : Text::Empty());
-}
-
-// False when there is none.
-bool GetPattern(Text& pattern)
-{
-    return Locales::GetCurrentDateFormat(pattern) && !pattern.empty();
-}
-
-bool IsToday(const CivilTime& time)
-{
-    const CivilTime now = CivilTime::Local(std::time(nullptr));
-    return time.year == now.year && time.month == now.month && time.day == now.day;
 }
 
 } // namespace
@@ -212,39 +165,6 @@ Text DateTimeFormat::Time(const Text& pattern, const CivilTime& time, const Text
 bool DateTimeFormat::IsHalfDay(const Text& pattern)
 {
     return pattern.find(L'h') != Text::npos || pattern.find(L"tt") != Text::npos;
-}
-
-void DateTime::GetDate(Text& out) const
-{
-    Text pattern;
-    if (GetPattern(pattern))
-        out = DateTimeFormat::Date(pattern, FieldsOf(*m_pDateTime));
-}
-
-void DateTime::GetTime(Text& out) const
-{
-    Text pattern;
-    if (GetPattern(pattern))
-        out = TimeOf(pattern, FieldsOf(*m_pDateTime));
-}
-
-void DateTime::GetString(Text& out) const
-{
-    out = L" ";
-    Text pattern;
-    if (!GetPattern(pattern))
-        return;
-    const CivilTime time = FieldsOf(*m_pDateTime);
-    out = DateTimeFormat::Date(pattern, time) + L" " + TimeOf(pattern, time);
-}
-
-void DateTime::GetRelativeStringFromNow(Text& out) const
-{
-    Text pattern;
-    if (!GetPattern(pattern))
-        return;
-    const CivilTime time = FieldsOf(*m_pDateTime);
-    out = IsToday(time) ? TimeOf(pattern, time) : DateTimeFormat::Date(pattern, time);
 }
 
 } // namespace Toolkit

@@ -6,21 +6,17 @@
 
 #include "toolkit/core/TString.h"
 
-namespace Toolkit
-{
-
 // The short patterns of any locale, from ICU, which is called here alone. Any thread may ask; it takes some
 // hundred microseconds, the first time in a process some milliseconds.
-class LocalePatterns
+namespace Toolkit::LocalePatterns
 {
-public:
-    // The date pattern, a space and the time pattern, as ShortPattern lays them out, for a locale named as
-    // the environment names it (see LocaleName). Those of the locale "C" when there is no such locale, and
-    // where ICU failed, as it does without memory: then `failed`, false else, is true.
-    static TString<wchar_t> ShortPatternsOf(const std::string& locale, bool& failed);
-    static TString<wchar_t> ShortPatternsOf(const std::string& locale);
-};
 
-} // namespace Toolkit
+// The date pattern, a space and the time pattern, as ShortPattern lays them out, for a locale named as
+// the environment names it (see LocaleName). Those of the locale "C" when there is no such locale, and
+// where ICU failed, as it does without memory: then `failed`, false else, is true.
+TString<wchar_t> ShortPatternsOf(const std::string& locale, bool& failed);
+TString<wchar_t> ShortPatternsOf(const std::string& locale);
+
+} // namespace Toolkit::LocalePatterns
 
 #endif

@@ -4,9 +4,8 @@
 #include <algorithm>
 #include <climits>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/charsets/Utf8Scan.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
-#include "toolkit/internal/regex/RegExpFailure.h"
 
 namespace Toolkit
 {
@@ -24,11 +23,9 @@ bool IsContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-bool IsUtf8(TString<char> text)
+bool IsUtf8(const TString<char>& text)
 {
-    // The conversion would end at a zero.
-    std::replace(text.begin(), text.end(), '\0', ' ');
-    return text.empty() || !UTF8::ToUNICODE(text).empty();
+    return Utf8Scan::FindBroken(text) == text.npos;
 }
 
 } // namespace
@@ -46,7 +43,7 @@ GlobalReplacement::GlobalReplacement(const RegExpCode* code, int options, const 
 {
 }
 
-void GlobalReplacement::Replace(const int* offsets)
+int GlobalReplacement::Replace(const int* offsets)
 {
     const std::size_t begin = static_cast<std::size_t>(offsets[0]);
     const std::size_t end = offsets[1] < offsets[0] ? m_strText.size() : static_cast<std::size_t>(offsets[1]);
@@ -56,12 +53,12 @@ void GlobalReplacement::Replace(const int* offsets)
     m_strText.replace(begin, end - begin, m_strReplacement);
 
     if (m_strText.size() > INT_MAX)
-        RegExpFailure::ThrowExecution(RegExpBackend::s_iBadLength);
+        return RegExpBackend::s_iBadLength;
     if (!staysUtf8)
-        RegExpFailure::ThrowExecution(RegExpBackend::s_iBadUtf8);
+        return RegExpBackend::s_iBadUtf8;
     if (IsInsideCharacter(m_uStart))
-        RegExpFailure::ThrowExecution(RegExpBackend::s_iBadUtf8Offset);
-    StopIfEndless();
+        return RegExpBackend::s_iBadUtf8Offset;
+    return NeverEnds() ? RegExpBackend::s_iMatchLimit : 0;
 }
 
 int GlobalReplacement::Search(int* offsets, int vectorSize)
@@ -104,24 +101,25 @@ bool GlobalReplacement::StaysUtf8(std::size_t begin, std::size_t end) const
 // A run ends as long as each replacement leaves less to search. One that leaves more must neither come back
 // to a text and start it had before, which repeats for ever, nor outgrow the longest text that can arise when
 // no replacement is ever replaced.
-void GlobalReplacement::StopIfEndless()
+bool GlobalReplacement::NeverEnds()
 {
     const std::size_t rest = m_strText.size() - m_uStart;
     if (rest < m_uLeastRest)
     {
         m_uLeastRest = rest;
-        return;
+        return false;
     }
     const bool repeats = m_uReturns > 0 && m_uStart == m_uRememberedStart && m_strText == m_strRemembered;
     const bool outgrows = m_uReturns > s_uMostReturns && m_strText.size() > m_uMostLength;
     if (repeats || outgrows)
-        RegExpFailure::ThrowExecution(RegExpBackend::s_iMatchLimit);
+        return true;
     if (++m_uReturns == m_uNextRemembered)
     {
         m_uNextRemembered *= 2;
         m_strRemembered = m_strText;
         m_uRememberedStart = m_uStart;
     }
+    return false;
 }
 
 } // namespace Toolkit

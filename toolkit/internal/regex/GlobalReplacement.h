@@ -24,9 +24,10 @@ public:
                       const TString<char>& replacement);
 
     // Replaces what the last search found, or the first one, which the caller made on the input: the bytes
-    // between the two offsets, and everything from the first on if the second is before it. Throws what the
-    // next search on the whole text would throw before it begins, and when the run never ends.
-    void Replace(const int* offsets);
+    // between the two offsets, and everything from the first on if the second is before it. Returns 0, or
+    // the error with which a search on the whole text fails before it begins, or the match limit's when the
+    // run never ends.
+    [[nodiscard]] int Replace(const int* offsets);
 
     // Searches on; the result is PCRE's.
     int Search(int* offsets, int vectorSize);
@@ -38,7 +39,7 @@ private:
     std::size_t CharacterEnd(std::size_t index) const;
     bool IsInsideCharacter(std::size_t index) const;
     bool StaysUtf8(std::size_t begin, std::size_t end) const;
-    void StopIfEndless();
+    bool NeverEnds();
 
     const RegExpCode* const m_pCode;
     const std::unique_ptr<RegExpWorkspace, void (*)(RegExpWorkspace*)> m_pWorkspace;

@@ -6,29 +6,28 @@
 
 namespace Toolkit
 {
-
 class NativePath;
+}
 
 // Files at places that can be guessed, in folders where everyone may write. Only a regular file of this user
 // is ours; links, FIFOs and the files of others are neither opened nor trusted. What is written to must have
 // no other name either.
-class GuardedFile
+namespace Toolkit::GuardedFile
 {
-public:
-    // True when such a file lies at `path`, whatever other names it has.
-    static bool IsAt(const NativePath& path);
 
-    // True when `descriptor` is one of such a file that has no other name.
-    static bool Is(int descriptor);
+// True when such a file lies at `path`, whatever other names it has.
+bool IsAt(const NativePath& path);
 
-    // Opens for writing, made if missing, not truncated: a close-on-exec descriptor; none on failure and when
-    // something else, or a file with a second name, lies there. It never waits.
-    static Descriptor Open(const NativePath& path);
+// True when `descriptor` is one of such a file that has no other name.
+bool Is(int descriptor);
 
-    // Empties the file of `descriptor`; false on failure.
-    static bool Empty(int descriptor);
-};
+// Opens for writing, made if missing, not truncated: a close-on-exec descriptor; none on failure and when
+// something else, or a file with a second name, lies there. It never waits.
+Descriptor Open(const NativePath& path);
 
-} // namespace Toolkit
+// Empties the file of `descriptor`; false on failure.
+bool Empty(int descriptor);
+
+} // namespace Toolkit::GuardedFile
 
 #endif

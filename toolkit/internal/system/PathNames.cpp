@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/text/Utf8Codec.h"
 
 namespace Toolkit
 {
@@ -51,7 +51,7 @@ void PathNames::Join(TString<wchar_t>& result, const TString<wchar_t>& base, con
 
 TString<char> PathNames::ToNative(const TString<wchar_t>& path)
 {
-    return path.find(L'\0') == TString<wchar_t>::npos ? UTF8::ToUTF8(path) : TString<char>();
+    return path.find(L'\0') == TString<wchar_t>::npos ? Utf8Codec::Encode(path) : TString<char>();
 }
 
 } // namespace Toolkit

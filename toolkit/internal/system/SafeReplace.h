@@ -6,20 +6,19 @@
 
 namespace Toolkit
 {
-
 class NativePath;
+}
 
 // Gives a file new content all at once: the bytes go into a temporary file of the same folder, which then
 // takes the old one's place. Whoever reads the file sees the old content or the new, never a part.
-class SafeReplace
+namespace Toolkit::SafeReplace
 {
-public:
-    // True when the content was replaced; otherwise the file is as it was and nothing else is left behind.
-    // A missing file is made. Through a link it is the link's target that is replaced. Permissions are kept,
-    // and the owner where the system allows it. Quirk: other hard links to the file keep the old content.
-    static bool Write(const NativePath& path, const TString<char>& bytes);
-};
 
-} // namespace Toolkit
+// True when the content was replaced; otherwise the file is as it was and nothing else is left behind.
+// A missing file is made. Through a link it is the link's target that is replaced. Permissions are kept,
+// and the owner where the system allows it. Quirk: other hard links to the file keep the old content.
+bool Write(const NativePath& path, const TString<char>& bytes);
+
+} // namespace Toolkit::SafeReplace
 
 #endif

@@ -28,18 +28,18 @@ unsigned int SystemCodes::SystemIdOf(const std::string& kernel)
     return kernel == "Linux" ? wxOS_UNIX_LINUX : wxOS_UNKNOWN;
 }
 
-SystemInfo::Platform SystemCodes::PlatformOf(unsigned int systemId)
+SystemCodes::Platform SystemCodes::PlatformOf(unsigned int systemId)
 {
     switch (systemId)
     {
     case wxOS_MAC_OS:
     case wxOS_MAC_OSX_DARWIN:
     case wxOS_MAC:
-        return SystemInfo::PlatformMac;
+        return Platform::Mac;
     case wxOS_WINDOWS_9X:
     case wxOS_WINDOWS_NT:
     case wxOS_WINDOWS:
-        return SystemInfo::PlatformWindows;
+        return Platform::Windows;
     case wxOS_UNIX_LINUX:
     case wxOS_UNIX_FREEBSD:
     case wxOS_UNIX_OPENBSD:
@@ -48,24 +48,24 @@ SystemInfo::Platform SystemCodes::PlatformOf(unsigned int systemId)
     case wxOS_UNIX_AIX:
     case wxOS_UNIX_HPUX:
     case wxOS_UNIX:
-        return SystemInfo::PlatformUnix;
+        return Platform::Unix;
     default:
-        return SystemInfo::PlatformUnknown;
+        return Platform::Unknown;
     }
 }
 
-SystemInfo::Endian SystemCodes::EndianOf(unsigned int endianness)
+SystemCodes::ByteOrder SystemCodes::ByteOrderOf(unsigned int endianness)
 {
     switch (endianness)
     {
     case wxENDIAN_BIG:
-        return SystemInfo::EndianBig;
+        return ByteOrder::Big;
     case wxENDIAN_LITTLE:
-        return SystemInfo::EndianLittle;
+        return ByteOrder::Little;
     case wxENDIAN_PDP:
-        return SystemInfo::EndianMiddle;
+        return ByteOrder::Middle;
     default:
-        return SystemInfo::EndianUnknown;
+        return ByteOrder::Unknown;
     }
 }
 

@@ -4,28 +4,24 @@
 
 #include <cstddef>
 
-namespace Toolkit
-{
-
 // Narrow text that every conversion leaves as it is: ASCII without a zero, which may end one.
-class AsciiText
+namespace Toolkit::AsciiText
 {
-public:
-    // Writes the bytes as characters of their values; false when they are no such text, whatever was written.
-    static bool Widen(const char* bytes, std::size_t length, wchar_t* characters)
-    {
-        int bits = 0;
-        for (std::size_t i = 0; i < length; ++i)
-        {
-            const int byte = static_cast<signed char>(bytes[i]);
-            characters[i] = byte;
-            // Negative for the others.
-            bits |= byte | (byte - 1);
-        }
-        return bits >= 0;
-    }
-};
 
-} // namespace Toolkit
+// Writes the bytes as characters of their values; false when they are no such text, whatever was written.
+inline bool Widen(const char* bytes, std::size_t length, wchar_t* characters)
+{
+    int bits = 0;
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        const int byte = static_cast<signed char>(bytes[i]);
+        characters[i] = byte;
+        // Negative for the others.
+        bits |= byte | (byte - 1);
+    }
+    return bits >= 0;
+}
+
+} // namespace Toolkit::AsciiText
 
 #endif

@@ -2,51 +2,33 @@
 #ifndef TOOLKIT_INTERNAL_TEXT_DECIMALDIGITS_H
 #define TOOLKIT_INTERNAL_TEXT_DECIMALDIGITS_H
 
-namespace Toolkit
+#include <algorithm>
+#include <charconv>
+
+// Whole numbers as decimal text of any kind of character.
+namespace Toolkit::DecimalDigits
 {
 
-// Whole numbers as wide decimal text.
-class DecimalDigits
+// The characters of any number, with its sign.
+constexpr int s_iMost = 20;
+
+// Writes the digits, which need room for `s_iMost`, and returns their end.
+template <class C, class Number>
+C* Write(C* text, Number value)
 {
-public:
-    // Of any number, with its sign.
-    static constexpr int s_iMost = 20;
+    char digits[s_iMost];
+    return std::copy(digits, std::to_chars(digits, digits + s_iMost, value).ptr, text);
+}
 
-    // Writes the digits and answers their end.
-    static wchar_t* Write(wchar_t* text, unsigned long long value)
-    {
-        wchar_t* const end = text + Count(value);
-        for (text = end; value >= 100; value /= 100)
-        {
-            const auto two = static_cast<unsigned int>(value % 100);
-            *--text = static_cast<wchar_t>(L'0' + two % 10);
-            *--text = static_cast<wchar_t>(L'0' + two / 10);
-        }
-        const auto rest = static_cast<unsigned int>(value);
-        *--text = static_cast<wchar_t>(L'0' + rest % 10);
-        if (rest >= 10)
-            *--text = static_cast<wchar_t>(L'0' + rest / 10);
-        return end;
-    }
+// Writes a number from 0 to 99 as two digits and returns their end.
+template <class C, class Number>
+C* WriteTwo(C* text, Number value)
+{
+    *text++ = static_cast<C>('0' + value / 10);
+    *text++ = static_cast<C>('0' + value % 10);
+    return text;
+}
 
-    static wchar_t* Write(wchar_t* text, long long value)
-    {
-        if (value >= 0)
-            return Write(text, static_cast<unsigned long long>(value));
-        *text = L'-';
-        return Write(text + 1, 0 - static_cast<unsigned long long>(value));
-    }
-
-private:
-    static int Count(unsigned long long value)
-    {
-        int count = 1;
-        for (; value >= 10000; value /= 10000)
-            count += 4;
-        return count + (value >= 10 ? 1 : 0) + (value >= 100 ? 1 : 0) + (value >= 1000 ? 1 : 0);
-    }
-};
-
-} // namespace Toolkit
+} // namespace Toolkit::DecimalDigits
 
 #endif

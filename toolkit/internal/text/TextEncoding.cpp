@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/text/CodePoints.h"
+#include "toolkit/internal/text/Utf8Codec.h"
 
 namespace Toolkit
 {
@@ -25,21 +26,6 @@ const Mark s_marks[] = {
     {"\xFF\xFE\0\0", 4, 4, false}, {"\0\0\xFE\xFF", 4, 4, true}, {"\xEF\xBB\xBF", 3, 1, false},
     {"\xFF\xFE", 2, 2, false},     {"\xFE\xFF", 2, 2, true},
 };
-
-const unsigned long s_uHighSurrogate = 0xD800;
-const unsigned long s_uLowSurrogate = 0xDC00;
-const unsigned long s_uSurrogateEnd = 0xE000;
-const unsigned long s_uLastCharacter = 0x10FFFF;
-
-bool IsHighSurrogate(unsigned long unit)
-{
-    return unit >= s_uHighSurrogate && unit < s_uLowSurrogate;
-}
-
-bool IsLowSurrogate(unsigned long unit)
-{
-    return unit >= s_uLowSurrogate && unit < s_uSurrogateEnd;
-}
 
 // Converts what lies between the zeros, where the converters would stop, and keeps the zeros.
 template <class From, class To, class Convert>
@@ -91,7 +77,7 @@ bool TextEncoding::MayBecomeMark(const char* bytes, std::size_t count)
 std::size_t TextEncoding::GetCharacterLength(const char* unit) const
 {
     if (m_uUnitLength == 2)
-        return IsHighSurrogate(GetUnit(unit)) ? 4 : 2;
+        return CodePoints::IsHighSurrogate(GetUnit(unit)) ? 4 : 2;
     if (m_uUnitLength == 4)
         return 4;
     const unsigned char lead = static_cast<unsigned char>(*unit);
@@ -100,12 +86,12 @@ std::size_t TextEncoding::GetCharacterLength(const char* unit) const
 
 bool TextEncoding::Decode(const TString<char>& bytes, TString<wchar_t>& text) const
 {
-    return m_uUnitLength == 1 ? ConvertAroundZeros(bytes, text, UTF8::ToUNICODE) : DecodeUnits(bytes, text);
+    return m_uUnitLength == 1 ? ConvertAroundZeros(bytes, text, Utf8Codec::Decode) : DecodeUnits(bytes, text);
 }
 
 bool TextEncoding::Encode(const TString<wchar_t>& text, TString<char>& bytes)
 {
-    return ConvertAroundZeros(text, bytes, UTF8::ToUTF8);
+    return ConvertAroundZeros(text, bytes, Utf8Codec::Encode);
 }
 
 bool TextEncoding::DecodeUnits(const TString<char>& bytes, TString<wchar_t>& text) const
@@ -118,16 +104,16 @@ bool TextEncoding::DecodeUnits(const TString<char>& bytes, TString<wchar_t>& tex
         const std::size_t left = static_cast<std::size_t>(end - unit);
         if (left < m_uUnitLength || left < GetCharacterLength(unit))
             return false;
-        unsigned long value = GetUnit(unit);
-        if (m_uUnitLength == 2 && IsHighSurrogate(value))
+        std::uint32_t value = GetUnit(unit);
+        if (m_uUnitLength == 2 && CodePoints::IsHighSurrogate(value))
         {
-            const unsigned long low = GetUnit(unit + 2);
-            if (!IsLowSurrogate(low))
+            const std::uint32_t low = GetUnit(unit + 2);
+            if (!CodePoints::IsLowSurrogate(low))
                 return false;
-            value = 0x10000 + ((value - s_uHighSurrogate) << 10) + (low - s_uLowSurrogate);
+            value = CodePoints::FromPair(value, low);
             unit += 2;
         }
-        if (IsHighSurrogate(value) || IsLowSurrogate(value) || value > s_uLastCharacter)
+        if (!CodePoints::IsCharacter(value))
             return false;
         text += static_cast<wchar_t>(value);
         unit += m_uUnitLength;
@@ -135,9 +121,9 @@ bool TextEncoding::DecodeUnits(const TString<char>& bytes, TString<wchar_t>& tex
     return true;
 }
 
-unsigned long TextEncoding::GetUnit(const char* unit) const
+std::uint32_t TextEncoding::GetUnit(const char* unit) const
 {
-    unsigned long value = 0;
+    std::uint32_t value = 0;
     for (std::size_t i = 0; i < m_uUnitLength; ++i)
     {
         const std::size_t place = m_bBigEndian ? i : m_uUnitLength - 1 - i;

@@ -3,6 +3,7 @@
 #define TOOLKIT_INTERNAL_TEXT_TEXTENCODING_H
 
 #include <cstddef>
+#include <cstdint>
 
 #include "toolkit/core/TString.h"
 
@@ -39,7 +40,7 @@ public:
 
 private:
     bool DecodeUnits(const TString<char>& bytes, TString<wchar_t>& text) const;
-    unsigned long GetUnit(const char* unit) const;
+    std::uint32_t GetUnit(const char* unit) const;
 
     std::size_t m_uMarkLength = 0;
     std::size_t m_uUnitLength = 1;

@@ -2,52 +2,48 @@
 #ifndef TOOLKIT_INTERNAL_WX_BASELIBRARY_H
 #define TOOLKIT_INTERNAL_WX_BASELIBRARY_H
 
-namespace Toolkit
-{
-
 // The base library as a process-wide service: who started it, whether it runs, and how to keep it quiet.
 // Any thread may ask; it is stopped only on the thread that started it.
-class BaseLibrary
+namespace Toolkit::BaseLibrary
+{
+
+// True while the base library is started, by whomever.
+bool IsStarted();
+
+// Starts the base library, or adds one to the number of its starts. False when it cannot be started.
+bool Start();
+
+// Takes back one `Start`; without a matching one it does nothing. On another thread than the one that
+// started the base library the stop is put off until the next `Start` or `Stop` on that thread.
+void Stop();
+
+// Keeps the base library running while a thread object lives: adds a start unless the host brought it up
+// with an application object of its own. True when a `Stop` is owed.
+bool Hold();
+
+// Suppresses what the base library would log; for the calling thread alone once it is started, as it can
+// tell threads apart only then.
+class Silence
 {
 public:
-    // True while the base library is started, by whomever.
-    static bool IsStarted();
+    Silence();
+    ~Silence();
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
 
-    // Starts the base library, or adds one to the number of its starts. False when it cannot be started.
-    static bool Start();
-
-    // Takes back one `Start`; without a matching one it does nothing. On another thread than the one that
-    // started the base library the stop is put off until the next `Start` or `Stop` on that thread.
-    static void Stop();
-
-    // Keeps the base library running while a thread object lives: adds a start unless the host brought it up
-    // with an application object of its own. True when a `Stop` is owed.
-    static bool Hold();
-
-    // Suppresses what the base library would log; for the calling thread alone once it is started, as it can
-    // tell threads apart only then.
-    class Silence
+private:
+    // What is suppressed, and thus restored.
+    enum class Scope
     {
-    public:
-        Silence();
-        ~Silence();
-        Silence(const Silence&) = delete;
-        Silence& operator=(const Silence&) = delete;
-
-    private:
-        // What is suppressed, and thus restored.
-        enum class Scope
-        {
-            Process,
-            MainThread,
-            Thread
-        };
-
-        const Scope m_scope;
-        bool m_bThreadLogged = false;
+        Process,
+        MainThread,
+        Thread
     };
+
+    const Scope m_scope;
+    bool m_bThreadLogged = false;
 };
 
-} // namespace Toolkit
+} // namespace Toolkit::BaseLibrary
 
 #endif

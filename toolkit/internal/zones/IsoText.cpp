@@ -31,14 +31,14 @@ IsoText IsoText::Read(const wchar_t* text, const wchar_t* end)
     for (std::int64_t* const field : fields)
     {
         int value = s_nUnread;
-        const bool read = StreamNumber::Read(text, end, value);
+        const bool read = ParseNumber::Read(text, end, value);
         *field = value;
         if (!read)
             return result;
         if (text != end)
             ++text;
     }
-    text = StreamNumber::SkipSpace(text, end);
+    text = ParseNumber::SkipSpace(text, end);
     result.utc = text != end && *text == s_chUtc;
     return result;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/system/StandardFolders.h"
+#include "toolkit/internal/folders/StandardFolders.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -11,7 +11,7 @@
 #include <wx/filename.h>
 #include <wx/stdpaths.h>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/text/Utf8Codec.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 
@@ -26,7 +26,7 @@ const char* const c_strSelf = "/proc/self/exe";
 // True when the base library, which converts by the current locale, reads the bytes as UTF-8 does.
 bool IsReadAlike(const char* bytes)
 {
-    return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(UTF8::ToUNICODE(bytes));
+    return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(Utf8Codec::Decode(bytes));
 }
 
 bool CanAskBaseLibraryOfProgram()
@@ -43,7 +43,7 @@ bool CanAskBaseLibraryOfUser()
 
 TString<wchar_t> Environment(const char* name)
 {
-    return UTF8::ToUNICODE(TString<char>(std::getenv(name)));
+    return Utf8Codec::Decode(TString<char>(std::getenv(name)));
 }
 
 // The name that the base library gives an application without one: that of its file, without the last
@@ -87,7 +87,7 @@ TString<wchar_t> ListedDocuments(const TString<wchar_t>& home)
     TString<wchar_t> configuration = Environment("XDG_CONFIG_HOME");
     if (configuration.empty())
         configuration = home + L"/.config";
-    const std::string path = UTF8::ToUTF8(configuration + L"/user-dirs.dirs");
+    const std::string path = Utf8Codec::Encode(configuration + L"/user-dirs.dirs");
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(path, ignored))
         return TString<wchar_t>();
@@ -95,8 +95,8 @@ TString<wchar_t> ListedDocuments(const TString<wchar_t>& home)
     for (std::string line; std::getline(file, line);)
         if (line.find("XDG_DOCUMENTS_DIR") != std::string::npos)
         {
-            const std::string folder = UserFolderOf(line, UTF8::ToUTF8(home));
-            return std::filesystem::is_directory(folder, ignored) ? UTF8::ToUNICODE(folder)
+            const std::string folder = UserFolderOf(line, Utf8Codec::Encode(home));
+            return std::filesystem::is_directory(folder, ignored) ? Utf8Codec::Decode(folder)
                                                                   : TString<wchar_t>();
         }
     return TString<wchar_t>();
@@ -117,13 +117,13 @@ std::string StandardFolders::ExecutableBytes()
 
 TString<wchar_t> StandardFolders::Executable()
 {
-    return UTF8::ToUNICODE(ExecutableBytes());
+    return Utf8Codec::Decode(ExecutableBytes());
 }
 
 TString<wchar_t> StandardFolders::Working()
 {
     std::error_code ignored;
-    return UTF8::ToUNICODE(std::filesystem::current_path(ignored).string());
+    return Utf8Codec::Decode(std::filesystem::current_path(ignored).string());
 }
 
 TString<wchar_t> StandardFolders::Home()

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/xattr.h>
 
 #include "tests/faults/BrokenSystem.h"
 #include "tests/support/Archives.h"
@@ -24,6 +25,7 @@
 #include "toolkit/files/FSStream.h"
 #include "toolkit/files/IniFile.h"
 #include "toolkit/files/TextFile.h"
+#include "toolkit/files/WholeFile.h"
 #include "toolkit/files/ZipInputStream.h"
 #include "toolkit/log/FileLogger.h"
 
@@ -235,6 +237,50 @@ TEST_F(BrokenSystem, IsAnsweredByFiles)
              RemoveLeftBehind();
              EXPECT_TRUE(file.Write());
              EXPECT_EQ("before\n" + bytes + "\n", Content("file"));
+         }},
+        {"ReadFile",
+         [&](const Faults& faults)
+         {
+             Write("file", bytes);
+             std::string read;
+             faults(
+                 [&]
+                 {
+                     const Result<std::string> result = ReadFile(m_folder.Path("file"));
+                     read = result ? *result : result.error().Message();
+                 });
+             EXPECT_TRUE(read == bytes || Begins(read, "cannot read " + m_folder.Path("file") + ": "))
+                 << read;
+         }},
+        {"WriteFile",
+         [&](const Faults& faults)
+         {
+             Write("file", "before");
+             setxattr(m_folder.Path("file").c_str(), "user.note", "x", 1, 0);
+             const std::size_t count = CountFiles();
+             std::string wrong;
+             faults(
+                 [&]
+                 {
+                     const Result<void> result = WriteFile(m_folder.Path("file"), bytes);
+                     wrong = result ? "" : result.error().Message();
+                 });
+             EXPECT_EQ(wrong.empty() ? bytes : "before", Content("file"));
+             EXPECT_TRUE(wrong.empty() || Begins(wrong, "cannot write " + m_folder.Path("file") + ": "))
+                 << wrong;
+             EXPECT_EQ(count + (FailingSystem::HasFailed("unlink") ? 1 : 0), CountFiles());
+             RemoveLeftBehind();
+             EXPECT_TRUE(WriteFile(m_folder.Path("file"), bytes));
+             EXPECT_EQ(bytes, Content("file"));
+         }},
+        {"WriteFile, with folders",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove_all(m_folder.Path("a"));
+             bool written = false;
+             faults([&] { written = WriteFile(m_folder.Path("a/b/file"), bytes).has_value(); });
+             EXPECT_EQ(written ? bytes : "", Content("a/b/file"));
+             std::filesystem::remove_all(m_folder.Path("a"));
          }},
         {"IniFile",
          [&](const Faults& faults)

@@ -22,6 +22,7 @@
 #include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace ToolkitTest
@@ -234,6 +235,22 @@ extern "C"
         return Fails("open", s_uOpen) ? -1 : next(path, flags, mode);
     }
 
+    int openat(int folder, const char* path, int flags, ...)
+    {
+        NEXT(openat, "openat64");
+        va_list arguments;
+        va_start(arguments, flags);
+        const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+        va_end(arguments);
+        return Fails("open", s_uOpen) ? -1 : next(folder, path, flags, mode);
+    }
+
+    int fsync(int descriptor)
+    {
+        NEXT(fsync, "fsync");
+        return Fails("fsync", s_uWait | FailingSystem::NoSpace) ? -1 : next(descriptor);
+    }
+
     // The descriptor is gone in any case.
     int close(int descriptor)
     {
@@ -319,6 +336,30 @@ extern "C"
     {
         NEXT(unlink, "unlink");
         return Fails("unlink", FailingSystem::Broken) ? -1 : next(path);
+    }
+
+    int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept
+    {
+        NEXT(renameat, "renameat");
+        return Fails("rename", s_uChange) ? -1 : next(fromFolder, from, toFolder, to);
+    }
+
+    int unlinkat(int folder, const char* path, int flags) noexcept
+    {
+        NEXT(unlinkat, "unlinkat");
+        return Fails("unlink", FailingSystem::Broken) ? -1 : next(folder, path, flags);
+    }
+
+    int fsetxattr(int descriptor, const char* name, const void* value, size_t size, int flags) noexcept
+    {
+        NEXT(fsetxattr, "fsetxattr");
+        return Fails("fsetxattr", s_uChange) ? -1 : next(descriptor, name, value, size, flags);
+    }
+
+    ssize_t fgetxattr(int descriptor, const char* name, void* value, size_t size) noexcept
+    {
+        NEXT(fgetxattr, "fgetxattr");
+        return Fails("fgetxattr", FailingSystem::Broken) ? -1 : next(descriptor, name, value, size);
     }
 
     int fchmod(int descriptor, mode_t mode) noexcept

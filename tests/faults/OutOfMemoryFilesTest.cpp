@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <vector>
@@ -21,6 +22,7 @@
 #include "toolkit/files/IniFile.h"
 #include "toolkit/files/TextFile.h"
 #include "toolkit/files/TextInputStream.h"
+#include "toolkit/files/WholeFile.h"
 #include "toolkit/files/ZipInputStream.h"
 
 using namespace Toolkit;
@@ -162,6 +164,23 @@ TEST_F(OutOfMemoryFiles, IsSurvivedByFiles)
              EXPECT_EQ(opened, file.Write());
              EXPECT_TRUE(file.Open(text));
              EXPECT_EQ(c_strLine, file.GetFirstLine());
+         }},
+        {"ReadFile",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { EXPECT_TRUE(ReadFile(m_folder.Path("text"))); });
+             attempt([&] { EXPECT_FALSE(ReadFile(m_folder.Path("missing"))); });
+         }},
+        {"WriteFile",
+         [&](const Attempt& attempt)
+         {
+             const std::string path = m_folder.Path("whole");
+             ToolkitTest::WriteBytes(path, "before");
+             const bool written = attempt([&] { EXPECT_TRUE(WriteFile(path, "after")); });
+             EXPECT_EQ(written ? "after" : "before", ToolkitTest::ReadBytes(path));
+             attempt([&] { EXPECT_FALSE(WriteFile(m_folder.Path(), "after")); });
+             EXPECT_TRUE(WriteFile(path, "at last"));
+             std::filesystem::remove(path);
          }},
         {"TextFile::GetFirstLine, GetNextLine, Eof",
          [&](const Attempt& attempt)

@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <filesystem>
-#include <memory>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -14,8 +13,8 @@
 
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/system/FolderStream.h"
 #include "toolkit/internal/system/NativePath.h"
-#include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
@@ -26,24 +25,6 @@ namespace
 
 const unsigned int s_uFiles = 1;
 const unsigned int s_uFolders = 2;
-
-struct CloseFolder
-{
-    void operator()(DIR* folder) const
-    {
-        const NoCancellation whole;
-        closedir(folder);
-    }
-};
-
-std::unique_ptr<DIR, CloseFolder> OpenFolder(const NativePath& path)
-{
-    Descriptor descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::unique_ptr<DIR, CloseFolder> folder(descriptor.IsOpen() ? fdopendir(descriptor.Get()) : nullptr);
-    if (folder != nullptr)
-        descriptor.Release();
-    return folder;
-}
 
 bool IsFolder(DIR* folder, const dirent& entry)
 {
@@ -67,7 +48,7 @@ std::vector<TString<wchar_t>> List(const TString<wchar_t>& path, const TString<w
     // No name holds a zero, but the comparison would stop there.
     if (!native.IsValid() || filter.find(L'\0') != filter.npos)
         return names;
-    const std::unique_ptr<DIR, CloseFolder> folder = OpenFolder(native);
+    const FolderStream folder = OpenFolder(AT_FDCWD, native.c_str());
     if (folder == nullptr)
         return names;
     const wxString pattern = ToWx(filter);

@@ -1,58 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/files/TextFile.h"
 
-#include <cerrno>
 #include <cwchar>
+#include <limits>
 #include <new>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/ReadWhole.h"
 #include "toolkit/internal/system/SafeReplace.h"
-#include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/TextEncoding.h"
 
 namespace Toolkit
 {
 
-namespace
-{
-
-// What is read at once where the system does not tell a file's length.
-const std::size_t s_uSlice = 65536;
-
-// Reads to the end, wherever that is: the file may change while it is read.
-bool ReadAll(int descriptor, std::size_t expected, TString<char>& bytes)
-{
-    std::size_t have = 0;
-    // One more than expected, so that the end is met without another slice.
-    bytes.resize(expected + 1);
-    for (;;)
-    {
-        have += ReadUpTo(descriptor, &bytes[have], bytes.size() - have);
-        if (have < bytes.size())
-            break;
-        bytes.resize(have + have / 2 + s_uSlice);
-    }
-    const bool whole = errno == 0;
-    bytes.resize(have);
-    return whole;
-}
-
-bool ReadFile(const NativePath& path, TString<char>& bytes)
-{
-    const Descriptor descriptor = path.Open(O_RDONLY);
-    struct stat status = {};
-    return fstat(descriptor.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
-           ReadAll(descriptor.Get(), static_cast<std::size_t>(status.st_size), bytes);
-}
-
-} // namespace
-
-TextFile::TextFile() : m_uCurrent(0) {}
+TextFile::TextFile() : m_uMode(0), m_uCurrent(0) {}
 
 TextFile::~TextFile() = default;
 
@@ -61,7 +22,8 @@ bool TextFile::Open(const TString<wchar_t>& path)
     TString<wchar_t> name(path);
     Close();
     TString<char> bytes;
-    if (!ReadFile(NativePath(name), bytes))
+    const Result<mode_t> mode = ReadWhole(NativePath(name), std::numeric_limits<std::size_t>::max(), bytes);
+    if (!mode)
         return false;
     const TextEncoding encoding(bytes.data(), bytes.size());
     bytes.erase(0, encoding.GetMarkLength());
@@ -72,6 +34,7 @@ bool TextFile::Open(const TString<wchar_t>& path)
     m_lines = FindLines(text);
     m_strText.swap(text);
     m_strPath.swap(name);
+    m_uMode = *mode;
     return true;
 }
 
@@ -123,8 +86,12 @@ void TextFile::Clear()
 bool TextFile::Write()
 {
     TString<char> bytes;
-    return !m_strPath.empty() && TextEncoding::Encode(m_strText, bytes) &&
-           SafeReplace::Write(NativePath(m_strPath), bytes);
+    if (m_strPath.empty() || !TextEncoding::Encode(m_strText, bytes))
+        return false;
+    SafeReplace::Options options;
+    options.m_uMode = m_uMode;
+    options.m_bWasThere = true;
+    return SafeReplace::Write(NativePath(m_strPath), bytes, options).has_value();
 }
 
 void TextFile::Close()

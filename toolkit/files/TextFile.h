@@ -44,10 +44,12 @@ public:
     void Clear();
 
     // Replaces the opened file's content, or its target's if it is a link, by the lines as UTF-8 without a
-    // byte-order mark, each with the end that it was read with; a file removed meanwhile is made anew.
+    // byte-order mark, each with the end that it was read with; they are on the disk then. Permissions,
+    // owner, access control list and extended attributes are kept, and what the system does not let this user
+    // keep grants less, never more; a file removed meanwhile is made anew, with the permissions that it had.
     // False when nothing is opened, a line has no UTF-8 form, the file may not be written, its folder takes
-    // no new file, or the disk is full; the file is then as it was.
-    // Quirk: other hard links to the file keep the old content.
+    // no new file, or the disk is full; the file is then as it was. A file that something is mounted on is
+    // written in place. Quirk: other hard links to the file keep the old content.
     bool Write();
 
     // Forgets the lines and the file.
@@ -64,6 +66,8 @@ private:
     TString<wchar_t> GetCurrentLine() const;
 
     TString<wchar_t> m_strPath;
+    // The permissions of the file when it was opened.
+    unsigned int m_uMode;
     // The lines with their ends, just as they are written.
     TString<wchar_t> m_strText;
     std::vector<Line> m_lines;

@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/internal/system/SafeReplace.h"
 
-#include <atomic>
+#include <array>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <climits>
 #include <string>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/FileRights.h"
 #include "toolkit/internal/system/NativePath.h"
-#include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/SystemFailure.h"
+#include "toolkit/internal/system/TemporaryFile.h"
+#include "toolkit/internal/system/Transfer.h"
 
 namespace Toolkit
 {
@@ -21,115 +23,175 @@ namespace Toolkit
 namespace
 {
 
-const mode_t s_uNewFileMode = 0666;
 const mode_t s_uPrivateMode = 0600;
-const mode_t s_uPermissions = 07777;
+const int s_iMostLinks = 40;
 const int s_iAttempts = 100;
-std::atomic<unsigned int> s_uNames{0};
+const char* const c_strAttempt = "cannot write";
 
-// A file that is removed unless it takes another one's place.
-class TemporaryFile
+// What is written to: where the links end, and what is there.
+struct Target
 {
-public:
-    TemporaryFile(const std::string& folder, mode_t mode)
-    {
-        for (int i = 0; i < s_iAttempts && m_iDescriptor == -1; ++i)
-        {
-            m_strPath = folder + ".toolkit-" + std::to_string(getpid()) + "-" + std::to_string(++s_uNames);
-            m_iDescriptor = open(m_strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-            if (m_iDescriptor == -1 && errno != EEXIST && errno != EINTR)
-                return;
-        }
-    }
-
-    ~TemporaryFile()
-    {
-        const NoCancellation whole;
-        Close();
-        if (m_bMade)
-            unlink(m_strPath.c_str());
-    }
-
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    bool IsOpened() const { return m_iDescriptor != -1; }
-
-    // The owner comes first: changing it takes permissions away. A user who may not give files away keeps
-    // them.
-    bool Imitate(const struct stat& status)
-    {
-        if (fchown(m_iDescriptor, status.st_uid, status.st_gid) != 0 &&
-            fchown(m_iDescriptor, static_cast<uid_t>(-1), status.st_gid) != 0 && errno != EPERM)
-            return false;
-        return fchmod(m_iDescriptor, status.st_mode & s_uPermissions) == 0;
-    }
-
-    bool Write(const TString<char>& bytes)
-    {
-        for (std::size_t written = 0; written < bytes.size();)
-        {
-            const ssize_t count = write(m_iDescriptor, bytes.data() + written, bytes.size() - written);
-            if (count > 0)
-                written += static_cast<std::size_t>(count);
-            else if (count == 0 || errno != EINTR)
-                return false;
-        }
-        return true;
-    }
-
-    bool TakePlaceOf(const std::string& path)
-    {
-        if (!Close() || std::rename(m_strPath.c_str(), path.c_str()) != 0)
-            return false;
-        m_bMade = false;
-        return true;
-    }
-
-private:
-    bool Close()
-    {
-        const int descriptor = m_iDescriptor;
-        m_iDescriptor = -1;
-        m_bMade = m_bMade || descriptor != -1;
-        return descriptor == -1 || close(descriptor) == 0;
-    }
-
-    std::string m_strPath;
-    int m_iDescriptor = -1;
-    bool m_bMade = false;
+    // The folder, and the file's name in it.
+    Descriptor m_folder;
+    std::string m_strName;
+    // The file that is there; not open where there is none.
+    Descriptor m_file;
+    struct stat m_status = {};
 };
 
-// What lies at the end of the links; the path itself when nothing is there.
-std::string ResolveLinks(const char* path)
+// The error of the last call that failed, or an error for a call that tells none.
+int LastError()
 {
-    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path, nullptr), &std::free);
-    return resolved != nullptr ? resolved.get() : path;
+    return errno != 0 ? errno : EIO;
 }
 
-// True when nothing is there, or a regular file that may be written.
-bool Examine(const NativePath& path, struct stat& status, bool& exists)
+// Where the links at the end of the path lead, be something there or not; false when they lead in a circle.
+bool ResolveLinks(std::string& path)
 {
-    exists = lstat(path.c_str(), &status) == 0;
-    if (!exists)
+    std::array<char, PATH_MAX> link;
+    for (int i = 0; i < s_iMostLinks; ++i)
+    {
+        const ssize_t length = readlink(path.c_str(), link.data(), link.size());
+        if (length < 0)
+            return true;
+        if (link[0] != '/')
+            path.erase(path.rfind('/') == path.npos ? 0 : path.rfind('/') + 1);
+        else
+            path.clear();
+        path.append(link.data(), static_cast<std::size_t>(length));
+    }
+    errno = ELOOP;
+    return false;
+}
+
+// A folder that may not be read can still be written to, but neither looked through nor synced.
+Descriptor OpenFolderToWrite(const std::string& path)
+{
+    const int flags = O_DIRECTORY | O_CLOEXEC;
+    Descriptor folder(open(path.c_str(), O_RDONLY | flags));
+    return folder.IsOpen() || errno != EACCES ? std::move(folder)
+                                              : Descriptor(open(path.c_str(), O_PATH | flags));
+}
+
+// Opens what is there; true when that may be replaced, or nothing is there. On failure errno tells why, and
+// is ENXIO for what is no file.
+bool OpenFile(const NativePath& path, const SafeReplace::Options& options, Target& target)
+{
+    if (lstat(path.c_str(), &target.m_status) != 0)
         return errno == ENOENT;
-    const Descriptor file = path.Open(O_WRONLY);
-    return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
+    target.m_file = path.Open(O_WRONLY);
+    if (!target.m_file.IsOpen())
+        return errno == ENOENT && options.m_bFollowsDangling;
+    if (fstat(target.m_file.Get(), &target.m_status) != 0)
+        return false;
+    errno = ENXIO;
+    return S_ISREG(target.m_status.st_mode);
+}
+
+bool OpenTarget(const NativePath& path, const SafeReplace::Options& options, Target& target)
+{
+    std::string resolved = path.GetBytes();
+    if (!OpenFile(path, options, target) || !ResolveLinks(resolved))
+        return false;
+    const std::size_t name = resolved.rfind('/') == resolved.npos ? 0 : resolved.rfind('/') + 1;
+    target.m_strName = resolved.substr(name);
+    errno = EISDIR;
+    if (target.m_strName.empty())
+        return false;
+    target.m_folder = OpenFolderToWrite(name == 0 ? "." : resolved.substr(0, name));
+    return target.m_folder.IsOpen();
+}
+
+bool IsMountedOn(int file)
+{
+    struct statx status = {};
+    return statx(file, "", AT_EMPTY_PATH, 0, &status) == 0 &&
+           (status.stx_attributes & status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
+// False when what was written may not be on the disk; file systems that cannot say count as whole.
+bool Sync(int file)
+{
+    int answer = 0;
+    do
+        answer = fsync(file);
+    while (answer != 0 && errno == EINTR);
+    return answer == 0 || errno == EINVAL || errno == EROFS || errno == EOPNOTSUPP;
+}
+
+// Room is taken before anything is changed, so that a full disk leaves the old content.
+bool WriteInPlace(const Target& target, std::string_view bytes)
+{
+    const int file = target.m_file.Get();
+    const off_t size = static_cast<off_t>(bytes.size());
+    if (size > target.m_status.st_size && fallocate(file, FALLOC_FL_KEEP_SIZE, 0, size) != 0 &&
+        (errno == ENOSPC || errno == EDQUOT))
+        return false;
+    if (!WriteAll(file, bytes.data(), bytes.size()))
+        return false;
+    int answer = 0;
+    do
+        answer = ftruncate(file, size);
+    while (answer != 0 && errno == EINTR);
+    return answer == 0 && Sync(file);
+}
+
+// True when the name that was resolved leads to the file that was opened; ESTALE where it does not any more.
+bool IsStillThere(const Target& target)
+{
+    struct stat named = {};
+    const bool same =
+        fstatat(target.m_folder.Get(), target.m_strName.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+        named.st_dev == target.m_status.st_dev && named.st_ino == target.m_status.st_ino;
+    errno = ESTALE;
+    return same;
+}
+
+bool GiveRights(const Target& target, const SafeReplace::Options& options, int file)
+{
+    if (target.m_file.IsOpen())
+        return CopyRights(target.m_file.Get(), target.m_status, file);
+    return !options.m_bWasThere || RemoveAccessList(file);
+}
+
+bool Replace(const Target& target, std::string_view bytes, const SafeReplace::Options& options)
+{
+    const bool exists = target.m_file.IsOpen();
+    if (exists && IsMountedOn(target.m_file.Get()))
+        return WriteInPlace(target, bytes);
+    if (exists && !IsStillThere(target))
+        return false;
+    TemporaryFile::RemoveLeftBehind(target.m_folder.Get());
+    TemporaryFile file(target.m_folder.Get(), exists ? s_uPrivateMode : options.m_uMode);
+    if (!file.IsOpen() || !WriteAll(file.Get(), bytes.data(), bytes.size()) ||
+        !GiveRights(target, options, file.Get()) || !Sync(file.Get()))
+        return false;
+    if (!file.TakePlaceOf(target.m_strName.c_str()))
+        return exists && errno == EBUSY && WriteInPlace(target, bytes);
+    // What is left is to have the folder survive a loss of power; the content is whole either way.
+    static_cast<void>(Sync(target.m_folder.Get()));
+    return true;
 }
 
 } // namespace
 
-bool SafeReplace::Write(const NativePath& path, const TString<char>& bytes)
+Result<void> SafeReplace::Write(const NativePath& path, std::string_view bytes, const Options& options)
 {
-    struct stat status = {};
-    bool exists = false;
-    if (!path.IsValid() || !Examine(path, status, exists))
-        return false;
-    const std::string target = ResolveLinks(path.c_str());
-    const std::size_t name = target.rfind('/') == target.npos ? 0 : target.rfind('/') + 1;
-    TemporaryFile file(target.substr(0, name), exists ? s_uPrivateMode : s_uNewFileMode);
-    return file.IsOpened() && file.Write(bytes) && (!exists || file.Imitate(status)) &&
-           file.TakePlaceOf(target);
+    int error = ENOENT;
+    // Another writer may replace the file between two steps; then it is looked at again.
+    for (int i = 0; path.IsValid() && i < s_iAttempts; ++i)
+    {
+        Target target;
+        errno = 0;
+        if (OpenTarget(path, options, target) && Replace(target, bytes, options))
+            return {};
+        error = LastError();
+        if (error != ESTALE)
+            break;
+    }
+    if (error == ENXIO)
+        return Failure(Errc::Refused, c_strAttempt + (" " + path.GetBytes()) + ": it is no regular file");
+    return SystemFailure(c_strAttempt, path.GetBytes(), error);
 }
 
 } // namespace Toolkit

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/files/WholeFile.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include "toolkit/internal/system/NativePath.h"
+#include "toolkit/internal/system/ReadWhole.h"
+#include "toolkit/internal/system/SafeReplace.h"
+#include "toolkit/internal/system/SystemFailure.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+bool HoldsNul(const std::filesystem::path& path)
+{
+    return path.native().find('\0') != std::string::npos;
+}
+
+// A failure of its own, for without its folder the file cannot be written, either.
+Result<void> MakeFolders(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error)
+        return SystemFailure("cannot make the folder", folder.native(), error.value());
+    return {};
+}
+
+} // namespace
+
+Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t largest)
+{
+    if (HoldsNul(path))
+        return SystemFailure("cannot read", path.native(), EINVAL);
+    std::string bytes;
+    const Result<mode_t> read = ReadWhole(NativePath::OfBytes(path.native()), largest, bytes);
+    if (!read)
+        return read.error();
+    return bytes;
+}
+
+Result<void> WriteFile(const std::filesystem::path& path, std::string_view content)
+{
+    if (HoldsNul(path))
+        return SystemFailure("cannot write", path.native(), EINVAL);
+    SafeReplace::Options options;
+    options.m_bFollowsDangling = true;
+    const NativePath native = NativePath::OfBytes(path.native());
+    Result<void> written = SafeReplace::Write(native, content, options);
+    if (written || written.error().Code() != std::errc::no_such_file_or_directory)
+        return written;
+    const std::filesystem::path folder = path.parent_path();
+    if (folder.empty())
+        return written;
+    if (const Result<void> made = MakeFolders(folder); !made)
+        return made;
+    return SafeReplace::Write(native, content, options);
+}
+
+} // namespace Toolkit

@@ -10,13 +10,13 @@
 
 namespace Toolkit
 {
-
 class NativePath;
+}
 
 // Gives a file new content all at once: the bytes go into a temporary file of the same folder, which then
 // takes the old one's place. Whoever reads the file sees the old content or the new, never a part, and so
 // does everyone after a loss of power.
-namespace SafeReplace
+namespace Toolkit::SafeReplace
 {
 
 struct Options
@@ -29,15 +29,13 @@ struct Options
     bool m_bFollowsDangling = false;
 };
 
-// On failure the file is as it was, and nothing else is left behind. A missing file is made. Through a link it
-// is the link's target that is replaced. Permissions, owner, access control list and extended attributes are
-// kept; what the system does not let this user keep grants less, never more. A file that something is mounted
-// on is written in place, for its name cannot be taken: only there a break in between leaves a part.
+// On failure the file is as it was, and nothing else is left behind. A missing file is made. Through a link
+// it is the link's target that is replaced. Permissions, owner, access control list and extended attributes
+// are kept; what the system does not let this user keep grants less, never more. A file that something is
+// mounted on is written in place, for its name cannot be taken: only there a break in between leaves a part.
 // Quirk: other hard links to the file keep the old content.
 Result<void> Write(const NativePath& path, std::string_view bytes, const Options& options);
 
-} // namespace SafeReplace
-
-} // namespace Toolkit
+} // namespace Toolkit::SafeReplace
 
 #endif

@@ -2,11 +2,13 @@
 #include "toolkit/log/ILogger.h"
 
 #include <climits>
+#include <thread>
 #include <type_traits>
 
 #include <gmock/gmock.h>
 
 #include "tests/support/InstalledLogger.h"
+#include "toolkit/log/LogLine.h"
 #include "toolkit/log/NullLogger.h"
 
 using namespace Toolkit;
@@ -78,6 +80,39 @@ TEST(ILogger, StartsWithTheVerboseSeverity)
     const RecordingLogger logger(record, LogSeverity::Warning);
     EXPECT_EQ(LogSeverity::Verbose, logger.GetSeverity());
     EXPECT_EQ(LogSeverity::Warning, logger.GetThreshold());
+}
+
+TEST(ILogger, ThresholdCanBeSetAndDecidesAtOnce)
+{
+    Record record;
+    RecordingLogger* const logger = new RecordingLogger(record, LogSeverity::Warning);
+    const InstalledLogger installed(logger);
+    **ILogger::s_pInstance << SetSeverity(LogSeverity::Info) << L"dropped";
+    logger->SetThreshold(LogSeverity::Info);
+    EXPECT_EQ(LogSeverity::Info, logger->GetThreshold());
+    **ILogger::s_pInstance << L"passed";
+    TOOLKIT_LOG(LogSeverity::Debug) << "dropped";
+    logger->SetThreshold(LogSeverity::Error);
+    **ILogger::s_pInstance << L"dropped";
+    EXPECT_THAT(record.Pieces(), ElementsAre(L"passed"));
+}
+
+TEST(ILogger, ThresholdMayBeSetWhileOthersLog)
+{
+    Record record;
+    RecordingLogger* const logger = new RecordingLogger(record);
+    const InstalledLogger installed(logger);
+    std::thread writer(
+        []
+        {
+            for (int i = 0; i < 1000; ++i)
+                TOOLKIT_LOG(LogSeverity::Info) << "line";
+        });
+    for (int i = 0; i < 1000; ++i)
+        logger->SetThreshold(i % 2 == 0 ? LogSeverity::Error : LogSeverity::Verbose);
+    writer.join();
+    EXPECT_EQ(LogSeverity::Verbose, logger->GetThreshold());
+    EXPECT_LE(record.Pieces().size(), 1000U);
 }
 
 TEST(ILogger, SetLoggerSharesTheSink)

@@ -146,6 +146,9 @@ void ILogger::SetLogger(smart_ptr<ILogger> logger)
         return;
     if (const auto* const bridge = dynamic_cast<const LogBridge*>(logger.get()))
         logger = bridge->Below();
+    // Released after the new sink is installed: what is logged while the previous one is destroyed must not
+    // reach it.
+    const smart_ptr<ILogger> previous(*s_pInstance);
     *s_pInstance = logger.IsNull() ? Create() : logger;
     SetBridge();
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -55,6 +56,39 @@ class MutexTiming : public testing::TestWithParam<std::pair<unsigned int, long l
 };
 
 } // namespace
+
+TEST(Mutex, WorksWithTheStandardsGuards)
+{
+    Mutex mutex;
+    Mutex other;
+    {
+        const std::lock_guard<Mutex> guard(mutex);
+        EXPECT_FALSE(IsFree(mutex));
+        const std::unique_lock<Mutex> again(mutex, std::try_to_lock);
+        EXPECT_TRUE(again.owns_lock());
+    }
+    EXPECT_TRUE(IsFree(mutex));
+    {
+        const std::scoped_lock<Mutex, Mutex> both(mutex, other);
+        EXPECT_FALSE(IsFree(other));
+    }
+    EXPECT_TRUE(IsFree(mutex));
+    EXPECT_TRUE(IsFree(other));
+}
+
+TEST(Mutex, TryOnceFailsWhereAnotherThreadHoldsIt)
+{
+    Mutex mutex;
+    mutex.lock();
+    bool taken = true;
+    OnAnotherThread([&] { taken = mutex.try_lock(); });
+    EXPECT_FALSE(taken);
+    EXPECT_TRUE(mutex.try_lock());
+    mutex.unlock();
+    EXPECT_FALSE(IsFree(mutex));
+    mutex.unlock();
+    EXPECT_TRUE(IsFree(mutex));
+}
 
 TEST(Mutex, DerivesFromMutexInternal)
 {

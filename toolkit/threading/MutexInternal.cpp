@@ -36,6 +36,11 @@ bool MutexInternal::Unlock()
     return pthread_mutex_unlock(&m_mutex) == 0;
 }
 
+bool MutexInternal::TryLock()
+{
+    return pthread_mutex_trylock(&m_mutex) == 0;
+}
+
 bool MutexInternal::LockWithin(unsigned int timeout)
 {
     int answer = EBUSY;

@@ -34,6 +34,10 @@ public:
     // True when the caller held the mutex.
     bool Unlock();
 
+protected:
+    // One try that never waits.
+    bool TryLock();
+
 private:
     bool LockWithin(unsigned int timeout);
 

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -590,6 +592,16 @@ TEST(TString, FindsLongTextAsThePlainFormsDo)
 }
 
 // Quadratic searches would take hours.
+TEST(TString, IsAKeyOfUnorderedContainers)
+{
+    std::unordered_map<TString<wchar_t>, int> wide{{L"one", 1}, {L"two", 2}};
+    EXPECT_EQ(2, wide[L"two"]);
+    std::unordered_set<TString<char>> narrow{"one", "one", std::string("on\0e", 4)};
+    EXPECT_EQ(2U, narrow.size());
+    EXPECT_EQ(std::hash<std::string>()("text"), std::hash<TString<char>>()("text"));
+    EXPECT_EQ(std::hash<std::wstring>()(L"text"), std::hash<TString<wchar_t>>()(L"text"));
+}
+
 TEST(TString, WhatNearlyOccursEverywhereIsSearchedInLinearTime)
 {
     const std::size_t length = 4000000;

@@ -2,6 +2,7 @@
 #ifndef TOOLKIT_CORE_TSTRING_H
 #define TOOLKIT_CORE_TSTRING_H
 
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -83,5 +84,20 @@ template <>
 TOOLKIT_API const TString<wchar_t>& TString<wchar_t>::Empty();
 
 } // namespace Toolkit
+
+// Keys of unordered containers; equal to the hash of the standard string with the same elements.
+namespace std
+{
+
+template <class C>
+struct hash<Toolkit::TString<C>>
+{
+    size_t operator()(const Toolkit::TString<C>& text) const noexcept
+    {
+        return hash<basic_string<C>>()(text);
+    }
+};
+
+} // namespace std
 
 #endif

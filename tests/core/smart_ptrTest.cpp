@@ -98,6 +98,49 @@ struct Watching
     Watching** m_pSeen = nullptr;
 };
 
+// Holds a pointer that is assigned to its owner.
+struct Outer
+{
+    ~Outer() { *m_pSeen = m_pOwner->get(); }
+    smart_ptr<Outer> m_inner;
+    smart_ptr<Outer>* m_pOwner = nullptr;
+    Outer** m_pSeen = nullptr;
+};
+
+// Assigns a new object to its owner, once, while it is destroyed.
+struct Replacing
+{
+    Replacing(int& alive, smart_ptr<Replacing>* owner) : m_pAlive(&alive), m_pOwner(owner) { ++*m_pAlive; }
+    ~Replacing()
+    {
+        --*m_pAlive;
+        if (m_pOwner != nullptr)
+            *m_pOwner = new Replacing(*m_pAlive, nullptr);
+    }
+    int* const m_pAlive;
+    smart_ptr<Replacing>* const m_pOwner;
+};
+
+struct First
+{
+    virtual ~First() = default;
+    int m_iFirst = 1;
+};
+struct Second
+{
+    virtual ~Second() = default;
+    int m_iSecond = 2;
+};
+struct Both : First, Second
+{
+};
+struct NoVirtualDestructor
+{
+};
+struct Unsafe : NoVirtualDestructor
+{
+};
+
 Pointer MakeImplicitly(int& destroyed)
 {
     return new Counted(destroyed);
@@ -409,6 +452,178 @@ TEST(smart_ptr, ObjectMayReassignItsOwnerWhileItGoes)
     pointer->m_pOwner = &pointer;
     pointer = smart_ptr<Reassigning>();
     EXPECT_TRUE(pointer.IsNull());
+}
+
+TEST(smart_ptr, CopyAssignmentDestroysTheOldObjectWhileItIsStillHeld)
+{
+    Watching* seen = nullptr;
+    const smart_ptr<Watching> null;
+    smart_ptr<Watching> pointer(new Watching);
+    Watching* const object = pointer.get();
+    object->m_pOwner = &pointer;
+    object->m_pSeen = &seen;
+    pointer = null;
+    EXPECT_EQ(object, seen);
+    EXPECT_TRUE(pointer.IsNull());
+}
+
+TEST(smart_ptr, MoveAssignmentDestroysTheOldObjectWhileItIsStillHeld)
+{
+    Watching* seen = nullptr;
+    smart_ptr<Watching> pointer(new Watching);
+    Watching* const object = pointer.get();
+    object->m_pOwner = &pointer;
+    object->m_pSeen = &seen;
+    pointer = smart_ptr<Watching>();
+    EXPECT_EQ(object, seen);
+    EXPECT_TRUE(pointer.IsNull());
+}
+
+TEST(smart_ptr, AssignsFromInsideAnObjectThatLooksAtItsOwner)
+{
+    for (const bool moves : {false, true})
+    {
+        Outer* seen = nullptr;
+        smart_ptr<Outer> pointer(new Outer);
+        Outer* const outer = pointer.get();
+        outer->m_pOwner = &pointer;
+        outer->m_pSeen = &seen;
+        outer->m_inner = new Outer;
+        Outer* const inner = outer->m_inner.get();
+        inner->m_pOwner = &pointer;
+        inner->m_pSeen = &seen;
+        if (moves)
+            pointer = std::move(outer->m_inner);
+        else
+            pointer = outer->m_inner;
+        EXPECT_EQ(outer, seen);
+        EXPECT_EQ(inner, pointer.get());
+    }
+}
+
+// What the destructor stored is released: nothing is left, and what was assigned holds.
+TEST(smart_ptr, WhatTheDestructorAssignedIsReplacedToo)
+{
+    int alive = 0;
+    int other = 0;
+    const smart_ptr<Replacing> kept(new Replacing(other, nullptr));
+    smart_ptr<Replacing> pointer;
+    pointer = new Replacing(alive, &pointer);
+    pointer = kept;
+    EXPECT_EQ(0, alive);
+    EXPECT_TRUE(pointer == kept);
+    pointer = new Replacing(alive, &pointer);
+    pointer = smart_ptr<Replacing>(kept);
+    EXPECT_EQ(0, alive);
+    EXPECT_TRUE(pointer == kept);
+    pointer = new Replacing(alive, &pointer);
+    pointer = new Replacing(alive, nullptr);
+    EXPECT_EQ(1, alive);
+    pointer = new Replacing(alive, &pointer);
+    pointer.Reset();
+    EXPECT_EQ(0, alive);
+    EXPECT_TRUE(pointer.IsNull());
+    {
+        smart_ptr<Replacing> last;
+        last = new Replacing(alive, &last);
+    }
+    EXPECT_EQ(0, alive);
+    EXPECT_EQ(1, other);
+}
+
+TEST(smart_ptr, MoveTakesTheShareAndLeavesANullPointer)
+{
+    int destroyed = 0;
+    Pointer first(new Counted(destroyed));
+    Counted* const object = first.get();
+    Pointer second(std::move(first));
+    EXPECT_TRUE(first.IsNull());
+    EXPECT_EQ(object, second.get());
+    Pointer third;
+    third = std::move(second);
+    EXPECT_TRUE(second.IsNull());
+    EXPECT_EQ(object, third.get());
+    EXPECT_EQ(0, destroyed);
+    third.Reset();
+    EXPECT_EQ(1, destroyed);
+    EXPECT_TRUE(std::is_nothrow_move_constructible_v<Pointer>);
+    EXPECT_TRUE(std::is_nothrow_move_assignable_v<Pointer>);
+}
+
+TEST(smart_ptr, MovedFromPointerIsUsable)
+{
+    int destroyed = 0;
+    Pointer pointer(new Counted(destroyed));
+    const Pointer owner(std::move(pointer));
+    const Pointer copy(pointer);
+    EXPECT_TRUE(copy.IsNull());
+    EXPECT_TRUE(pointer == copy);
+    pointer.ReleaseRef();
+    pointer.Reset();
+    EXPECT_TRUE(pointer.IsNull());
+    pointer = Pointer(std::move(pointer));
+    Pointer assigned(owner);
+    assigned = copy;
+    EXPECT_TRUE(assigned.IsNull());
+    pointer = owner;
+    EXPECT_TRUE(pointer == owner);
+    pointer = new Counted(destroyed);
+    pointer.Reset();
+    EXPECT_EQ(1, destroyed);
+}
+
+TEST(smart_ptr, MoveToItselfChangesNothing)
+{
+    int destroyed = 0;
+    Pointer pointer(new Counted(destroyed));
+    Pointer& same = pointer;
+    pointer = std::move(same);
+    EXPECT_EQ(0, destroyed);
+    EXPECT_EQ(7, pointer->m_iValue);
+}
+
+TEST(smart_ptr, BaseAndDerivedShareOneGroup)
+{
+    int destroyed = 0;
+    int derived = 0;
+    smart_ptr<Derived> first(new Derived(destroyed, derived));
+    Pointer base(first);
+    EXPECT_TRUE(base == first);
+    first.Reset();
+    EXPECT_EQ(0, destroyed);
+    smart_ptr<const Counted> constant = base;
+    base = new Counted(destroyed);
+    EXPECT_EQ(0, derived);
+    constant.Reset();
+    EXPECT_EQ(1, derived);
+    base = smart_ptr<Derived>(new Derived(destroyed, derived));
+    EXPECT_EQ(2, destroyed);
+    smart_ptr<Derived> last(new Derived(destroyed, derived));
+    base = std::move(last);
+    EXPECT_TRUE(last.IsNull());
+    EXPECT_EQ(2, derived);
+    base.Reset();
+    EXPECT_EQ(3, derived);
+}
+
+TEST(smart_ptr, SecondBaseIsReachedAtItsOwnAddress)
+{
+    const smart_ptr<Both> both(new Both);
+    const smart_ptr<Second> second(both);
+    EXPECT_EQ(2, second->m_iSecond);
+    EXPECT_EQ(static_cast<Second*>(both.get()), second.get());
+}
+
+TEST(smart_ptr, ConvertsOnlyWhereTheObjectCanBeDestroyed)
+{
+    EXPECT_TRUE((std::is_convertible_v<smart_ptr<Derived>, smart_ptr<Counted>>));
+    EXPECT_TRUE((std::is_convertible_v<smart_ptr<int>, smart_ptr<const int>>));
+    EXPECT_FALSE((std::is_convertible_v<smart_ptr<const int>, smart_ptr<int>>));
+    EXPECT_FALSE((std::is_convertible_v<smart_ptr<Counted>, smart_ptr<Derived>>));
+    EXPECT_FALSE((std::is_convertible_v<smart_ptr<Unsafe>, smart_ptr<NoVirtualDestructor>>));
+    EXPECT_FALSE((std::is_convertible_v<smart_ptr<Derived, smart_ptr_array_policy>,
+                                        smart_ptr<Counted, smart_ptr_array_policy>>));
+    EXPECT_FALSE((std::is_convertible_v<smart_ptr<int>, smart_ptr<int, smart_ptr_array_policy>>));
 }
 
 TEST(smart_ptr, DestroysAChain)

@@ -3,6 +3,8 @@
 #define TOOLKIT_CORE_SMART_PTR_H
 
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
 #include "toolkit/threading/MutexInternal.h"
 #include "toolkit/threading/MutexLock.h"
@@ -30,10 +32,32 @@ struct smart_ptr_array_policy
     }
 };
 
+namespace Detail
+{
+
+// What the owners of one object share. The type of the pointer is no part of it, so that a pointer to a base
+// class shares the block of a pointer to a derived one.
+struct SharedBlock
+{
+    std::int32_t m_iCount = 1;
+    MutexInternal m_mutex{false};
+};
+
+// True where an owner of U may become an owner of T: T is U with more qualifiers, or a base class whose
+// destructor is virtual; an array has no base class.
+template <class U, class T, class Policy>
+using MayOwnAs = std::conjunction<
+    std::is_convertible<U*, T*>,
+    std::disjunction<std::is_same<std::remove_cv_t<U>, std::remove_cv_t<T>>,
+                     std::conjunction<std::negation<std::is_same<Policy, smart_ptr_array_policy>>,
+                                      std::has_virtual_destructor<T>>>>;
+
+} // namespace Detail
+
 // Shared ownership of an object: a pointer and a counted block on the heap; the last owner destroys the
-// object through Policy. Every smart_ptr has a block, a null one too. The count is guarded by a recursive
-// mutex, so copies of one smart_ptr may be made and dropped on different threads; the object itself is not
-// protected.
+// object through Policy. Every smart_ptr has a block, a null one too, but for one that was moved from, which
+// is null and can be used again. The count is guarded by a recursive mutex, so copies of one smart_ptr may be
+// made and dropped on different threads; the object itself is not protected.
 template <class T, class Policy = smart_ptr_policy>
 class smart_ptr
 {
@@ -44,19 +68,45 @@ public:
     smart_ptr(T* object) : m_pObject(object), m_pBlock(NewBlockFor(object)) {}
 
     // Quirk: a copy taken while the object is being destroyed is not counted.
-    smart_ptr(const smart_ptr& other) { Share(other); }
+    smart_ptr(const smart_ptr& other) : m_pObject(other.m_pObject), m_pBlock(Shared(other.m_pBlock)) {}
 
-    ~smart_ptr() { ReleaseRef(); }
+    // Takes over the share of `other`, which is null then.
+    smart_ptr(smart_ptr&& other) noexcept
+        : m_pObject(std::exchange(other.m_pObject, nullptr)), m_pBlock(std::exchange(other.m_pBlock, nullptr))
+    {
+    }
 
+    // From a pointer to a derived class, or to what is less constant: an owner of the same group.
+    template <class U, class = std::enable_if_t<Detail::MayOwnAs<U, T, Policy>::value>>
+    smart_ptr(const smart_ptr<U, Policy>& other)
+        : m_pObject(other.m_pObject), m_pBlock(Shared(other.m_pBlock))
+    {
+    }
+    template <class U, class = std::enable_if_t<Detail::MayOwnAs<U, T, Policy>::value>>
+    smart_ptr(smart_ptr<U, Policy>&& other) noexcept
+        : m_pObject(std::exchange(other.m_pObject, nullptr)), m_pBlock(std::exchange(other.m_pBlock, nullptr))
+    {
+    }
+
+    ~smart_ptr() { GiveUp(); }
+
+    // The share of `other` is taken first, for `other` may live inside the object that is released. Both
+    // fields stay as they were until that object is destroyed: its destructor finds itself here.
     smart_ptr& operator=(const smart_ptr& other)
     {
         if (this != &other)
         {
-            // Shared before the old object goes: `other` may live inside it.
-            T* const object = m_pObject;
-            Block* const block = m_pBlock;
-            Share(other);
-            Release(object, block);
+            T* const object = other.m_pObject;
+            Replace(object, Shared(other.m_pBlock));
+        }
+        return *this;
+    }
+    smart_ptr& operator=(smart_ptr&& other) noexcept
+    {
+        if (this != &other)
+        {
+            T* const object = std::exchange(other.m_pObject, nullptr);
+            Replace(object, std::exchange(other.m_pBlock, nullptr));
         }
         return *this;
     }
@@ -66,15 +116,12 @@ public:
     // first.
     smart_ptr& operator=(T* object)
     {
-        Block* const block = NewBlockFor(object);
-        ReleaseRef();
-        m_pObject = object;
-        m_pBlock = block;
+        Replace(object, NewBlockFor(object));
         return *this;
     }
 
-    // Gives up this owner's share and leaves the fields as they were: the caller stores new ones or goes
-    // away.
+    // Gives up this owner's share and leaves the fields as they were: the caller stores new ones or destroys
+    // the object.
     void ReleaseRef() { Release(m_pObject, m_pBlock); }
 
     // Gives up what is held and becomes null.
@@ -95,11 +142,10 @@ public:
     friend bool operator!=(const T* a, const smart_ptr& b) { return a != b.m_pObject; }
 
 private:
-    struct Block
-    {
-        std::int32_t m_iCount = 1;
-        MutexInternal m_mutex{false};
-    };
+    template <class U, class P>
+    friend class smart_ptr;
+
+    using Block = Detail::SharedBlock;
 
     static Block* NewBlockFor(T* object)
     {
@@ -115,8 +161,21 @@ private:
         }
     }
 
+    static Block* Shared(Block* block)
+    {
+        if (block == nullptr)
+            return block;
+        const MutexLock lock(block->m_mutex);
+        // A count of zero means that the object is being destroyed right now: nothing can keep it alive.
+        if (block->m_iCount != 0)
+            ++block->m_iCount;
+        return block;
+    }
+
     static void Release(T* object, Block* block)
     {
+        if (block == nullptr)
+            return;
         {
             const MutexLock lock(block->m_mutex);
             if (--block->m_iCount != 0)
@@ -127,14 +186,22 @@ private:
         delete block;
     }
 
-    void Share(const smart_ptr& other)
+    // Releases what is held, and then what a destructor stored here meanwhile.
+    void GiveUp()
     {
-        m_pObject = other.m_pObject;
-        m_pBlock = other.m_pBlock;
-        const MutexLock lock(m_pBlock->m_mutex);
-        // A count of zero means that the object is being destroyed right now: nothing can keep it alive.
-        if (m_pBlock->m_iCount != 0)
-            ++m_pBlock->m_iCount;
+        const Block* released = nullptr;
+        do
+        {
+            released = m_pBlock;
+            ReleaseRef();
+        } while (m_pBlock != released);
+    }
+
+    void Replace(T* object, Block* block)
+    {
+        GiveUp();
+        m_pObject = object;
+        m_pBlock = block;
     }
 
     T* m_pObject;

@@ -1,0 +1,554 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/log/RunLog.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/support/Child.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/RecordingSink.h"
+#include "tests/support/TemporaryFolder.h"
+#include "toolkit/log/Log.h"
+
+using namespace Toolkit;
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using ToolkitTest::InstalledSinks;
+using ToolkitTest::ScopedEnvironment;
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+const char c_strLine[] = "(\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}[+-]\\d\\d:\\d\\d) "
+                         "(error|warning|info|debug|verbose) (\\d+) (\\S+) (.*)";
+
+std::vector<fs::path> FilesIn(const fs::path& folder)
+{
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(folder))
+        files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// The messages of all files, the oldest first; what is no whole line becomes "torn: ...".
+std::vector<std::string> MessagesIn(const fs::path& folder)
+{
+    static const std::regex s_line(c_strLine);
+    std::vector<std::string> messages;
+    for (const fs::path& file : FilesIn(folder))
+    {
+        std::ifstream stream(file);
+        for (std::string line; std::getline(stream, line);)
+        {
+            std::smatch match;
+            const bool whole = std::regex_match(line, match, s_line) && !stream.eof();
+            messages.push_back(whole ? match[5].str() : "torn: " + line);
+        }
+    }
+    return messages;
+}
+
+std::shared_ptr<RunLog> OpenLog(const RunLogOptions& options)
+{
+    Result<std::shared_ptr<RunLog>> log = RunLog::Open(options);
+    EXPECT_TRUE(log) << log.error().Message();
+    return log ? *log : nullptr;
+}
+
+LogRecord RecordOf(const std::string& message)
+{
+    LogRecord record;
+    record.time = std::chrono::system_clock::now();
+    record.function = "f";
+    record.message = message;
+    return record;
+}
+
+std::vector<std::string> Numbered(const std::string& before, int count)
+{
+    std::vector<std::string> messages;
+    for (int i = 0; i < count; ++i)
+        messages.push_back(before + std::to_string(i));
+    return messages;
+}
+
+class RunLogTest : public testing::Test
+{
+protected:
+    fs::path Folder() const { return m_folder.Path(); }
+    RunLogOptions Options() const { return RunLogOptions("watch").Folder(Folder()); }
+
+    const ToolkitTest::TemporaryFolder m_folder;
+};
+
+// Eight threads log at once; every line is there, whole, and in its thread's order.
+void LogOnManyThreads(const fs::path& folder, const RunLogOptions& options, int lines)
+{
+    {
+        const std::shared_ptr<RunLog> log = OpenLog(options);
+        const InstalledSinks installed({log});
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < 8; ++thread)
+            threads.emplace_back(
+                [thread, lines]
+                {
+                    for (int i = 0; i < lines; ++i)
+                        TOOLKIT_LOG(LogSeverity::Info) << thread << ' ' << i << std::string(i % 60U, '.');
+                });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    std::vector<int> next(8, 0);
+    for (const std::string& message : MessagesIn(folder))
+    {
+        char* end = nullptr;
+        const auto thread = static_cast<std::size_t>(std::strtoul(message.c_str(), &end, 10));
+        ASSERT_LT(thread, next.size()) << message;
+        ASSERT_EQ(std::to_string(thread) + " " + std::to_string(next[thread]) +
+                      std::string(static_cast<unsigned int>(next[thread]) % 60U, '.'),
+                  message);
+        ++next[thread];
+    }
+    EXPECT_EQ(std::vector<int>(8, lines), next);
+}
+
+// A million lines for each thread where the environment asks for it.
+int LinesOfAThread()
+{
+    const char* const lines = std::getenv("TOOLKIT_LOG_LINES");
+    return lines != nullptr ? std::atoi(lines) : 2000;
+}
+
+} // namespace
+
+TEST_F(RunLogTest, LineHasItsFieldsAndIsThereBeforeTheStatementEnds)
+{
+    const ScopedEnvironment zone("TZ", "XXX-5:30");
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    const InstalledSinks installed({log});
+    TOOLKIT_LOG(LogSeverity::Warning) << "gr\xC3\xBC" << 7;
+    ASSERT_THAT(FilesIn(Folder()), ElementsAre(log->File()));
+    EXPECT_TRUE(
+        std::regex_match(log->File().filename().string(), std::regex("watch-\\d{8}T\\d{6}\\.\\d{3}Z\\.log")));
+    const std::string text = ToolkitTest::ReadBytes(log->File().string());
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(text, match, std::regex(std::string(c_strLine) + "\n"))) << text;
+    EXPECT_THAT(match[1].str(), testing::EndsWith("+05:30"));
+    EXPECT_EQ("warning", match[2]);
+    EXPECT_EQ(std::to_string(syscall(SYS_gettid)), match[3]);
+    EXPECT_EQ("TestBody", match[4]);
+    EXPECT_EQ("gr\xC3\xBC"
+              "7",
+              match[5]);
+}
+
+TEST_F(RunLogTest, TimeIsThatOfTheRecordInTheLocalZone)
+{
+    const ScopedEnvironment zone("TZ", "XXX3");
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    LogRecord record = RecordOf("m");
+    record.thread = 12;
+    record.severity = LogSeverity::Verbose;
+    for (const auto& [milliseconds, text] :
+         std::map<long long, std::string>{{0, "1969-12-31T21:00:00.000-03:00"},
+                                          {-1, "1969-12-31T20:59:59.999-03:00"},
+                                          {1772460309250, "2026-03-02T11:05:09.250-03:00"}})
+    {
+        record.time = std::chrono::system_clock::time_point(std::chrono::milliseconds(milliseconds));
+        log->Write(record);
+        EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()),
+                    testing::EndsWith(text + " verbose 12 f m\n"));
+    }
+}
+
+TEST_F(RunLogTest, OneLineStaysOneLine)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    log->Write(RecordOf("a\nb\r\tc\0d\x1B[0m\x7F \xC2\x85 \xE2\x80\xA8 \xE2\x80\xA9 \xC3\xA9 \\"s));
+    LogRecord record = RecordOf("twelve bytes and a line feed\n");
+    record.function = "";
+    log->Write(record);
+    EXPECT_THAT(MessagesIn(Folder()),
+                ElementsAre("a\\nb\\r\\tc\\x00d\\x1b[0m\\x7f \\u0085 \\u2028 \\u2029 \xC3\xA9 \\",
+                            "twelve bytes and a line feed\\n"));
+}
+
+TEST_F(RunLogTest, EscapesWhereverTheyStand)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    std::vector<std::string> expected;
+    for (std::size_t length = 0; length < 20; ++length)
+        for (std::size_t place = 0; place <= length; ++place)
+        {
+            const std::string before(place, 'x');
+            const std::string after(length - place, '\x80');
+            log->Write(RecordOf(before + '\n' + after));
+            expected.push_back(before + "\\n" + after);
+        }
+    EXPECT_EQ(expected, MessagesIn(Folder()));
+}
+
+TEST_F(RunLogTest, EachRunHasItsFileAndTheNewestStay)
+{
+    for (int run = 0; run < 8; ++run)
+        OpenLog(Options())->Write(RecordOf("run " + std::to_string(run)));
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("run 3", "run 4", "run 5", "run 6", "run 7"));
+    OpenLog(Options().Keep(2))->Write(RecordOf("run 8"));
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("run 7", "run 8"));
+    for (int run = 0; run < 8; ++run)
+        OpenLog(Options().Keep(0));
+    EXPECT_THAT(FilesIn(Folder()), SizeIs(10));
+}
+
+TEST_F(RunLogTest, FilesOfOthersAndOfLivingRunsStay)
+{
+    const std::vector<std::string> others = {"watch.log", "watch-x.log", "watch-20200101T000000.000Z.log.gz",
+                                             "watch-me-20200101T000000.000Z.log",
+                                             "watch-20200101T00000A.000Z.log"};
+    for (const std::string& other : others)
+        ToolkitTest::WriteBytes(m_folder.Path(other), "x");
+    fs::create_directory(Folder() / "watch-20200101T000001.000Z.log");
+    fs::create_symlink("watch.log", Folder() / "watch-20200101T000002.000Z.log");
+    const std::shared_ptr<RunLog> living = OpenLog(Options());
+    for (int run = 0; run < 3; ++run)
+        OpenLog(Options().Keep(1))->Write(RecordOf("x"));
+    EXPECT_TRUE(fs::exists(living->File()));
+    EXPECT_THAT(FilesIn(Folder()), SizeIs(others.size() + 2 + 2));
+}
+
+TEST_F(RunLogTest, IsRotatedBySize)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options().Keep(0).MaxSize(500));
+    for (const std::string& message : Numbered("a line of some length ", 50))
+        log->Write(RecordOf(message));
+    log->Write(RecordOf(std::string(1000, 'x')));
+    log->Write(RecordOf("after"));
+    std::vector<std::string> expected = Numbered("a line of some length ", 50);
+    expected.push_back(std::string(1000, 'x'));
+    expected.push_back("after");
+    EXPECT_EQ(expected, MessagesIn(Folder()));
+    EXPECT_LE(8U, FilesIn(Folder()).size());
+    for (const fs::path& file : FilesIn(Folder()))
+        EXPECT_TRUE(fs::file_size(file) <= 500 || fs::file_size(file) > 1000) << file;
+}
+
+TEST_F(RunLogTest, KeepCountsTheFilesOfARotatedRun)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options().Keep(3).MaxSize(100));
+    for (const std::string& message : Numbered("a line of some length ", 50))
+        log->Write(RecordOf(message));
+    EXPECT_THAT(FilesIn(Folder()), SizeIs(3));
+    EXPECT_EQ("a line of some length 49", MessagesIn(Folder()).back());
+}
+
+TEST_F(RunLogTest, LinesOfManyThreadsAreWholeAndInOrder)
+{
+    LogOnManyThreads(Folder(), Options(), LinesOfAThread());
+}
+
+TEST_F(RunLogTest, LinesOfManyThreadsAreWholeAndInOrderWhileFilesRotate)
+{
+    LogOnManyThreads(Folder(), Options().Keep(0).MaxSize(100000), LinesOfAThread());
+}
+
+TEST_F(RunLogTest, LinesOfManyThreadsAreWholeAndInOrderInTheBackground)
+{
+    LogOnManyThreads(Folder(), Options().Keep(0).MaxSize(100000).Background(1U << 30), LinesOfAThread());
+}
+
+TEST_F(RunLogTest, FileThatIsTakenAwayIsMadeAnew)
+{
+    const fs::path folder = Folder() / "a" / "b";
+    const std::shared_ptr<RunLog> log = OpenLog(RunLogOptions("watch").Folder(folder));
+    log->Write(RecordOf("lost"));
+    fs::remove(log->File());
+    log->Write(RecordOf("one"));
+    EXPECT_THAT(MessagesIn(folder), ElementsAre("one"));
+    fs::rename(log->File(), folder / "moved");
+    log->Write(RecordOf("two"));
+    EXPECT_THAT(MessagesIn(folder), ElementsAre("one", "two"));
+    fs::remove_all(Folder() / "a");
+    log->Write(RecordOf("three"));
+    EXPECT_THAT(MessagesIn(folder), ElementsAre("three"));
+    EXPECT_TRUE(fs::exists(log->File()));
+}
+
+TEST_F(RunLogTest, FolderThatCannotBeMadeAnewCostsTheLinesMeanwhile)
+{
+    const fs::path folder = Folder() / "logs";
+    const std::shared_ptr<RunLog> log = OpenLog(RunLogOptions("watch").Folder(folder));
+    fs::remove_all(folder);
+    ToolkitTest::WriteBytes(folder.string(), "in its place");
+    for (int i = 0; i < 3; ++i)
+        log->Write(RecordOf("lost"));
+    fs::remove(folder);
+    log->Write(RecordOf("after"));
+    EXPECT_THAT(MessagesIn(folder), ElementsAre("3 lines were lost", "after"));
+}
+
+TEST_F(RunLogTest, FullDiskCostsTheLinesThatDoNotFit)
+{
+    EXPECT_TRUE(ToolkitTest::OnSmallDisk(
+        m_folder.Path(), 64,
+        [this]() -> ToolkitTest::ChildAnswer
+        {
+            const std::shared_ptr<RunLog> log = OpenLog(Options());
+            const std::string filler = m_folder.Path("filler");
+            std::ofstream(filler) << std::string(1 << 20, 'x');
+            std::vector<std::string> expected;
+            for (int i = 0; i < 200; ++i)
+                log->Write(RecordOf("line " + std::to_string(i) + std::string(100, '.')));
+            fs::remove(filler);
+            log->Write(RecordOf("after"));
+            const std::vector<std::string> messages = MessagesIn(Folder());
+            if (messages.size() < 2 || messages.back() != "after")
+                return "nothing after the end of the full disk";
+            if (messages[messages.size() - 2].find(" lines were lost") == std::string::npos)
+                return "not counted: " + messages[messages.size() - 2];
+            for (std::size_t i = 0; i + 2 < messages.size(); ++i)
+                if (messages[i] != "line " + std::to_string(i) + std::string(100, '.'))
+                    return "not the beginning: " + messages[i];
+            const auto lost = std::stoul(messages[messages.size() - 2]);
+            return lost + messages.size() - 2 == 200;
+        }));
+}
+
+TEST_F(RunLogTest, LimitOfAFilesSizeBeginsAnother)
+{
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [this]() -> ToolkitTest::ChildAnswer
+        {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit = {1000, 1000};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            const std::shared_ptr<RunLog> log = OpenLog(Options().Keep(0));
+            for (const std::string& message : Numbered("a line of some length ", 50))
+                log->Write(RecordOf(message));
+            return MessagesIn(Folder()) == Numbered("a line of some length ", 50);
+        }));
+}
+
+TEST_F(RunLogTest, OpenSaysWhyItCannot)
+{
+    ToolkitTest::WriteBytes(m_folder.Path("file"), "x");
+    const auto failure = [](const RunLogOptions& options)
+    {
+        const Result<std::shared_ptr<RunLog>> log = RunLog::Open(options);
+        return log ? Failure(std::error_code(), "opened") : log.error();
+    };
+    EXPECT_EQ(std::errc::not_a_directory, failure(RunLogOptions("a").Folder(Folder() / "file" / "x")).Code());
+    EXPECT_EQ("cannot write a log in " + m_folder.Path("file") + ": Not a directory",
+              failure(RunLogOptions("a").Folder(Folder() / "file")).Message());
+    for (const char* name : {"", ".", "..", "a/b"})
+        EXPECT_EQ(std::errc::invalid_argument, failure(RunLogOptions(name).Folder(Folder())).Code()) << name;
+    EXPECT_EQ(std::errc::invalid_argument,
+              failure(RunLogOptions(std::string_view("a\0b", 3)).Folder(Folder())).Code());
+    EXPECT_EQ(std::errc::invalid_argument,
+              failure(RunLogOptions(std::string(201, 'a')).Folder(Folder())).Code());
+    EXPECT_TRUE(ToolkitTest::AsNobody(
+        [&]() -> ToolkitTest::ChildAnswer
+        {
+            const Failure refused = failure(RunLogOptions("a").Folder("/proc/1/x"));
+            return refused.Code() == std::errc::permission_denied ||
+                   refused.Code() == std::errc::no_such_file_or_directory ||
+                   refused.Code() == std::errc::operation_not_permitted;
+        }));
+}
+
+TEST_F(RunLogTest, WithoutAFolderLiesWithTheStateOfTheUser)
+{
+    const ScopedEnvironment state("XDG_STATE_HOME", m_folder.Path().c_str());
+    const std::shared_ptr<RunLog> log = OpenLog(RunLogOptions("watch"));
+    EXPECT_EQ(Folder() / "watch" / "logs", log->File().parent_path());
+    struct stat status = {};
+    ASSERT_EQ(0, stat((Folder() / "watch").c_str(), &status));
+    EXPECT_EQ(0700U, status.st_mode & 0777U);
+    ASSERT_EQ(0, stat(log->File().c_str(), &status));
+    EXPECT_EQ(0600U, status.st_mode & 0777U);
+}
+
+TEST_F(RunLogTest, OptionsAreValues)
+{
+    RunLogOptions options("watch");
+    const RunLogOptions copy = options.Folder(Folder()).Threshold(LogSeverity::Warning);
+    options = RunLogOptions("other").Folder("/nowhere/at/all");
+    const std::shared_ptr<RunLog> log = OpenLog(copy);
+    EXPECT_EQ(LogSeverity::Warning, log->Threshold());
+    EXPECT_EQ(Folder(), log->File().parent_path());
+}
+
+TEST_F(RunLogTest, ThresholdOfTheFileDecides)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options().Threshold(LogSeverity::Info));
+    const InstalledSinks installed({log});
+    TOOLKIT_LOG(LogSeverity::Debug) << "dropped";
+    log->SetThreshold(LogSeverity::Debug);
+    TOOLKIT_LOG(LogSeverity::Debug) << "kept";
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("kept"));
+}
+
+TEST_F(RunLogTest, BackgroundWritesWhatIsQueuedOnFlushAndAtItsEnd)
+{
+    std::shared_ptr<RunLog> log = OpenLog(Options().Background());
+    log->Write(RecordOf("one"));
+    EXPECT_TRUE(log->Flush());
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one"));
+    log->Write(RecordOf("two"));
+    EXPECT_TRUE(log->Flush(std::chrono::hours(1000000)));
+    EXPECT_TRUE(log->Flush(std::chrono::nanoseconds::max()));
+    log->Write(RecordOf("three"));
+    log.reset();
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one", "two", "three"));
+}
+
+TEST_F(RunLogTest, FlushNeverWaitsWithoutBackground)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    log->Write(RecordOf("one"));
+    EXPECT_TRUE(log->Flush(-1ns));
+    EXPECT_TRUE(log->Flush(500ms));
+    EXPECT_TRUE(log->Flush());
+}
+
+TEST_F(RunLogTest, BackgroundCountsWhatItHadToDrop)
+{
+    std::shared_ptr<RunLog> log = OpenLog(Options().Background(2000));
+    for (const std::string& message : Numbered("a line of some length ", 20000))
+        log->Write(RecordOf(message));
+    EXPECT_TRUE(log->Flush());
+    log->Write(RecordOf("after"));
+    log.reset();
+    unsigned long lost = 0;
+    unsigned long written = 0;
+    for (const std::string& message : MessagesIn(Folder()))
+    {
+        const bool counts = message.find("lost") != std::string::npos;
+        (counts ? lost : written) += counts ? std::stoul(message) : 1;
+        EXPECT_THAT(message, testing::Not(HasSubstr("torn")));
+    }
+    EXPECT_EQ(20001U, lost + written);
+    EXPECT_LT(0U, lost);
+    EXPECT_EQ("after", MessagesIn(Folder()).back());
+}
+
+TEST_F(RunLogTest, ForkedProcessEndsWithoutTheQueue)
+{
+    std::shared_ptr<RunLog> log = OpenLog(Options().Background());
+    log->Write(RecordOf("one"));
+    ASSERT_TRUE(log->Flush());
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        log.reset();
+        _exit(7);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(7, WEXITSTATUS(status));
+    log.reset();
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one"));
+}
+
+TEST_F(RunLogTest, KilledProcessLosesNoLineThatWasLogged)
+{
+    auto* const logged = static_cast<std::atomic<int>*>(
+        mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    for (int round = 0; round < 20; ++round)
+    {
+        logged->store(0);
+        const fs::path folder = Folder() / std::to_string(round);
+        ToolkitTest::ChildProcess child(
+            [&]() -> ToolkitTest::ChildAnswer
+            {
+                const std::shared_ptr<RunLog> log =
+                    OpenLog(RunLogOptions("watch").Folder(folder).Keep(0).MaxSize(20000));
+                const InstalledSinks installed({log});
+                for (int i = 0;; logged->store(++i))
+                    TOOLKIT_LOG(LogSeverity::Info) << "line " << i;
+            });
+        while (logged->load() < 100 * (round % 7 + 1))
+            std::this_thread::yield();
+        child.Kill();
+        const std::vector<std::string> messages = MessagesIn(folder);
+        const int certain = logged->load();
+        ASSERT_LE(static_cast<std::size_t>(certain), messages.size());
+        ASSERT_EQ(Numbered("line ", static_cast<int>(messages.size())), messages);
+    }
+    munmap(logged, sizeof(std::atomic<int>));
+}
+
+class RunLogEnds : public testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(RunLogEnds, NoEndOfTheProcessLosesALine)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        if (std::freopen("/dev/null", "w", stderr) == nullptr)
+            _exit(102);
+        execl(TOOLKIT_LOG_ENDS, TOOLKIT_LOG_ENDS, folder.Path().c_str(), GetParam(), nullptr);
+        _exit(103);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    const std::string how = GetParam();
+    const std::map<std::string, int> signals = {{"abort", SIGABRT},
+                                                {"exception", SIGABRT},
+                                                {"SIGTERM", SIGTERM},
+                                                {"SIGSEGV", SIGSEGV},
+                                                {"SIGKILL", SIGKILL}};
+    const auto signal = signals.find(how);
+    if (signal == signals.end())
+        EXPECT_EQ(0, status);
+    else
+        EXPECT_EQ(signal->second, WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    std::vector<std::string> expected = Numbered("line ", 200);
+    if (how == "exit" || how == "return")
+        expected.push_back("last");
+    EXPECT_EQ(expected, MessagesIn(folder.Path()));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RunLogEnds,
+                         testing::Values("return", "exit", "_exit", "abort", "exception", "SIGTERM",
+                                         "SIGSEGV", "SIGKILL"),
+                         [](const auto& end) { return std::string(end.param); });
+
+TEST_F(RunLogTest, BackgroundIsWrittenWhenTheProcessExits)
+{
+    for (const char* how : {"return", "exit"})
+    {
+        const std::string folder = m_folder.Path(how);
+        const std::string command =
+            std::string(TOOLKIT_LOG_ENDS) + " '" + folder + "' " + how + " background";
+        EXPECT_EQ(0, std::system(command.c_str()));
+        std::vector<std::string> expected = Numbered("line ", 200);
+        expected.push_back("last");
+        EXPECT_EQ(expected, MessagesIn(folder)) << how;
+    }
+}

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/log/LineQueue.h"
+
+#include <utility>
+
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
+
+namespace Toolkit
+{
+
+namespace
+{
+
+// Keeps signals from the threads that are started in a scope: they are the host's.
+class NoSignals
+{
+public:
+    NoSignals()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &m_before);
+    }
+    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+    NoSignals(const NoSignals&) = delete;
+    NoSignals& operator=(const NoSignals&) = delete;
+
+private:
+    sigset_t m_before;
+};
+
+} // namespace
+
+// Before the static object that the end of the process destroys, and so beyond it.
+std::mutex LineQueue::s_listMutex;
+LineQueue* LineQueue::s_pFirst = nullptr;
+
+// An exit of the process destroys no queue that something else still holds.
+struct LineQueue::AtEnd
+{
+    ~AtEnd()
+    {
+        const std::lock_guard<std::mutex> lock(s_listMutex);
+        for (LineQueue* queue = s_pFirst; queue != nullptr; queue = queue->m_pNext)
+            if (!queue->IsOfAnotherProcess())
+                queue->Flush(std::chrono::steady_clock::time_point::max());
+    }
+};
+
+const LineQueue::AtEnd LineQueue::s_atEnd;
+
+LineQueue::LineQueue(std::size_t capacity, Drain drain)
+    : m_uCapacity(capacity), m_drain(std::move(drain)), m_iProcess(getpid())
+{
+    const NoSignals none;
+    m_thread = std::thread([this] { Run(); });
+    const std::lock_guard<std::mutex> lock(s_listMutex);
+    m_pNext = std::exchange(s_pFirst, this);
+}
+
+LineQueue::~LineQueue()
+{
+    {
+        const std::lock_guard<std::mutex> lock(s_listMutex);
+        LineQueue** place = &s_pFirst;
+        while (*place != this)
+            place = &(*place)->m_pNext;
+        *place = m_pNext;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_bStops = true;
+    }
+    m_work.notify_one();
+    m_thread.join();
+}
+
+bool LineQueue::IsOfAnotherProcess() const
+{
+    return getpid() != m_iProcess;
+}
+
+bool LineQueue::Flush(std::chrono::steady_clock::time_point deadline)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const std::uint64_t pushed = m_uPushed;
+    const auto isDone = [this, pushed] { return m_uDrained >= pushed; };
+    if (deadline != std::chrono::steady_clock::time_point::max())
+        return m_done.wait_until(lock, deadline, isDone);
+    m_done.wait(lock, isDone);
+    return true;
+}
+
+void LineQueue::Run()
+{
+    std::string lines;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    for (;;)
+    {
+        while (m_pending.empty() && m_uDropped == 0 && !m_bStops)
+        {
+            m_bIdle = true;
+            m_work.wait(lock);
+        }
+        if (m_pending.empty() && m_uDropped == 0)
+            return;
+        m_bIdle = false;
+        lines.swap(m_pending);
+        const std::uint64_t dropped = std::exchange(m_uDropped, 0);
+        const std::uint64_t pushed = m_uPushed;
+        lock.unlock();
+        m_drain(lines, dropped);
+        lines.clear();
+        lock.lock();
+        m_uDrained = pushed;
+        m_done.notify_all();
+    }
+}
+
+} // namespace Toolkit

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_INTERNAL_LOG_LINEQUEUE_H
+#define TOOLKIT_INTERNAL_LOG_LINEQUEUE_H
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include <sys/types.h>
+
+namespace Toolkit
+{
+
+// Lines on their way to a file, and the thread that takes them there: whoever logs waits for no disk. The
+// queue is bounded by the bytes that it holds; a line that does not fit is counted and dropped. Any thread
+// may call it but for the destructor, which writes what is left. When the process exits, every queue is
+// drained.
+class LineQueue
+{
+public:
+    // Gets whole lines, one after the other, and how many were dropped before these.
+    using Drain = std::function<void(std::string_view lines, std::uint64_t dropped)>;
+
+    // `drain` is called on the queue's thread. Throws std::system_error when there is no thread.
+    LineQueue(std::size_t capacity, Drain drain);
+    ~LineQueue();
+
+    LineQueue(const LineQueue&) = delete;
+    LineQueue& operator=(const LineQueue&) = delete;
+
+    // `append` appends one line to the text that it gets.
+    template <class Append>
+    void Push(Append append)
+    {
+        bool wakes = false;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            const std::size_t before = m_pending.size();
+            append(m_pending);
+            if (m_pending.size() > m_uCapacity && before != 0)
+            {
+                m_pending.resize(before);
+                ++m_uDropped;
+            }
+            else
+                ++m_uPushed;
+            wakes = m_bIdle;
+            m_bIdle = false;
+        }
+        if (wakes)
+            m_work.notify_one();
+    }
+
+    // True in a process that was forked, where the queue has no thread: it must not even be destroyed there.
+    bool IsOfAnotherProcess() const;
+
+    // True when all that was pushed before is drained, false when that took longer.
+    bool Flush(std::chrono::steady_clock::time_point deadline);
+
+private:
+    struct AtEnd;
+
+    void Run();
+
+    static const AtEnd s_atEnd;
+    static std::mutex s_listMutex;
+    static LineQueue* s_pFirst;
+
+    LineQueue* m_pNext = nullptr;
+    const std::size_t m_uCapacity;
+    const Drain m_drain;
+    const pid_t m_iProcess;
+
+    std::mutex m_mutex;
+    std::condition_variable m_work;
+    std::condition_variable m_done;
+    std::string m_pending;
+    std::uint64_t m_uDropped = 0;
+    // Lines, dropped ones aside.
+    std::uint64_t m_uPushed = 0;
+    std::uint64_t m_uDrained = 0;
+    bool m_bIdle = false;
+    bool m_bStops = false;
+
+    std::thread m_thread;
+};
+
+} // namespace Toolkit
+
+#endif

@@ -3,39 +3,23 @@
 #define TOOLKIT_INTERNAL_TEXT_NARROWFOLD_H
 
 #include <cctype>
-#include <cstddef>
-#include <cstdint>
 
-namespace Toolkit
+// Elements of a text as the narrow `tolower` of the calling thread's locale folds them.
+namespace Toolkit::NarrowFold
 {
 
-// The narrow `tolower` of the calling thread's locale, looked up once: the C library's own table, which is
-// defined from -128 to 255. Every other element stays as it is. Used where many elements are folded; it does
-// not outlive a change of the locale.
-class NarrowFold
+// Those that the C library defines it for, from -128 to 255; every other one stays as it is.
+inline wchar_t Of(wchar_t element)
 {
-public:
-    // What the table begins with, and how much it holds.
-    static const int s_iFirst = -128;
-    static const std::size_t s_uCount = 384;
+    return element < -128 || element > 255 ? element : std::tolower(element);
+}
 
-    NarrowFold() : m_pTable(*__ctype_tolower_loc() + s_iFirst) {}
+// A byte counts as signed.
+inline char Of(char byte)
+{
+    return static_cast<char>(std::tolower(static_cast<signed char>(byte)));
+}
 
-    wchar_t operator()(wchar_t element) const
-    {
-        const int last = s_iFirst + static_cast<int>(s_uCount) - 1;
-        return element < s_iFirst || element > last ? element : m_pTable[element - s_iFirst];
-    }
-    // A byte counts as signed.
-    int operator()(char byte) const { return m_pTable[static_cast<signed char>(byte) - s_iFirst]; }
-
-    // The results for s_iFirst and what follows.
-    const std::int32_t* Table() const { return m_pTable; }
-
-private:
-    const std::int32_t* const m_pTable;
-};
-
-} // namespace Toolkit
+} // namespace Toolkit::NarrowFold
 
 #endif

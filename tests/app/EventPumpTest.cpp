@@ -21,8 +21,8 @@
 #include <wx/evtloop.h>
 #include <wx/evtloopsrc.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/IPCSupport.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Seconds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/core/ToolkitSession.h"

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 using Toolkit::Folders;

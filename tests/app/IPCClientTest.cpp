@@ -12,8 +12,8 @@
 #include <unistd.h>
 #include <wx/sckipc.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/IPCSupport.h"
+#include "tests/support/InChild.h"
 #include "tests/support/OwnNetwork.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
@@ -211,7 +211,7 @@ TEST(IPCClient, OfTheBaseLibraryIsTaken)
     const TemporaryFolder folder;
     for (const std::wstring& service : {std::wstring(folder.Wide("s")), FreePort()})
     {
-        ChildProcess client(
+        ForkedCopy client(
             [&]() -> ChildAnswer
             {
                 const bool local = service == folder.Wide("s");

@@ -18,8 +18,8 @@
 #include <unistd.h>
 #include <wx/event.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/IPCServerFixture.h"
+#include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
 #include "toolkit/app/EventPump.h"
 #include "toolkit/app/IPCClient.h"

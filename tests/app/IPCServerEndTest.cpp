@@ -14,8 +14,8 @@
 #include <wx/app.h>
 #include <wx/init.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/IPCServerFixture.h"
+#include "tests/support/InChild.h"
 #include "toolkit/app/EventPump.h"
 #include "toolkit/app/IPCClient.h"
 

@@ -21,8 +21,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/IPCServerFixture.h"
+#include "tests/support/InChild.h"
 #include "toolkit/app/IPCClient.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"

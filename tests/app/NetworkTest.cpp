@@ -7,12 +7,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 
 using ToolkitTest::ProgramResult;
 using ToolkitTest::Quoted;
-using ToolkitTest::RunProgram;
+using ToolkitTest::RunInShell;
 using ToolkitTest::TemporaryFolder;
 
 namespace
@@ -31,7 +31,7 @@ struct Probe
 std::optional<Probe> ProbeOf(const std::string& network, const std::string& caller, int seconds)
 {
     const TemporaryFolder folder;
-    const ProgramResult result = RunProgram(Quoted(TOOLKIT_PROBE_NETWORK) + " " + network + " " + caller +
+    const ProgramResult result = RunInShell(Quoted(TOOLKIT_PROBE_NETWORK) + " " + network + " " + caller +
                                             " " + std::to_string(seconds) + " " + Quoted(folder.Path()));
     if (result.m_iExitCode == 77)
     {

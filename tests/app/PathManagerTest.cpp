@@ -21,7 +21,7 @@
 #include <wx/stdpaths.h>
 #include <wx/utils.h>
 
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"
 
@@ -34,7 +34,7 @@ using Toolkit::TString;
 using Toolkit::UTF8;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::Quoted;
-using ToolkitTest::RunProgram;
+using ToolkitTest::RunInShell;
 using ToolkitTest::ScopedEnvironment;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
@@ -586,7 +586,7 @@ TEST(PathManager, WorksInANonAsciiFolderInTheCLocale)
             CopyOf(TOOLKIT_SHOW_PATHS, folder, "\xC3\xA4 \xD0\x96/bin/Pr\xC3\xB6g.v1.x");
         const std::string home = folder.Path("h\xC3\xB6me");
         const auto result =
-            RunProgram("env -u XDG_CONFIG_HOME LC_ALL=C HOME=" + Quoted(home) + " " + Quoted(program) + mode);
+            RunInShell("env -u XDG_CONFIG_HOME LC_ALL=C HOME=" + Quoted(home) + " " + Quoted(program) + mode);
         const std::string prefix = folder.Path("\xC3\xA4 \xD0\x96");
         const std::string shared = prefix + "/share/Pr\xC3\xB6g.v1";
         EXPECT_EQ(result.m_iExitCode, 0);
@@ -605,7 +605,7 @@ TEST(PathManager, HomeThatTheLocaleCannotReadHidesNoOtherFolder)
     const TemporaryFolder folder;
     const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "bin/program.x");
     const std::string home = folder.Path("h\xC3\xB6me");
-    const auto result = RunProgram("env -u XDG_CONFIG_HOME LC_ALL=C HOME=" + Quoted(home) + " " +
+    const auto result = RunInShell("env -u XDG_CONFIG_HOME LC_ALL=C HOME=" + Quoted(home) + " " +
                                    Quoted(program) + " started named");
     EXPECT_EQ(result.m_iExitCode, 0);
     EXPECT_THAT(result.m_strOutput, HasSubstr("\nconfiguration=" + folder.Path("share/named") + "/config\n"));
@@ -616,7 +616,7 @@ TEST(PathManager, NameThatTheLocaleCannotReadIsThatOfTheFile)
     const TemporaryFolder folder;
     const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "bin/program.x");
     const auto result =
-        RunProgram("LC_ALL=C bash -c \"exec -a 'Pr\xC3\xB6g' " + Quoted(program) + " started named\"");
+        RunInShell("LC_ALL=C bash -c \"exec -a 'Pr\xC3\xB6g' " + Quoted(program) + " started named\"");
     EXPECT_EQ(result.m_iExitCode, 0);
     EXPECT_THAT(result.m_strOutput,
                 HasSubstr("\nconfiguration=" + folder.Path("share/program") + "/config\n"));
@@ -638,7 +638,7 @@ TEST(PathManager, KnowsAnExecutableThatWasDeleted)
     for (const auto& row : rows)
     {
         const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, row.file);
-        const auto result = RunProgram(Quoted(program) + row.arguments);
+        const auto result = RunInShell(Quoted(program) + row.arguments);
         EXPECT_THAT(result.m_strOutput,
                     HasSubstr(std::string("name=") + row.name + "\napplication=" + folder.Path() + "\n"));
     }
@@ -650,7 +650,7 @@ TEST(PathManager, SurvivesAnExecutableWhosePathIsNotUtf8)
     const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "\xFF/tool");
     for (const char* const mode : {"", " started"})
     {
-        const auto result = RunProgram("cd / && " + Quoted(program) + mode);
+        const auto result = RunInShell("cd / && " + Quoted(program) + mode);
         EXPECT_EQ(result.m_iExitCode, 0);
         EXPECT_THAT(result.m_strOutput, HasSubstr("name=\napplication=/\n"));
     }
@@ -671,7 +671,7 @@ TEST(PathManager, AppendsTheLoginNameOfTheUserAndNothingWithoutOne)
     for (const auto& [user, name] : rows)
     {
         const auto result =
-            RunProgram("USER=ann HOME=" + Quoted(folder.Path()) + " " + Quoted(program) + " " + user);
+            RunInShell("USER=ann HOME=" + Quoted(folder.Path()) + " " + Quoted(program) + " " + user);
         EXPECT_EQ(result.m_iExitCode, 0);
         EXPECT_THAT(result.m_strOutput, HasSubstr("unique=" + unique + name + "\n")) << user;
     }
@@ -685,7 +685,7 @@ TEST(PathManager, IsNamedAsItsFileWhenStartedThroughALink)
     std::string before;
     for (const char* const mode : {"", " started"})
     {
-        const auto result = RunProgram(Quoted(folder.Path("link")) + mode);
+        const auto result = RunInShell(Quoted(folder.Path("link")) + mode);
         EXPECT_THAT(result.m_strOutput, AllOf(HasSubstr("name=tool-1\n"), HasSubstr("/.tool-1/tool-1\n")));
         EXPECT_TRUE(before.empty() || before == result.m_strOutput);
         before = result.m_strOutput;

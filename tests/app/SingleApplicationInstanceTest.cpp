@@ -12,7 +12,7 @@
 #define wxTheApp wxAppConsole::GetInstance()
 #include <wx/snglinst.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"

@@ -23,7 +23,7 @@
 #include <wx/init.h>
 #include <wx/platinfo.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/encoding/UTF8.h"

@@ -12,7 +12,7 @@
 #include <wx/log.h>
 #include <wx/thread.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 
 namespace BaseLibrary = Toolkit::BaseLibrary;
 using ToolkitTest::InChild;

@@ -20,13 +20,13 @@
 #include <unistd.h>
 
 #include "tests/reference/PlainTString.h"
-#include "tests/support/Child.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Sanitized.h"
 #include "tests/support/TemporaryFolder.h"
 
 using Toolkit::TString;
-using ToolkitTest::ChildProcess;
+using ToolkitTest::ForkedCopy;
 using ToolkitTest::InChild;
 using ToolkitTest::PlainCompareNoCase;
 using ToolkitTest::PlainHasSubstring;
@@ -140,7 +140,7 @@ std::vector<std::wstring> EveryText(std::size_t longest)
 // A replacement that is stopped by the alarm.
 std::string ReplaceForAWhile(const wchar_t* text, const wchar_t* what, const wchar_t* with)
 {
-    return ChildProcess(
+    return ForkedCopy(
                [=]
                {
                    const itimerval soon{{0, 0}, {0, 300000}};

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/LocalZone.h"
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/datetime/DateTime.h"
 #include "toolkit/encoding/UTF8.h"
@@ -24,7 +24,7 @@ using ToolkitTest::ChildAnswer;
 using ToolkitTest::InChild;
 using ToolkitTest::LocalZone;
 using ToolkitTest::Quoted;
-using ToolkitTest::RunProgram;
+using ToolkitTest::RunInShell;
 using ToolkitTest::ScopedEnvironment;
 using ToolkitTest::TemporaryFolder;
 
@@ -123,10 +123,10 @@ public:
         if (start != source.npos)
             source.replace(start, end - start, "am_pm " + markers);
         ToolkitTest::WriteBytes(m_folder.Path("source"), source);
-        m_bMade = RunProgram("localedef -c -i " + Quoted(m_folder.Path("source")) + " -f " + charset + " " +
+        m_bMade = RunInShell("localedef -c -i " + Quoted(m_folder.Path("source")) + " -f " + charset + " " +
                              Quoted(m_folder.Path(name)))
                           .m_iExitCode != -1 &&
-                  RunProgram("test -f " + Quoted(m_folder.Path(name + "/LC_TIME"))).m_iExitCode == 0;
+                  RunInShell("test -f " + Quoted(m_folder.Path(name + "/LC_TIME"))).m_iExitCode == 0;
     }
 
     bool IsMade() const { return m_bMade; }

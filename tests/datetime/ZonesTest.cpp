@@ -14,10 +14,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/DateTimes.h"
+#include "tests/support/InChild.h"
 #include "tests/support/LocalZone.h"
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/datetime/DateTime.h"
 
@@ -217,7 +217,7 @@ protected:
 
 TEST(Zones, AgreeWithAnOracleAtEveryChangeOfEveryZone)
 {
-    const auto oracle = ToolkitTest::RunProgram("PYTHONTZPATH=/usr/share/zoneinfo python3 " +
+    const auto oracle = ToolkitTest::RunInShell("PYTHONTZPATH=/usr/share/zoneinfo python3 " +
                                                 ToolkitTest::Quoted(TOOLKIT_ZONE_ORACLE));
     ASSERT_EQ(oracle.m_iExitCode, 0) << oracle.m_strOutput.substr(0, 2000);
     OracleLines lines;

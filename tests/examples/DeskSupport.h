@@ -9,8 +9,8 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/support/RunProgram.h"
-#include "tests/support/RunningProgram.h"
+#include "tests/support/ShellCommand.h"
+#include "tests/support/TalkingProgram.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 
@@ -34,17 +34,17 @@ protected:
     static std::string Data(const std::string& name) { return std::string(DESK_DATA) + "/" + name; }
 
     // The first desk, over the sample bundle.
-    std::unique_ptr<RunningProgram> StartFirst(const std::vector<std::string>& more = {}) const
+    std::unique_ptr<TalkingProgram> StartFirst(const std::vector<std::string>& more = {}) const
     {
         std::vector<std::string> arguments = {"-data", DESK_DATA, "-log", m_strLog};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        return std::make_unique<RunningProgram>(m_strProgram, arguments);
+        return std::make_unique<TalkingProgram>(m_strProgram, arguments);
     }
 
     // Another start, to its end.
     ProgramResult Start(const std::string& option, const std::string& value) const
     {
-        return RunProgram(Quoted(m_strProgram) + " " + option + " " + Quoted(value));
+        return RunInShell(Quoted(m_strProgram) + " " + option + " " + Quoted(value));
     }
     int Send(const std::string& command) const { return Start("-send", command).m_iExitCode; }
 

@@ -4,7 +4,7 @@
 using ToolkitTest::DeskHome;
 using ToolkitTest::ProgramResult;
 using ToolkitTest::ReadBytes;
-using ToolkitTest::RunningProgram;
+using ToolkitTest::TalkingProgram;
 using ToolkitTest::WaitUntil;
 
 namespace
@@ -113,7 +113,7 @@ TEST_F(Desk, LeavesADamagedBundleOut)
     ToolkitTest::WriteBytes(data + "/desk.ini", "[archive]\nfile = archive.zip\npattern = *\n");
     ToolkitTest::WriteBytes(data + "/archive.zip", "PK, but no archive");
     ToolkitTest::WriteBytes(data + "/mails/broken.eml", "Subject: \xff\xfe\n\n\x80");
-    RunningProgram first(m_strProgram, {"-data", data, "-log", m_strLog});
+    TalkingProgram first(m_strProgram, {"-data", data, "-log", m_strLog});
     EXPECT_EQ(first.Answer(), "takes commands");
     EXPECT_EQ(first.Answer(), "the mails are indexed in the background");
     EXPECT_EQ(first.Answer(), "0 mails are indexed");

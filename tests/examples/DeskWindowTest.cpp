@@ -11,8 +11,8 @@ using testing::Not;
 using testing::StartsWith;
 using ToolkitTest::DeskHome;
 using ToolkitTest::ReadBytes;
-using ToolkitTest::RunningProgram;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::TalkingProgram;
 using ToolkitTest::WaitUntil;
 
 namespace
@@ -37,7 +37,7 @@ public:
     const char* Name() const { return m_strName.c_str(); }
 
 private:
-    RunningProgram m_server;
+    TalkingProgram m_server;
     std::string m_strName;
 };
 
@@ -70,7 +70,7 @@ protected:
     }
 
     // Ends the desk; the processes that it started end, too.
-    void Quit(RunningProgram& desk) const
+    void Quit(TalkingProgram& desk) const
     {
         EXPECT_EQ(Send("quit"), 0);
         EXPECT_EQ(desk.Answer(), "");

@@ -11,9 +11,9 @@
 #include <unistd.h>
 
 #include "tests/faults/BrokenSystem.h"
-#include "tests/support/Child.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 #include "tests/support/IPCSupport.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/EventPump.h"
@@ -247,7 +247,7 @@ TEST_F(BrokenSystemSingleInstance, LivingOnesLockStays)
 {
     int ends[2];
     ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
-    ChildProcess living(
+    ForkedCopy living(
         [&]
         {
             close(ends[1]);

@@ -14,8 +14,8 @@
 #include <wx/utils.h>
 
 #include "tests/faults/FailingSystem.h"
-#include "tests/support/Child.h"
 #include "tests/support/IPCSupport.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/IPCClient.h"
@@ -52,7 +52,7 @@ void KillAtEachCall(const char* name, const ChildWork& work, const Around& aroun
     for (unsigned long call = 1; call < s_uMostCalls && !testing::Test::HasFailure(); ++call)
     {
         FailingSystem::Set(call, FailingSystem::Killed, false);
-        ChildProcess child(
+        ForkedCopy child(
             [&work]
             {
                 FailingSystem::Arm();
@@ -114,7 +114,7 @@ protected:
 
     static ChildAnswer SecondStart()
     {
-        return ChildProcess(
+        return ForkedCopy(
                    []() -> ChildAnswer
                    {
                        const bool isSecond = SingleApplicationInstance().IsAlreadyRunning();
@@ -163,7 +163,7 @@ void KillServer(const char* name, const std::wstring& service, const std::functi
     { return IPCClient::Connect(service, L"x", s_uPatience) || FailingSystem::HasFailed(); };
     const auto expectNextServes = [&]
     {
-        ChildProcess next([&service] { return ServeOne(service, L"later"); });
+        ForkedCopy next([&service] { return ServeOne(service, L"later"); });
         EXPECT_TRUE(SendWhenServed(service, L"later"));
         EXPECT_EQ("", next.Wait());
         EXPECT_FALSE(IPCClient::Connect(service, L"nobody"));
@@ -253,7 +253,7 @@ TEST_F(KilledAtEachCall, ClientIsHeardWholeOrNotAtAll)
     const std::wstring service = folder.Wide("s");
     // More than is sent at once.
     const std::wstring text(300000, L'x');
-    ChildProcess served(
+    ForkedCopy served(
         [&]() -> ChildAnswer
         {
             const ToolkitSession session;

@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 
 #include "tests/faults/OutOfMemory.h"
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/OwnNetwork.h"
 #include "tests/support/TemporaryFolder.h"

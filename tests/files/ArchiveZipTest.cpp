@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 #include "tests/support/Archives.h"
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZipEntry.h"

@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <wx/dir.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/PathManager.h"

@@ -21,7 +21,7 @@
 #include <unistd.h>
 
 #include "tests/reference/PlainStream.h"
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"

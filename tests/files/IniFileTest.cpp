@@ -15,8 +15,8 @@
 #include <sys/stat.h>
 
 #include "tests/reference/PlainIni.h"
-#include "tests/support/Child.h"
 #include "tests/support/Document.h"
+#include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/PlainLines.h"
 #include "tests/support/TemporaryFolder.h"

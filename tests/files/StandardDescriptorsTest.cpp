@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"

@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/PlainLines.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"

@@ -23,7 +23,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/Resources.h"

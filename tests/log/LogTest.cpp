@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <wx/log.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/RecordingSink.h"
 #include "tests/support/TemporaryFolder.h"

@@ -7,14 +7,14 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/log/ConsoleLogger.h"
 #include "toolkit/log/DebuggerLogger.h"
 
 using namespace Toolkit;
-using ToolkitTest::ChildProcess;
+using ToolkitTest::ForkedCopy;
 using ToolkitTest::InstalledLogger;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::TemporaryFolder;
@@ -60,7 +60,7 @@ template <class Logger, class WriteAll>
 std::string OutputOfProcess(bool synchronised, const char* locale, WriteAll write)
 {
     const TemporaryFolder folder;
-    ChildProcess child(
+    ForkedCopy child(
         [&]
         {
             // A new stream, that nothing narrow was written to.

@@ -9,7 +9,7 @@
 #include <sys/wait.h>
 
 #include "tests/soak/Loads.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/Rounds.h"
 #include "toolkit/app/IPCServer.h"
@@ -160,10 +160,10 @@ TEST(Load, EveryCommandOfManyClientsArrivesOnceByteForByte)
         const unsigned long each = rounds.Size(4000) / s_uClients + 1;
         CommandsLoad& commands = served.GetCommands();
         commands.Expect(s_uClients, each);
-        std::vector<std::unique_ptr<ChildProcess>> processes;
+        std::vector<std::unique_ptr<ForkedCopy>> processes;
         for (unsigned int client = 0; client < s_uClientProcesses; ++client)
             processes.push_back(
-                std::make_unique<ChildProcess>([&, client] { return commands.Send(service, client); }));
+                std::make_unique<ForkedCopy>([&, client] { return commands.Send(service, client); }));
         Workers workers;
         for (unsigned int client = s_uClientProcesses; client < s_uClients; ++client)
             workers.Start([&, client] { EXPECT_EQ("", commands.Send(service, client)); });

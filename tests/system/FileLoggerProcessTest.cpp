@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/Rounds.h"
@@ -18,7 +18,7 @@
 #include "toolkit/log/LogLine.h"
 
 using namespace Toolkit;
-using ToolkitTest::ChildProcess;
+using ToolkitTest::ForkedCopy;
 using ToolkitTest::InstalledLogger;
 using ToolkitTest::LogFile;
 using ToolkitTest::WaitUntil;
@@ -74,7 +74,7 @@ TEST(FileLoggerProcess, KilledProcessLeavesTheBeginningOfItsLog)
     for (const std::size_t size : {1U, 20000U, 50000U, 100001U})
     {
         const LogFile file;
-        ChildProcess child([&file] { return LogUntilKilled(file); });
+        ForkedCopy child([&file] { return LogUntilKilled(file); });
         ASSERT_TRUE(WaitUntil([&] { return file.Bytes().size() >= size; }));
         child.Kill();
         ExpectBeginningOfTheLog(file.Bytes());
@@ -93,7 +93,7 @@ TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
     {
         const std::chrono::microseconds moment(moments(random));
         const LogFile file;
-        ChildProcess child([&file, i] { return LogUntilKilled(file, i % 2 == 0 ? 100 : 1000); });
+        ForkedCopy child([&file, i] { return LogUntilKilled(file, i % 2 == 0 ? 100 : 1000); });
         std::this_thread::sleep_for(moment);
         child.Kill();
         const std::string bytes = file.Bytes();
@@ -109,7 +109,7 @@ TEST(FileLoggerProcess, KilledAtAnyMomentLeavesTheBeginningOfItsLog)
 TEST(FileLoggerProcess, NextStartTakesTheKilledOnesFile)
 {
     const LogFile file;
-    ChildProcess child([&file] { return LogUntilKilled(file); });
+    ForkedCopy child([&file] { return LogUntilKilled(file); });
     ASSERT_TRUE(WaitUntil([&file] { return file.Bytes().size() > 1000; }));
     child.Kill();
     FileLogger(LogSeverity::Info, file.WideName(), s_uLarge).Write(L"restarted");
@@ -121,7 +121,7 @@ TEST(FileLoggerProcess, SecondProcessTakesATimeStampedName)
 {
     const LogFile file;
     const LogFile signal;
-    ChildProcess child(
+    ForkedCopy child(
         [&]
         { return LogAndWaitForTheEnd(file, [&signal] { return std::filesystem::exists(signal.Path()); }); });
     ASSERT_TRUE(WaitUntil([&file] { return file.Bytes() == "child"; }));
@@ -139,7 +139,7 @@ TEST(FileLoggerProcess, SecondProcessTakesATimeStampedName)
 TEST(FileLoggerProcess, CrashLosesNoLineThatHadReachedTheFile)
 {
     const LogFile file;
-    ChildProcess child(
+    ForkedCopy child(
         [&file]() -> std::string
         {
             const InstalledLogger installed(new FileLogger(LogSeverity::Info, file.WideName(), s_uLarge));

@@ -12,10 +12,10 @@
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 #include "tests/support/IPCSupport.h"
-#include "tests/support/RunProgram.h"
 #include "tests/support/Seconds.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/EventPump.h"
@@ -86,10 +86,10 @@ void ExpectEveryCommandOnce(const Commands& commands)
 
 void ServeEightClients(const std::wstring& service)
 {
-    std::vector<std::unique_ptr<ChildProcess>> clients;
+    std::vector<std::unique_ptr<ForkedCopy>> clients;
     for (int client = 0; client < s_iClients; ++client)
-        clients.push_back(std::make_unique<ChildProcess>([client, &service]
-                                                         { return SendAllWhenServed(client, service); }));
+        clients.push_back(
+            std::make_unique<ForkedCopy>([client, &service] { return SendAllWhenServed(client, service); }));
     const ToolkitSession session;
     RecordingServer server(service);
     ASSERT_TRUE(server.Run());
@@ -120,7 +120,7 @@ ChildAnswer ServeUntilKilled(const std::wstring& service, const std::string& rec
 }
 
 // Stops it like a debugger does, and waits until it stands still.
-void Freeze(const ChildProcess& child)
+void Freeze(const ForkedCopy& child)
 {
     kill(child.Id(), SIGSTOP);
     int status = 0;
@@ -151,24 +151,24 @@ TEST(IPCProcess, SecondStartReachesTheFirstByTheDefaultChannel)
     const std::string program = folder.Path("IPCHost");
     fs::copy_file(TOOLKIT_IPC_HOST, program);
     const std::string output = folder.Path("output");
-    ChildProcess first(
+    ForkedCopy first(
         [&]() -> ChildAnswer
-        { return RunProgram(Quoted(program) + " serve 3 > " + Quoted(output)).m_iExitCode == 0; });
+        { return RunInShell(Quoted(program) + " serve 3 > " + Quoted(output)).m_iExitCode == 0; });
     EXPECT_TRUE(WaitUntil([&output] { return ReadBytes(output) == "listening\n"; }));
-    EXPECT_EQ(1, RunProgram(Quoted(program) + " serve 1").m_iExitCode) << "the channel is taken";
-    EXPECT_EQ(0, RunProgram(Quoted(program) + " send 'open \xe6\x96\x87\xe4\xbb\xb6.txt' '\xf0\x9f\x98\x80'")
+    EXPECT_EQ(1, RunInShell(Quoted(program) + " serve 1").m_iExitCode) << "the channel is taken";
+    EXPECT_EQ(0, RunInShell(Quoted(program) + " send 'open \xe6\x96\x87\xe4\xbb\xb6.txt' '\xf0\x9f\x98\x80'")
                      .m_iExitCode);
-    EXPECT_EQ(0, RunProgram(Quoted(program) + " send last").m_iExitCode);
+    EXPECT_EQ(0, RunInShell(Quoted(program) + " send last").m_iExitCode);
     EXPECT_EQ("", first.Wait());
     EXPECT_EQ("listening\nopen \xe6\x96\x87\xe4\xbb\xb6.txt\n\xf0\x9f\x98\x80\nlast\n", ReadBytes(output));
-    EXPECT_EQ(1, RunProgram(Quoted(program) + " send nobody").m_iExitCode);
+    EXPECT_EQ(1, RunInShell(Quoted(program) + " send nobody").m_iExitCode);
 }
 
 TEST(IPCProcess, KilledServersSocketIsTakenOverALivingOnesNever)
 {
     const TemporaryFolder folder;
     const std::wstring service = folder.Wide("s");
-    ChildProcess child([&] { return ServeUntilKilled(service, folder.Path("heard")); });
+    ForkedCopy child([&] { return ServeUntilKilled(service, folder.Path("heard")); });
     ASSERT_TRUE(IsServed(service));
     const ToolkitSession session;
     RecordingServer server(service);
@@ -193,9 +193,9 @@ TEST(IPCProcess, OneOfManyThatStartAtOnceTakesAStaleSocket)
     {
         const TemporaryFolder folder;
         LeaveStaleSocket(folder.Path("s"));
-        std::vector<std::unique_ptr<ChildProcess>> children;
+        std::vector<std::unique_ptr<ForkedCopy>> children;
         for (int child = 0; child < 10; ++child)
-            children.push_back(std::make_unique<ChildProcess>(
+            children.push_back(std::make_unique<ForkedCopy>(
                 [&folder, child]() -> ChildAnswer
                 {
                     const ToolkitSession session;
@@ -242,8 +242,8 @@ TEST(IPCProcess, TwoProgramsMayConnectToEachOtherAtOnce)
                 return "not sent";
         return PumpUntil([&server] { return server.Received().size() >= 201; });
     };
-    ChildProcess a([&play] { return play("a", "b"); });
-    ChildProcess b([&play] { return play("b", "a"); });
+    ForkedCopy a([&play] { return play("a", "b"); });
+    ForkedCopy b([&play] { return play("b", "a"); });
     EXPECT_EQ("", a.Wait());
     EXPECT_EQ("", b.Wait());
 }
@@ -254,7 +254,7 @@ TEST(IPCProcess, ClientThatIsKilledHarmsNobody)
     const std::wstring service = folder.Wide("s");
     for (int round = 0; round < 10; ++round)
     {
-        ChildProcess client(
+        ForkedCopy client(
             [&service]() -> ChildAnswer
             {
                 for (;;)
@@ -284,7 +284,7 @@ TEST(IPCProcessTiming, ConnectGivesUpAFrozenServerInTime)
     {
         const TemporaryFolder folder;
         const std::wstring name = service == L"local" ? std::wstring(folder.Wide("s")) : service;
-        ChildProcess child([&] { return ServeUntilKilled(name, folder.Path("heard")); });
+        ForkedCopy child([&] { return ServeUntilKilled(name, folder.Path("heard")); });
         ASSERT_TRUE(IsServed(name));
         Freeze(child);
         auto start = Clock::now();
@@ -308,7 +308,7 @@ TEST_P(IPCHostileTiming, CostsAnHonestClientLessThanASecond)
     const std::string kind = GetParam();
     const TemporaryFolder folder;
     const std::wstring service = folder.Wide("s");
-    ChildProcess hostile(
+    ForkedCopy hostile(
         [&]() -> ChildAnswer
         {
             if (!WaitUntil([&folder] { return RawClient(folder.Path("s")).IsConnected(); }))

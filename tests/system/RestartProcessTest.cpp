@@ -7,7 +7,7 @@
 #include <wx/utils.h>
 
 #include "tests/support/Rounds.h"
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 
@@ -17,7 +17,7 @@ using testing::StartsWith;
 using ToolkitTest::ProgramResult;
 using ToolkitTest::Quoted;
 using ToolkitTest::ReadBytes;
-using ToolkitTest::RunProgram;
+using ToolkitTest::RunInShell;
 using ToolkitTest::ScopedEnvironment;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WaitUntil;
@@ -40,7 +40,7 @@ protected:
     // Runs the program and those that it starts to their ends. Arguments are words of the shell.
     ProgramResult Run(const std::string& arguments)
     {
-        return RunProgram("exec " + Quoted(m_strProgram) + " " + arguments);
+        return RunInShell("exec " + Quoted(m_strProgram) + " " + arguments);
     }
 
     std::string Lock(const TemporaryFolder& folder) const

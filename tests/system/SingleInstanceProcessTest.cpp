@@ -14,13 +14,13 @@
 #include <unistd.h>
 
 #include "tests/support/Rounds.h"
-#include "tests/support/RunningProgram.h"
+#include "tests/support/TalkingProgram.h"
 #include "tests/support/TemporaryFolder.h"
 
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ReadBytes;
-using ToolkitTest::RunningProgram;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::TalkingProgram;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
@@ -38,7 +38,7 @@ protected:
     {
         m_programs.clear();
         for (unsigned int i = 0; i < count; ++i)
-            m_programs.push_back(std::make_unique<RunningProgram>(TOOLKIT_SINGLE_INSTANCE));
+            m_programs.push_back(std::make_unique<TalkingProgram>(TOOLKIT_SINGLE_INSTANCE));
         for (const auto& program : m_programs)
             program->Tell("start");
         std::vector<std::string> answers;
@@ -68,7 +68,7 @@ protected:
     // Where the lock file lies, found out by a program that makes it.
     std::string LockPath() const
     {
-        RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
         EXPECT_EQ("first", program.Ask("start"));
         const std::vector<std::string> files = Files();
         EXPECT_EQ(1U, files.size());
@@ -78,7 +78,7 @@ protected:
     TemporaryFolder m_home;
     const ScopedEnvironment m_environment{"HOME", m_home.Path().c_str()};
     CapturedOutput m_errors{2};
-    std::vector<std::unique_ptr<RunningProgram>> m_programs;
+    std::vector<std::unique_ptr<TalkingProgram>> m_programs;
 };
 
 std::ptrdiff_t Firsts(const std::vector<std::string>& answers)
@@ -95,20 +95,20 @@ std::ptrdiff_t Seconds(const std::vector<std::string>& answers)
 
 TEST_F(SingleInstanceProcess, FirstIsFirstUntilItEnds)
 {
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", first.Ask("start"));
     {
-        RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram second(TOOLKIT_SINGLE_INSTANCE);
         EXPECT_EQ("second", second.Ask("start"));
         EXPECT_EQ(0, second.End());
     }
     EXPECT_EQ("first", first.Ask("ask"));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ("stopped", first.Ask("stop"));
     EXPECT_EQ(std::vector<std::string>(), Files());
-    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("first", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ("first", first.Ask("start"));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
 }
 
 TEST_F(SingleInstanceProcess, TwentyStartsAtOnceGiveOneFirstInstance)
@@ -120,15 +120,15 @@ TEST_F(SingleInstanceProcess, TwentyStartsAtOnceGiveOneFirstInstance)
 
 TEST_F(SingleInstanceProcess, KilledFirstInstanceFreesTheWay)
 {
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
-    RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram second(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", first.Ask("start"));
     EXPECT_EQ("second", second.Ask("start"));
     first.Kill();
     EXPECT_EQ(1U, Files().size());
-    RunningProgram next(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram next(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", next.Ask("start"));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
 }
 
 TEST_F(SingleInstanceProcess, TwentyStartsAtOnceAfterAKillGiveOneFirstInstance)
@@ -146,8 +146,8 @@ TEST_F(SingleInstanceProcess, TwentyStartsAtOnceAfterAKillGiveOneFirstInstance)
 
 TEST_F(SingleInstanceProcess, AnswerStaysAndAFreshObjectKnowsBetter)
 {
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
-    RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram second(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", first.Ask("start"));
     EXPECT_EQ("second", second.Ask("start"));
     EXPECT_EQ(0, first.End());
@@ -157,7 +157,7 @@ TEST_F(SingleInstanceProcess, AnswerStaysAndAFreshObjectKnowsBetter)
 
 TEST_F(SingleInstanceProcess, LockIsAPrivateFileThatGoesWithTheInstance)
 {
-    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", program.Ask("start"));
     ASSERT_EQ(1U, Files().size());
     struct stat status = {};
@@ -172,20 +172,20 @@ TEST_F(SingleInstanceProcess, AnotherInstallationIsAnotherApplication)
 {
     const TemporaryFolder folder;
     std::filesystem::copy_file(TOOLKIT_SINGLE_INSTANCE, folder.Path("SingleInstance"));
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
-    RunningProgram other(folder.Path("SingleInstance"));
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram other(folder.Path("SingleInstance"));
     EXPECT_EQ("first", first.Ask("start"));
     EXPECT_EQ("first", other.Ask("start"));
-    EXPECT_EQ("second", RunningProgram(folder.Path("SingleInstance")).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(folder.Path("SingleInstance")).Ask("start"));
 }
 
 TEST_F(SingleInstanceProcess, ForkedChildLeavesTheLockToItsParent)
 {
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", first.Ask("start"));
     EXPECT_EQ("done", first.Ask("fork"));
     EXPECT_EQ(1U, Files().size());
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ("first", first.Ask("ask"));
 }
 
@@ -194,12 +194,12 @@ TEST_F(SingleInstanceProcess, LockLiesInTheHomeFolderWhateverItsNameAndTheLocale
     std::filesystem::create_directory(m_home.Path("h\xC3\xB6me"));
     const ScopedEnvironment home("HOME", m_home.Path("h\xC3\xB6me").c_str());
     const ScopedEnvironment locale("LC_ALL", "C");
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", first.Ask("start"));
     const std::filesystem::directory_iterator entries(m_home.Path("h\xC3\xB6me"));
     EXPECT_TRUE(
         std::any_of(begin(entries), end(entries), [](const auto& entry) { return entry.is_regular_file(); }));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
 }
 
 TEST_F(SingleInstanceProcess, WithoutAUsableHomeEveryoneIsFirst)
@@ -209,8 +209,8 @@ TEST_F(SingleInstanceProcess, WithoutAUsableHomeEveryoneIsFirst)
     {
         SCOPED_TRACE(home);
         const ScopedEnvironment environment("HOME", home.c_str());
-        RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
-        RunningProgram second(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram second(TOOLKIT_SINGLE_INSTANCE);
         EXPECT_EQ("first", first.Ask("start"));
         EXPECT_EQ("first", second.Ask("start"));
         EXPECT_EQ(0, first.End());
@@ -225,8 +225,8 @@ TEST_F(SingleInstanceProcess, TooLongANameMakesEveryoneFirst)
     std::filesystem::create_directories(folder);
     const std::string program = folder + "/" + std::string(100, 'h');
     std::filesystem::copy_file(TOOLKIT_SINGLE_INSTANCE, program);
-    RunningProgram first(program);
-    RunningProgram second(program);
+    TalkingProgram first(program);
+    TalkingProgram second(program);
     EXPECT_EQ("first", first.Ask("start"));
     EXPECT_EQ("first", second.Ask("start"));
     EXPECT_EQ(std::vector<std::string>(), Files());
@@ -256,7 +256,7 @@ TEST_F(SingleInstanceProcess, FileThatIsNoLockIsLeftAloneAndMakesEveryoneFirst)
         std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
         for (int i = 0; i < 2; ++i)
         {
-            RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+            TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
             EXPECT_EQ("first", program.Ask("start"));
             EXPECT_EQ(0, program.End());
         }
@@ -273,9 +273,9 @@ TEST_F(SingleInstanceProcess, LockOfAProcessThatIsGoneIsTakenOver)
     {
         WriteBytes(lock, content);
         std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
-        RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
         EXPECT_EQ("first", first.Ask("start"));
-        EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+        EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     }
 }
 
@@ -285,10 +285,10 @@ TEST_F(SingleInstanceProcess, NumberThatEndsWithItsFileIsReadAsItIs)
     const std::string number = std::to_string(getpid());
     WriteBytes(lock, number);
     std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0666));
-    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("first", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ(number, ReadBytes(lock)) << "a file that is not trusted stays as it is";
     std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ(number, ReadBytes(lock));
 }
 
@@ -297,9 +297,9 @@ TEST_F(SingleInstanceProcess, LockThatOthersMayWriteIsNotTrusted)
     const std::string lock = LockPath();
     WriteBytes(lock, std::to_string(getpid()) + std::string(1, '\0'));
     std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0666));
-    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("first", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_TRUE(std::filesystem::exists(lock));
 }
 
@@ -322,7 +322,7 @@ TEST_F(SingleInstanceProcess, PlantedLinksAndFifosAreLeftAlone)
     {
         plant();
         const std::filesystem::file_type type = std::filesystem::symlink_status(lock).type();
-        EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+        EXPECT_EQ("first", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
         EXPECT_EQ(type, std::filesystem::symlink_status(lock).type());
         EXPECT_FALSE(std::filesystem::exists(m_home.Path("nothing")));
         std::filesystem::remove(lock);
@@ -346,9 +346,9 @@ TEST_F(SingleInstanceProcess, WhateverLiesWhereTheTurnIsTakenIsLeftAlone)
     {
         plant();
         const std::filesystem::file_type type = std::filesystem::symlink_status(turn).type();
-        RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
         EXPECT_EQ("first", first.Ask("start"));
-        EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+        EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
         EXPECT_EQ("stopped", first.Ask("stop"));
         EXPECT_EQ(type, std::filesystem::symlink_status(turn).type());
         EXPECT_FALSE(std::filesystem::exists(m_home.Path("nothing")));
@@ -366,14 +366,14 @@ TEST_F(SingleInstanceProcess, AnotherUsersFilesAreLeftAlone)
     std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
     if (!ToolkitTest::GiveToAnotherUser(lock))
         return;
-    EXPECT_EQ("first", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("first", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ("1", ReadBytes(lock));
     std::filesystem::remove(lock);
     WriteBytes(turn, "");
     ToolkitTest::GiveToAnotherUser(turn);
-    RunningProgram first(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram first(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", first.Ask("start"));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
     EXPECT_EQ("stopped", first.Ask("stop"));
     EXPECT_EQ(std::vector<std::string>{turn}, Files());
 }
@@ -385,7 +385,7 @@ TEST_F(SingleInstanceProcess, LockThatIsBeingWrittenIsNotTakenOver)
     std::filesystem::permissions(lock, static_cast<std::filesystem::perms>(0600));
     const auto expectLeftAlone = [&lock]
     {
-        RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+        TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
         EXPECT_EQ("first", program.Ask("start"));
         EXPECT_TRUE(std::filesystem::exists(lock) && std::filesystem::is_empty(lock));
         EXPECT_EQ(0, program.End());
@@ -402,9 +402,9 @@ TEST_F(SingleInstanceProcess, LockThatIsBeingWrittenIsNotTakenOver)
     std::filesystem::create_directory(lock + ".turn");
     expectLeftAlone();
     std::filesystem::remove(lock + ".turn");
-    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
     EXPECT_EQ("first", program.Ask("start"));
-    EXPECT_EQ("second", RunningProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
+    EXPECT_EQ("second", TalkingProgram(TOOLKIT_SINGLE_INSTANCE).Ask("start"));
 }
 
 using SingleInstanceProcessTiming = SingleInstanceProcess;
@@ -413,7 +413,7 @@ TEST_F(SingleInstanceProcessTiming, StrangerWhoLocksTheHomeFolderDelaysNothing)
 {
     const int folder = open(m_home.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(0, flock(folder, LOCK_EX));
-    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ("first", program.Ask("start"));
     EXPECT_EQ("stopped", program.Ask("stop"));
@@ -427,7 +427,7 @@ TEST_F(SingleInstanceProcessTiming, ProcessThatHangsDelaysTheStartByFiveSecondsA
     EXPECT_FALSE(std::filesystem::exists(turn));
     const int held = open(turn.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     ASSERT_EQ(0, flock(held, LOCK_EX));
-    RunningProgram program(TOOLKIT_SINGLE_INSTANCE);
+    TalkingProgram program(TOOLKIT_SINGLE_INSTANCE);
     auto start = std::chrono::steady_clock::now();
     EXPECT_EQ("first", program.Ask("start"));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));

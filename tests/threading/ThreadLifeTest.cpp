@@ -16,7 +16,7 @@
 #include <wx/app.h>
 #include <wx/init.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <wx/init.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "tests/support/Worker.h"

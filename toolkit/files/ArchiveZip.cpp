@@ -23,6 +23,7 @@ namespace Toolkit
 namespace
 {
 
+// Quirk: the line numbers of what is logged are fixed; they follow no source.
 const unsigned int s_uNotReadableLine = 99;
 const unsigned int s_uNotValidLine = 106;
 const long long s_uBlock = 65536;

@@ -44,6 +44,8 @@ public:
     // with all of it if it has none; an empty one and "*.*" keep all names.
     //
     // Quirk: "/" and "./" in front of a name are dropped, unless nothing else would be left.
+    // Quirk: the line in the log names source line 106, or 99 for a file that is no archive, wherever this is
+    // written.
     // Quirk: a second listing does not begin anew: it goes on where the first one ended. Behind a complete
     // one it answers -1, but 0 after an `UnZip`.
     int EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>& entries,

@@ -16,6 +16,7 @@ namespace Toolkit
 namespace
 {
 
+// Quirk: the line numbers of what is logged are fixed; they follow no source.
 const unsigned int s_uOpenFailedLine = 64;
 
 // The part from `begin` up to `end` without the spaces and tabs at both of its ends.

@@ -31,6 +31,7 @@ public:
 
     // Replaces all sections by the content of another file, read as TextFile reads it. False when it cannot
     // be read: there are no sections then. `path` may be a value of this object.
+    // Quirk: the line in the log names source line 64, wherever this is written.
     //
     // "[name]" over the whole line begins a section, or goes on with an earlier one of that name; ";" in the
     // first column begins a comment. Any other line is a key and its value around the first "=", both without

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef TOOLKIT_TESTS_SUPPORT_CHILDPROCESS_H
-#define TOOLKIT_TESTS_SUPPORT_CHILDPROCESS_H
+#ifndef TOOLKIT_TESTS_SUPPORT_FORKEDCOPY_H
+#define TOOLKIT_TESTS_SUPPORT_FORKEDCOPY_H
 
 #include <functional>
 #include <string>
@@ -23,16 +23,16 @@ struct ChildAnswer
 using ChildWork = std::function<ChildAnswer()>;
 
 // A forked copy of the test program that runs one function and ends, for a test that has to do with it
-// meanwhile; every other test takes what Child.h offers. Made before the test starts any thread.
-class ChildProcess
+// meanwhile; every other test takes what InChild.h offers. Made before the test starts any thread.
+class ForkedCopy
 {
 public:
-    explicit ChildProcess(const ChildWork& work);
+    explicit ForkedCopy(const ChildWork& work);
     // Kills the child if it is still there.
-    ~ChildProcess();
+    ~ForkedCopy();
 
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
+    ForkedCopy(const ForkedCopy&) = delete;
+    ForkedCopy& operator=(const ForkedCopy&) = delete;
 
     pid_t Id() const { return m_iId; }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef TOOLKIT_TESTS_SUPPORT_RUNNINGPROGRAM_H
-#define TOOLKIT_TESTS_SUPPORT_RUNNINGPROGRAM_H
+#ifndef TOOLKIT_TESTS_SUPPORT_TALKINGPROGRAM_H
+#define TOOLKIT_TESTS_SUPPORT_TALKINGPROGRAM_H
 
 #include <string>
 #include <vector>
@@ -12,16 +12,16 @@ namespace ToolkitTest
 
 // A program that runs beside the test: it is told by lines on its standard input and answers by lines on its
 // standard output. Its error output is the test's own.
-class RunningProgram
+class TalkingProgram
 {
 public:
     // The path and what follows it in the argument vector.
-    explicit RunningProgram(const std::string& path, const std::vector<std::string>& arguments = {});
+    explicit TalkingProgram(const std::string& path, const std::vector<std::string>& arguments = {});
     // Closes the input and waits for the end.
-    ~RunningProgram();
+    ~TalkingProgram();
 
-    RunningProgram(const RunningProgram&) = delete;
-    RunningProgram& operator=(const RunningProgram&) = delete;
+    TalkingProgram(const TalkingProgram&) = delete;
+    TalkingProgram& operator=(const TalkingProgram&) = delete;
 
     pid_t Id() const { return m_iId; }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/support/RunningProgram.h"
+#include "tests/support/TalkingProgram.h"
 
 #include <cerrno>
 #include <csignal>
@@ -25,7 +25,7 @@ void MakePair(int (&ends)[2])
 
 } // namespace
 
-RunningProgram::RunningProgram(const std::string& path, const std::vector<std::string>& arguments)
+TalkingProgram::TalkingProgram(const std::string& path, const std::vector<std::string>& arguments)
     : m_iId(-1), m_iInput(-1), m_iOutput(-1)
 {
     std::vector<std::string> texts(arguments);
@@ -52,13 +52,13 @@ RunningProgram::RunningProgram(const std::string& path, const std::vector<std::s
     m_iOutput = output[0];
 }
 
-RunningProgram::~RunningProgram()
+TalkingProgram::~TalkingProgram()
 {
     End();
     close(m_iOutput);
 }
 
-void RunningProgram::Tell(const std::string& line)
+void TalkingProgram::Tell(const std::string& line)
 {
     const std::string whole = line + "\n";
     // A program that has ended is no reason for a signal.
@@ -71,7 +71,7 @@ void RunningProgram::Tell(const std::string& line)
     }
 }
 
-std::string RunningProgram::Answer()
+std::string TalkingProgram::Answer()
 {
     std::string line;
     char character = '\0';
@@ -86,13 +86,13 @@ std::string RunningProgram::Answer()
     }
 }
 
-std::string RunningProgram::Ask(const std::string& line)
+std::string TalkingProgram::Ask(const std::string& line)
 {
     Tell(line);
     return Answer();
 }
 
-int RunningProgram::End()
+int TalkingProgram::End()
 {
     if (m_iInput != -1)
         close(m_iInput);
@@ -100,14 +100,14 @@ int RunningProgram::End()
     return Wait();
 }
 
-void RunningProgram::Kill()
+void TalkingProgram::Kill()
 {
     if (m_iId > 0)
         kill(m_iId, SIGKILL);
     Wait();
 }
 
-int RunningProgram::Wait()
+int TalkingProgram::Wait()
 {
     int status = -1;
     if (m_iId <= 0)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 
 #include <cerrno>
 #include <csignal>
@@ -37,7 +37,7 @@ namespace
 
 } // namespace
 
-ChildProcess::ChildProcess(const ChildWork& work) : m_iId(-1), m_iAnswer(-1)
+ForkedCopy::ForkedCopy(const ChildWork& work) : m_iId(-1), m_iAnswer(-1)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
@@ -54,13 +54,13 @@ ChildProcess::ChildProcess(const ChildWork& work) : m_iId(-1), m_iAnswer(-1)
     m_iAnswer = ends[0];
 }
 
-ChildProcess::~ChildProcess()
+ForkedCopy::~ForkedCopy()
 {
     Kill();
     close(m_iAnswer);
 }
 
-std::string ChildProcess::Wait()
+std::string ForkedCopy::Wait()
 {
     std::string text;
     char buffer[4096];
@@ -78,7 +78,7 @@ std::string ChildProcess::Wait()
     return text;
 }
 
-void ChildProcess::Kill()
+void ForkedCopy::Kill()
 {
     if (m_iId <= 0)
         return;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#ifndef TOOLKIT_TESTS_SUPPORT_RUNPROGRAM_H
-#define TOOLKIT_TESTS_SUPPORT_RUNPROGRAM_H
+#ifndef TOOLKIT_TESTS_SUPPORT_SHELLCOMMAND_H
+#define TOOLKIT_TESTS_SUPPORT_SHELLCOMMAND_H
 
 #include <string>
 
@@ -15,7 +15,7 @@ struct ProgramResult
 };
 
 // Runs a command of the shell to its end; an exit code of -1 tells that a signal ended it.
-ProgramResult RunProgram(const std::string& command);
+ProgramResult RunInShell(const std::string& command);
 
 // The text as one word of the shell.
 std::string Quoted(const std::string& text);

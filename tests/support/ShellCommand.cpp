@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -9,7 +9,7 @@
 namespace ToolkitTest
 {
 
-ProgramResult RunProgram(const std::string& command)
+ProgramResult RunInShell(const std::string& command)
 {
     std::FILE* const pipe = popen(("{ " + command + "\n} 2>&1").c_str(), "re");
     if (pipe == nullptr)

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#ifndef TOOLKIT_TESTS_SUPPORT_CHILD_H
-#define TOOLKIT_TESTS_SUPPORT_CHILD_H
+#ifndef TOOLKIT_TESTS_SUPPORT_INCHILD_H
+#define TOOLKIT_TESTS_SUPPORT_INCHILD_H
 
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
 
 namespace ToolkitTest
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 
 #include <cerrno>
 #include <cstring>
@@ -61,7 +61,7 @@ ChildAnswer NotAllowed(const std::string& what)
 
 testing::AssertionResult InChild(const ChildWork& work)
 {
-    return ResultOf(ChildProcess(work).Wait());
+    return ResultOf(ForkedCopy(work).Wait());
 }
 
 testing::AssertionResult AsNobody(const ChildWork& work)

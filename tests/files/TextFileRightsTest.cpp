@@ -17,7 +17,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 using Toolkit::TextFile;

@@ -17,8 +17,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
 #include "tests/support/EndChild.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -20,8 +20,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/Child.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedCopy.h"
+#include "tests/support/InChild.h"
 #include "tests/support/RecordingSink.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/log/Log.h"
@@ -480,7 +480,7 @@ TEST_F(RunLogTest, KilledProcessLosesNoLineThatWasLogged)
     {
         logged->store(0);
         const fs::path folder = Folder() / std::to_string(round);
-        ToolkitTest::ChildProcess child(
+        ToolkitTest::ForkedCopy child(
             [&]() -> ToolkitTest::ChildAnswer
             {
                 const std::shared_ptr<RunLog> log =

@@ -2,7 +2,8 @@
 # What the library stands on, as imported targets:
 #   Toolkit::wx      wxWidgets base and net (never its graphical libraries); a consumer needs it too
 #   Toolkit::wx_gui  the graphical ones on top, for the example with a window; missing where they are not installed
-#   Toolkit::pcre2, Toolkit::pcre    the 8-bit library of PCRE2 or of PCRE: the one that TOOLKIT_REGEX names, and it alone
+#   Toolkit::pcre2   PCRE2's 8-bit library
+#   Toolkit::pcre    PCRE's, where TOOLKIT_REGEX names it for the classic regular expressions
 #   Toolkit::icu     ICU's locale data and date patterns
 include(${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake)
 toolkit_import_wx(Toolkit::wx base,net "")
@@ -15,30 +16,31 @@ if(TOOLKIT_BUILD_EXAMPLES)
   toolkit_import_wx(Toolkit::wx_gui core,base,net "")
 endif()
 
-# toolkit_import_regex(<header> <library>): the imported target Toolkit::<TOOLKIT_REGEX>.
-function(toolkit_import_regex header library)
-  string(TOUPPER TOOLKIT_${TOOLKIT_REGEX} name)
-  find_path(${name}_INCLUDE ${header})
-  find_library(${name}_LIBRARY ${library})
-  if(NOT ${name}_INCLUDE OR NOT ${name}_LIBRARY)
-    message(FATAL_ERROR "${TOOLKIT_REGEX} was not found; './check --no-install' prints the packages that are needed")
+# toolkit_import_regex(<name> <header> <library>): the imported target Toolkit::<name>.
+function(toolkit_import_regex name header library)
+  # A project around this one may have brought its own.
+  if(TARGET Toolkit::${name})
+    return()
   endif()
-  mark_as_advanced(${name}_INCLUDE ${name}_LIBRARY)
+  string(TOUPPER TOOLKIT_${name} prefix)
+  find_path(${prefix}_INCLUDE ${header})
+  find_library(${prefix}_LIBRARY ${library})
+  if(NOT ${prefix}_INCLUDE OR NOT ${prefix}_LIBRARY)
+    message(FATAL_ERROR "${name} was not found; './check --no-install' prints the packages that are needed")
+  endif()
+  mark_as_advanced(${prefix}_INCLUDE ${prefix}_LIBRARY)
 
-  add_library(Toolkit::${TOOLKIT_REGEX} UNKNOWN IMPORTED GLOBAL)
+  add_library(Toolkit::${name} UNKNOWN IMPORTED GLOBAL)
   set_target_properties(
-    Toolkit::${TOOLKIT_REGEX} PROPERTIES IMPORTED_LOCATION ${${name}_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES
-                                                                              ${${name}_INCLUDE})
+    Toolkit::${name} PROPERTIES IMPORTED_LOCATION ${${prefix}_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${${prefix}_INCLUDE})
 endfunction()
 
 if(NOT TOOLKIT_REGEX MATCHES "^pcre2?$")
   message(FATAL_ERROR "TOOLKIT_REGEX is \"${TOOLKIT_REGEX}\", and can be pcre2 or pcre")
-elseif(TARGET Toolkit::${TOOLKIT_REGEX})
-  # A project around this one has brought its own.
-elseif(TOOLKIT_REGEX STREQUAL "pcre2")
-  toolkit_import_regex(pcre2.h pcre2-8)
-else()
-  toolkit_import_regex(pcre.h pcre)
+endif()
+toolkit_import_regex(pcre2 pcre2.h pcre2-8)
+if(TOOLKIT_REGEX STREQUAL "pcre")
+  toolkit_import_regex(pcre pcre.h pcre)
 endif()
 
 if(NOT TARGET Toolkit::icu)

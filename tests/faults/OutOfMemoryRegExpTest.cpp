@@ -7,6 +7,7 @@
 #endif
 
 #include "tests/faults/OutOfMemory.h"
+#include "toolkit/regExp/Pattern.h"
 #include "toolkit/regExp/RegExp.h"
 
 using namespace Toolkit;
@@ -106,5 +107,51 @@ TEST(OutOfMemory, IsSurvivedByRegularExpressions)
              attempt([]
                      { RegExpException::Throw(L"a message that is too long for the string object itself"); });
          }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByPatterns)
+{
+    const Pattern pattern = *Pattern::Compile(std::string_view(c_strPattern));
+    const std::string text = c_strSubject;
+    ToolkitTest::FailEachAllocation({
+        {"Pattern::Compile", [](const Attempt& attempt)
+         { attempt([] { EXPECT_TRUE(Pattern::Compile(std::string_view(c_strPattern)).has_value()); }); }},
+        {"Pattern::Compile(invalid)", [](const Attempt& attempt)
+         { attempt([] { EXPECT_FALSE(Pattern::Compile("(a pattern that is not closed").has_value()); }); }},
+        {"Pattern::Find",
+         [&](const Attempt& attempt)
+         {
+             const Pattern fresh = *Pattern::Compile(std::string_view(c_strPattern));
+             attempt([&] { EXPECT_EQ("one", fresh.Find(text)["first"]); });
+             EXPECT_EQ("one", fresh.Find(text)["first"]);
+         }},
+        {"Pattern::Find(without machine code)",
+         [&](const Attempt& attempt)
+         {
+             const Pattern interpreted = *Pattern::Compile("(*NO_JIT)" + std::string(c_strPattern));
+             attempt([&] { EXPECT_EQ("one", interpreted.Find(text)["first"]); });
+             EXPECT_EQ("one", interpreted.Find(text)["first"]);
+         }},
+        {"Pattern::Find(broken text)",
+         [&](const Attempt& attempt) { attempt([&] { EXPECT_NE(nullptr, pattern.Find("\xFF").Error()); }); }},
+        {"Match::Match",
+         [&](const Attempt& attempt)
+         {
+             const Match match = pattern.Find(text);
+             attempt([&] { EXPECT_EQ("one", Match(match)[1]); });
+             Match other = pattern.Find("five six");
+             const bool assigned = attempt([&] { other = match; });
+             EXPECT_EQ(assigned ? "one" : "five", other[1]);
+         }},
+        {"Pattern::Replace",
+         [&](const Attempt& attempt)
+         {
+             attempt(
+                 [&]
+                 { EXPECT_EQ("<$one>, <$three>", *pattern.Replace("one two, three four", "<$$${first}>")); });
+         }},
+        {"Pattern::Split", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_EQ(9U, pattern.Split("one two, three four")->size()); }); }},
     });
 }

@@ -138,13 +138,6 @@ int Report(int result, const pcre2_code* code, pcre2_match_data* data, std::uint
 
 // ---- one search
 
-struct FreeMatchData
-{
-    void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
-};
-
-using MatchData = std::unique_ptr<pcre2_match_data, FreeMatchData>;
-
 struct Subject
 {
     PCRE2_SPTR text;
@@ -176,8 +169,17 @@ int Search(const pcre2_code* code, const Subject& subject, std::uint32_t options
             return Report(result, code, data, options, offsets);
         options |= PCRE2_NO_UTF_CHECK;
     }
+    const std::uint32_t heap = Pcre2Contexts::MostHeap(code);
+    Pcre2Ptr<pcre2_match_context> larger;
+    if (heap > Pcre2Contexts::s_uUsualHeap)
+    {
+        larger.reset(pcre2_match_context_copy(Pcre2Contexts::Get().Match()));
+        if (larger == nullptr)
+            return s_iNoMemory;
+        pcre2_set_heap_limit(larger.get(), heap);
+    }
     const int result = pcre2_match(code, subject.text, subject.length, subject.start, options, data,
-                                   Pcre2Contexts::Get().Match());
+                                   larger != nullptr ? larger.get() : Pcre2Contexts::Get().Match());
     return Report(result, code, data, options, offsets);
 }
 
@@ -241,7 +243,7 @@ int RegExpBackend::Execute(const RegExpCode* code, const char* subject, std::siz
     const Subject searched = {reinterpret_cast<PCRE2_SPTR>(subject), length, start};
     if (workspace != nullptr)
         return Search(ToPcre2(code), searched, translated, ToPcre2(workspace), offsets);
-    const MatchData data(
+    const Pcre2Ptr<pcre2_match_data> data(
         pcre2_match_data_create(static_cast<std::uint32_t>(vectorSize / 3), Pcre2Contexts::Get().General()));
     return data == nullptr ? s_iNoMemory : Search(ToPcre2(code), searched, translated, data.get(), offsets);
 }

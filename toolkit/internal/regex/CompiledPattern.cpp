@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/internal/regex/CompiledPattern.h"
+
+#include <algorithm>
+#include <new>
+
+#include "toolkit/internal/regex/Pcre2Contexts.h"
+
+namespace Toolkit
+{
+
+namespace
+{
+
+const std::size_t s_uFirstJitStack = std::size_t{32} << 10;
+
+template <class T>
+T* NeedMemory(T* memory)
+{
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+// The first character that begins there or later.
+std::size_t CharacterBegin(std::string_view text, std::size_t index)
+{
+    while (index < text.size() && (static_cast<unsigned char>(text[index]) & 0xC0U) == 0x80U)
+        ++index;
+    return index;
+}
+
+std::uint32_t ToKiB(std::size_t bytes)
+{
+    return static_cast<std::uint32_t>(std::min<std::size_t>(bytes >> 10, UINT32_MAX));
+}
+
+PCRE2_SPTR ToPcre2(std::string_view text)
+{
+    // PCRE2 takes no null pointer for an empty text.
+    return reinterpret_cast<PCRE2_SPTR>(text.data() != nullptr ? text.data() : "");
+}
+
+} // namespace
+
+void ReleaseSearch::operator()(PatternSearch* search) const
+{
+    // The last owner of the pattern may be this search: the pattern ends last.
+    const std::shared_ptr<const CompiledPattern> pattern = std::move(search->pattern);
+    // What a search without machine code has taken from the heap it would keep.
+    if (pattern != nullptr && pattern->m_bHasMachineCode && !search->holdsHeap)
+        search = pattern->m_spare[pattern->GetSlot()].exchange(search, std::memory_order_acq_rel);
+    delete search;
+}
+
+std::shared_ptr<const CompiledPattern> CompiledPattern::Compile(std::string_view pattern,
+                                                                const Settings& settings, Error& error)
+{
+    Pcre2Ptr<pcre2_code> code(pcre2_compile(ToPcre2(pattern), pattern.size(), settings.options | PCRE2_UTF,
+                                            &error.number, &error.offset, Pcre2Contexts::Get().Compile()));
+    if (code != nullptr)
+        return std::shared_ptr<const CompiledPattern>(new CompiledPattern(std::move(code), settings));
+    const int noMemory = 121;
+    if (error.number == noMemory)
+        throw std::bad_alloc();
+    error.text = Describe(error.number);
+    return nullptr;
+}
+
+CompiledPattern::CompiledPattern(Pcre2Ptr<pcre2_code> code, const Settings& settings)
+    : m_pCode(std::move(code)),
+      m_pContext(NeedMemory(pcre2_match_context_create(Pcre2Contexts::Get().General())))
+{
+    pcre2_set_match_limit(m_pContext.get(), settings.steps);
+    const std::uint32_t heap =
+        settings.memory ? ToKiB(*settings.memory) : Pcre2Contexts::MostHeap(m_pCode.get());
+    pcre2_set_heap_limit(m_pContext.get(), heap);
+    m_uMemory = std::size_t{heap} << 10;
+    std::uint32_t groups = 0;
+    std::uint32_t lineEnd = 0;
+    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_CAPTURECOUNT, &groups);
+    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NEWLINE, &lineEnd);
+    m_uGroups = groups;
+    m_bCrlf =
+        lineEnd == PCRE2_NEWLINE_CRLF || lineEnd == PCRE2_NEWLINE_ANY || lineEnd == PCRE2_NEWLINE_ANYCRLF;
+    m_bHasMachineCode = pcre2_jit_compile(m_pCode.get(), PCRE2_JIT_COMPLETE) == 0;
+}
+
+CompiledPattern::~CompiledPattern()
+{
+    for (const std::atomic<PatternSearch*>& spare : m_spare)
+        delete spare.load(std::memory_order_acquire);
+}
+
+std::size_t CompiledPattern::FindGroup(std::string_view name, const PatternSearch* search) const
+{
+    std::uint32_t count = 0;
+    std::uint32_t size = 0;
+    PCRE2_SPTR entry = nullptr;
+    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NAMECOUNT, &count);
+    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NAMEENTRYSIZE, &size);
+    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NAMETABLE, &entry);
+    std::size_t first = s_uNoGroup;
+    std::size_t firstInMatch = s_uNoGroup;
+    for (; count > 0; --count, entry += size)
+    {
+        if (name != reinterpret_cast<const char*>(entry + 2))
+            continue;
+        const std::size_t number = static_cast<std::size_t>(entry[0]) * 256 + entry[1];
+        first = std::min(first, number);
+        if (search != nullptr && search->Has(number))
+            firstInMatch = std::min(firstInMatch, number);
+    }
+    return firstInMatch != s_uNoGroup ? firstInMatch : first;
+}
+
+PatternSearchPtr CompiledPattern::NewSearch(std::string_view subject) const
+{
+    std::unique_ptr<PatternSearch> search(m_spare[GetSlot()].exchange(nullptr, std::memory_order_acq_rel));
+    if (search == nullptr)
+        search = std::make_unique<PatternSearch>(Pcre2Ptr<pcre2_match_data>(
+            NeedMemory(pcre2_match_data_create_from_pattern(m_pCode.get(), Pcre2Contexts::Get().General()))));
+    search->pattern = shared_from_this();
+    search->subject = subject;
+    search->result = PCRE2_ERROR_NOMATCH;
+    return PatternSearchPtr(search.release());
+}
+
+PatternSearchPtr CompiledPattern::Copy(const PatternSearch& search)
+{
+    PatternSearchPtr copy = search.pattern->NewSearch(search.subject);
+    std::copy(search.Offsets(), search.Offsets() + 2 * pcre2_get_ovector_count(search.data.get()),
+              pcre2_get_ovector_pointer(copy->data.get()));
+    copy->result = search.result;
+    copy->place = search.place;
+    return copy;
+}
+
+void CompiledPattern::FindNext(PatternSearch& search) const
+{
+    const std::size_t length = search.subject.size();
+    const bool wasEmpty = search.Offsets()[0] == search.Offsets()[1];
+    std::size_t start = search.Offsets()[1];
+    // "\\K" may have put the match before the place where it was found: it would be found again.
+    if (!wasEmpty && start <= search.place)
+        start = NextCharacter(search.subject, search.place);
+    if (start > length || (wasEmpty && start == length))
+    {
+        search.result = PCRE2_ERROR_NOMATCH;
+        return;
+    }
+    Find(search, start, PCRE2_NO_UTF_CHECK | (wasEmpty ? PCRE2_NOTEMPTY_ATSTART | PCRE2_ANCHORED : 0));
+    if (wasEmpty && search.result == PCRE2_ERROR_NOMATCH)
+        Find(search, NextCharacter(search.subject, start), PCRE2_NO_UTF_CHECK);
+}
+
+std::size_t CompiledPattern::NextCharacter(std::string_view subject, std::size_t index) const
+{
+    if (m_bCrlf && subject.substr(index, 2) == "\r\n")
+        return index + 2;
+    return CharacterBegin(subject, index + 1);
+}
+
+void CompiledPattern::Find(PatternSearch& search, std::size_t start, std::uint32_t options) const
+{
+    // Machine code does not know anchors that a search brings.
+    search.holdsHeap = search.holdsHeap || (options & PCRE2_ANCHORED) != 0;
+    // "\C" may have ended a match inside a character.
+    start = CharacterBegin(search.subject, start);
+    search.result = Execute(search, start, options, m_pContext.get());
+    if (search.result == PCRE2_ERROR_JIT_STACKLIMIT)
+        search.result = FindOnLargerStack(search, start, options);
+    search.place = pcre2_get_startchar(search.data.get());
+    if (search.result == PCRE2_ERROR_NOMEMORY)
+        throw std::bad_alloc();
+}
+
+int CompiledPattern::Execute(PatternSearch& search, std::size_t start, std::uint32_t options,
+                             pcre2_match_context* context) const
+{
+    return pcre2_match(m_pCode.get(), ToPcre2(search.subject), search.subject.size(), start, options,
+                       search.data.get(), context);
+}
+
+// Machine code uses 32 KiB of the caller's stack, unless it is given more.
+int CompiledPattern::FindOnLargerStack(PatternSearch& search, std::size_t start, std::uint32_t options) const
+{
+    if (m_uMemory <= s_uFirstJitStack)
+        return PCRE2_ERROR_JIT_STACKLIMIT;
+    const Pcre2Ptr<pcre2_match_context> context(NeedMemory(pcre2_match_context_copy(m_pContext.get())));
+    const Pcre2Ptr<pcre2_jit_stack> stack(
+        NeedMemory(pcre2_jit_stack_create(s_uFirstJitStack, m_uMemory, Pcre2Contexts::Get().General())));
+    pcre2_jit_stack_assign(context.get(), nullptr, stack.get());
+    return Execute(search, start, options, context.get());
+}
+
+std::string CompiledPattern::Describe(int result)
+{
+    PCRE2_UCHAR text[256];
+    if (pcre2_get_error_message(result, text, sizeof(text)) < 0)
+        return "unknown error " + std::to_string(result);
+    return reinterpret_cast<const char*>(text);
+}
+
+// Any slot will do; that of the thread is mostly free.
+std::size_t CompiledPattern::GetSlot() const
+{
+    static const thread_local char s_cThread = 0;
+    return (reinterpret_cast<std::uintptr_t>(&s_cThread) >> 12) * 0x9E3779B9U % m_spare.size();
+}
+
+} // namespace Toolkit

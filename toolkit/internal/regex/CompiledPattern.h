@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_INTERNAL_REGEX_COMPILEDPATTERN_H
+#define TOOLKIT_INTERNAL_REGEX_COMPILEDPATTERN_H
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "toolkit/internal/regex/Pcre2.h"
+
+namespace Toolkit
+{
+
+class CompiledPattern;
+
+// One search with its subject and what it found. It shares the pattern that it searched with, so that it
+// outlives every other owner of that.
+struct PatternSearch
+{
+    explicit PatternSearch(Pcre2Ptr<pcre2_match_data> matchData) : data(std::move(matchData)) {}
+
+    const PCRE2_SIZE* Offsets() const { return pcre2_get_ovector_pointer(data.get()); }
+    bool IsFound() const { return result > 0; }
+    // True for a group of a match that took part in it.
+    bool Has(std::size_t group) const
+    {
+        return result > 0 && group < static_cast<std::size_t>(result) && Offsets()[2 * group] != PCRE2_UNSET;
+    }
+
+    std::shared_ptr<const CompiledPattern> pattern;
+    const Pcre2Ptr<pcre2_match_data> data;
+    std::string_view subject;
+    // The groups that are told of, or PCRE2's number for what happened.
+    int result = PCRE2_ERROR_NOMATCH;
+    // The byte where the search found its match, and where a text that is not UTF-8 goes wrong.
+    std::size_t place = 0;
+    // PCRE2 keeps memory in `data` that it took from the heap.
+    bool holdsHeap = false;
+};
+
+// Gives a search back to its pattern, which keeps some for later ones.
+struct ReleaseSearch
+{
+    void operator()(PatternSearch* search) const;
+};
+
+using PatternSearchPtr = std::unique_ptr<PatternSearch, ReleaseSearch>;
+
+// A pattern that was compiled once, with just-in-time code where PCRE2 has some for this machine and this
+// pattern. Any number of threads may search with it at once.
+class CompiledPattern : public std::enable_shared_from_this<CompiledPattern>
+{
+public:
+    struct Settings
+    {
+        // PCRE2's for compilation.
+        std::uint32_t options = 0;
+        std::uint32_t steps = 0;
+        // Nothing for what the library grants.
+        std::optional<std::size_t> memory;
+    };
+
+    struct Error
+    {
+        int number = 0;
+        std::size_t offset = 0;
+        std::string text;
+    };
+
+    // Null and `error` when the pattern is invalid. Throws std::bad_alloc.
+    static std::shared_ptr<const CompiledPattern> Compile(std::string_view pattern, const Settings& settings,
+                                                          Error& error);
+    ~CompiledPattern();
+
+    CompiledPattern(const CompiledPattern&) = delete;
+    CompiledPattern& operator=(const CompiledPattern&) = delete;
+
+    // The groups of the pattern without the whole match.
+    std::size_t GetGroupCount() const { return m_uGroups; }
+
+    static const std::size_t s_uNoGroup = static_cast<std::size_t>(-1);
+
+    // The first group of that name that took part in the match, or else the first of that name, or else
+    // s_uNoGroup. Without a search none took part.
+    std::size_t FindGroup(std::string_view name, const PatternSearch* search) const;
+
+    // A search to begin with. Throws std::bad_alloc.
+    PatternSearchPtr NewSearch(std::string_view subject) const;
+
+    // A search that found the same. Throws std::bad_alloc.
+    static PatternSearchPtr Copy(const PatternSearch& search);
+
+    // Finds the first match. The result is kept in the search; std::bad_alloc is thrown for want of memory.
+    void FindFirst(PatternSearch& search) const { Find(search, 0, 0); }
+
+    // Finds the match after the one that the search found before. After an empty one it goes on as PCRE2's
+    // manual says: with a match at the same place that is not empty, or else after the next character.
+    void FindNext(PatternSearch& search) const;
+
+    // PCRE2's text for a result.
+    static std::string Describe(int result);
+
+private:
+    friend struct ReleaseSearch;
+
+    CompiledPattern(Pcre2Ptr<pcre2_code> code, const Settings& settings);
+    void Find(PatternSearch& search, std::size_t start, std::uint32_t options) const;
+    std::size_t NextCharacter(std::string_view subject, std::size_t index) const;
+    int Execute(PatternSearch& search, std::size_t start, std::uint32_t options,
+                pcre2_match_context* context) const;
+    int FindOnLargerStack(PatternSearch& search, std::size_t start, std::uint32_t options) const;
+    std::size_t GetSlot() const;
+
+    const Pcre2Ptr<pcre2_code> m_pCode;
+    const Pcre2Ptr<pcre2_match_context> m_pContext;
+    std::size_t m_uMemory = 0;
+    std::size_t m_uGroups = 0;
+    bool m_bCrlf = false;
+    bool m_bHasMachineCode = false;
+    // Searches that nobody uses, mostly one for each thread.
+    mutable std::array<std::atomic<PatternSearch*>, 8> m_spare = {};
+};
+
+} // namespace Toolkit
+
+#endif

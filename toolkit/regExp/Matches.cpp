@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/regExp/Matches.h"
+
+#include <utility>
+
+#include "toolkit/internal/regex/CompiledPattern.h"
+
+namespace Toolkit
+{
+
+Matches::Iterator::Iterator() noexcept = default;
+
+Matches::Iterator::Iterator(Match match) noexcept : m_match(std::move(match)) {}
+
+Matches::Iterator& Matches::Iterator::operator++()
+{
+    PatternSearchPtr search(std::exchange(m_match.m_pSearch, nullptr));
+    m_match.m_pError.reset();
+    if (search != nullptr)
+    {
+        search->pattern->FindNext(*search);
+        m_match = Match(search.release());
+    }
+    return *this;
+}
+
+Matches::Iterator Matches::Iterator::operator++(int)
+{
+    Iterator before(*this);
+    ++*this;
+    return before;
+}
+
+// The places of one loop: only the end is compared with.
+bool Matches::Iterator::operator==(const Iterator& other) const noexcept
+{
+    const auto isEnd = [](const Iterator& it) { return !it.m_match && it.m_match.Error() == nullptr; };
+    if (isEnd(*this) || isEnd(other))
+        return isEnd(*this) && isEnd(other);
+    return m_match.Position() == other.m_match.Position() && m_match.Length() == other.m_match.Length();
+}
+
+Matches::Matches(std::shared_ptr<const CompiledPattern> pattern, std::string_view text) noexcept
+    : m_pPattern(std::move(pattern)), m_strText(text)
+{
+}
+
+Matches::Iterator Matches::begin() const
+{
+    PatternSearchPtr search = m_pPattern->NewSearch(m_strText);
+    m_pPattern->FindFirst(*search);
+    return Iterator(Match(search.release()));
+}
+
+} // namespace Toolkit

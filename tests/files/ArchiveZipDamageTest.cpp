@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -335,6 +336,94 @@ TEST(ArchiveZipDamage, RefusesForgedLengths)
         OpenArchive open(folder.Wide("b.zip"));
         EXPECT_EQ(open.count, 3);
         EXPECT_LE(open.Read(L"one.txt").size(), ContentOf("one.txt").size());
+    }
+}
+
+TEST(ArchiveZipDamage, BelievesNoNumbersOfAFieldThatIsTooShortForThem)
+{
+    const TemporaryFolder folder;
+    // The lengths and the place lie in a field for 0 to 3 numbers that says how long it is, or lies.
+    RunPython(folder, R"(
+for have in range(4):
+    for says in (have * 8, 24, 65535):
+        if have == 3: continue
+        field = struct.pack('<HH', 1, says) + b'\x07\0\0\0\0\0\0\0' * have
+        record = struct.pack('<4sHHHHHHIIIHHHHHII', b'PK\1\2', 45, 45, 0, 0, 0, 0, 0, 0xFFFFFFFF, 0xFFFFFFFF,
+                             1, len(field), 0, 0, 0, 0, 0xFFFFFFFF) + b'n' + field
+        end = struct.pack('<4sHHHHIIH', b'PK\5\6', 0, 0, 1, 1, len(record), 0, 0)
+        open('short%d-%d.zip' % (have, says), 'wb').write(record + end)
+)");
+    int archives = 0;
+    for (const auto& file : std::filesystem::directory_iterator(folder.Path()))
+    {
+        if (file.path().extension() != ".zip")
+            continue;
+        ++archives;
+        OpenArchive open(folder.Wide(file.path().filename().string()));
+        ASSERT_EQ(open.count, 1) << file.path();
+        EXPECT_EQ(open[L"n"]->GetSize(), 0) << file.path();
+        EXPECT_EQ(open[L"n"]->GetCompressedSize(), 0) << file.path();
+        EXPECT_FALSE(open.UnZip(L"n", folder.Wide("out")));
+        EXPECT_EQ(open.Read(L"n"), "");
+    }
+    EXPECT_EQ(archives, 9);
+}
+
+TEST(ArchiveZipDamage, BelievesNoLengthsOfALocalFieldThatIsTooShortForThem)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+import zlib
+content = b'content'
+field = struct.pack('<HHQ', 1, 8, 7)
+local = struct.pack('<4sHHHHHIIIHH', b'PK\3\4', 45, 0, 0, 0, 0, zlib.crc32(content), 0xFFFFFFFF, 0xFFFFFFFF,
+                    1, len(field)) + b'n' + field + content
+record = struct.pack('<4sHHHHHHIIIHHHHHII', b'PK\1\2', 45, 45, 0, 0, 0, 0, zlib.crc32(content), 7, 7,
+                     1, 0, 0, 0, 0, 0, 0) + b'n'
+end = struct.pack('<4sHHHHIIH', b'PK\5\6', 0, 0, 1, 1, len(record), len(local), 0)
+open('a.zip', 'wb').write(local + record + end)
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    EXPECT_FALSE(open.UnZip(L"n", folder.Wide("out")));
+    EXPECT_EQ(open.Read(L"n"), "");
+}
+
+TEST(ArchiveZipDamage, ReadsLengthsThatLieInTheirField)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    for method in (zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED):
+        with z.open(zipfile.ZipInfo('n%d' % method), 'w', force_zip64=True) as f:
+            f.write(b'content')
+)");
+    OpenArchive open(folder.Wide("a.zip"));
+    EXPECT_EQ(open.Read(L"n0"), "content");
+    EXPECT_TRUE(open.UnZip(L"n0", folder.Wide("out")));
+}
+
+TEST(ArchiveZipDamage, RefusesStoredEntriesWhoseLengthsAreNotThoseOfTheirData)
+{
+    const TemporaryFolder folder;
+    const Forgery forgeries[] = {
+        {"the directory's compressed length",
+         [](ForgedArchive& a) { a.Set32(a.Directory("one.txt") + s_uDirectoryCompressed, 5); }},
+        {"the record's length", [](ForgedArchive& a) { a.Set32(a.Local("one.txt") + s_uLocalLength, 5); }},
+        {"the record's compressed length",
+         [](ForgedArchive& a) { a.Set32(a.Local("one.txt") + s_uLocalLength - 4, 5); }},
+        {"the record's lengths in a field that is not there",
+         [](ForgedArchive& a)
+         {
+             a.Set32(a.Local("one.txt") + s_uLocalLength, 0xFFFFFFFF);
+             a.Set32(a.Local("one.txt") + s_uLocalLength - 4, 0xFFFFFFFF);
+         }},
+    };
+    for (const Forgery& forgery : forgeries)
+    {
+        SCOPED_TRACE(forgery.what);
+        WriteForged(folder, forgery.forge);
+        ExpectBadEntry(folder, "b.zip", L"one.txt", L"three.txt");
+        ExpectNothingRead(folder.Wide("b.zip"), L"one.txt");
     }
 }
 

@@ -29,6 +29,12 @@ const std::size_t s_uLocalLength = 22;
 const std::size_t s_uLocalNameLength = 26;
 const std::size_t s_uLocalExtraLength = 28;
 
+// The field for numbers that need more than the 4 bytes that a record has for each, and says so there.
+const unsigned int s_uLongNumber = 0xFFFFFFFF;
+const unsigned int s_uLongField = 1;
+const std::size_t s_uLongLength = 8;
+const std::size_t s_uFieldHead = 4;
+
 const std::size_t s_uDirectoryRecordLength = 46;
 const std::size_t s_uDirectoryNameLength = 28;
 
@@ -59,6 +65,13 @@ void Put32(unsigned char* bytes, unsigned int value)
 bool IsShort(long long length)
 {
     return length >= 0 && length < 0xFFFFFFFF;
+}
+
+// Where the fields behind the name begin.
+long long ExtraOffset(const ZipFile::LocalRecord& record)
+{
+    return record.offset + static_cast<long long>(record.bytes.size()) +
+           static_cast<long long>(Get16(&record.bytes[s_uLocalNameLength]));
 }
 
 bool IsRegular(int descriptor, long long& length)
@@ -121,9 +134,12 @@ ZipFile::LocalRecord ZipFile::ReadLocalRecord(const wxZipEntry& entry) const
         record.offset >= 0 &&
         ReadRecord(record.offset, record.bytes.data(), record.bytes.size()) == record.bytes.size() &&
         IsConsistent(entry, record);
-    record.completed = record.consistent && IsShort(entry.GetCompressedSize()) && IsShort(entry.GetSize()) &&
-                       (Get16(&record.bytes[s_uLocalFlags]) & wxZIP_SUMS_FOLLOW) != 0;
-    if (record.completed)
+    DropUnknownLengths(record);
+    const bool completed = record.consistent && IsShort(entry.GetCompressedSize()) &&
+                           IsShort(entry.GetSize()) &&
+                           (Get16(&record.bytes[s_uLocalFlags]) & wxZIP_SUMS_FOLLOW) != 0;
+    record.replaced = record.replaced || completed;
+    if (completed)
     {
         record.bytes[s_uLocalFlags] &= static_cast<unsigned char>(~wxZIP_SUMS_FOLLOW);
         Put32(&record.bytes[s_uLocalChecksum], entry.GetCrc());
@@ -181,12 +197,76 @@ bool ZipFile::IsConsistent(const wxZipEntry& entry, const LocalRecord& record) c
     if (((flags | entry.GetFlags()) & s_iEncrypted) != 0 ||
         static_cast<int>(get16(s_uLocalMethod)) != entry.GetMethod())
         return false;
+    const bool stored = entry.GetMethod() == wxZIP_METHOD_STORE;
+    if (stored && entry.GetSize() != entry.GetCompressedSize())
+        return false;
     if ((flags & wxZIP_SUMS_FOLLOW) == 0)
-        return Get32(&record.bytes[s_uLocalChecksum]) == entry.GetCrc();
+        return Get32(&record.bytes[s_uLocalChecksum]) == entry.GetCrc() &&
+               (!stored || HasLengthsOf(entry, record));
     const std::size_t content = record.bytes.size() + get16(s_uLocalNameLength) + get16(s_uLocalExtraLength);
     return entry.GetCompressedSize() >= 0 && entry.GetCompressedSize() <= m_iLength &&
            HasChecksum(record.offset + static_cast<long long>(content) + entry.GetCompressedSize(),
                        entry.GetCrc());
+}
+
+// True when the record declares the same lengths as the directory, in itself or in the field for long ones.
+bool ZipFile::HasLengthsOf(const wxZipEntry& entry, const LocalRecord& record) const
+{
+    const unsigned int length = Get32(&record.bytes[s_uLocalLength]);
+    const unsigned int compressed = Get32(&record.bytes[s_uLocalCompressed]);
+    std::vector<unsigned long long> numbers;
+    if (length == s_uLongNumber || compressed == s_uLongNumber)
+        ReadLongNumbers(ExtraOffset(record), Get16(&record.bytes[s_uLocalExtraLength]), 2, numbers);
+    const auto is = [&numbers](unsigned int number, long long expected)
+    {
+        unsigned long long real = number;
+        if (number == s_uLongNumber && !numbers.empty())
+        {
+            real = numbers.front();
+            numbers.erase(numbers.begin());
+        }
+        return real == static_cast<unsigned long long>(expected);
+    };
+    const bool hasLength = is(length, entry.GetSize());
+    return is(compressed, entry.GetCompressedSize()) && hasLength;
+}
+
+void ZipFile::DropUnknownLengths(LocalRecord& record) const
+{
+    unsigned char* const bytes = record.bytes.data();
+    const std::size_t count = static_cast<std::size_t>(Get32(bytes + s_uLocalLength) == s_uLongNumber) +
+                              static_cast<std::size_t>(Get32(bytes + s_uLocalCompressed) == s_uLongNumber);
+    std::vector<unsigned long long> numbers;
+    if (count == 0 ||
+        ReadLongNumbers(ExtraOffset(record), Get16(bytes + s_uLocalExtraLength), count, numbers))
+        return;
+    Put32(bytes + s_uLocalLength, 0);
+    Put32(bytes + s_uLocalCompressed, 0);
+    record.replaced = true;
+    record.consistent = false;
+}
+
+bool ZipFile::ReadLongNumbers(long long offset, std::size_t length, std::size_t count,
+                              std::vector<unsigned long long>& numbers) const
+{
+    std::vector<unsigned char> fields(length);
+    fields.resize(ReadAt(offset, fields.data(), length));
+    for (std::size_t at = 0; at + s_uFieldHead <= fields.size();)
+    {
+        const unsigned int id = Get16(&fields[at]);
+        const std::size_t end = at + s_uFieldHead + Get16(&fields[at + 2]);
+        at += s_uFieldHead;
+        for (; id == s_uLongField && count > 0 && at + s_uLongLength <= std::min(end, fields.size()); --count)
+        {
+            numbers.push_back(Get32(&fields[at]) | static_cast<unsigned long long>(Get32(&fields[at + 4]))
+                                                       << 32);
+            at += s_uLongLength;
+        }
+        if (id == s_uLongField)
+            return count == 0;
+        at = end;
+    }
+    return true;
 }
 
 // What follows the content begins with the checksum, or with a signature in front of it.

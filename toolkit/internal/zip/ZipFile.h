@@ -30,10 +30,11 @@ public:
         // True when it and what follows the content say the same of it as the directory: nothing encrypted,
         // the same method and the same checksum.
         bool consistent = false;
-        // True when it left lengths and checksum to what follows the content, as an archive does that was
-        // written into a pipe, and now has them from the directory: the base library finds no stored content
-        // otherwise.
-        bool completed = false;
+        // True when its bytes are not those of the file. It left lengths and checksum to what follows the
+        // content, as an archive does that was written into a pipe, and now has them from the directory:
+        // wxWidgets finds no stored content otherwise. Or its lengths are nowhere, and are 0 now: wxWidgets
+        // would take what is in memory.
+        bool replaced = false;
     };
 
     explicit ZipFile(const TString<wchar_t>& path);
@@ -62,6 +63,12 @@ public:
 
     LocalRecord ReadLocalRecord(const wxZipEntry& entry) const;
 
+    // What a record has no room for lies in one of the fields of `length` bytes at `offset` that follow its
+    // name (ZIP64). Appends the numbers that are there to `numbers`, `count` at most; true unless the field
+    // is there and holds fewer.
+    bool ReadLongNumbers(long long offset, std::size_t length, std::size_t count,
+                         std::vector<unsigned long long>& numbers) const;
+
     // The declared length of the entry's content, as far as so much can come of what is in the file; never
     // more than 64 MiB.
     std::size_t GetCredibleLength(const wxZipEntry& entry) const;
@@ -82,6 +89,8 @@ private:
 
     Window& FindWindow(long long offset, std::size_t count) const;
     bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
+    bool HasLengthsOf(const wxZipEntry& entry, const LocalRecord& record) const;
+    void DropUnknownLengths(LocalRecord& record) const;
     bool HasChecksum(long long offset, unsigned int checksum) const;
 
     Descriptor m_file;

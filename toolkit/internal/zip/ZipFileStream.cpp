@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace Toolkit
 {
@@ -12,6 +13,9 @@ namespace
 {
 
 const long long s_iSignatureLength = 4;
+const std::size_t s_uNumberLength = 4;
+// Behind the signature of a record of the directory: the two lengths, and the place of the entry.
+const std::size_t s_numbers[] = {16, 20, 38};
 
 } // namespace
 
@@ -39,6 +43,7 @@ wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
         wxInputStream::Read(buffer, count);
     if (m_lastcount == s_directoryRecord.length)
         m_iLastRecord = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
+    DropUnknownNumbers(static_cast<unsigned char*>(buffer));
     const bool nameless = IsNameless(s_directoryRecord, buffer) || IsNameless(s_localRecord, buffer);
     m_iQuestionsToZero = nameless ? 2 : 0;
     return *this;
@@ -68,7 +73,7 @@ std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
     // The base library takes a name that the file cuts short with all the length that it should have.
     if (read < count)
         std::memset(static_cast<char*>(buffer) + read, 0, count - read);
-    if (m_replaced.completed)
+    if (m_replaced.replaced)
         ShowReplaced(static_cast<char*>(buffer), read);
     m_iPosition += static_cast<long long>(read);
     m_lasterror = read == count ? wxSTREAM_NO_ERROR : wxSTREAM_EOF;
@@ -88,15 +93,44 @@ wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
     return position;
 }
 
-// True when what was read last, into `bytes`, is such a record and has a name of no length.
-bool ZipFileStream::IsNameless(const RecordRead& record, const void* bytes) const
+// True when such a record stands before the place that was read to.
+bool ZipFileStream::IsBehind(const RecordRead& record) const
 {
     char signature[s_iSignatureLength];
     const long long begin = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
+    return m_pFile->ReadAt(begin, signature, sizeof signature) == sizeof signature &&
+           std::memcmp(signature, record.signature, sizeof signature) == 0;
+}
+
+// True when what was read last, into `bytes`, is such a record and has a name of no length.
+bool ZipFileStream::IsNameless(const RecordRead& record, const void* bytes) const
+{
     return m_lastcount == record.length &&
            std::memcmp(static_cast<const char*>(bytes) + record.nameLength, "\0\0", 2) == 0 &&
-           m_pFile->ReadAt(begin, signature, sizeof signature) == sizeof signature &&
-           std::memcmp(signature, record.signature, sizeof signature) == 0;
+           IsBehind(record);
+}
+
+// Where a record of the directory, in `bytes`, leaves numbers to a field that is too short for them,
+// wxWidgets would take what is in memory. Then the entry has no length, and lies at no place.
+void ZipFileStream::DropUnknownNumbers(unsigned char* bytes) const
+{
+    if (m_lastcount != s_directoryRecord.length)
+        return;
+    const auto isLong = [bytes](std::size_t place)
+    { return std::memcmp(bytes + place, "\xFF\xFF\xFF\xFF", s_uNumberLength) == 0; };
+    std::size_t count = 0;
+    for (const std::size_t place : s_numbers)
+        count += isLong(place) ? 1 : 0;
+    const auto get16 = [bytes](std::size_t place)
+    { return static_cast<std::size_t>(bytes[place] | bytes[place + 1] << 8); };
+    const long long extra = m_iPosition + static_cast<long long>(get16(s_directoryRecord.nameLength));
+    std::vector<unsigned long long> numbers;
+    if (count == 0 || !IsBehind(s_directoryRecord) ||
+        m_pFile->ReadLongNumbers(extra, get16(s_directoryRecord.nameLength + 2), count, numbers))
+        return;
+    for (const std::size_t place : s_numbers)
+        std::memset(bytes + place, 0, s_uNumberLength);
+    std::memcpy(bytes + s_numbers[2], "\xFE\xFF\xFF\xFF", s_uNumberLength);
 }
 
 // Puts those of the replaced bytes that belong to what was read at the position.

@@ -25,7 +25,7 @@ public:
     // Where the record of the directory begins that was read last.
     long long GetLastRecord() const { return m_iLastRecord; }
 
-    // From now on answers the record, if it is completed, in place of the one in the file.
+    // From now on returns the record, if it is a replaced one, in place of the one in the file.
     void Replace(const ZipFile::LocalRecord& record);
 
     wxInputStream& Read(void* buffer, std::size_t count) override;
@@ -46,6 +46,8 @@ private:
     static const RecordRead s_directoryRecord;
     static const RecordRead s_localRecord;
 
+    bool IsBehind(const RecordRead& record) const;
+    void DropUnknownNumbers(unsigned char* bytes) const;
     bool IsNameless(const RecordRead& record, const void* bytes) const;
     void ShowReplaced(char* bytes, std::size_t count) const;
 

@@ -183,6 +183,16 @@ TEST(PathManager, BuildsItsPathsFromTheStandardPaths)
     EXPECT_EQ(paths.GetUserLocalDataDir(), WideOf(standard.GetUserLocalDataDir()));
 }
 
+TEST(PathManager, MakesNoFolderAtTheRootWhereHomeIsEmpty)
+{
+    const ScopedEnvironment environment("HOME", "");
+    const PathManager paths;
+    EXPECT_NE(paths.GetApplicationDataPath().substr(0, 2), L"/.");
+    EXPECT_NE(paths.GetApplicationDataPath().substr(0, 2), L"//");
+    const std::string name = "/." + UTF8::ToUTF8(paths.GetApplicationName());
+    EXPECT_FALSE(std::filesystem::exists(name)) << name;
+}
+
 TEST(PathManager, AsksForTheStandardPathsAtEachCall)
 {
     const PathManager paths;

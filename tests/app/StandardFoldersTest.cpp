@@ -52,14 +52,21 @@ TEST(StandardFolders, FindsTheInstallationAroundTheLastBinFolder)
 TEST(StandardFolders, FindsAHomeWhereTheEnvironmentNamesNone)
 {
     CapturedOutput errors(2);
+    const ScopedEnvironment outer("HOME", nullptr);
+    const auto local = StandardFolders::UserLocalData();
+    const auto documents = StandardFolders::Documents();
     for (const char* const home : {static_cast<const char*>(nullptr), "", "\xFF"})
     {
         const ScopedEnvironment environment("HOME", home);
-        const auto local = StandardFolders::UserLocalData();
-        const auto documents = StandardFolders::Documents();
+        EXPECT_EQ(StandardFolders::UserLocalData(), local);
+        EXPECT_EQ(StandardFolders::Documents(), documents);
         const wxInitializer started;
-        EXPECT_EQ(local, FromWx(wxStandardPaths::Get().GetUserLocalDataDir()));
-        EXPECT_EQ(documents, FromWx(wxStandardPaths::Get().GetDocumentsDir()));
+        EXPECT_EQ(StandardFolders::UserLocalData(), local);
+        EXPECT_EQ(StandardFolders::Documents(), documents);
     }
+    unsetenv("HOME");
+    const wxInitializer started;
+    EXPECT_EQ(local, FromWx(wxStandardPaths::Get().GetUserLocalDataDir()));
+    EXPECT_EQ(documents, FromWx(wxStandardPaths::Get().GetDocumentsDir()));
     EXPECT_EQ(errors.Stop(), "");
 }

@@ -58,11 +58,14 @@ PathManager::PathManager()
     const TString<wchar_t> resources = StandardFolders::Resources();
     m_strConfigurationPath = GetDataDir() + separator + c_strConfigurationFolderName;
     m_strApplicationRessourcesPath = resources + separator + c_strRessourcesFolderName;
-    m_strApplicationDataPath = GetUserLocalDataDir() + separator + m_strApplicationName;
+    const TString<wchar_t> userLocalData = GetUserLocalDataDir();
+    m_strApplicationDataPath = userLocalData + separator + m_strApplicationName;
     m_strAppearancesPath = resources + separator + c_strAppearancesFolderName;
 
     RebuildDependentPathes();
-    CreateFolders(m_strApplicationDataPath);
+    // Without a home it would be a folder at the root.
+    if (!userLocalData.empty())
+        CreateFolders(m_strApplicationDataPath);
     m_strUniqueInstanceName = PathNames::MakeUniqueInstanceName(m_strApplicationPath, m_strApplicationName,
                                                                 FromWx(wxGetUserId()), separator);
 }

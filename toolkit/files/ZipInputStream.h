@@ -30,6 +30,7 @@ public:
     explicit ZipInputStream(const TString<wchar_t>& path);
     ~ZipInputStream() override;
 
+    // Quirk: all three readers give nothing of a damaged entry, not even what lies before the damage.
     // Appends every remaining byte of the entry; nothing when the entry is damaged or its checksum is wrong.
     ZipInputStream& operator>>(std::vector<unsigned char>& bytes);
 

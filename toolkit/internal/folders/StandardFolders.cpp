@@ -11,6 +11,7 @@
 #include <wx/filename.h>
 #include <wx/stdpaths.h>
 
+#include "toolkit/internal/system/BaseDirectories.h"
 #include "toolkit/internal/text/Utf8Codec.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
@@ -35,15 +36,17 @@ bool CanAskBaseLibraryOfProgram()
            IsReadAlike(program_invocation_name);
 }
 
-bool CanAskBaseLibraryOfUser()
-{
-    return CanAskBaseLibraryOfProgram() && IsReadAlike(std::getenv("HOME")) &&
-           IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
-}
-
 TString<wchar_t> Environment(const char* name)
 {
     return Utf8Codec::Decode(TString<char>(std::getenv(name)));
+}
+
+// Where HOME is set and names nothing, wxWidgets takes the root folder for the user's home.
+bool CanAskBaseLibraryOfUser()
+{
+    const bool isHomeNamed = std::getenv("HOME") == nullptr || !Environment("HOME").empty();
+    return isHomeNamed && CanAskBaseLibraryOfProgram() && IsReadAlike(std::getenv("HOME")) &&
+           IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
 }
 
 // The name that the base library gives an application without one: that of its file, without the last
@@ -129,7 +132,10 @@ TString<wchar_t> StandardFolders::Working()
 TString<wchar_t> StandardFolders::Home()
 {
     const TString<wchar_t> home = Environment("HOME");
-    return home.empty() ? FromWx(wxFileName::GetHomeDir()) : home;
+    if (!home.empty())
+        return home;
+    const Result<std::filesystem::path> listed = BaseDirectories::Home();
+    return listed ? Utf8Codec::Decode(TString<char>(listed->native())) : TString<wchar_t>();
 }
 
 TString<wchar_t> StandardFolders::Data()
@@ -139,8 +145,10 @@ TString<wchar_t> StandardFolders::Data()
 
 TString<wchar_t> StandardFolders::UserLocalData()
 {
-    return CanAskBaseLibraryOfUser() ? FromWx(wxStandardPaths::Get().GetUserLocalDataDir())
-                                     : TString<wchar_t>(Home() + L"/." + FromWx(ExecutableName()));
+    if (CanAskBaseLibraryOfUser())
+        return FromWx(wxStandardPaths::Get().GetUserLocalDataDir());
+    const TString<wchar_t> home = Home();
+    return home.empty() ? home : TString<wchar_t>(home + L"/." + FromWx(ExecutableName()));
 }
 
 TString<wchar_t> StandardFolders::Resources()

@@ -47,7 +47,7 @@ TString<wchar_t> NameOf(wxZipEntry& entry, const wxZipInputStream& directory, co
     if (!entry.GetInternalName().empty())
         return FromWx(entry.GetName());
     const auto& source = static_cast<const ZipFileStream&>(*directory.GetFilterInputStream());
-    TString<wchar_t> name = ZipNameConverter::Decode(file.ReadDirectoryName(source.GetLastRecord()));
+    TString<wchar_t> name = ZipNameConverter::Decode(file.ReadDirectoryRecord(source.GetLastRecord()).name);
     Rename(entry, name);
     return entry.GetInternalName().empty() ? name : FromWx(entry.GetName());
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -154,6 +155,21 @@ bool GiveRights(const Target& target, const SafeReplace::Options& options, int f
     return !options.m_bWasThere || RemoveAccessList(file);
 }
 
+Failure MakeFailure(const NativePath& path, int error)
+{
+    if (error == ENXIO)
+        return Failure(Errc::Refused, c_strAttempt + (" " + path.GetBytes()) + ": it is no regular file");
+    return SystemFailure(c_strAttempt, path.GetBytes(), error);
+}
+
+bool IsSameFolder(int a, int b)
+{
+    struct stat first = {};
+    struct stat second = {};
+    return fstat(a, &first) == 0 && fstat(b, &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
 bool Replace(const Target& target, std::string_view bytes, const SafeReplace::Options& options)
 {
     const bool exists = target.m_file.IsOpen();
@@ -189,9 +205,76 @@ Result<void> SafeReplace::Write(const NativePath& path, std::string_view bytes, 
         if (error != ESTALE)
             break;
     }
-    if (error == ENXIO)
-        return Failure(Errc::Refused, c_strAttempt + (" " + path.GetBytes()) + ": it is no regular file");
-    return SystemFailure(c_strAttempt, path.GetBytes(), error);
+    return MakeFailure(path, error);
+}
+
+struct SafeReplace::Writer::Content
+{
+    Content(NativePath path, const Options& options, Target target)
+        : m_path(std::move(path)),
+          m_options(options),
+          m_target(std::move(target)),
+          m_file(m_target.m_folder.Get(), m_target.m_file.IsOpen() ? s_uPrivateMode : options.m_uMode)
+    {
+    }
+
+    // Looks at the file again, which may be another one by now.
+    bool Finish()
+    {
+        Target target;
+        if (!OpenTarget(m_path, m_options, target))
+            return false;
+        errno = ESTALE;
+        if (!IsSameFolder(target.m_folder.Get(), m_target.m_folder.Get()) ||
+            (target.m_file.IsOpen() && !IsStillThere(target)))
+            return false;
+        if (!GiveRights(target, m_options, m_file.Get()) || !Sync(m_file.Get()) ||
+            !m_file.TakePlaceOf(target.m_strName.c_str()))
+            return false;
+        static_cast<void>(Sync(target.m_folder.Get()));
+        return true;
+    }
+
+    const NativePath m_path;
+    const Options m_options;
+    Target m_target;
+    TemporaryFile m_file;
+};
+
+SafeReplace::Writer::Writer(std::unique_ptr<Content> content) : m_pContent(std::move(content)) {}
+
+SafeReplace::Writer::~Writer() = default;
+
+Result<std::unique_ptr<SafeReplace::Writer>> SafeReplace::Writer::Begin(const NativePath& path,
+                                                                        const Options& options)
+{
+    Target target;
+    errno = ENOENT;
+    if (!path.IsValid() || !OpenTarget(path, options, target))
+        return MakeFailure(path, LastError());
+    TemporaryFile::RemoveLeftBehind(target.m_folder.Get());
+    auto content = std::make_unique<Content>(path, options, std::move(target));
+    if (!content->m_file.IsOpen())
+        return MakeFailure(path, LastError());
+    return std::unique_ptr<Writer>(new Writer(std::move(content)));
+}
+
+int SafeReplace::Writer::Get() const
+{
+    return m_pContent->m_file.Get();
+}
+
+Result<void> SafeReplace::Writer::Finish()
+{
+    int error = ESTALE;
+    for (int i = 0; i < s_iAttempts && error == ESTALE; ++i)
+    {
+        errno = 0;
+        if (m_pContent->Finish())
+            return {};
+        error = LastError();
+    }
+    return MakeFailure(m_pContent->m_path, error);
 }
 
 } // namespace Toolkit

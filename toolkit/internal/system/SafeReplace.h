@@ -2,6 +2,7 @@
 #ifndef TOOLKIT_INTERNAL_SYSTEM_SAFEREPLACE_H
 #define TOOLKIT_INTERNAL_SYSTEM_SAFEREPLACE_H
 
+#include <memory>
 #include <string_view>
 
 #include <sys/types.h>
@@ -35,6 +36,31 @@ struct Options
 // mounted on is written in place, for its name cannot be taken: only there a break in between leaves a part.
 // Quirk: other hard links to the file keep the old content.
 Result<void> Write(const NativePath& path, std::string_view bytes, const Options& options);
+
+// The same for content that is written piece by piece. An object that is destroyed before `Finish` leaves the
+// file as it was. What something is mounted on is refused here.
+class Writer
+{
+public:
+    static Result<std::unique_ptr<Writer>> Begin(const NativePath& path, const Options& options);
+    ~Writer();
+
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    // What the content is written to.
+    int Get() const;
+
+    // Has the content take the file's place.
+    Result<void> Finish();
+
+private:
+    struct Content;
+
+    explicit Writer(std::unique_ptr<Content> content);
+
+    std::unique_ptr<Content> m_pContent;
+};
 
 } // namespace Toolkit::SafeReplace
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -36,7 +37,12 @@ const std::size_t s_uLongLength = 8;
 const std::size_t s_uFieldHead = 4;
 
 const std::size_t s_uDirectoryRecordLength = 46;
+const std::size_t s_uDirectoryMaker = 5;
+const unsigned char s_uMadeByUnix = 3;
+const std::size_t s_uDirectoryTime = 12;
+const std::size_t s_uDirectoryDate = 14;
 const std::size_t s_uDirectoryNameLength = 28;
+const std::size_t s_uDirectoryMode = 40;
 
 // No deflated content is longer.
 const long long s_iMostExpansion = 1032;
@@ -98,6 +104,11 @@ ZipFile::ZipFile(const TString<wchar_t>& path)
     m_bExists = IsRegular(m_file.Get(), m_iLength) || IsNoFile(native);
 }
 
+ZipFile::ZipFile(Descriptor file) : m_file(std::move(file))
+{
+    m_bExists = IsRegular(m_file.Get(), m_iLength);
+}
+
 ZipFile::~ZipFile() = default;
 
 bool ZipFile::MayBeArchive() const
@@ -157,14 +168,22 @@ std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
         std::clamp<long long>(entry.GetSize(), 0, std::min(compressed * expansion, s_iMostCredible)));
 }
 
-std::string ZipFile::ReadDirectoryName(long long offset) const
+ZipFile::DirectoryRecord ZipFile::ReadDirectoryRecord(long long offset) const
 {
+    DirectoryRecord result;
     unsigned char record[s_uDirectoryRecordLength];
-    if (ReadAt(offset, record, sizeof record) != sizeof record)
-        return std::string();
-    std::string name(Get16(record + s_uDirectoryNameLength), '\0');
-    name.resize(ReadAt(offset + static_cast<long long>(sizeof record), name.data(), name.size()));
-    return name;
+    if (ReadRecord(offset, record, sizeof record) != sizeof record)
+        return result;
+    result.time = Get16(record + s_uDirectoryTime);
+    result.date = Get16(record + s_uDirectoryDate);
+    if (record[s_uDirectoryMaker] == s_uMadeByUnix)
+        result.mode = Get16(record + s_uDirectoryMode);
+    result.name.resize(Get16(record + s_uDirectoryNameLength));
+    const long long name = offset + static_cast<long long>(sizeof record);
+    const std::size_t size = result.name.size();
+    result.name.resize(size <= s_uWindow ? ReadRecord(name, result.name.data(), size)
+                                         : ReadAt(name, result.name.data(), size));
+    return result;
 }
 
 // The window that holds all of the bytes, or else the one that went unused the longest, now filled there.

@@ -38,6 +38,8 @@ public:
     };
 
     explicit ZipFile(const TString<wchar_t>& path);
+    // A regular file that is open already.
+    explicit ZipFile(Descriptor file);
     ~ZipFile();
 
     ZipFile(const ZipFile&) = delete;
@@ -73,8 +75,19 @@ public:
     // more than 64 MiB.
     std::size_t GetCredibleLength(const wxZipEntry& entry) const;
 
-    // The name, in bytes, in the record of the directory at `offset`.
-    std::string ReadDirectoryName(long long offset) const;
+    // What the record of the directory at `offset` says of an entry in bytes, besides what wxWidgets reads.
+    struct DirectoryRecord
+    {
+        std::string name;
+        // As MS-DOS writes them.
+        unsigned int time = 0;
+        unsigned int date = 0;
+        // As Unix writes it; 0 where another system made the entry.
+        unsigned int mode = 0;
+    };
+
+    // Without a name when it cannot be read.
+    DirectoryRecord ReadDirectoryRecord(long long offset) const;
 
     static constexpr std::size_t s_uWindow = 4096;
 

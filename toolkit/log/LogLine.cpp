@@ -10,9 +10,7 @@
 #include "toolkit/internal/log/KeptName.h"
 #include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/system/ThreadNumber.h"
-#include "toolkit/internal/text/AsciiText.h"
 #include "toolkit/internal/text/CodePoints.h"
-#include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/text/Utf8Repair.h"
 #include "toolkit/log/Log.h"
 
@@ -33,21 +31,6 @@ bool IsUnwritable(wchar_t character)
     return value == 0 || !CodePoints::IsCharacter(value);
 }
 
-// True for text that certainly needs no replacement: every character lies between the zero and the first
-// surrogate. Looks at all of them, which takes less time than to stop at one.
-bool IsCommon(const TString<wchar_t>& text)
-{
-    std::uint32_t below = 0;
-    std::uint32_t above = 0;
-    for (const wchar_t character : text)
-    {
-        // The highest bit is set outside.
-        below |= static_cast<std::uint32_t>(character) - 1;
-        above |= 0xD7FF - static_cast<std::uint32_t>(character);
-    }
-    return (below | above) >> 31 == 0;
-}
-
 // Hands the fields before the message, one by one and in their order, to `take`.
 template <class Function, class Take>
 void ForEachField(LogSeverity severity, unsigned int line, const Function& function, Take take)
@@ -62,68 +45,17 @@ void ForEachField(LogSeverity severity, unsigned int line, const Function& funct
     take(ILogger::c_strLogToken2);
 }
 
-// Collects fields in place, so that the text of a line grows by all of them at once.
-class FieldCollector
-{
-public:
-    explicit FieldCollector(TString<wchar_t>& text) : m_strText(text) {}
-
-    void Take(unsigned int number)
-    {
-        m_end = DecimalDigits::Write(m_end, static_cast<unsigned long long>(number));
-    }
-
-    void Take(const TString<wchar_t>& separator)
-    {
-        wchar_t* end = m_end;
-        for (const wchar_t character : separator)
-            *end++ = character;
-        m_end = end;
-    }
-
-    // UTF-8 of any length.
-    void Take(std::string_view name)
-    {
-        if (name.size() <= s_uMostName && AsciiText::Widen(name.data(), name.size(), m_end))
-        {
-            m_end += name.size();
-            return;
-        }
-        Finish();
-        LogText::Append(m_strText, name);
-    }
-
-    // Hands on what is left.
-    void Finish()
-    {
-        m_strText.append(m_fields, static_cast<std::size_t>(m_end - m_fields));
-        m_end = m_fields;
-    }
-
-private:
-    static constexpr std::size_t s_uMostName = 64;
-    // Three numbers and the separators are shorter than that.
-    static constexpr std::size_t s_uMostOthers = 3 * DecimalDigits::s_iMost + 16;
-
-    TString<wchar_t>& m_strText;
-    wchar_t m_fields[s_uMostName + s_uMostOthers];
-    wchar_t* m_end = m_fields;
-};
-
 // Begins a line's text with the fields before the message.
 void BeginLine(TString<wchar_t>& text, LogSeverity severity, unsigned int line, const char* function)
 {
     text.reserve(128);
-    FieldCollector fields(text);
     ForEachField(severity, line, std::string_view(function != nullptr ? function : ""),
-                 [&fields](const auto& field) { fields.Take(field); });
-    fields.Finish();
+                 [&text](const auto& field) { LogText::Append(text, field); });
 }
 
 void FinishLine(TString<wchar_t>& text)
 {
-    if (!IsCommon(text))
-        std::replace_if(text.begin(), text.end(), IsUnwritable, s_replacement);
+    std::replace_if(text.begin(), text.end(), IsUnwritable, s_replacement);
     text += ILogger::c_strLogToken3;
 }
 

@@ -10,11 +10,14 @@
 #include "bench/Bench.h"
 #include "bench/Sink.h"
 #include "toolkit/Toolkit.h"
+#include "toolkit/log/Log.h"
+#include "toolkit/log/RunLog.h"
 
 #ifdef BENCH_SPDLOG
 #include <spdlog/async.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/null_sink.h>
+#include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/spdlog.h>
 #endif
 #ifdef BENCH_QT
@@ -234,6 +237,96 @@ void RegisterDrain()
 #endif
 }
 
+const std::size_t s_uMaxSize = 64 << 20;
+
+std::shared_ptr<RunLog> InstallRunLog(RunLogOptions options)
+{
+    options.Folder(ToolkitBench::Folder() / "runs").Keep(2).MaxSize(s_uMaxSize);
+    const std::shared_ptr<RunLog> log = RunLog::Open(options).value();
+    Log::Install({log});
+    return log;
+}
+
+// A line of new code that is in the file when the statement ends, beside the bare system call.
+void RegisterRunLog()
+{
+    benchmark::RegisterBenchmark("RunLog/Toolkit",
+                                 [](benchmark::State& state)
+                                 {
+                                     const auto log = InstallRunLog(RunLogOptions("line"));
+                                     const auto work = [] {
+                                         TOOLKIT_LOG(LogSeverity::Info)
+                                             << "a message of the usual length, more or less";
+                                     };
+                                     ToolkitBench::Measure(state, work);
+                                     Log::Install({});
+                                 });
+    benchmark::RegisterBenchmark("RunLog/limit",
+                                 [](benchmark::State& state)
+                                 {
+                                     const std::string line =
+                                         "2026-03-02T14:05:09.250+01:00 info 12345 operator() " +
+                                         std::string("a message of the usual length, more or less\n");
+                                     const int file = open((ToolkitBench::Folder() / "bare").c_str(),
+                                                           O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0600);
+                                     std::size_t size = 0;
+                                     const auto work = [&]
+                                     {
+                                         benchmark::DoNotOptimize(write(file, line.data(), line.size()));
+                                         size += line.size();
+                                         if (size > s_uMaxSize)
+                                             size = static_cast<std::size_t>(ftruncate(file, 0));
+                                     };
+                                     ToolkitBench::Measure(state, work);
+                                     close(file);
+                                 });
+}
+
+// Lines of new code that another thread writes, to the last of them.
+void RegisterRunLogBackground()
+{
+    benchmark::RegisterBenchmark("RunLogBackground/Toolkit",
+                                 [](benchmark::State& state)
+                                 {
+                                     const auto log =
+                                         InstallRunLog(RunLogOptions("queued").Background(64 << 20));
+                                     const auto work = [&log]
+                                     {
+                                         for (std::size_t i = 0; i < s_uLines; ++i)
+                                             TOOLKIT_LOG(LogSeverity::Info) << "value " << i;
+                                         log->Flush();
+                                     };
+                                     ToolkitBench::Measure(state, work);
+                                     Log::Install({});
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+#ifdef BENCH_SPDLOG
+    benchmark::RegisterBenchmark("RunLogBackground/spdlog",
+                                 [](benchmark::State& state)
+                                 {
+                                     const auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+                                         (ToolkitBench::Folder() / "rotating").string(), s_uMaxSize, 2);
+                                     const auto work = [&sink]
+                                     {
+                                         // It tells only by its end that everything is written.
+                                         const auto pool =
+                                             std::make_shared<spdlog::details::thread_pool>(32768, 1);
+                                         spdlog::async_logger logger("rotating", sink, pool);
+                                         logger.set_pattern("%Y-%m-%dT%H:%M:%S.%e%z %l %t %! %v");
+                                         const auto keeps =
+                                             std::shared_ptr<spdlog::async_logger>(&logger, [](auto*) {});
+                                         for (std::size_t i = 0; i < s_uLines; ++i)
+                                             keeps->info("value {}", i);
+                                         keeps->flush();
+                                     };
+                                     ToolkitBench::Measure(state, work);
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+#endif
+}
+
 } // namespace
 
 void ToolkitBench::Register()
@@ -243,4 +336,6 @@ void ToolkitBench::Register()
     RegisterWritten();
     RegisterProducer();
     RegisterDrain();
+    RegisterRunLog();
+    RegisterRunLogBackground();
 }

@@ -63,18 +63,18 @@ struct Writing
 
 thread_local const Writing* s_pWriting = nullptr;
 
-bool IsWriting(const LogSink& sink)
+bool IsWriting(const Writing* writing, const LogSink& sink)
 {
-    for (const Writing* writing = s_pWriting; writing != nullptr; writing = writing->m_pOuter)
+    for (; writing != nullptr; writing = writing->m_pOuter)
         if (writing->m_pSink == &sink)
             return true;
     return false;
 }
 
-void WriteTo(LogSink& sink, const LogRecord& record)
+void WriteTo(LogSink& sink, const LogRecord& record, const Writing*& innermost)
 {
-    const Writing writing{&sink, s_pWriting};
-    s_pWriting = &writing;
+    const Writing writing{&sink, innermost};
+    innermost = &writing;
     try
     {
         sink.Write(record);
@@ -83,7 +83,7 @@ void WriteTo(LogSink& sink, const LogRecord& record)
     {
         // The record is lost in this sink alone.
     }
-    s_pWriting = writing.m_pOuter;
+    innermost = writing.m_pOuter;
 }
 
 class ConsoleSink : public LogSink
@@ -155,15 +155,21 @@ bool Log::IsWanted(LogSeverity severity)
 
 void Log::Write(const LogRecord& record)
 {
+    const NoCancellation whole;
+    WriteWhole(record);
+}
+
+void Log::WriteWhole(const LogRecord& record)
+{
     if (!IsWanted(record.severity))
         return;
-    const NoCancellation whole;
     const std::shared_ptr<const Sinks> sinks = Snapshot();
     if (sinks == nullptr)
         return;
+    const Writing*& innermost = s_pWriting;
     for (const std::shared_ptr<LogSink>& sink : *sinks)
-        if (record.severity <= sink->Threshold() && !IsWriting(*sink))
-            WriteTo(*sink, record);
+        if (record.severity <= sink->Threshold() && !IsWriting(innermost, *sink))
+            WriteTo(*sink, record, innermost);
 }
 
 void Log::ThresholdsChanged()

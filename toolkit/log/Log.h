@@ -48,7 +48,10 @@ public:
 
 private:
     friend class LogSink;
+    friend class LogStatement;
 
+    // For a thread that cannot be cancelled.
+    static void WriteWhole(const LogRecord& record);
     static void ThresholdsChanged();
 };
 

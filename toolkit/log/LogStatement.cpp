@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstring>
 #include <cwchar>
+#include <iterator>
 #include <typeinfo>
 #include <utility>
 
@@ -34,12 +35,11 @@ struct Unit
 const Unit s_units[] = {{1, 1000000000, "ns"}, {1, 1000000, "us"}, {1, 1000, "ms"}, {1, 1, "s"},
                         {60, 1, "min"},        {3600, 1, "h"},     {86400, 1, "d"}};
 
-template <class T>
-void AppendDecimal(std::string& text, T value)
+const std::size_t s_uMostDigits = 24;
+
+std::size_t Length(const char* begin, std::to_chars_result result)
 {
-    char digits[24];
-    const std::to_chars_result result = std::to_chars(digits, digits + sizeof(digits), value);
-    text.append(digits, result.ptr);
+    return static_cast<std::size_t>(result.ptr - begin);
 }
 
 // True when the sink, which may be null, would take a line of this severity.
@@ -60,7 +60,6 @@ bool LogStatement::IsWanted(LogSeverity severity)
 LogStatement::LogStatement(const char* file, unsigned int line, const char* function)
     : m_strFile(file), m_strFunction(function), m_uLine(line), m_severity(s_begunSeverity)
 {
-    m_strText.reserve(120);
 }
 
 LogStatement::~LogStatement()
@@ -68,18 +67,21 @@ LogStatement::~LogStatement()
     const NoCancellation whole;
     try
     {
-        LogRecord record;
-        record.time = std::chrono::system_clock::now();
-        record.severity = m_severity;
-        record.thread = ThreadNumber();
-        record.file = m_strFile;
-        record.line = m_uLine;
-        record.function = m_strFunction;
-        record.message = std::move(m_strText);
-        Utf8Repair::Repair(record.message);
-        Log::Write(record);
+        std::string_view message(m_shortText, m_uLength);
+        if (!m_strLongText.empty())
+            message = m_strLongText;
+        if (!Utf8Repair::IsAscii(message))
+        {
+            if (m_strLongText.empty())
+                m_strLongText = message;
+            Utf8Repair::Repair(m_strLongText);
+            message = m_strLongText;
+        }
+        if (Log::IsWanted(m_severity))
+            Log::WriteWhole({std::chrono::system_clock::now(), m_severity, ThreadNumber(), m_strFile, m_uLine,
+                             m_strFunction, std::string(message)});
         if (ILogger* const sink = ILogger::BelowBridge(); Takes(sink, m_severity))
-            LogLine::Write(*sink, m_severity, m_uLine, m_strFunction, record.message);
+            LogLine::Write(*sink, m_severity, m_uLine, m_strFunction, message);
     }
     catch (...)
     {
@@ -105,7 +107,7 @@ bool LogStatement::BeginsWanted(LogSeverity severity)
 
 void LogStatement::AppendArray(const char* text, std::size_t limit)
 {
-    m_strText.append(text, strnlen(text, limit));
+    AppendText(std::string_view(text, strnlen(text, limit)));
 }
 
 void LogStatement::AppendArray(const wchar_t* text, std::size_t limit)
@@ -113,19 +115,36 @@ void LogStatement::AppendArray(const wchar_t* text, std::size_t limit)
     AppendWide(std::wstring_view(text, wcsnlen(text, limit)));
 }
 
+void LogStatement::AppendText(std::string_view text)
+{
+    if (m_strLongText.empty() && m_uLength + text.size() <= sizeof(m_shortText))
+    {
+        std::memcpy(m_shortText + m_uLength, text.data(), text.size());
+        m_uLength += text.size();
+        return;
+    }
+    if (m_strLongText.empty())
+        m_strLongText.assign(m_shortText, m_uLength);
+    m_strLongText += text;
+}
+
 void LogStatement::AppendNumber(long long value)
 {
-    AppendDecimal(m_strText, value);
+    char digits[s_uMostDigits];
+    AppendText({digits, Length(digits, std::to_chars(digits, std::end(digits), value))});
 }
 
 void LogStatement::AppendNumber(unsigned long long value)
 {
-    AppendDecimal(m_strText, value);
+    char digits[s_uMostDigits];
+    AppendText({digits, Length(digits, std::to_chars(digits, std::end(digits), value))});
 }
 
 void LogStatement::AppendWide(std::wstring_view text)
 {
-    Utf8Repair::AppendWide(m_strText, text);
+    std::string bytes;
+    Utf8Repair::AppendWide(bytes, text);
+    AppendText(bytes);
 }
 
 void LogStatement::AppendUnit(std::intmax_t numerator, std::intmax_t denominator)
@@ -133,14 +152,14 @@ void LogStatement::AppendUnit(std::intmax_t numerator, std::intmax_t denominator
     for (const Unit& unit : s_units)
         if (unit.numerator == numerator && unit.denominator == denominator)
         {
-            m_strText += unit.name;
+            AppendText(unit.name);
             return;
         }
-    m_strText += '[';
+    AppendText("[");
     AppendNumber(static_cast<long long>(numerator));
-    m_strText += '/';
+    AppendText("/");
     AppendNumber(static_cast<long long>(denominator));
-    m_strText += "]s";
+    AppendText("]s");
 }
 
 } // namespace Toolkit

@@ -88,7 +88,7 @@ private:
     void Append(const T& value)
     {
         if constexpr (std::is_same_v<T, char>)
-            m_strText += value;
+            AppendText(std::string_view(&value, 1));
         else if constexpr (std::is_same_v<T, wchar_t>)
             AppendWide(std::wstring_view(&value, 1));
         else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>)
@@ -98,13 +98,13 @@ private:
         else if constexpr (std::is_enum_v<T>)
             Append(static_cast<std::underlying_type_t<T>>(value));
         else if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, char*>)
-            m_strText += value != nullptr ? std::string_view(value) : std::string_view();
+            AppendText(value != nullptr ? std::string_view(value) : std::string_view());
         else if constexpr (std::is_same_v<T, const wchar_t*> || std::is_same_v<T, wchar_t*>)
             AppendWide(value != nullptr ? std::wstring_view(value) : std::wstring_view());
         else if constexpr (std::is_same_v<T, std::filesystem::path>)
-            m_strText += value.native();
+            AppendText(value.native());
         else if constexpr (std::is_convertible_v<const T&, std::string_view>)
-            m_strText += std::string_view(value);
+            AppendText(value);
         else if constexpr (std::is_convertible_v<const T&, std::wstring_view>)
             AppendWide(value);
         else
@@ -139,6 +139,7 @@ private:
         Append(stream.str());
     }
 
+    void AppendText(std::string_view text);
     void AppendNumber(long long value);
     void AppendNumber(unsigned long long value);
     void AppendWide(std::wstring_view text);
@@ -151,7 +152,11 @@ private:
     const char* const m_strFunction;
     const unsigned int m_uLine;
     const LogSeverity m_severity;
-    std::string m_strText;
+    // A text of usual length needs no memory.
+    std::size_t m_uLength = 0;
+    char m_shortText[168];
+    // All of the text once it is longer.
+    std::string m_strLongText;
 };
 
 } // namespace Toolkit

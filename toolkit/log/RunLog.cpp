@@ -112,11 +112,11 @@ struct RunLog::Content
     }
 
     // With the guard held. What cannot be written is lost, and counted before the next that can.
-    void Write(std::string_view lines, std::size_t count)
+    void Write(std::string_view lines, std::size_t count, std::chrono::system_clock::time_point time)
     {
         if (m_uLost != 0 && WriteLost())
             m_uLost = 0;
-        if (!m_files.Write(lines))
+        if (!m_files.Write(lines, time))
             m_uLost += count;
     }
 
@@ -124,9 +124,10 @@ struct RunLog::Content
     {
         LineFormat format;
         std::string line;
-        format.Append(line, std::chrono::system_clock::now(), LogSeverity::Warning, ThreadNumber(), "RunLog",
+        const auto now = std::chrono::system_clock::now();
+        format.Append(line, now, LogSeverity::Warning, ThreadNumber(), "RunLog",
                       std::to_string(m_uLost) + (m_uLost == 1 ? " line was lost" : " lines were lost"));
-        return m_files.Write(line);
+        return m_files.Write(line, now);
     }
 
     void Drain(std::string_view lines, std::uint64_t dropped)
@@ -138,7 +139,7 @@ struct RunLog::Content
             const std::size_t size = PieceOf(lines, std::min(s_uMostAtOnce, m_files.Room()));
             const std::string_view piece = lines.substr(0, size);
             const auto count = std::count(piece.begin(), piece.end(), '\n');
-            Write(piece, static_cast<std::size_t>(count));
+            Write(piece, static_cast<std::size_t>(count), std::chrono::system_clock::now());
             lines.remove_prefix(size);
         }
         if (m_uLost != 0 && WriteLost())
@@ -225,7 +226,7 @@ void RunLog::Write(const LogRecord& record)
     const std::lock_guard<std::mutex> lock(content.m_mutex);
     content.m_strLine.clear();
     append(content.m_strLine);
-    content.Write(content.m_strLine, 1);
+    content.Write(content.m_strLine, 1, record.time);
 }
 
 bool RunLog::Flush()

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/internal/log/LineFormat.h"
 
-#include <charconv>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -13,6 +12,10 @@ namespace Toolkit
 
 namespace
 {
+
+// The time, the severity and the number of a thread are shorter.
+const std::size_t s_uMostOfFields = 256;
+const std::size_t s_uMostOfName = 64;
 
 const std::string_view s_words[] = {"error", "warning", "info", "debug", "verbose"};
 
@@ -31,6 +34,22 @@ bool IsPrintable(const char* bytes)
     std::memcpy(&word, bytes, sizeof(word));
     const std::uint64_t del = word ^ 0x7F * ones;
     return ((word | (word - 0x20 * ones) | ((del - ones) & ~del)) & high) == 0;
+}
+
+// The same of a text of any length.
+bool IsAllPrintable(std::string_view text)
+{
+    char rest[8] = {'x', 'x', 'x', 'x', 'x', 'x', 'x', 'x'};
+    if (text.size() < sizeof(rest))
+    {
+        for (std::size_t i = 0; i < text.size(); ++i)
+            rest[i] = text[i];
+        return IsPrintable(rest);
+    }
+    bool all = true;
+    for (std::size_t i = 0; i + sizeof(rest) <= text.size(); i += sizeof(rest))
+        all = all && IsPrintable(text.data() + i);
+    return all && IsPrintable(text.data() + text.size() - sizeof(rest));
 }
 
 // The length of the character at the start that must be escaped, 0 when there is none: a control character of
@@ -64,14 +83,14 @@ void AppendEscape(std::string& text, std::string_view control)
 
 void AppendEscaped(std::string& text, std::string_view value)
 {
+    if (IsAllPrintable(value))
+    {
+        text += value;
+        return;
+    }
     std::size_t done = 0;
     for (std::size_t i = 0; i < value.size();)
     {
-        if (i + 8 <= value.size() && IsPrintable(value.data() + i))
-        {
-            i += 8;
-            continue;
-        }
         const std::size_t length = LengthOfControl(value.substr(i));
         if (length != 0)
         {
@@ -84,11 +103,11 @@ void AppendEscaped(std::string& text, std::string_view value)
     text += value.substr(done);
 }
 
-void AppendDigits(std::string& text, std::uint64_t value)
+// Copies and returns the end.
+char* Put(char* place, std::string_view text)
 {
-    char digits[20];
-    const std::to_chars_result result = std::to_chars(digits, digits + sizeof(digits), value);
-    text.append(digits, result.ptr);
+    std::memcpy(place, text.data(), text.size());
+    return place + text.size();
 }
 
 } // namespace
@@ -98,28 +117,46 @@ void LineFormat::Append(std::string& text, std::chrono::system_clock::time_point
 {
     using std::chrono::milliseconds;
     using std::chrono::seconds;
-    const auto second = std::chrono::floor<seconds>(time.time_since_epoch());
-    const auto rest = std::chrono::floor<milliseconds>(time.time_since_epoch()) - second;
-    if (second.count() != m_iSecond)
-        SetSecond(second.count());
-    const auto count = static_cast<unsigned int>(rest.count());
+    auto rest = time - m_second;
+    if (rest < seconds(0) || rest >= seconds(1))
+    {
+        SetSecond(std::chrono::floor<seconds>(time));
+        rest = time - m_second;
+    }
+    if (thread != m_uThread || m_strThread.empty())
+    {
+        m_uThread = thread;
+        m_strThread = ' ' + std::to_string(thread) + ' ';
+    }
+    const auto count = static_cast<unsigned int>(std::chrono::duration_cast<milliseconds>(rest).count());
     const char fraction[] = {'.', static_cast<char>('0' + count / 100),
                              static_cast<char>('0' + count / 10 % 10), static_cast<char>('0' + count % 10)};
-    text += m_strDate;
-    text.append(fraction, sizeof(fraction));
-    text += m_strOffset;
-    text += WordOf(severity);
-    text += ' ';
-    AppendDigits(text, thread);
-    text += ' ';
-    AppendEscaped(text, function.empty() ? "-" : function);
-    text += ' ';
+    char fields[s_uMostOfFields];
+    char* end = Put(fields, m_strDate);
+    end = Put(end, std::string_view(fraction, sizeof(fraction)));
+    end = Put(end, m_strOffset);
+    end = Put(end, WordOf(severity));
+    end = Put(end, m_strThread);
+    const std::string_view name = function.empty() ? "-" : function;
+    if (name.size() <= s_uMostOfName && IsAllPrintable(name))
+    {
+        end = Put(end, name);
+        *end++ = ' ';
+        text.append(fields, static_cast<std::size_t>(end - fields));
+    }
+    else
+    {
+        text.append(fields, static_cast<std::size_t>(end - fields));
+        AppendEscaped(text, name);
+        text += ' ';
+    }
     AppendEscaped(text, message);
     text += '\n';
 }
 
-void LineFormat::SetSecond(std::int64_t second)
+void LineFormat::SetSecond(Second moment)
 {
+    const std::int64_t second = moment.time_since_epoch().count();
     const CivilTime local = CivilTime::Local(second);
     const std::int64_t minutes = (local.UtcInstant() - second) / 60;
     const std::int64_t distance = minutes < 0 ? -minutes : minutes;
@@ -132,7 +169,7 @@ void LineFormat::SetSecond(std::int64_t second)
                   static_cast<int>(distance / 60 % 100), static_cast<int>(distance % 60));
     m_strDate = date;
     m_strOffset = offset;
-    m_iSecond = second;
+    m_second = moment;
 }
 
 } // namespace Toolkit

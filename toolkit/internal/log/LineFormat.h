@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <string_view>
 
@@ -22,10 +21,15 @@ public:
                 std::uint64_t thread, std::string_view function, std::string_view message);
 
 private:
-    // The parts of the time that stay the same for a second.
-    void SetSecond(std::int64_t second);
+    using Second = std::chrono::time_point<std::chrono::system_clock, std::chrono::seconds>;
 
-    std::int64_t m_iSecond = std::numeric_limits<std::int64_t>::min();
+    // The parts of the time that stay the same for a second.
+    void SetSecond(Second second);
+
+    // Far from every time that can be logged without being set first.
+    Second m_second = Second(std::chrono::hours(-1000000));
+    std::uint64_t m_uThread = 0;
+    std::string m_strThread;
     std::string m_strDate;
     std::string m_strOffset;
 };

@@ -30,10 +30,9 @@ const char c_strExtension[] = ".log";
 const std::string_view c_strPattern("00000000T000000.000Z");
 // A moment that is taken is that of another process or of an earlier file; a later one is soon free.
 const int s_iMostTries = 10000;
-// A line that follows the one before so closely comes from a program that does nothing but log: whether its
-// file is still there is looked at only now and then.
-const std::chrono::microseconds s_close(2);
-const std::chrono::milliseconds s_longest(1);
+const std::chrono::microseconds s_closeGap(50);
+const std::chrono::milliseconds s_longestGap(1);
+const unsigned int s_uMostNotLooked = 64;
 
 bool MatchesPattern(std::string_view moment)
 {
@@ -57,7 +56,11 @@ bool MakeFolder(const fs::path& folder)
 } // namespace
 
 LogFiles::LogFiles(fs::path folder, std::string name, unsigned int keep, std::uint64_t maxSize)
-    : m_folder(std::move(folder)), m_strName(std::move(name)), m_uKeep(keep), m_uMaxSize(maxSize)
+    : m_folder(std::move(folder)),
+      m_strName(std::move(name)),
+      m_uKeep(keep),
+      m_uMaxSize(maxSize),
+      m_usualGap(s_longestGap)
 {
 }
 
@@ -66,9 +69,9 @@ bool LogFiles::Open()
     return MakeFolder(m_folder) && OpenNext();
 }
 
-bool LogFiles::Write(std::string_view lines)
+bool LogFiles::Write(std::string_view lines, std::chrono::system_clock::time_point time)
 {
-    if (m_file.IsOpen() && IsTimeToLook() && !IsInPlace())
+    if (IsTimeToLook(time) && m_file.IsOpen() && !IsInPlace())
         m_file = Descriptor();
     const bool isFull = m_uMaxSize != 0 && m_uSize != 0 && m_uSize + lines.size() > m_uMaxSize;
     if (!m_file.IsOpen())
@@ -118,13 +121,15 @@ void LogFiles::TakeBack()
     errno = error;
 }
 
-bool LogFiles::IsTimeToLook()
+bool LogFiles::IsTimeToLook(std::chrono::system_clock::time_point time)
 {
-    const Clock::time_point now = Clock::now();
-    const bool looks = now - std::exchange(m_lastWrite, now) > s_close || now - m_lastLook > s_longest;
-    if (looks)
-        m_lastLook = now;
-    return looks;
+    using std::chrono::nanoseconds;
+    const nanoseconds gap = time - std::exchange(m_lastWrite, time);
+    // The clock may be set; and the first line has none before it.
+    const bool isClose = gap >= nanoseconds(0) && gap < 6 * m_usualGap && m_usualGap < s_closeGap;
+    m_usualGap += (std::clamp<nanoseconds>(gap, nanoseconds(0), s_longestGap) - m_usualGap) / 8;
+    m_uNotLooked = isClose && m_uNotLooked < s_uMostNotLooked ? m_uNotLooked + 1 : 0;
+    return m_uNotLooked == 0;
 }
 
 bool LogFiles::IsInPlace() const

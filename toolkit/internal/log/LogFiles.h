@@ -26,9 +26,9 @@ public:
     // Makes the first file, and the folder if it is missing. False when that fails, and errno tells why.
     bool Open();
 
-    // Writes whole lines, all by one `write` where the system takes it so; they stay in one file. False when
-    // nothing of them could be written, and errno tells why.
-    bool Write(std::string_view lines);
+    // Writes whole lines at that time, all by one `write` where the system takes it so; they stay in one
+    // file. False when nothing of them could be written, and errno tells why.
+    bool Write(std::string_view lines, std::chrono::system_clock::time_point time);
 
     // How many bytes the current file still takes.
     std::size_t Room() const;
@@ -37,7 +37,6 @@ public:
     const std::filesystem::path& Path() const { return m_path; }
 
 private:
-    using Clock = std::chrono::steady_clock;
     using Moment = std::chrono::time_point<std::chrono::system_clock, std::chrono::milliseconds>;
 
     bool Append(std::string_view lines);
@@ -45,7 +44,9 @@ private:
     void TakeBack();
     // True when the file is still where it was made.
     bool IsInPlace() const;
-    bool IsTimeToLook();
+    // True when it must be looked whether the file is still there: at each line, but for those of a program
+    // that does nothing but log, which follow each other closely; there now and then.
+    bool IsTimeToLook(std::chrono::system_clock::time_point time);
     // Makes a file with a name that no other has.
     bool OpenNext();
     bool OpenAt(Moment moment);
@@ -69,8 +70,10 @@ private:
     std::uint64_t m_uNumber = 0;
     // A part of a line that could not be taken back.
     bool m_bTorn = false;
-    Clock::time_point m_lastWrite;
-    Clock::time_point m_lastLook;
+    std::chrono::system_clock::time_point m_lastWrite;
+    // The time from one line to the next, of late.
+    std::chrono::nanoseconds m_usualGap;
+    unsigned int m_uNotLooked = 0;
 };
 
 } // namespace Toolkit

@@ -138,6 +138,23 @@ class FoldersPrinter:
         return "string"
 
 
+class SettingsPrinter:
+    """The path of the file."""
+
+    def __init__(self, value):
+        # A unique_ptr without a deleter of its own is one pointer.
+        content = gdb.lookup_type("Toolkit::Settings::Content").pointer().pointer()
+        self.content = value["m_pContent"].address.cast(content).dereference()
+
+    def to_string(self):
+        if int(self.content) == 0:
+            return "moved from"
+        return TStringPrinter(self.content.dereference()["m_path"]["_M_pathname"]).to_string()
+
+    def display_hint(self):
+        return "string" if int(self.content) != 0 else None
+
+
 def build_printers():
     printers = gdb.printing.RegexpCollectionPrettyPrinter("toolkit")
     printers.add_printer("TString", r"^Toolkit::TString<(char|wchar_t)>$", TStringPrinter)
@@ -145,6 +162,7 @@ def build_printers():
     printers.add_printer("Bytes", r"^Toolkit::Bytes$", BytesPrinter)
     printers.add_printer("DateTime", r"^Toolkit::DateTime$", DateTimePrinter)
     printers.add_printer("Folders", r"^Toolkit::Folders$", FoldersPrinter)
+    printers.add_printer("Settings", r"^Toolkit::Settings$", SettingsPrinter)
     printers.add_printer("Failure", r"^Toolkit::Failure$", FailurePrinter)
     printers.add_printer("Result", r"^Toolkit::Result<.*>$", ResultPrinter)
     return printers

@@ -24,6 +24,7 @@
 #include "toolkit/files/FSOutputSerializer.h"
 #include "toolkit/files/FSStream.h"
 #include "toolkit/files/IniFile.h"
+#include "toolkit/files/Settings.h"
 #include "toolkit/files/TextFile.h"
 #include "toolkit/files/WholeFile.h"
 #include "toolkit/files/ZipInputStream.h"
@@ -292,6 +293,41 @@ TEST_F(BrokenSystem, IsAnsweredByFiles)
              EXPECT_EQ(ini->IsLoaded() ? c_strText : TString<wchar_t>(),
                        ini->GetValue(L"section", L"key", L""));
              EXPECT_TRUE(ini->Parse(path));
+         }},
+        {"Settings::Load",
+         [&](const Faults& faults)
+         {
+             Write("file", "[section]\nkey=" + bytes + "\n");
+             std::string read;
+             faults(
+                 [&]
+                 {
+                     const Result<Settings> settings = Settings::LoadOrNew(m_folder.Path("file"));
+                     read =
+                         settings ? settings->Get("section", "key", "missing") : settings.error().Message();
+                 });
+             EXPECT_TRUE(read == bytes || Begins(read, "cannot read " + m_folder.Path("file") + ": "))
+                 << read;
+         }},
+        {"Settings::Save",
+         [&](const Faults& faults)
+         {
+             const std::string before = "[section]\nkey=" + bytes + "\n";
+             Write("file", before);
+             Settings settings = Settings::Load(m_folder.Path("file")).value();
+             settings.Set("section", "key", 1).value();
+             std::string wrong;
+             faults(
+                 [&]
+                 {
+                     const Result<void> saved = settings.Save();
+                     wrong = saved ? "" : saved.error().Message();
+                 });
+             EXPECT_EQ(wrong.empty() ? "[section]\nkey=1\n" : before, Content("file"));
+             EXPECT_TRUE(wrong.empty() || wrong.find(m_folder.Path("file")) != wrong.npos) << wrong;
+             RemoveLeftBehind();
+             EXPECT_TRUE(settings.Save());
+             EXPECT_EQ("[section]\nkey=1\n", Content("file"));
          }},
         {"Directory",
          [&](const Faults& faults)

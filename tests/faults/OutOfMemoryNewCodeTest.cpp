@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/OutOfMemory.h"
+#include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/Folders.h"
 #include "toolkit/core/LibraryVersion.h"
 #include "toolkit/core/Result.h"
 #include "toolkit/encoding/Text.h"
+#include "toolkit/files/Settings.h"
 
 using namespace Toolkit;
 using ToolkitTest::Attempt;
@@ -77,5 +79,97 @@ TEST(OutOfMemory, IsSurvivedByFolders)
          }},
         {"Folders::Executable",
          [](const Attempt& attempt) { attempt([] { EXPECT_FALSE(Folders::Executable().empty()); }); }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedBySettings)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const std::string path = folder.Path("a.ini");
+    const std::string text = "[a section of a long name]\na key of a long name = a value of a long text\n";
+    const char* const section = "a section of a long name";
+    const char* const key = "a key of a long name";
+    const auto load = [&]
+    {
+        ToolkitTest::WriteBytes(path, text);
+        return Settings::Load(path).value();
+    };
+    // What a change must have done when it ended, and must not have done when it did not.
+    const auto check = [&](Settings& settings, bool changed, const char* otherKey)
+    {
+        EXPECT_EQ(changed, settings.Has(section, otherKey) || settings.Has("new", otherKey));
+        EXPECT_EQ("a value of a long text", settings.Get(section, key, ""));
+        EXPECT_TRUE(settings.Set(section, "after", 1).has_value());
+        EXPECT_TRUE(settings.Save().has_value());
+        EXPECT_EQ(changed,
+                  Settings::Load(path)->Has(section, otherKey) || Settings::Load(path)->Has("new", otherKey));
+    };
+    ToolkitTest::FailEachAllocation({
+        {"Settings::Load",
+         [&](const Attempt& attempt)
+         {
+             ToolkitTest::WriteBytes(path, text);
+             attempt([&] { EXPECT_TRUE(Settings::Load(path).has_value()); });
+         }},
+        {"Settings::LoadOrNew", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_TRUE(Settings::LoadOrNew(folder.Path("missing")).has_value()); }); }},
+        {"Settings::Settings(copy)",
+         [&](const Attempt& attempt)
+         {
+             const Settings settings = load();
+             attempt([&] { EXPECT_TRUE(Settings(settings).Has(section, key)); });
+         }},
+        {"Settings::Get, Keys, Sections",
+         [&](const Attempt& attempt)
+         {
+             const Settings settings = load();
+             attempt([&] { EXPECT_EQ(22U, settings.Get(section, key, "").size()); });
+             attempt([&] { EXPECT_EQ(7, settings.Get(section, key, 7)); });
+             attempt([&] { EXPECT_EQ(1U, settings.Keys(section).size()); });
+             attempt([&] { EXPECT_EQ(1U, settings.Sections().size()); });
+         }},
+        {"Settings::Set(a new key)",
+         [&](const Attempt& attempt)
+         {
+             Settings settings = load();
+             const char* const name = "another key of a long name";
+             const bool done = attempt([&] { EXPECT_TRUE(settings.Set(section, name, 1).has_value()); });
+             check(settings, done, name);
+         }},
+        {"Settings::Set(a new section)",
+         [&](const Attempt& attempt)
+         {
+             Settings settings = load();
+             const char* const name = "another key of a long name";
+             const bool done = attempt([&] { EXPECT_TRUE(settings.Set("new", name, 1).has_value()); });
+             check(settings, done, name);
+         }},
+        {"Settings::Set(an old key)",
+         [&](const Attempt& attempt)
+         {
+             Settings settings = load();
+             const bool done = attempt(
+                 [&]
+                 { EXPECT_TRUE(settings.Set(section, key, "another value of a long text").has_value()); });
+             EXPECT_EQ(done ? "another value of a long text" : "a value of a long text",
+                       settings.Get(section, key, ""));
+         }},
+        {"Settings::Remove",
+         [&](const Attempt& attempt)
+         {
+             ToolkitTest::WriteBytes(path, text + key + " = repeated\n");
+             Settings settings = Settings::Load(path).value();
+             const bool done = attempt([&] { EXPECT_TRUE(settings.Remove(section, key)); });
+             EXPECT_NE(done, settings.Has(section, key));
+         }},
+        {"Settings::Save",
+         [&](const Attempt& attempt)
+         {
+             Settings settings = load();
+             settings.Set(section, key, "changed").value();
+             attempt([&] { EXPECT_TRUE(settings.Save().has_value()); });
+             EXPECT_TRUE(settings.Save().has_value());
+             EXPECT_EQ("changed", Settings::Load(path)->Get(section, key, ""));
+         }},
     });
 }

@@ -197,6 +197,11 @@ TEST(WriteFile, MakesAFileWithItsFolders)
     ASSERT_EQ(0, stat(folder.Path("a/b/c/file").c_str(), &status));
     EXPECT_EQ(0640U, status.st_mode & 07777);
     EXPECT_EQ(1U, EntriesOf(folder.Path("a/b/c")));
+    for (const char* const made : {"a", "a/b", "a/b/c"})
+    {
+        ASSERT_EQ(0, stat(folder.Path(made).c_str(), &status));
+        EXPECT_EQ(0700U, status.st_mode & 07777) << made;
+    }
 }
 
 TEST(WriteFile, ReplacesTheContentAndKeepsThePermissions)

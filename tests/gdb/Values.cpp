@@ -9,6 +9,7 @@
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/datetime/DateTime.h"
 #include "toolkit/encoding/Bytes.h"
+#include "toolkit/files/Settings.h"
 
 using namespace Toolkit;
 
@@ -56,6 +57,7 @@ int main()
     const Result<void> nothing;
     setenv("XDG_CONFIG_HOME", "/config", 1);
     const Folders folders = *Folders::Of("watch");
+    const Settings settings = *Settings::LoadOrNew("/nowhere/a.ini");
     Stop();
     return 0;
 }

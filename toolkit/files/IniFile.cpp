@@ -2,10 +2,10 @@
 #include "toolkit/files/IniFile.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <utility>
 
 #include "toolkit/files/TextFile.h"
+#include "toolkit/internal/ini/IniLine.h"
 #include "toolkit/internal/text/NameTable.h"
 #include "toolkit/internal/text/ParseNumber.h"
 #include "toolkit/log/LogLine.h"
@@ -18,17 +18,6 @@ namespace
 
 // Quirk: the line numbers of what is logged are fixed; they follow no source.
 const unsigned int s_uOpenFailedLine = 64;
-
-// The part from `begin` up to `end` without the spaces and tabs at both of its ends.
-TString<wchar_t> Trimmed(const TString<wchar_t>& text, std::size_t begin, std::size_t end)
-{
-    const auto isBlank = [&](std::size_t i) { return text[i] == L' ' || text[i] == L'\t'; };
-    while (begin < end && isBlank(begin))
-        ++begin;
-    while (begin < end && isBlank(end - 1))
-        --end;
-    return TString<wchar_t>(text.substr(begin, end - begin));
-}
 
 // What `>>` of a wide stream in the classic locale leaves in a number that was 0.
 template <class Number>
@@ -55,18 +44,11 @@ struct IniFile::Sections
 
 void IniFile::Sections::ParseLine(const TString<wchar_t>& line)
 {
-    if (line.empty())
-        return;
-    if (line.size() >= 2 && line.front() == L'[' && line.back() == L']')
-    {
-        m_pCurrent = &m_table.Add(TString<wchar_t>(line.substr(1, line.size() - 2)));
-        return;
-    }
-    if (line.front() == L';' || m_pCurrent == nullptr)
-        return;
-    const std::size_t equals = line.find(L'=');
-    if (equals != line.npos)
-        m_pCurrent->Add(Trimmed(line, 0, equals), Trimmed(line, equals + 1, line.size()));
+    const IniLine<wchar_t> parsed(line);
+    if (parsed.m_kind == parsed.Section)
+        m_pCurrent = &m_table.Add(TString<wchar_t>(parsed.m_name));
+    else if (parsed.m_kind == parsed.Key && m_pCurrent != nullptr)
+        m_pCurrent->Add(TString<wchar_t>(parsed.m_name), TString<wchar_t>(parsed.m_value));
 }
 
 IniFile::IniFile(const TString<wchar_t>& path) : m_pSections(std::make_unique<Sections>()), m_bLoaded(false)

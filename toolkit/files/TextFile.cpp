@@ -9,6 +9,7 @@
 #include "toolkit/internal/system/ReadWhole.h"
 #include "toolkit/internal/system/SafeReplace.h"
 #include "toolkit/internal/text/TextEncoding.h"
+#include "toolkit/internal/text/TextLines.h"
 
 namespace Toolkit
 {
@@ -103,17 +104,12 @@ void TextFile::Close()
 std::vector<TextFile::Line> TextFile::FindLines(const TString<wchar_t>& text)
 {
     std::vector<Line> lines;
-    const std::size_t size = text.size();
-    for (std::size_t begin = 0; begin < size;)
-    {
-        std::size_t end = begin;
-        while (end < size && text[end] != L'\n' && text[end] != L'\r')
-            ++end;
-        lines.push_back({begin, end - begin});
-        begin = end + 1;
-        if (begin < size && text[end] == L'\r' && text[begin] == L'\n')
-            ++begin;
-    }
+    ForEachLine(std::wstring_view(text),
+                [&](const TextLine<wchar_t>& line)
+                {
+                    const auto begin = static_cast<std::size_t>(line.m_text.data() - text.data());
+                    lines.push_back({begin, line.m_text.size()});
+                });
     return lines;
 }
 

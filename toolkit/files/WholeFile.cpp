@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include <sys/stat.h>
+
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/ReadWhole.h"
 #include "toolkit/internal/system/SafeReplace.h"
@@ -15,18 +17,31 @@ namespace Toolkit
 namespace
 {
 
+// What the base directory specification of freedesktop.org asks for: who shares a folder says so by making
+// it.
+const mode_t s_uFolderMode = 0700;
+
 bool HoldsNul(const std::filesystem::path& path)
 {
     return path.native().find('\0') != std::string::npos;
 }
 
+// True when the folder is there; otherwise errno tells why not. What another made meanwhile is no failure.
+bool MakeEach(const std::filesystem::path& folder)
+{
+    if (mkdir(folder.c_str(), s_uFolderMode) == 0 || errno == EEXIST)
+        return true;
+    const std::filesystem::path parent = folder.parent_path();
+    if (errno != ENOENT || parent.empty() || parent == folder || !MakeEach(parent))
+        return false;
+    return mkdir(folder.c_str(), s_uFolderMode) == 0 || errno == EEXIST;
+}
+
 // A failure of its own, for without its folder the file cannot be written, either.
 Result<void> MakeFolders(const std::filesystem::path& folder)
 {
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    if (error)
-        return SystemFailure("cannot make the folder", folder.native(), error.value());
+    if (!MakeEach(folder))
+        return SystemFailure("cannot make the folder", folder.native(), errno);
     return {};
 }
 

@@ -32,10 +32,10 @@ TOOLKIT_API Result<std::string> ReadFile(const std::filesystem::path& path,
 
 /// Gives a file this content, whole and on the disk, or leaves it as it was, whatever ends the process or the
 /// power meanwhile. A missing file is made, with permissions 0666 less the umask, and so are the folders that
-/// it lies in. Links are followed: it is their target that gets the content. Permissions, owner, access
-/// control list and extended attributes of a file that is there are kept; what the system does not let this
-/// user keep grants less, never more. Any thread may call it, and several at once for one file: the content
-/// is that of one of them. It waits for the disk.
+/// it lies in, which are for this user alone (0700). Links are followed: it is their target that gets the
+/// content. Permissions, owner, access control list and extended attributes of a file that is there are kept;
+/// what the system does not let this user keep grants less, never more. Any thread may call it, and several
+/// at once for one file: the content is that of one of them. It waits for the disk.
 ///
 /// Its failures are `Errc::Refused` for a FIFO, a socket or a device, `std::errc::is_a_directory` for a
 /// folder, `std::errc::invalid_argument` for a name that holds a NUL, and whatever the system has against it

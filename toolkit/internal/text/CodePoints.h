@@ -37,6 +37,17 @@ constexpr std::uint32_t FromPair(std::uint32_t high, std::uint32_t low)
     return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
 }
 
+// The two surrogates of a character above FFFF.
+constexpr std::uint32_t HighOf(std::uint32_t character)
+{
+    return 0xD800 + ((character - 0x10000) >> 10);
+}
+
+constexpr std::uint32_t LowOf(std::uint32_t character)
+{
+    return 0xDC00 + ((character - 0x10000) & 0x3FF);
+}
+
 } // namespace Toolkit::CodePoints
 
 #endif

@@ -14,29 +14,30 @@
 namespace Toolkit
 {
 
-// Values by their names, which are compared exactly. The entries lie side by side in the order in which they
-// were added, and are found through a table of their hashes: a look-up touches memory in few places and makes
-// no text. Nothing is ever removed singly.
-template <class Value>
+// Values by their names, texts or views of texts, which are compared exactly. The entries lie side by side in
+// the order in which they were added, and are found through a table of their hashes: a look-up touches memory
+// in few places and makes no text. Nothing is ever removed singly.
+template <class Value, class Name = TString<wchar_t>>
 class NameTable
 {
 public:
-    using Entry = std::pair<TString<wchar_t>, Value>;
+    using Entry = std::pair<Name, Value>;
 
     const std::vector<Entry>& GetEntries() const { return m_entries; }
 
     // Null when there is none; valid until something is added.
-    const Value* Find(const TString<wchar_t>& name) const
+    const Value* Find(const Name& name) const
     {
         if (m_entries.empty())
             return nullptr;
         const Slot slot = m_slots[FindSlot(name, HashOf(name))];
         return slot.entry == 0 ? nullptr : &m_entries[slot.entry - 1].second;
     }
+    Value* Find(const Name& name) { return const_cast<Value*>(std::as_const(*this).Find(name)); }
 
     // The value of that name, which is made of `arguments` if it is new; valid until something is added.
     template <class... Arguments>
-    Value& Add(TString<wchar_t>&& name, Arguments&&... arguments)
+    Value& Add(Name name, Arguments&&... arguments)
     {
         // Half of the slots stay free, so that looking for one always ends, and soon.
         if (m_slots.size() <= 2 * m_entries.size())
@@ -59,13 +60,14 @@ private:
         std::uint32_t entry;
     };
 
-    static std::uint32_t HashOf(const TString<wchar_t>& name)
+    static std::uint32_t HashOf(const Name& name)
     {
-        return static_cast<std::uint32_t>(std::hash<std::wstring_view>()(name));
+        return static_cast<std::uint32_t>(
+            std::hash<std::basic_string_view<typename Name::value_type>>()(name));
     }
 
     // The slot of that name, or the free one where it belongs.
-    std::size_t FindSlot(const TString<wchar_t>& name, std::uint32_t hash) const
+    std::size_t FindSlot(const Name& name, std::uint32_t hash) const
     {
         const std::size_t mask = m_slots.size() - 1;
         std::size_t i = hash & mask;

@@ -27,6 +27,8 @@ const Mark s_marks[] = {
     {"\xFF\xFE", 2, 2, false},     {"\xFE\xFF", 2, 2, true},
 };
 
+const unsigned long s_uMark = 0xFEFF;
+
 // Converts what lies between the zeros, where the converters would stop, and keeps the zeros.
 template <class From, class To, class Convert>
 bool ConvertAroundZeros(const TString<From>& from, TString<To>& to, Convert convert)
@@ -92,6 +94,42 @@ bool TextEncoding::Decode(const TString<char>& bytes, TString<wchar_t>& text) co
 bool TextEncoding::Encode(const TString<wchar_t>& text, TString<char>& bytes)
 {
     return ConvertAroundZeros(text, bytes, Utf8Codec::Encode);
+}
+
+bool TextEncoding::EncodeMarked(const TString<wchar_t>& text, TString<char>& bytes) const
+{
+    // It also tells whether there is a UTF-16 and a UTF-32 form.
+    if (!Encode(text, bytes))
+        return false;
+    if (m_uUnitLength > 1)
+        bytes.clear();
+    if (m_uMarkLength == 3)
+        bytes.insert(0, "\xEF\xBB\xBF");
+    if (m_uUnitLength == 1)
+        return true;
+    bytes.reserve((text.size() + 1) * m_uUnitLength);
+    AddUnit(s_uMark, bytes);
+    for (const wchar_t character : text)
+    {
+        const std::uint32_t value = static_cast<std::uint32_t>(character);
+        if (m_uUnitLength == 2 && value > 0xFFFF)
+        {
+            AddUnit(CodePoints::HighOf(value), bytes);
+            AddUnit(CodePoints::LowOf(value), bytes);
+        }
+        else
+            AddUnit(value, bytes);
+    }
+    return true;
+}
+
+void TextEncoding::AddUnit(unsigned long value, TString<char>& bytes) const
+{
+    for (std::size_t i = 0; i < m_uUnitLength; ++i)
+    {
+        const std::size_t place = m_bBigEndian ? m_uUnitLength - 1 - i : i;
+        bytes += static_cast<char>(value >> (8 * place) & 0xFF);
+    }
 }
 
 bool TextEncoding::DecodeUnits(const TString<char>& bytes, TString<wchar_t>& text) const

@@ -38,7 +38,11 @@ public:
     // UTF-8 without a mark; false when the text holds what has no UTF-8 form.
     static bool Encode(const TString<wchar_t>& text, TString<char>& bytes);
 
+    // The text as it was decoded, with the mark that selected the encoding; false as for Encode.
+    bool EncodeMarked(const TString<wchar_t>& text, TString<char>& bytes) const;
+
 private:
+    void AddUnit(unsigned long value, TString<char>& bytes) const;
     bool DecodeUnits(const TString<char>& bytes, TString<wchar_t>& text) const;
     std::uint32_t GetUnit(const char* unit) const;
 

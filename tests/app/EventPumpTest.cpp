@@ -229,6 +229,34 @@ TEST_F(EventPumpTest, EndsThoughThereIsAlwaysMore)
     close(pipes[1]);
 }
 
+// What another thread opens meanwhile is its own, and may be meant for the programs that it starts.
+TEST_F(EventPumpTest, LeavesTheDescriptorsOfOtherThreadsAlone)
+{
+    std::atomic<bool> done{false};
+    int changed = 0;
+    std::thread other(
+        [&done, &changed]
+        {
+            for (int i = 0; i < 20000; ++i)
+            {
+                int ends[2];
+                if (pipe(ends) != 0)
+                    continue;
+                std::this_thread::yield();
+                for (const int end : ends)
+                {
+                    changed += fcntl(end, F_GETFD) == FD_CLOEXEC ? 1 : 0;
+                    close(end);
+                }
+            }
+            done = true;
+        });
+    while (!done)
+        EXPECT_TRUE(m_pump.Run(0));
+    other.join();
+    EXPECT_EQ(0, changed);
+}
+
 TEST_F(EventPumpTest, RunsOnTheMainThreadOnly)
 {
     bool ran = true;

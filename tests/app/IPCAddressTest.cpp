@@ -9,10 +9,12 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 
+#include "toolkit/app/IPCServer.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
 
 using Toolkit::IPCAddress;
+using Toolkit::IPCServer;
 using Toolkit::PathManager;
 using Toolkit::smart_ptr;
 
@@ -110,13 +112,13 @@ TEST(IPCAddress, MovesToTheTemporaryFolderWhenTheFolderAloneIsTooLong)
 TEST(IPCAddress, HasNoDefaultWithoutAPathManager)
 {
     ASSERT_EQ(nullptr, PathManager::s_pInstance);
-    EXPECT_EQ(L"", IPCAddress::ServiceOrDefault(L""));
+    EXPECT_EQ(L"", IPCServer::ServiceOrDefault(L""));
     PathManager::s_pInstance = new smart_ptr<PathManager>;
-    EXPECT_EQ(L"", IPCAddress::ServiceOrDefault(L""));
-    EXPECT_EQ(L"name", IPCAddress::ServiceOrDefault(L"name"));
+    EXPECT_EQ(L"", IPCServer::ServiceOrDefault(L""));
+    EXPECT_EQ(L"name", IPCServer::ServiceOrDefault(L"name"));
     *PathManager::s_pInstance = smart_ptr<PathManager>(new PathManager);
     EXPECT_EQ(L"/tmp/" + (*PathManager::s_pInstance)->GetUniqueInstanceName() + L".ipc",
-              IPCAddress::ServiceOrDefault(L""));
+              IPCServer::ServiceOrDefault(L""));
     delete PathManager::s_pInstance;
     PathManager::s_pInstance = nullptr;
 }

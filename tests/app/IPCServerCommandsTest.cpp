@@ -3,9 +3,11 @@
 
 #include "toolkit/app/IPCServer.h"
 
+#include <atomic>
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <list>
 #include <stdexcept>
 #include <string>
@@ -14,7 +16,10 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 #include <wx/event.h>
 
@@ -241,45 +246,26 @@ TEST_F(IPCServerTest, DeliversWhatCameBeforeTheDisconnection)
     EXPECT_THAT(server.Received(), ElementsAre(L"one", L"two", L"last"));
 }
 
-TEST_F(IPCServerTest, DropsTheMostSilentOfTooManyClients)
+TEST_F(IPCServerTest, KeepsEverySilentClientAndHearsAllOfThem)
 {
     RecordingServer server(Service());
     ASSERT_TRUE(server.Run());
+    const std::size_t count = 300;
     std::vector<RawClient> clients;
-    for (int i = 0; i < 300; ++i)
-    {
-        clients.emplace_back(Path());
-        EventPump().Run(0);
-    }
-    EXPECT_TRUE(clients.front().IsClosed());
-    EXPECT_FALSE(clients.back().IsClosed());
-    EXPECT_TRUE(SendTo(Service(), L"open x"));
-    EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
-}
-
-TEST_F(IPCServerTest, HearsWhatTheClientsThatItDropsHadSent)
-{
-    RecordingServer server(Service());
-    ASSERT_TRUE(server.Run());
-    std::vector<RawClient> clients;
-    for (int i = 0; i < 256; ++i)
+    for (std::size_t i = 0; i < count; ++i)
     {
         clients.emplace_back(Path());
         clients.back().Send(ConnectBytes("t"));
         EXPECT_TRUE(PumpUntil([&clients] { return !clients.back().Receive().empty(); }));
     }
-    // They wait to be accepted before the others have said anything more.
-    std::vector<RawClient> others;
-    for (int i = 0; i < 300; ++i)
-        others.emplace_back(Path());
     for (RawClient& client : clients)
-        EXPECT_TRUE(client.Send(ExecuteBytes(s_iUTF8, "one") +
-                                ExecuteBytes(s_iUTF8, std::string(50000, 'x')) +
-                                ExecuteBytes(s_iUTF8, "half").substr(0, 8)));
-    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= 512; }));
-    EXPECT_EQ(512U, server.Received().size());
-    EXPECT_TRUE(clients.front().IsClosed());
-    EXPECT_FALSE(others.back().IsClosed());
+        EXPECT_FALSE(client.IsClosed());
+    for (std::size_t i = 0; i < count; ++i)
+        EXPECT_TRUE(clients[i].Send(ExecuteBytes(s_iUTF8, std::to_string(i))));
+    EXPECT_TRUE(PumpUntil([&server] { return server.Received().size() >= count; }));
+    EXPECT_TRUE(SendTo(Service(), L"open x"));
+    for (RawClient& client : clients)
+        EXPECT_FALSE(client.IsClosed());
 }
 
 TEST_F(IPCServerTest, HearsACommandBeforeAnyNumberOfNewClients)
@@ -290,8 +276,93 @@ TEST_F(IPCServerTest, HearsACommandBeforeAnyNumberOfNewClients)
     std::vector<RawClient> others;
     for (int i = 0; i < 300; ++i)
         others.emplace_back(Path());
-    EXPECT_TRUE(PumpUntil([&others] { return others.front().IsClosed(); }));
+    EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
     EXPECT_THAT(server.Received(), ElementsAre(L"open x"));
+}
+
+// The memory that this process has in use, in bytes.
+std::size_t MemoryInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+TEST_F(IPCServerTest, KeepsNoMoreOfALongTopicThanItNeeds)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    const std::size_t size = 32 * 1024 * 1024;
+    std::vector<RawClient> clients;
+    const auto connect = [&](const std::string& topic)
+    {
+        const std::string bytes = ConnectBytes(topic);
+        clients.emplace_back(Path());
+        std::future<bool> sent =
+            std::async(std::launch::async, [&] { return clients.back().SendAll(bytes); });
+        EXPECT_TRUE(PumpUntil([&clients] { return !clients.back().Receive().empty(); }));
+        EXPECT_TRUE(sent.get());
+    };
+    connect("t");
+    const std::size_t before = MemoryInUse();
+    connect(std::string(size, 't'));
+    connect(std::string(size, 't'));
+    EXPECT_LT(MemoryInUse() - before, size / 4);
+    EXPECT_TRUE(clients.back().Send(ExecuteBytes(s_iUTF8, "open x")));
+    EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
+}
+
+TEST_F(IPCServerTest, GivesTheMemoryOfALargeCommandBackThoughMoreHasBegun)
+{
+    RecordingServer server(Service());
+    ASSERT_TRUE(server.Run());
+    const std::size_t size = 32 * 1024 * 1024;
+    RawClient client(Path());
+    // What is no text is no event, and the last message is never whole.
+    const std::string bytes =
+        ExecuteBytes(s_iUTF8, std::string(size, '\xff')) + ExecuteBytes(s_iUTF8, "end") + "\x01";
+    client.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "small"));
+    ASSERT_TRUE(PumpUntil([&server] { return server.Received().size() == 1; }));
+    const std::size_t before = MemoryInUse();
+    std::future<bool> sent = std::async(std::launch::async, [&] { return client.SendAll(bytes); });
+    ASSERT_TRUE(PumpUntil([&server] { return server.Received().size() == 2; }));
+    EXPECT_TRUE(sent.get());
+    EXPECT_LT(MemoryInUse() - before, size / 4);
+}
+
+// A listener that connects somewhere else lets the clients be served meanwhile, but not without a limit.
+TEST_F(IPCServerTest, CountsCommandsWithoutDataWhileNoneIsHandedOver)
+{
+    const std::string other = Path("other");
+    const int silent = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    other.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(0, bind(silent, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    ASSERT_EQ(0, listen(silent, 1));
+    {
+        RecordingServer server(Service());
+        ASSERT_TRUE(server.Run());
+        RawClient client(Path());
+        std::string bytes = ConnectBytes("t");
+        for (int i = 0; i < 100000; ++i)
+            bytes += ExecuteBytes(s_iUTF8, "");
+        std::atomic<bool> stop{false};
+        std::thread flood(
+            [&]
+            {
+                client.Send(bytes);
+                const std::string more = bytes.substr(ConnectBytes("t").size());
+                for (int i = 0; i < 100 && !stop && client.SendAll(more); ++i)
+                    continue;
+            });
+        const std::size_t before = MemoryInUse();
+        EXPECT_FALSE(IPCClient::Connect(Service("other"), L"never", 3000));
+        EXPECT_LT(MemoryInUse() - before, 200U * 1024 * 1024);
+        stop = true;
+        client.Shut();
+        flood.join();
+    }
+    close(silent);
 }
 
 TEST_F(IPCServerTest, IsSilentWhateverFails)
@@ -355,6 +426,38 @@ TEST(IPCServer, ServesOnWhenTheDescriptorsWereUsedUp)
                        ? ""
                        : "not served";
         }));
+}
+
+// Clients that have said nothing new for a while make room, and what they sent whole is heard.
+TEST(IPCServer, DropsTheMostSilentWhenThereAreNoDescriptors)
+{
+    const TemporaryFolder folder;
+    const auto dropTheFirst = [&folder](RecordingServer& server, EventPump& pump) -> std::string
+    {
+        if (!SendTo(folder.Wide("s"), L"first") ||
+            !PumpUntilWithin(pump, [&server] { return !server.Received().empty(); }))
+            return "the first command is lost";
+        std::list<RawClient> clients;
+        for (int i = 0; i < 30; ++i)
+        {
+            clients.emplace_back(folder.Path("s")).Send(ConnectBytes("t"));
+            bool begun = false;
+            if (!PumpUntilWithin(pump, [&] { return begun = begun || !clients.back().Receive().empty(); }))
+                return "not begun";
+        }
+        RawClient next(folder.Path("s"));
+        next.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "next"));
+        const int lowest = fcntl(0, F_DUPFD_CLOEXEC, 0);
+        close(lowest);
+        const rlimit limit = {static_cast<rlim_t>(lowest), static_cast<rlim_t>(lowest)};
+        setrlimit(RLIMIT_NOFILE, &limit);
+        if (!PumpUntilWithin(pump, [&server] { return server.Received().size() >= 2; }))
+            return "the next client is not served";
+        if (!clients.front().IsClosed())
+            return "the most silent one stays";
+        return clients.back().IsClosed() ? "the least silent one is dropped" : "";
+    };
+    EXPECT_TRUE(WithinThePump(folder, dropTheFirst));
 }
 
 TEST(IPCServer, ServesMoreClientsThanItHasDescriptors)

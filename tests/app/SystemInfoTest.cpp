@@ -24,6 +24,7 @@
 #include <wx/platinfo.h>
 
 #include "tests/support/InChild.h"
+#include "tests/support/InstalledLogger.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/encoding/UTF8.h"
@@ -32,7 +33,10 @@ using Toolkit::SystemInfo;
 using Toolkit::TString;
 using Toolkit::UTF8;
 using ToolkitTest::CapturedOutput;
+using ToolkitTest::InstalledLogger;
 using ToolkitTest::ReadBytes;
+using ToolkitTest::Record;
+using ToolkitTest::RecordingLogger;
 using ToolkitTest::ScopedEnvironment;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
@@ -319,6 +323,31 @@ TEST(SystemInfo, AnswersTheChildsIdAfterItHasEnded)
 TEST(SystemInfo, KeepsTheChildsExitCodeToItself)
 {
     EXPECT_GT(SystemInfo::StartProcess(L"/bin/sh", L"-c \"exit 7\"", true), 7);
+}
+
+TEST(SystemInfo, TracesHowTheChildThatItWaitedForHasEnded)
+{
+    Record record;
+    const InstalledLogger installed(new RecordingLogger(record));
+    const auto traceOf = [&record](const Wide& script)
+    {
+        record.Clear();
+        const int child = SystemInfo::StartProcess(L"/bin/sh", L"-c \"" + script + L"\"", true);
+        EXPECT_GT(child, 0);
+        const std::wstring text = record.Text();
+        const std::wstring start = L" : StartProcess : <<< StartProcess()=" + std::to_wstring(child);
+        const std::size_t place = text.find(start);
+        EXPECT_EQ(0U, text.find(L"2 "));
+        EXPECT_NE(std::wstring::npos, place);
+        return place == std::wstring::npos ? std::wstring() : text.substr(place + start.size());
+    };
+    EXPECT_EQ(L", exit code 0\n", traceOf(L"exit 0"));
+    EXPECT_EQ(L", exit code 77\n", traceOf(L"exit 77"));
+    EXPECT_EQ(L", signal 9\n", traceOf(L"kill -9 $$"));
+    record.Clear();
+    int status = 0;
+    waitpid(SystemInfo::StartProcess(L"/bin/true", L"", false), &status, 0);
+    EXPECT_EQ(L"", record.Text()) << "nobody has waited";
 }
 
 TEST(SystemInfo, EndsTheChildWithTheErrorThatKeptItFromRunning)

@@ -112,6 +112,23 @@ bool RawClient::Send(const std::string& bytes)
     return send(m_iSocket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT) >= 0;
 }
 
+bool RawClient::SendAll(const std::string& bytes)
+{
+    for (std::size_t sent = 0; sent < bytes.size();)
+    {
+        const ssize_t count = send(m_iSocket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        if (count < 0)
+            return false;
+        sent += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+void RawClient::Shut()
+{
+    shutdown(m_iSocket, SHUT_RDWR);
+}
+
 std::string RawClient::Receive()
 {
     char buffer[256];

@@ -81,6 +81,10 @@ public:
     bool IsConnected() const { return m_iSocket != -1; }
     // False when the server is gone; sends as much as it takes at once.
     bool Send(const std::string& bytes);
+    // Sends all of it, as the server takes it; false when the server is gone.
+    bool SendAll(const std::string& bytes);
+    // Ends a `SendAll` on another thread.
+    void Shut();
     // What has arrived so far.
     std::string Receive();
     // True once the server has closed the connection.

@@ -17,7 +17,7 @@
 #include <wx/thread.h>
 
 #include "toolkit/internal/wx/BaseLibrary.h"
-#include "toolkit/internal/wx/NewDescriptors.h"
+#include "toolkit/internal/wx/LoopDescriptors.h"
 #include "toolkit/threading/Mutex.h"
 
 namespace Toolkit
@@ -31,29 +31,6 @@ using Clock = std::chrono::steady_clock;
 const long long s_iLongestWait = 3600 * 1000;
 // When the time is over and there is always something more, for instance because a handler makes it.
 const int s_iMostLateTurns = 16;
-
-// The base library's active loop, or one of its own that is active meanwhile.
-class Loop
-{
-public:
-    Loop()
-    {
-        if (wxEventLoopBase::GetActive() != nullptr)
-            return;
-        const BaseLibrary::Silence silence;
-        const NewDescriptors descriptors;
-        m_pOwn.reset(wxAppConsole::GetInstance()->GetTraits()->CreateEventLoop());
-        descriptors.KeepLoopFromPrograms();
-        if (m_pOwn != nullptr && m_pOwn->IsOk())
-            m_activator.emplace(m_pOwn.get());
-    }
-
-    wxEventLoopBase* Get() const { return wxEventLoopBase::GetActive(); }
-
-private:
-    std::unique_ptr<wxEventLoopBase> m_pOwn;
-    std::optional<wxEventLoopActivator> m_activator;
-};
 
 // Lets a descriptor that is written to wake the base library's loops up.
 class WakeUpSource : private wxEventLoopSourceHandler
@@ -80,6 +57,31 @@ private:
 
     const int m_iDescriptor;
     std::unique_ptr<wxEventLoopSource> m_pSource;
+};
+
+// The active loop of wxWidgets, or one of its own that is active meanwhile. `watched` is a source of the
+// loops.
+class Loop
+{
+public:
+    explicit Loop(int watched)
+    {
+        if (wxEventLoopBase::GetActive() != nullptr)
+            return;
+        const BaseLibrary::Silence silence;
+        const LoopDescriptors descriptors(watched);
+        m_pOwn.reset(wxAppConsole::GetInstance()->GetTraits()->CreateEventLoop());
+        descriptors.KeepPollFromPrograms();
+        descriptors.KeepNewLoopFromPrograms();
+        if (m_pOwn != nullptr && m_pOwn->IsOk())
+            m_activator.emplace(m_pOwn.get());
+    }
+
+    wxEventLoopBase* Get() const { return wxEventLoopBase::GetActive(); }
+
+private:
+    std::unique_ptr<wxEventLoopBase> m_pOwn;
+    std::optional<wxEventLoopActivator> m_activator;
 };
 
 class Depth
@@ -139,10 +141,10 @@ bool EventPump::Run(unsigned int milliseconds)
     if (m_iWakeUp == -1 || !BaseLibrary::IsStarted() || !wxThread::IsMain())
         return false;
     const Depth depth(m_uRuns);
-    const Loop loop;
     std::optional<WakeUpSource> source;
     if (depth.IsOutermost())
         source.emplace(m_iWakeUp);
+    const Loop loop(m_iWakeUp);
     if (loop.Get() == nullptr || (source && !source->IsOk()))
         return false;
     const Stopped stopped(m_bStopped, depth.IsOutermost());

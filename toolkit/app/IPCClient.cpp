@@ -9,6 +9,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include "toolkit/app/IPCServer.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/ipc/IPCAddress.h"
 #include "toolkit/internal/ipc/IPCEndpoint.h"
@@ -137,7 +138,7 @@ bool IPCClient::Connect(const TString<wchar_t>& service, const TString<wchar_t>&
 bool IPCClient::Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic,
                         unsigned int timeoutMilliseconds)
 {
-    const IPCAddress address(IPCAddress::ServiceOrDefault(service));
+    const IPCAddress address(IPCServer::ServiceOrDefault(service));
     const TString<char> text = UTF8::ToUTF8(topic);
     const bool empty = topic.empty() || topic[0] == L'\0';
     if (!address.IsValid() || text.empty() != empty || text.size() >= IPCMessage::s_uLargestPart)

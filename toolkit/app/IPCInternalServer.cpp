@@ -5,12 +5,31 @@
 #include "toolkit/internal/ipc/IPCAddress.h"
 #include "toolkit/internal/ipc/IPCEndpoint.h"
 #include "toolkit/internal/wx/WxText.h"
+#include "toolkit/log/LogLine.h"
 
 namespace Toolkit
 {
 
+namespace
+{
+
+void LogFailure(const TString<wchar_t>& failure)
+{
+    try
+    {
+        LogLine::Stream(LogSeverity::Error, __LINE__, "IPCEndpoint::HandOver",
+                        L"a listener failed: " + failure);
+    }
+    catch (...)
+    {
+        // A sink that fails as well is no reason to end the host's loop.
+    }
+}
+
+} // namespace
+
 IPCInternalServer::IPCInternalServer(IPCServer& server)
-    : m_server(server), m_pEndpoint(std::make_unique<IPCEndpoint>(*this))
+    : m_server(server), m_pEndpoint(std::make_unique<IPCEndpoint>(*this, LogFailure))
 {
 }
 

@@ -26,7 +26,8 @@ public:
     // What `IPCServer::Run` answers, for that service.
     bool Create(const wxString& service) override;
 
-    // Accepts every topic: a new `IPCConnectionEventHelper`, which the caller owns.
+    // Accepts every topic: a new `IPCConnectionEventHelper`, which the caller owns. Its `OnExecute` gets the
+    // topic with each command, but an empty text for one of more than 16 KiB.
     wxConnectionBase* OnAcceptConnection(const wxString& topic) override;
 
 private:

@@ -2,23 +2,41 @@
 #include "toolkit/app/IPCServer.h"
 
 #include "toolkit/app/IPCInternalServer.h"
-#include "toolkit/internal/ipc/IPCAddress.h"
+#include "toolkit/app/PathManager.h"
 #include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
 {
 
+namespace
+{
+
+const wchar_t* const c_strExtension = L".ipc";
+
+} // namespace
+
 IPCServer::IPCServer(const TString<wchar_t>& service)
-    : m_pServer(std::make_unique<IPCInternalServer>(*this)),
-      m_strService(IPCAddress::ServiceOrDefault(service))
+    : m_pServer(std::make_unique<IPCInternalServer>(*this)), m_strService(ServiceOrDefault(service))
 {
 }
 
 IPCServer::~IPCServer() = default;
 
+TString<wchar_t> IPCServer::ServiceOrDefault(const TString<wchar_t>& service)
+{
+    if (!service.empty() || PathManager::s_pInstance == nullptr)
+        return service;
+    const smart_ptr<PathManager> paths(*PathManager::s_pInstance);
+    if (paths.IsNull())
+        return service;
+    TString<wchar_t> path;
+    PathManager::AppendPath(path, paths->GetTempDir(), paths->GetUniqueInstanceName() + c_strExtension);
+    return path;
+}
+
 bool IPCServer::Run()
 {
-    m_strService = IPCAddress::ServiceOrDefault(m_strService);
+    m_strService = ServiceOrDefault(m_strService);
     return m_pServer->Create(ToWx(m_strService));
 }
 

@@ -17,9 +17,10 @@ class IPCInternalServer;
 // Listens on a local channel and announces each command that a client (`IPCClient`) sends to its listeners.
 // It belongs to the base library's main thread, whose event loop (or an `EventPump`) delivers the commands
 // there, and keeps the base library running while it listens. A client that is silent, slow or talks nonsense
-// holds up no other; of more than 256 at a time those are dropped that were silent for longest. A forked copy
-// of the process takes no part in it. Failures are answered by `Run`; nothing is logged but a listener's
-// exception.
+// holds up no other, and stays until it leaves; only when descriptors or memory run out, those are dropped
+// that were silent for longest. A forked copy of the process takes no part in it, and keeps no socket of it.
+// On a port any user of this machine may send commands: prefer a local socket, which only this user reaches.
+// Failures are answered by `Run`; nothing is logged but a listener's exception.
 class TOOLKIT_API IPCServer : public EventNotifier<IPCConnectionEvent>
 {
 public:
@@ -44,6 +45,10 @@ public:
     // with the mutex unlocked. Quirk: where a client's command is delivered it ends there, is logged as an
     // error, and the next command is delivered.
     void SendExecuteEvent(const TString<wchar_t>& command);
+
+    // The service itself; for an empty one the default channel, or an empty text while there is no path
+    // manager.
+    static TString<wchar_t> ServiceOrDefault(const TString<wchar_t>& service);
 
 private:
     std::unique_ptr<IPCInternalServer> m_pServer;

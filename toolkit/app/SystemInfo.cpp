@@ -16,6 +16,7 @@
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/system/SystemCodes.h"
+#include "toolkit/log/LogLine.h"
 
 namespace Toolkit
 {
@@ -89,13 +90,25 @@ void DropSignalHandlers()
     return child;
 }
 
-int WaitFor(pid_t child)
+// As `waitpid` answers.
+int WaitFor(pid_t child, int& status)
 {
     pid_t answer = 0;
     do
-        answer = waitpid(child, nullptr, 0);
+        answer = waitpid(child, &status, 0);
     while (answer == -1 && errno == EINTR);
     return answer;
+}
+
+// The result, and how the child ended, which the result does not tell.
+TString<wchar_t> ExitTrace(int result, int status)
+{
+    const TString<wchar_t> trace = L"<<< StartProcess()=" + LogText::Of(result);
+    if (result == -1)
+        return trace;
+    if (WIFSIGNALED(status))
+        return trace + L", signal " + LogText::Of(WTERMSIG(status));
+    return trace + L", exit code " + LogText::Of(WEXITSTATUS(status));
 }
 
 } // namespace
@@ -173,7 +186,12 @@ int SystemInfo::StartProcess(const TString<wchar_t>& path, const TString<wchar_t
     const pid_t child = StartChild(vector.data(), error);
     if (child == -1)
         return error;
-    return wait ? WaitFor(child) : child;
+    if (!wait)
+        return child;
+    int status = 0;
+    const int result = WaitFor(child, status);
+    LogLine::Stream(LogSeverity::Info, __LINE__, "StartProcess", ExitTrace(result, status));
+    return result;
 }
 
 } // namespace Toolkit

@@ -13,6 +13,7 @@
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/FFile.h"
 #include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/ForkShield.h"
 #include "toolkit/internal/system/GuardedFile.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/threading/MutexLock.h"
@@ -93,7 +94,8 @@ void FileLogger::Write(const TString<wchar_t>& text)
 
 wxThread::ExitCode FileLogger::DoWork()
 {
-    for (bool opened = OpenPrimary(); !opened; opened = OpenFallback())
+    ForkShield shield;
+    for (bool opened = OpenPrimary(shield); !opened; opened = OpenFallback(shield))
         if (m_pStopEvent->Wait(s_uRetryInterval))
             return reinterpret_cast<ExitCode>(std::intptr_t{1});
 
@@ -103,15 +105,17 @@ wxThread::ExitCode FileLogger::DoWork()
         DrainQueue();
         WrapAround();
     }
+    const ForkShield::Pause pause;
+    shield.Set(-1, pause);
     m_pFile->Close();
     return nullptr;
 }
 
-bool FileLogger::OpenPrimary()
+bool FileLogger::OpenPrimary(ForkShield& shield)
 {
     try
     {
-        return OpenFile(PrimaryPath());
+        return OpenFile(PrimaryPath(), shield);
     }
     catch (const std::bad_alloc&)
     {
@@ -119,11 +123,11 @@ bool FileLogger::OpenPrimary()
     }
 }
 
-bool FileLogger::OpenFallback()
+bool FileLogger::OpenFallback(ForkShield& shield)
 {
     try
     {
-        return OpenFile(FallbackPath());
+        return OpenFile(FallbackPath(), shield);
     }
     catch (const std::bad_alloc&)
     {
@@ -131,14 +135,17 @@ bool FileLogger::OpenFallback()
     }
 }
 
-bool FileLogger::OpenFile(const TString<wchar_t>& path)
+// A forked child that had the descriptor, too, would keep the lock when this process is long gone.
+bool FileLogger::OpenFile(const TString<wchar_t>& path, ForkShield& shield)
 {
     const TString<char> mode = UTF8::ToUTF8(c_strOpenMode);
+    const ForkShield::Pause pause;
     std::FILE* const stream = OpenLogDescriptor(path).ToStream(mode.c_str());
     if (stream == nullptr)
         return false;
     // Unbuffered: each piece is one write, and what the disk did not take is not tried again later.
     std::setvbuf(stream, nullptr, _IONBF, 0);
+    shield.Set(fileno(stream), pause);
     m_pFile->Attach(stream);
     return true;
 }

@@ -15,6 +15,7 @@ namespace Toolkit
 {
 
 class FFile;
+class ForkShield;
 
 // The sink that writes a file in the temporary folder: a piece is queued, and the logger's own thread writes
 // it. The file is `name`.vxlog, emptied when it is opened; while that one cannot be had, another time-stamped
@@ -48,9 +49,9 @@ protected:
 
 private:
     // False also when there is no memory for it, as there may be at the next try.
-    bool OpenPrimary();
-    bool OpenFallback();
-    bool OpenFile(const TString<wchar_t>& path);
+    bool OpenPrimary(ForkShield& shield);
+    bool OpenFallback(ForkShield& shield);
+    bool OpenFile(const TString<wchar_t>& path, ForkShield& shield);
     TString<wchar_t> PathWithoutExtension() const;
     TString<wchar_t> PrimaryPath() const;
     TString<wchar_t> FallbackPath() const;

@@ -10,7 +10,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "toolkit/app/PathManager.h"
 #include "toolkit/internal/system/PathNames.h"
 
 namespace Toolkit
@@ -23,7 +22,6 @@ const unsigned long s_uLastPort = 65535;
 // A path in a socket's address ends in a zero.
 const std::size_t s_uLongestPath = sizeof(sockaddr_un::sun_path) - 1;
 const std::size_t s_uHashDigits = 16;
-const wchar_t* const c_strExtension = L".ipc";
 const char* const c_strFolderOfLongPaths = "/tmp/";
 
 bool IsPort(const TString<wchar_t>& service)
@@ -92,18 +90,6 @@ bool IPCAddress::IsOf(int socket) const
 TString<char> IPCAddress::GetAbsolutePath() const
 {
     return Absolute(m_strPath);
-}
-
-TString<wchar_t> IPCAddress::ServiceOrDefault(const TString<wchar_t>& service)
-{
-    if (!service.empty() || PathManager::s_pInstance == nullptr)
-        return service;
-    const smart_ptr<PathManager> paths(*PathManager::s_pInstance);
-    if (paths.IsNull())
-        return service;
-    TString<wchar_t> path;
-    PathManager::AppendPath(path, paths->GetTempDir(), paths->GetUniqueInstanceName() + c_strExtension);
-    return path;
 }
 
 void IPCAddress::SetPort(const TString<wchar_t>& digits)

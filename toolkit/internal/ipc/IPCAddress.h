@@ -33,10 +33,6 @@ public:
     // True when the socket is bound to this address.
     bool IsOf(int socket) const;
 
-    // The service itself; for an empty one the default, the local socket that is named after the unique
-    // instance, or an empty text while there is no path manager.
-    static TString<wchar_t> ServiceOrDefault(const TString<wchar_t>& service);
-
 private:
     void SetPort(const TString<wchar_t>& digits);
     void SetPath(const TString<wchar_t>& path);

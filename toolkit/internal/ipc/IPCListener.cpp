@@ -51,7 +51,7 @@ IPCListener::~IPCListener()
 
 bool IPCListener::Open(const IPCAddress& address)
 {
-    m_socket = IPCSocket::Make(address);
+    m_socket = UnsharedDescriptor([&address] { return IPCSocket::Make(address); });
     m_spare = MakeSpare();
     const int reuse = 1;
     const bool listening =
@@ -96,7 +96,7 @@ void IPCListener::Close()
         unlink(m_strFile.c_str());
     m_strFile.clear();
     m_process = 0;
-    m_socket = Descriptor();
+    m_socket.Close();
     m_spare = Descriptor();
 }
 

@@ -6,6 +6,7 @@
 
 #include "toolkit/core/TString.h"
 #include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/UnsharedDescriptor.h"
 
 namespace Toolkit
 {
@@ -15,8 +16,8 @@ class IPCAddress;
 // A socket that listens at a service's address. A local one is a file that only its user may connect to: a
 // socket file of this user to which nobody listens any more is taken over; a living one, and whatever else
 // lies at the path, stays and fails the opening. The file goes with the listener, unless another lies there
-// by then or the listener is a copy in a forked process. It never waits, but for servers that start on the
-// same path.
+// by then or the listener is a copy in a forked process, which does not have the socket. It never waits, but
+// for servers that start on the same path.
 class IPCListener
 {
 public:
@@ -55,7 +56,7 @@ private:
     bool ListenAtPath(const IPCAddress& address);
     bool IsOwnFile() const;
 
-    Descriptor m_socket;
+    UnsharedDescriptor m_socket;
     // Given up for a moment when there are no descriptors left, so that a client can be refused.
     Descriptor m_spare;
     // The file of a local socket, by its absolute path, and the process that made it.

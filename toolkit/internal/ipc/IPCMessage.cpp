@@ -12,7 +12,7 @@ namespace Toolkit
 namespace
 {
 
-// The memory that an empty reader keeps for what comes next.
+// The memory that a reader keeps beyond what it needs, for what comes next.
 const std::size_t s_uKept = 64 * 1024;
 
 // What follows a code, in this order.
@@ -116,7 +116,10 @@ void IPCMessage::AppendDisconnect(TString<char>& bytes)
 
 void IPCMessageReader::Append(const char* bytes, std::size_t size)
 {
-    m_strBytes.append(bytes, size);
+    const std::size_t needed = m_bytes.size() + size;
+    if (needed > m_bytes.capacity())
+        m_bytes.reserve(needed + needed / 8);
+    m_bytes.insert(m_bytes.end(), bytes, bytes + size);
 }
 
 IPCMessageReader::Result IPCMessageReader::Next(IPCMessage& message)
@@ -129,7 +132,7 @@ IPCMessageReader::Result IPCMessageReader::Next(IPCMessage& message)
 
 IPCMessageReader::Result IPCMessageReader::Read(IPCMessage& message)
 {
-    Parts parts(std::string_view(m_strBytes).substr(m_uPosition));
+    Parts parts(std::string_view(m_bytes.data(), m_bytes.size()).substr(m_uPosition));
     message = IPCMessage();
     message.m_uCode = parts.TakeByte();
     if (parts.GetResult() != Result::Complete)
@@ -144,16 +147,16 @@ IPCMessageReader::Result IPCMessageReader::Read(IPCMessage& message)
     if (layout->m_bData)
         message.m_strData = parts.TakeSized();
     if (parts.GetResult() == Result::Complete)
-        m_uPosition = m_strBytes.size() - parts.GetRest();
+        m_uPosition = m_bytes.size() - parts.GetRest();
     return parts.GetResult();
 }
 
 void IPCMessageReader::ForgetRead()
 {
-    m_strBytes.erase(0, m_uPosition);
+    m_bytes.erase(m_bytes.begin(), m_bytes.begin() + static_cast<std::ptrdiff_t>(m_uPosition));
     m_uPosition = 0;
-    if (m_strBytes.empty() && m_strBytes.capacity() > s_uKept)
-        m_strBytes.shrink_to_fit();
+    if (m_bytes.capacity() > 2 * m_bytes.size() + s_uKept)
+        m_bytes.shrink_to_fit();
 }
 
 } // namespace Toolkit

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 #include "toolkit/core/TString.h"
 
@@ -64,13 +65,15 @@ public:
     Result Next(IPCMessage& message);
 
     // What it holds of a message that is not complete, in bytes, after an answer of `Incomplete`.
-    std::size_t GetSize() const { return m_strBytes.size(); }
+    std::size_t GetSize() const { return m_bytes.size(); }
+    // What it takes for that, in bytes: at most twice as much, and some that it keeps for what comes next.
+    std::size_t GetMemory() const { return m_bytes.capacity(); }
 
 private:
     Result Read(IPCMessage& message);
     void ForgetRead();
 
-    TString<char> m_strBytes;
+    std::vector<char> m_bytes;
     std::size_t m_uPosition = 0;
 };
 

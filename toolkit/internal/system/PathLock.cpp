@@ -16,6 +16,7 @@ namespace
 {
 
 const mode_t s_uOwnerOnly = 0600;
+const int s_iFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
 const std::chrono::milliseconds s_pause(5);
 
 bool IsSame(const struct stat& a, const struct stat& b)
@@ -43,23 +44,37 @@ PathLock::~PathLock()
     flock(m_file.Get(), LOCK_UN);
 }
 
-// When it fails, EWOULDBLOCK tells that another process is at it, and EINTR that a signal came.
+// When it fails, EWOULDBLOCK tells that another process is at it, or was until just now, and EINTR that a
+// signal came.
 bool PathLock::TryLock()
 {
-    Descriptor file(open(m_strFile.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY,
-                         s_uOwnerOnly));
+    int error = 0;
+    UnsharedDescriptor file(
+        [this, &error]
+        {
+            Descriptor opened(open(m_strFile.c_str(), s_iFlags, s_uOwnerOnly));
+            error = errno;
+            return opened;
+        });
     struct stat opened = {};
     if (!file.IsOpen() || fstat(file.Get(), &opened) != 0)
+    {
+        errno = error;
         return false;
+    }
     errno = EPERM;
     if (!S_ISREG(opened.st_mode) || opened.st_uid != geteuid())
         return false;
     if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0)
         return false;
     struct stat named = {};
-    errno = EWOULDBLOCK;
     if (lstat(m_strFile.c_str(), &named) != 0 || !IsSame(opened, named))
+    {
+        // Who held it has removed it: whatever the system says of that, there is a new one to be had.
+        file.Close();
+        errno = EWOULDBLOCK;
         return false;
+    }
     m_file = std::move(file);
     return true;
 }

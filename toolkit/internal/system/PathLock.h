@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "toolkit/core/TString.h"
-#include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/UnsharedDescriptor.h"
 
 namespace Toolkit
 {
@@ -29,7 +29,7 @@ private:
     bool TryLock();
 
     const TString<char> m_strFile;
-    Descriptor m_file;
+    UnsharedDescriptor m_file;
 };
 
 } // namespace Toolkit

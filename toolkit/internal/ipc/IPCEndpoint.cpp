@@ -12,9 +12,9 @@
 #include <wx/ipcbase.h>
 #include <wx/thread.h>
 
-#include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/ipc/IPCAddress.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
+#include "toolkit/internal/text/Utf8Codec.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/LoopDescriptors.h"
 #include "toolkit/internal/wx/WxText.h"
@@ -225,7 +225,7 @@ bool IPCEndpoint::Begin(IPCConnections::Id id, const IPCMessage& message)
 {
     if (message.m_uCode != IPCMessage::Connect)
         return false;
-    const wxString topic = ToWx(UTF8::ToUNICODE(TString<char>(std::string(message.m_strText))));
+    const wxString topic = ToWx(Utf8Codec::Decode(TString<char>(std::string(message.m_strText))));
     wxConnectionBase* const object = m_server.OnAcceptConnection(topic);
     if (object == nullptr)
         return false;
@@ -276,7 +276,7 @@ void IPCEndpoint::HandOver()
         }
         catch (const std::exception& failure)
         {
-            m_report(UTF8::ToUNICODE(TString<char>(failure.what())));
+            m_report(Utf8Codec::Decode(TString<char>(failure.what())));
         }
         catch (...)
         {

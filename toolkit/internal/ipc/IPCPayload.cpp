@@ -7,7 +7,7 @@
 
 #include <wx/ipcbase.h>
 
-#include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/text/Utf8Codec.h"
 
 namespace Toolkit
 {
@@ -35,7 +35,7 @@ std::basic_string<Element> ElementsOf(const void* data, std::size_t size)
 
 bool FromUTF8(const TString<char>& bytes, TString<wchar_t>& text)
 {
-    text = UTF8::ToUNICODE(bytes);
+    text = Utf8Codec::Decode(bytes);
     return bytes.empty() || !text.empty();
 }
 

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "toolkit/internal/system/PathNames.h"
+#include "toolkit/internal/text/Fingerprint.h"
 
 namespace Toolkit
 {
@@ -21,24 +22,11 @@ namespace
 const unsigned long s_uLastPort = 65535;
 // A path in a socket's address ends in a zero.
 const std::size_t s_uLongestPath = sizeof(sockaddr_un::sun_path) - 1;
-const std::size_t s_uHashDigits = 16;
 const char* const c_strFolderOfLongPaths = "/tmp/";
 
 bool IsPort(const TString<wchar_t>& service)
 {
     return std::all_of(service.begin(), service.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
-}
-
-// FNV-1a, 64 bits, as hexadecimal digits.
-TString<char> Hash(const TString<char>& text)
-{
-    std::uint64_t hash = 0xcbf29ce484222325U;
-    for (const char c : text)
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-    TString<char> digits(std::string(s_uHashDigits, '0'));
-    for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit, hash >>= 4)
-        *digit = "0123456789abcdef"[hash & 15];
-    return digits;
 }
 
 TString<char> Absolute(const TString<char>& path)
@@ -59,7 +47,7 @@ TString<char> Shorten(const TString<char>& path)
 {
     if (path.size() <= s_uLongestPath)
         return path;
-    const TString<char> tail = "~" + Hash(Absolute(path));
+    const TString<char> tail = "~" + Fingerprint(Absolute(path));
     std::size_t kept = s_uLongestPath - tail.size();
     // Without a folder this is 0.
     if (path.rfind('/') + 1 > kept)

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <string>
 
 #include <wx/ipcbase.h>
 
@@ -81,12 +82,12 @@ private:
     IPCMessageReader::Result m_result = IPCMessageReader::Result::Complete;
 };
 
-void AppendCode(TString<char>& bytes, unsigned int code)
+void AppendCode(std::string& bytes, unsigned int code)
 {
     bytes += static_cast<char>(code);
 }
 
-void AppendSize(TString<char>& bytes, std::size_t size)
+void AppendSize(std::string& bytes, std::size_t size)
 {
     for (unsigned int shift = 0; shift < 32; shift += 8)
         bytes += static_cast<char>(size >> shift & 0xff);
@@ -107,6 +108,15 @@ void IPCMessage::AppendExecute(TString<char>& bytes, const TString<char>& text)
     AppendCode(bytes, wxIPC_UTF8TEXT);
     AppendSize(bytes, text.size() + 1);
     bytes.append(text.c_str(), text.size() + 1);
+}
+
+void IPCMessage::AppendItem(std::string& bytes, Code code, unsigned char format, std::string_view data)
+{
+    AppendCode(bytes, code);
+    AppendSize(bytes, 0);
+    AppendCode(bytes, format);
+    AppendSize(bytes, data.size());
+    bytes += data;
 }
 
 void IPCMessage::AppendDisconnect(TString<char>& bytes)

@@ -3,6 +3,7 @@
 #define TOOLKIT_INTERNAL_IPC_IPCMESSAGE_H
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -42,6 +43,8 @@ struct IPCMessage
     static void AppendConnect(TString<char>& bytes, const TString<char>& topic);
     // The text is sent with its terminating zero.
     static void AppendExecute(TString<char>& bytes, const TString<char>& text);
+    // Poke or Advise of data to an item without a name.
+    static void AppendItem(std::string& bytes, Code code, unsigned char format, std::string_view data);
     static void AppendDisconnect(TString<char>& bytes);
 };
 

@@ -1,0 +1,565 @@
+// SPDX-License-Identifier: MIT
+#include "toolkit/app/Instance.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <queue>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "tests/support/ForkedCopy.h"
+#include "tests/support/IPCSupport.h"
+#include "tests/support/InChild.h"
+#include "tests/support/Rounds.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
+#include "toolkit/app/IPCClient.h"
+#include "toolkit/encoding/UTF8.h"
+
+using namespace std::chrono_literals;
+using Toolkit::Errc;
+using Toolkit::Instance;
+using Toolkit::Result;
+using ToolkitTest::ChildAnswer;
+using ToolkitTest::ForkedCopy;
+using ToolkitTest::InChild;
+using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::TemporaryFolder;
+
+namespace
+{
+
+const char* const c_strKey = "org.example.watch";
+
+using Arguments = std::vector<std::string>;
+
+// A runtime folder of the test's own.
+class InstanceTest : public testing::Test
+{
+protected:
+    InstanceTest() { std::filesystem::permissions(m_folder.Path(), std::filesystem::perms::owner_all); }
+
+    static Instance Claim(const std::string& key = c_strKey)
+    {
+        Result<Instance> instance = Instance::Claim(key);
+        EXPECT_TRUE(instance) << instance.error().Message();
+        return *std::move(instance);
+    }
+
+    // The path of the only socket.
+    std::string SocketPath() const
+    {
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path("toolkit")))
+            if (entry.is_socket())
+                return entry.path();
+        return std::string();
+    }
+
+    const TemporaryFolder m_folder;
+    const ScopedEnvironment m_runtime{"XDG_RUNTIME_DIR", m_folder.Path().c_str()};
+};
+
+Instance::Answer Echo(const Instance::Command& command)
+{
+    std::string text;
+    for (const std::string& argument : command.Arguments())
+        text += argument;
+    return Instance::Answer(static_cast<int>(command.Arguments().size()), text);
+}
+
+// Holds handlers until it is opened.
+class Gate
+{
+public:
+    void Open()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_bOpen = true;
+        m_changed.notify_all();
+    }
+    void Pass()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        ++m_iArrived;
+        m_changed.notify_all();
+        m_changed.wait(lock, [this] { return m_bOpen; });
+    }
+    void AwaitArrivals(int count)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait(lock, [this, count] { return m_iArrived >= count; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_bOpen = false;
+    int m_iArrived = 0;
+};
+
+} // namespace
+
+TEST_F(InstanceTest, FirstAnswersTheOthers)
+{
+    Instance first = Claim();
+    EXPECT_TRUE(first.IsFirst());
+    std::filesystem::path folder;
+    first.Serve(
+        [&folder](const Instance::Command& command)
+        {
+            folder = command.Folder();
+            return Instance::Answer(7, command.Arguments().at(0) + "|" + command.Arguments().at(1));
+        });
+    const Instance second = Claim();
+    EXPECT_FALSE(second.IsFirst());
+    const std::filesystem::path file = "a.eml";
+    const Result<Instance::Answer> answer = second.Ask({"open", file}, 60s);
+    ASSERT_TRUE(answer) << answer.error().Message();
+    EXPECT_EQ(7, answer->Code());
+    EXPECT_EQ("open|a.eml", answer->Text());
+    EXPECT_EQ(std::filesystem::current_path(), folder);
+}
+
+TEST_F(InstanceTest, KeysAreApart)
+{
+    const Instance a = Claim("a");
+    const Instance b = Claim("b");
+    const Instance longer = Claim(std::string(100000, 'k') + "a");
+    const Instance slash = Claim(std::string("../a\0/", 6));
+    EXPECT_TRUE(a.IsFirst() && b.IsFirst() && longer.IsFirst() && slash.IsFirst());
+    EXPECT_FALSE(Claim(std::string(100000, 'k') + "a").IsFirst());
+    EXPECT_TRUE(Claim(std::string(100000, 'k') + "b").IsFirst());
+    EXPECT_EQ(std::errc::invalid_argument, Instance::Claim("").error().Code());
+}
+
+TEST_F(InstanceTest, NextOneIsFirstWhenTheFirstHasEnded)
+{
+    auto first = std::make_unique<Instance>(Claim());
+    const Instance second = Claim();
+    first.reset();
+    const Result<Instance::Answer> answer = second.Ask({"x"});
+    ASSERT_FALSE(answer);
+    EXPECT_EQ(Errc::NotAnswered, answer.error().Code());
+    EXPECT_EQ("cannot ask org.example.watch: the first instance has ended", answer.error().Message());
+    EXPECT_TRUE(Claim().IsFirst());
+    EXPECT_EQ("", SocketPath());
+}
+
+TEST_F(InstanceTest, CarriesEveryByteOfAnyLength)
+{
+    Instance first = Claim();
+    first.Serve(Echo);
+    const Instance second = Claim();
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte)
+        all += static_cast<char>(byte);
+    for (const std::size_t size : {0U, 1U, 255U, 65536U, 1048576U, 1048577U, 16777216U, 40000000U})
+    {
+        std::string text;
+        while (text.size() < size)
+            text.append(all, 0, size - text.size());
+        const Result<Instance::Answer> answer = second.Ask({text, "", "end"}, 60s);
+        ASSERT_TRUE(answer) << answer.error().Message();
+        EXPECT_EQ(3, answer->Code());
+        EXPECT_TRUE(text + "end" == answer->Text()) << size;
+    }
+    const Result<Instance::Answer> nothing = second.Ask({}, 60s);
+    ASSERT_TRUE(nothing);
+    EXPECT_EQ(0, nothing->Code());
+    EXPECT_EQ("", nothing->Text());
+}
+
+TEST_F(InstanceTest, AskingWaitsUntilTheFirstServes)
+{
+    Instance first = Claim();
+    const Instance second = Claim();
+    std::future<Result<Instance::Answer>> asked =
+        std::async(std::launch::async, [&second] { return second.Ask({"early"}); });
+    EXPECT_EQ(Errc::NotAnswered, second.Ask({"impatient"}, 20ms).error().Code());
+    EXPECT_EQ(Errc::NotAnswered, second.Ask({"negative"}, -1s).error().Code());
+    first.Serve(Echo);
+    const Result<Instance::Answer> answer = asked.get();
+    ASSERT_TRUE(answer) << answer.error().Message();
+    EXPECT_EQ("early", answer->Text());
+}
+
+TEST_F(InstanceTest, HandlersExceptionIsAnAnswer)
+{
+    Instance first = Claim();
+    first.Serve(
+        [](const Instance::Command& command) -> Instance::Answer
+        {
+            if (command.Arguments().empty())
+                throw 1;
+            throw std::runtime_error("no such file");
+        });
+    const Result<Instance::Answer> answer = first.Ask({"x"}, 60s);
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(1, answer->Code());
+    EXPECT_EQ("no such file", answer->Text());
+    EXPECT_EQ("unknown exception", first.Ask({}, 60s)->Text());
+}
+
+TEST_F(InstanceTest, ExecutesOneAfterTheOther)
+{
+    Instance first = Claim();
+    std::atomic<int> inside{0};
+    std::atomic<int> most{0};
+    first.Serve(
+        [&](const Instance::Command& command)
+        {
+            most = std::max(most.load(), ++inside);
+            std::this_thread::yield();
+            --inside;
+            return Echo(command);
+        });
+    std::vector<std::thread> askers;
+    std::atomic<int> right{0};
+    for (int i = 0; i < 8; ++i)
+        askers.emplace_back(
+            [&, i]
+            {
+                for (int j = 0; j < 50; ++j)
+                {
+                    const std::string text = std::to_string(i) + "/" + std::to_string(j);
+                    const Result<Instance::Answer> answer = first.Ask({text}, 60s);
+                    right += answer && answer->Text() == text ? 1 : 0;
+                }
+            });
+    for (std::thread& asker : askers)
+        asker.join();
+    EXPECT_EQ(400, right);
+    EXPECT_EQ(1, most);
+}
+
+TEST_F(InstanceTest, ExecutesAtOnceInParallel)
+{
+    Instance first = Claim();
+    Gate gate;
+    first.Serve(
+        [&gate](const Instance::Command& command)
+        {
+            gate.Pass();
+            return Echo(command);
+        },
+        Instance::Parallel);
+    std::vector<std::future<bool>> asked;
+    for (int i = 0; i < 4; ++i)
+        asked.push_back(
+            std::async(std::launch::async, [&first] { return first.Ask({"x"}, 60s).has_value(); }));
+    gate.AwaitArrivals(4);
+    gate.Open();
+    for (std::future<bool>& each : asked)
+        EXPECT_TRUE(each.get());
+}
+
+TEST_F(InstanceTest, ExecutesOnTheThreadOfAnExecutor)
+{
+    std::mutex mutex;
+    std::queue<std::function<void()>> calls;
+    Instance first = Claim();
+    std::thread::id where;
+    first.Serve(
+        [&where](const Instance::Command& command)
+        {
+            where = std::this_thread::get_id();
+            return Echo(command);
+        },
+        [&](std::function<void()> call)
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            calls.push(std::move(call));
+        });
+    for (int i = 0; i < 3; ++i)
+    {
+        std::future<bool> asked =
+            std::async(std::launch::async, [&first] { return first.Ask({"x"}, 60s).has_value(); });
+        std::function<void()> call;
+        ASSERT_TRUE(ToolkitTest::WaitUntil(
+            [&]
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                if (calls.empty())
+                    return false;
+                call = std::move(calls.front());
+                calls.pop();
+                return true;
+            }));
+        call();
+        EXPECT_TRUE(asked.get());
+        EXPECT_EQ(std::this_thread::get_id(), where);
+    }
+}
+
+TEST_F(InstanceTest, EndWaitsForTheRunningHandlerAndFailsTheRest)
+{
+    auto first = std::make_unique<Instance>(Claim());
+    const Instance second = Claim();
+    Gate gate;
+    std::atomic<int> executed{0};
+    first->Serve(
+        [&](const Instance::Command& command)
+        {
+            ++executed;
+            gate.Pass();
+            return Echo(command);
+        });
+    const auto ask = [&second] { return second.Ask({"x"}); };
+    std::future<Result<Instance::Answer>> running = std::async(std::launch::async, ask);
+    gate.AwaitArrivals(1);
+    std::vector<std::future<Result<Instance::Answer>>> rest;
+    for (int i = 0; i < 3; ++i)
+        rest.push_back(std::async(std::launch::async, ask));
+    // One that was answered by nobody so far has been taken.
+    EXPECT_EQ(Errc::NotAnswered, second.Ask({"x"}, 50ms).error().Code());
+    std::thread end([&first] { first.reset(); });
+    for (auto& each : rest)
+        EXPECT_EQ(Errc::NotAnswered, each.get().error().Code());
+    gate.Open();
+    const Result<Instance::Answer> answer = running.get();
+    end.join();
+    ASSERT_TRUE(answer) << answer.error().Message();
+    EXPECT_EQ("x", answer->Text());
+    EXPECT_EQ(1, executed);
+}
+
+TEST_F(InstanceTest, CallOfAnExecutorThatComesTooLateDoesNothing)
+{
+    std::promise<std::function<void()>> posted;
+    auto first = std::make_unique<Instance>(Claim());
+    bool executed = false;
+    first->Serve(
+        [&executed](const Instance::Command& command)
+        {
+            executed = true;
+            return Echo(command);
+        },
+        [&posted](std::function<void()> call) { posted.set_value(std::move(call)); });
+    std::future<Errc> asked =
+        std::async(std::launch::async,
+                   [second = Claim()]
+                   {
+                       const Result<Instance::Answer> answer = second.Ask({"x"});
+                       return answer ? Errc::Refused : static_cast<Errc>(answer.error().Code().value());
+                   });
+    const std::function<void()> call = posted.get_future().get();
+    first.reset();
+    EXPECT_EQ(Errc::NotAnswered, asked.get());
+    call();
+    EXPECT_FALSE(executed);
+}
+
+TEST_F(InstanceTest, KilledFirstFailsItsAskersAndFreesTheWay)
+{
+    ForkedCopy host(
+        []() -> ChildAnswer
+        {
+            Instance first = Claim();
+            first.Serve(
+                [](const Instance::Command&) -> Instance::Answer
+                {
+                    // A copy that lives on holds nothing of it.
+                    if (fork() == 0)
+                    {
+                        alarm(60);
+                        pause();
+                    }
+                    kill(getpid(), SIGKILL);
+                    return Instance::Answer();
+                });
+            pause();
+            return true;
+        });
+    ASSERT_TRUE(ToolkitTest::WaitUntil(
+        [this] { return std::filesystem::exists(m_folder.Path("toolkit")) && !SocketPath().empty(); }));
+    const Instance second = Claim();
+    EXPECT_FALSE(second.IsFirst());
+    EXPECT_EQ(Errc::NotAnswered, second.Ask({"x"}).error().Code());
+    host.Kill();
+    Instance next = Claim();
+    EXPECT_TRUE(next.IsFirst());
+    next.Serve(Echo);
+    EXPECT_TRUE(second.Ask({"x"}, 60s));
+}
+
+TEST_F(InstanceTest, TwentyStartsAtOnceGiveOneFirst)
+{
+    struct Counts
+    {
+        std::atomic<int> m_iStarted{0};
+        std::atomic<int> m_iClaimed{0};
+        std::atomic<int> m_iFirsts{0};
+    };
+    for (int round = 0; round < 20; ++round)
+    {
+        auto* const counts =
+            new (mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+                Counts;
+        const int processes = 20;
+        {
+            std::vector<std::unique_ptr<ForkedCopy>> starts;
+            for (int i = 0; i < processes; ++i)
+                starts.push_back(std::make_unique<ForkedCopy>(
+                    [counts]() -> ChildAnswer
+                    {
+                        ++counts->m_iStarted;
+                        while (counts->m_iStarted < processes)
+                            std::this_thread::yield();
+                        const Result<Instance> instance = Instance::Claim(c_strKey);
+                        if (!instance)
+                            return instance.error().Message();
+                        counts->m_iFirsts += instance->IsFirst() ? 1 : 0;
+                        ++counts->m_iClaimed;
+                        while (counts->m_iClaimed < processes)
+                            usleep(1000);
+                        // Half of the rounds end as by a power cut.
+                        return true;
+                    }));
+            for (const auto& start : starts)
+                EXPECT_EQ("", start->Wait());
+        }
+        EXPECT_EQ(1, counts->m_iFirsts);
+        munmap(counts, sizeof(Counts));
+    }
+}
+
+TEST_F(InstanceTest, UnderstandsACommandOfAClassicClient)
+{
+    Instance first = Claim();
+    std::promise<Arguments> heard;
+    first.Serve(
+        [&heard](const Instance::Command& command)
+        {
+            heard.set_value(command.Arguments());
+            return Instance::Answer();
+        });
+    EXPECT_TRUE(Toolkit::IPCClient::Connect(Toolkit::UTF8::ToUNICODE(Toolkit::TString<char>(SocketPath())),
+                                            L"open gr\u00f6\u00dfe"));
+    EXPECT_EQ(Arguments{"open gr\xC3\xB6\xC3\x9F"
+                        "e"},
+              heard.get_future().get());
+}
+
+TEST_F(InstanceTest, HostileClientHarmsNobody)
+{
+    Instance first = Claim();
+    first.Serve(Echo);
+    const std::string path = SocketPath();
+    using ToolkitTest::ConnectBytes;
+    const std::string poke = std::string("\x03") + ToolkitTest::Sized("") + "\x02";
+    const std::string hostile[] = {"",
+                                   "garbage",
+                                   ConnectBytes("t").substr(0, 3),
+                                   poke,
+                                   ConnectBytes("t") + "\x03",
+                                   ConnectBytes("t") + poke + ToolkitTest::Sized("short"),
+                                   ConnectBytes("t") + poke +
+                                       ToolkitTest::Sized(std::string(8, '\xff') + "xx"),
+                                   ConnectBytes("t") + poke + std::string(4, '\xff')};
+    std::vector<ToolkitTest::RawClient> clients;
+    for (const std::string& bytes : hostile)
+    {
+        clients.emplace_back(path);
+        EXPECT_TRUE(clients.back().Send(bytes));
+        const Result<Instance::Answer> answer = first.Ask({"x"}, 60s);
+        EXPECT_TRUE(answer) << answer.error().Message();
+    }
+}
+
+TEST_F(InstanceTest, SilentServerCostsTheTimeAndADyingOneNone)
+{
+    const Instance first = Claim();
+    const std::string path = SocketPath();
+    std::filesystem::remove(path);
+    const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(0, bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    ASSERT_EQ(0, listen(listening, 8));
+    const Instance second = Claim();
+    EXPECT_EQ(Errc::NotAnswered, second.Ask({"x"}, 30ms).error().Code());
+    for (const std::string& reply :
+         {std::string(), std::string("\x09"), std::string("\x0a"), std::string("\x0a\xff"),
+          std::string("\x0a\x06\0\0\0\0\x02\xff\xff\xff\xff", 11)})
+    {
+        std::thread dying(
+            [listening, &reply]
+            {
+                const int client = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC);
+                static_cast<void>(send(client, reply.data(), reply.size(), MSG_NOSIGNAL));
+                close(client);
+            });
+        // The one that gave up is still the first in the queue.
+        EXPECT_EQ(Errc::NotAnswered, second.Ask({"x"}, 1s).error().Code());
+        dying.join();
+    }
+    close(listening);
+    std::filesystem::remove(path);
+}
+
+TEST_F(InstanceTest, RuntimeFolderIsMadeForItsUserAlone)
+{
+    const ScopedEnvironment none("XDG_RUNTIME_DIR", nullptr);
+    const ScopedEnvironment home("HOME", m_folder.Path().c_str());
+    const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder.Path("a/b").c_str());
+    EXPECT_TRUE(Claim().IsFirst());
+}
+
+TEST_F(InstanceTest, RuntimeFolderMayBeTooLongForASocket)
+{
+    const std::string folder = m_folder.Path(std::string(150, 'f') + "/\xff" + std::string(100, 'g'));
+    std::filesystem::create_directories(folder);
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", folder.c_str());
+    Instance first = Claim();
+    EXPECT_TRUE(first.IsFirst());
+    first.Serve(Echo);
+    const Instance second = Claim();
+    EXPECT_FALSE(second.IsFirst());
+    EXPECT_TRUE(second.Ask({"x"}, 60s));
+}
+
+TEST_F(InstanceTest, FolderThatIsAnothersOrALinkIsNotUsed)
+{
+    const std::string folder = m_folder.Path("toolkit");
+    std::filesystem::create_directory(m_folder.Path("other"));
+    std::filesystem::create_directory_symlink(m_folder.Path("other"), folder);
+    const Result<Instance> linked = Instance::Claim(c_strKey);
+    ASSERT_FALSE(linked);
+    EXPECT_NE(std::string::npos, linked.error().Message().find("cannot open the folder " + folder));
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("other")));
+    std::filesystem::remove(folder);
+    std::filesystem::create_directory(folder);
+    if (!ToolkitTest::GiveToAnotherUser(folder))
+        return;
+    EXPECT_EQ(std::errc::operation_not_permitted, Instance::Claim(c_strKey).error().Code());
+}
+
+TEST_F(InstanceTest, ForkedCopyHasNoPartInIt)
+{
+    Instance first = Claim();
+    first.Serve(Echo);
+    EXPECT_TRUE(InChild(
+        [copy = std::make_shared<Instance>(std::move(first))]() mutable -> ChildAnswer
+        {
+            copy.reset();
+            return !Claim().IsFirst();
+        }));
+}

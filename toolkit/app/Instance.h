@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_APP_INSTANCE_H
+#define TOOLKIT_APP_INSTANCE_H
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "toolkit/core/Export.h"
+#include "toolkit/core/Result.h"
+
+namespace Toolkit
+{
+
+/// One application of its user: the first process that claims a key is the first instance until it ends,
+/// however it ends, and the others ask it to execute commands and get its answers. The lock and the socket
+/// lie in the user's runtime folder, for this user alone. An object is used by one thread at a time, but for
+/// `Ask`, which any thread may call. A forked copy of the process has no part in it.
+///
+///     Toolkit::Result<Toolkit::Instance> instance = Toolkit::Instance::Claim("org.example.watch");
+///     if (!instance)
+///         return Fail(instance.error().Message());
+///     if (!instance->IsFirst())
+///         return Print(instance->Ask({"open", file}, 2s));
+///     instance->Serve([](const Toolkit::Instance::Command& command)
+///                     { return Toolkit::Instance::Answer(0, Execute(command.Arguments(), command.Folder()));
+///                     });
+class TOOLKIT_API Instance
+{
+public:
+    /// What another process asks for.
+    class TOOLKIT_API Command
+    {
+    public:
+        Command(std::vector<std::string> arguments, std::filesystem::path folder);
+        Command(const Command& other) noexcept;
+        Command& operator=(const Command& other) noexcept;
+        ~Command();
+
+        /// Byte for byte as they were given to `Ask`.
+        const std::vector<std::string>& Arguments() const noexcept;
+        /// The working folder of the asker, to which relative paths among the arguments belong; empty where
+        /// there is none, and for a command of an `IPCClient`.
+        const std::filesystem::path& Folder() const noexcept;
+
+    private:
+        struct Content;
+        std::shared_ptr<const Content> m_pContent;
+    };
+
+    /// What the handler returns, and the asker gets, byte for byte.
+    class TOOLKIT_API Answer
+    {
+    public:
+        explicit Answer(int code = 0, std::string text = std::string());
+        Answer(const Answer& other) noexcept;
+        Answer& operator=(const Answer& other) noexcept;
+        ~Answer();
+
+        int Code() const noexcept;
+        const std::string& Text() const noexcept;
+
+    private:
+        struct Content;
+        std::shared_ptr<const Content> m_pContent;
+    };
+
+    using Handler = std::function<Answer(const Command&)>;
+    /// Calls a function some time, on a thread of its choice.
+    using Executor = std::function<void(std::function<void()>)>;
+
+    enum Mode : std::uint32_t
+    {
+        /// Each command at once, on a thread of its own.
+        Parallel = 1
+    };
+
+    /// Becomes the first instance of this key, or finds that there is one; any bytes are a key, but for none
+    /// at all (`std::errc::invalid_argument`). It fails with the code of the system where the runtime folder
+    /// cannot be made, is not this user's or has no locks or sockets.
+    static Result<Instance> Claim(std::string_view key);
+
+    Instance(Instance&& other) noexcept;
+    Instance& operator=(Instance&& other) noexcept;
+    /// Waits for the handlers that run and sends their answers; everyone else who asks gets a failure at
+    /// once. Never within a handler.
+    ~Instance();
+
+    bool IsFirst() const noexcept;
+
+    /// Has the first instance execute a command, and waits for the answer, without an end or for so long.
+    /// Asking begins to wait before the first instance serves. `Errc::NotAnswered`: there was no answer in
+    /// time, or the first instance ends, has ended, or could not take the command. `Errc::Refused`: somebody
+    /// else than this user listens.
+    Result<Answer> Ask(const std::vector<std::string>& arguments) const;
+    Result<Answer> Ask(const std::vector<std::string>& arguments, std::chrono::nanoseconds timeout) const;
+
+    /// Executes what is asked for from now on, in the first instance; elsewhere, and the second time, it does
+    /// nothing. One command after the other, in the order in which they come, on a thread of its own or by
+    /// the executor; or each at once. What a handler throws is an answer of code 1 with its `what()`. Where
+    /// there are no threads to be had, askers get a failure.
+    void Serve(Handler handler);
+    void Serve(Handler handler, Executor executor);
+    void Serve(Handler handler, Mode mode);
+
+private:
+    struct Content;
+
+    explicit Instance(std::unique_ptr<Content> content) noexcept;
+    void Serve(Handler handler, Executor executor, bool isParallel);
+
+    std::unique_ptr<Content> m_pContent;
+};
+
+} // namespace Toolkit
+
+#endif

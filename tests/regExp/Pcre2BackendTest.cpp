@@ -339,6 +339,7 @@ TEST(Pcre2Backend, RefusesWhatPcreRefusesInItsWords)
         {"abcdefghi{2,1}", " : numbers out of order in {} quantifier (@offset: 13) abcdefghi{2,1}"},
         {"[z-a]abcdefghijk", " : range out of order in character class (@offset: 3) [z-a]abcdefghijk"},
         {"abcdefgh[[:foo:]]", " : unknown POSIX class name (@offset: 11) abcdefgh[[:foo:]]"},
+        {"abcdefgh[[=foo=]]", " : POSIX collating elements are not supported (@offset: 9) abcdefgh[[=foo=]]"},
         {"abcdefg\\p{Nothing}",
          " : unknown property name after \\P or \\p (@offset: 17) abcdefg\\p{Nothing}"},
         {"abcdefghijklmn\\L",

@@ -78,7 +78,7 @@ Match::~Match()
 
 Match::operator bool() const noexcept
 {
-    return m_pSearch != nullptr;
+    return m_pSearch != nullptr && m_pSearch->IsFound();
 }
 
 const Failure* Match::Error() const noexcept
@@ -108,7 +108,7 @@ bool Match::Has(std::string_view name) const noexcept
 
 std::size_t Match::Position(std::size_t group) const noexcept
 {
-    return Has(group) ? m_pSearch->Offsets()[2 * group] : std::string_view::npos;
+    return Has(group) ? m_pSearch->offsets[2 * group] : std::string_view::npos;
 }
 
 std::size_t Match::Position(std::string_view name) const noexcept
@@ -118,7 +118,7 @@ std::size_t Match::Position(std::string_view name) const noexcept
 
 std::size_t Match::Length(std::size_t group) const noexcept
 {
-    return Has(group) ? m_pSearch->Offsets()[2 * group + 1] - m_pSearch->Offsets()[2 * group] : 0;
+    return Has(group) ? m_pSearch->offsets[2 * group + 1] - m_pSearch->offsets[2 * group] : 0;
 }
 
 std::size_t Match::Length(std::string_view name) const noexcept

@@ -14,13 +14,13 @@ Matches::Iterator::Iterator(Match match) noexcept : m_match(std::move(match)) {}
 
 Matches::Iterator& Matches::Iterator::operator++()
 {
-    PatternSearchPtr search(std::exchange(m_match.m_pSearch, nullptr));
-    m_match.m_pError.reset();
+    PatternSearch* const search = m_match.m_pSearch;
     if (search != nullptr)
-    {
         search->pattern->FindNext(*search);
-        m_match = Match(search.release());
-    }
+    if (search == nullptr)
+        m_match = Match();
+    else if (!search->IsFound())
+        m_match = Match(std::exchange(m_match.m_pSearch, nullptr));
     return *this;
 }
 
@@ -34,7 +34,8 @@ Matches::Iterator Matches::Iterator::operator++(int)
 // The places of one loop: only the end is compared with.
 bool Matches::Iterator::operator==(const Iterator& other) const noexcept
 {
-    const auto isEnd = [](const Iterator& it) { return !it.m_match && it.m_match.Error() == nullptr; };
+    const auto isEnd = [](const Iterator& it)
+    { return it.m_match.m_pSearch == nullptr && it.m_match.m_pError == nullptr; };
     if (isEnd(*this) || isEnd(other))
         return isEnd(*this) && isEnd(other);
     return m_match.Position() == other.m_match.Position() && m_match.Length() == other.m_match.Length();
@@ -47,7 +48,7 @@ Matches::Matches(std::shared_ptr<const CompiledPattern> pattern, std::string_vie
 
 Matches::Iterator Matches::begin() const
 {
-    PatternSearchPtr search = m_pPattern->NewSearch(m_strText);
+    PatternSearchPtr search = CompiledPattern::NewSearch(m_pPattern, m_strText);
     m_pPattern->FindFirst(*search);
     return Iterator(Match(search.release()));
 }

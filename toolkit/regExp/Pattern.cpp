@@ -155,7 +155,7 @@ Result<Pattern> Pattern::Compile(std::string_view pattern, Options options, cons
 
 Match Pattern::Find(std::string_view text) const
 {
-    PatternSearchPtr search = m_pPattern->NewSearch(text);
+    PatternSearchPtr search = CompiledPattern::NewSearch(m_pPattern, text);
     m_pPattern->FindFirst(*search);
     return Match(search.release());
 }

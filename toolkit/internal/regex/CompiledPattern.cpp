@@ -2,6 +2,7 @@
 #include "toolkit/internal/regex/CompiledPattern.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 #include "toolkit/internal/regex/Pcre2Contexts.h"
@@ -20,6 +21,21 @@ T* NeedMemory(T* memory)
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
+}
+
+bool IsAscii(std::string_view text)
+{
+    const std::uint64_t highBits = 0x8080808080808080U;
+    std::uint64_t word = 0;
+    std::size_t i = 0;
+    for (; text.size() - i >= sizeof(word); i += sizeof(word))
+    {
+        std::memcpy(&word, text.data() + i, sizeof(word));
+        if ((word & highBits) != 0)
+            return false;
+    }
+    return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(),
+                       [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 // The first character that begins there or later.
@@ -49,7 +65,7 @@ void ReleaseSearch::operator()(PatternSearch* search) const
     const std::shared_ptr<const CompiledPattern> pattern = std::move(search->pattern);
     // What a search without machine code has taken from the heap it would keep.
     if (pattern != nullptr && pattern->m_bHasMachineCode && !search->holdsHeap)
-        search = pattern->m_spare[pattern->GetSlot()].exchange(search, std::memory_order_acq_rel);
+        search = pattern->m_spare[CompiledPattern::GetSlot()].exchange(search, std::memory_order_acq_rel);
     delete search;
 }
 
@@ -83,7 +99,10 @@ CompiledPattern::CompiledPattern(Pcre2Ptr<pcre2_code> code, const Settings& sett
     m_uGroups = groups;
     m_bCrlf =
         lineEnd == PCRE2_NEWLINE_CRLF || lineEnd == PCRE2_NEWLINE_ANY || lineEnd == PCRE2_NEWLINE_ANYCRLF;
-    m_bHasMachineCode = pcre2_jit_compile(m_pCode.get(), PCRE2_JIT_COMPLETE) == 0;
+    std::size_t machineCode = 0;
+    pcre2_jit_compile(m_pCode.get(), PCRE2_JIT_COMPLETE);
+    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_JITSIZE, &machineCode);
+    m_bHasMachineCode = machineCode > 0;
 }
 
 CompiledPattern::~CompiledPattern()
@@ -114,13 +133,15 @@ std::size_t CompiledPattern::FindGroup(std::string_view name, const PatternSearc
     return firstInMatch != s_uNoGroup ? firstInMatch : first;
 }
 
-PatternSearchPtr CompiledPattern::NewSearch(std::string_view subject) const
+PatternSearchPtr CompiledPattern::NewSearch(std::shared_ptr<const CompiledPattern> pattern,
+                                            std::string_view subject)
 {
-    std::unique_ptr<PatternSearch> search(m_spare[GetSlot()].exchange(nullptr, std::memory_order_acq_rel));
+    std::unique_ptr<PatternSearch> search(
+        pattern->m_spare[GetSlot()].exchange(nullptr, std::memory_order_acq_rel));
     if (search == nullptr)
-        search = std::make_unique<PatternSearch>(Pcre2Ptr<pcre2_match_data>(
-            NeedMemory(pcre2_match_data_create_from_pattern(m_pCode.get(), Pcre2Contexts::Get().General()))));
-    search->pattern = shared_from_this();
+        search = std::make_unique<PatternSearch>(Pcre2Ptr<pcre2_match_data>(NeedMemory(
+            pcre2_match_data_create_from_pattern(pattern->m_pCode.get(), Pcre2Contexts::Get().General()))));
+    search->pattern = std::move(pattern);
     search->subject = subject;
     search->result = PCRE2_ERROR_NOMATCH;
     return PatternSearchPtr(search.release());
@@ -128,9 +149,8 @@ PatternSearchPtr CompiledPattern::NewSearch(std::string_view subject) const
 
 PatternSearchPtr CompiledPattern::Copy(const PatternSearch& search)
 {
-    PatternSearchPtr copy = search.pattern->NewSearch(search.subject);
-    std::copy(search.Offsets(), search.Offsets() + 2 * pcre2_get_ovector_count(search.data.get()),
-              pcre2_get_ovector_pointer(copy->data.get()));
+    PatternSearchPtr copy = NewSearch(search.pattern, search.subject);
+    std::copy(search.offsets, search.offsets + 2 * pcre2_get_ovector_count(search.data.get()), copy->offsets);
     copy->result = search.result;
     copy->place = search.place;
     return copy;
@@ -139,8 +159,8 @@ PatternSearchPtr CompiledPattern::Copy(const PatternSearch& search)
 void CompiledPattern::FindNext(PatternSearch& search) const
 {
     const std::size_t length = search.subject.size();
-    const bool wasEmpty = search.Offsets()[0] == search.Offsets()[1];
-    std::size_t start = search.Offsets()[1];
+    const bool wasEmpty = search.offsets[0] == search.offsets[1];
+    std::size_t start = search.offsets[1];
     // "\\K" may have put the match before the place where it was found: it would be found again.
     if (!wasEmpty && start <= search.place)
         start = NextCharacter(search.subject, search.place);
@@ -178,8 +198,12 @@ void CompiledPattern::Find(PatternSearch& search, std::size_t start, std::uint32
 int CompiledPattern::Execute(PatternSearch& search, std::size_t start, std::uint32_t options,
                              pcre2_match_context* context) const
 {
-    return pcre2_match(m_pCode.get(), ToPcre2(search.subject), search.subject.size(), start, options,
-                       search.data.get(), context);
+    // Machine code takes what is known to be UTF-8 without another look at it.
+    const bool isChecked = (options & PCRE2_NO_UTF_CHECK) != 0 || IsAscii(search.subject);
+    const auto match =
+        m_bHasMachineCode && isChecked && (options & PCRE2_ANCHORED) == 0 ? pcre2_jit_match : pcre2_match;
+    return match(m_pCode.get(), ToPcre2(search.subject), search.subject.size(), start, options,
+                 search.data.get(), context);
 }
 
 // Machine code uses 32 KiB of the caller's stack, unless it is given more.
@@ -203,10 +227,10 @@ std::string CompiledPattern::Describe(int result)
 }
 
 // Any slot will do; that of the thread is mostly free.
-std::size_t CompiledPattern::GetSlot() const
+std::size_t CompiledPattern::GetSlot()
 {
     static const thread_local char s_cThread = 0;
-    return (reinterpret_cast<std::uintptr_t>(&s_cThread) >> 12) * 0x9E3779B9U % m_spare.size();
+    return (reinterpret_cast<std::uintptr_t>(&s_cThread) >> 12) * 0x9E3779B9U % s_uSpare;
 }
 
 } // namespace Toolkit

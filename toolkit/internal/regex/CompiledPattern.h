@@ -23,18 +23,22 @@ class CompiledPattern;
 // outlives every other owner of that.
 struct PatternSearch
 {
-    explicit PatternSearch(Pcre2Ptr<pcre2_match_data> matchData) : data(std::move(matchData)) {}
+    explicit PatternSearch(Pcre2Ptr<pcre2_match_data> matchData)
+        : data(std::move(matchData)), offsets(pcre2_get_ovector_pointer(data.get()))
+    {
+    }
 
-    const PCRE2_SIZE* Offsets() const { return pcre2_get_ovector_pointer(data.get()); }
     bool IsFound() const { return result > 0; }
     // True for a group of a match that took part in it.
     bool Has(std::size_t group) const
     {
-        return result > 0 && group < static_cast<std::size_t>(result) && Offsets()[2 * group] != PCRE2_UNSET;
+        return result > 0 && group < static_cast<std::size_t>(result) && offsets[2 * group] != PCRE2_UNSET;
     }
 
     std::shared_ptr<const CompiledPattern> pattern;
     const Pcre2Ptr<pcre2_match_data> data;
+    // The begin and the end of each group.
+    PCRE2_SIZE* const offsets;
     std::string_view subject;
     // The groups that are told of, or PCRE2's number for what happened.
     int result = PCRE2_ERROR_NOMATCH;
@@ -54,7 +58,7 @@ using PatternSearchPtr = std::unique_ptr<PatternSearch, ReleaseSearch>;
 
 // A pattern that was compiled once, with just-in-time code where PCRE2 has some for this machine and this
 // pattern. Any number of threads may search with it at once.
-class CompiledPattern : public std::enable_shared_from_this<CompiledPattern>
+class CompiledPattern
 {
 public:
     struct Settings
@@ -91,7 +95,8 @@ public:
     std::size_t FindGroup(std::string_view name, const PatternSearch* search) const;
 
     // A search to begin with. Throws std::bad_alloc.
-    PatternSearchPtr NewSearch(std::string_view subject) const;
+    static PatternSearchPtr NewSearch(std::shared_ptr<const CompiledPattern> pattern,
+                                      std::string_view subject);
 
     // A search that found the same. Throws std::bad_alloc.
     static PatternSearchPtr Copy(const PatternSearch& search);
@@ -115,7 +120,7 @@ private:
     int Execute(PatternSearch& search, std::size_t start, std::uint32_t options,
                 pcre2_match_context* context) const;
     int FindOnLargerStack(PatternSearch& search, std::size_t start, std::uint32_t options) const;
-    std::size_t GetSlot() const;
+    static std::size_t GetSlot();
 
     const Pcre2Ptr<pcre2_code> m_pCode;
     const Pcre2Ptr<pcre2_match_context> m_pContext;
@@ -124,7 +129,8 @@ private:
     bool m_bCrlf = false;
     bool m_bHasMachineCode = false;
     // Searches that nobody uses, mostly one for each thread.
-    mutable std::array<std::atomic<PatternSearch*>, 8> m_spare = {};
+    static const std::size_t s_uSpare = 8;
+    mutable std::array<std::atomic<PatternSearch*>, s_uSpare> m_spare = {};
 };
 
 } // namespace Toolkit

@@ -31,7 +31,8 @@ bool LiteralEscapes::TakeLiterally(int number, std::size_t offset)
     case s_iUnsupportedEscape:
         return offset >= 2 && m_strText[offset - 1] == 'F' && RemoveBackslash(offset - 2);
     case s_iRangeOfClass:
-        return EscapeHyphen(offset);
+        // Newer versions of PCRE2 stop after the hyphen.
+        return EscapeHyphen(offset) || (offset >= 1 && EscapeHyphen(offset - 1));
     default:
         return false;
     }
@@ -56,7 +57,7 @@ bool LiteralEscapes::RemoveBackslash(std::size_t place)
 
 bool LiteralEscapes::EscapeHyphen(std::size_t place)
 {
-    if (m_strText[place] != '-')
+    if (place >= m_strText.size() || m_strText[place] != '-')
         return false;
     m_strText.insert(place, 1, '\\');
     m_changes.push_back({place, true});

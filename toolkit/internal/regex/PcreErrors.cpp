@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/internal/regex/PcreErrors.h"
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <string_view>
@@ -21,6 +22,9 @@ struct Row
     std::string_view ending;
     PcreError error;
 };
+
+const int s_iCollatingElement = 113;
+const int s_iUnknownClass = 130;
 
 const Row s_rows[] = {
     {107, "", {"invalid escape sequence in character class", 0}},
@@ -115,6 +119,13 @@ PcreError FindPcreError(int number, const std::string& read)
     // A pattern that is not UTF-8 has one of several negative numbers.
     if (number < 0)
         return {"invalid UTF-8 string", 0};
+    // Newer versions of PCRE2 stop at the end of "[:name:]" and "[=name=]", not at its name and not before
+    // it.
+    const std::size_t bracket = read.rfind('[');
+    if (EndsWith(read, "]") && bracket != read.npos && number == s_iUnknownClass)
+        return {Pcre2Text(number), read.size() - std::min(read.size(), bracket + 2)};
+    if (EndsWith(read, "]") && bracket != read.npos && number == s_iCollatingElement)
+        return {Pcre2Text(number), read.size() - bracket};
     for (const Row& row : s_rows)
         if (row.number == number && EndsWith(read, row.ending))
             return {row.error.text != nullptr ? row.error.text : Pcre2Text(number), row.error.bytesEarlier};

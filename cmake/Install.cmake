@@ -19,9 +19,21 @@ install(
   INCLUDES
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(
-  FILES ${PROJECT_SOURCE_DIR}/gdb/toolkit_printers.py
+  FILES ${PROJECT_SOURCE_DIR}/gdb/toolkit_printers.py ${PROJECT_SOURCE_DIR}/packaging/tsan.supp
   DESTINATION ${CMAKE_INSTALL_DATADIR}/toolkit
   COMPONENT Toolkit_Development)
+# gdb loads the printers by itself from its own folder, where the whole name of the library stands, or from beside the library,
+# which a prefix that is moved takes along.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(toolkit_printers_folder ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR})
+else()
+  set(toolkit_printers_folder ${CMAKE_INSTALL_LIBDIR})
+endif()
+install(
+  FILES ${PROJECT_SOURCE_DIR}/gdb/toolkit_printers.py
+  DESTINATION ${toolkit_printers_folder}
+  COMPONENT Toolkit_Development
+  RENAME libtoolkit.so.${PROJECT_VERSION}-gdb.py)
 install(
   EXPORT ToolkitTargets
   NAMESPACE Toolkit::

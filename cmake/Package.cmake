@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-# The Debian packages: libtoolkit<soversion> with the library, libtoolkit-dev with what a program is built with. Made in
-# the preset "package" by cpack; the prefix must be /usr, since that alone gives the folders of the distribution.
+# The Debian packages: libtoolkit<soversion> with the library, libtoolkit<soversion>-dbgsym with its debug symbols, libtoolkit-dev
+# with what a program is built with. Made in the preset "package" by cpack, in build/package/packages; the prefix must be /usr,
+# since that alone gives the folders of the distribution.
 set(toolkit_debian ${PROJECT_SOURCE_DIR}/packaging/debian)
 set(toolkit_runtime libtoolkit${PROJECT_VERSION_MAJOR})
 set(toolkit_revision 1)
@@ -30,10 +31,10 @@ toolkit_package_files(${toolkit_runtime} Toolkit_Runtime)
 toolkit_package_files(libtoolkit-dev Toolkit_Development)
 
 set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_COMPONENTS_ALL Toolkit_Runtime Toolkit_Development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
@@ -51,6 +52,8 @@ expressions, and the folders of the application.")
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_NAME ${toolkit_runtime})
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# Takes the symbols out of the library, too.
+set(CPACK_DEBIAN_TOOLKIT_RUNTIME_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_CONTROL_EXTRA ${toolkit_debian}/triggers)
 # A program asks for the version that it was linked with, or a later one.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)

@@ -28,13 +28,29 @@ function(toolkit_package_files package component)
     RENAME ${package})
 endfunction()
 toolkit_package_files(${toolkit_runtime} Toolkit_Runtime)
+toolkit_package_files(${toolkit_runtime}-dbgsym Toolkit_Symbols)
 toolkit_package_files(libtoolkit-dev Toolkit_Development)
+
+# The symbols lie where every debugger looks for them, by the number that the linker gave the library.
+find_program(TOOLKIT_READELF readelf REQUIRED)
+mark_as_advanced(TOOLKIT_READELF)
+set(toolkit_symbols ${toolkit_docs}/libtoolkit.debug)
+install(
+  CODE "
+    execute_process(COMMAND ${CMAKE_OBJCOPY} --only-keep-debug --compress-debug-sections \"$<TARGET_FILE:toolkit>\"
+                            \"${toolkit_symbols}\" COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND ${TOOLKIT_READELF} -n \"${toolkit_symbols}\" OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCH \"Build ID: (..)([0-9a-f]+)\" found \"\${notes}\")
+    file(INSTALL \"${toolkit_symbols}\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id/\${CMAKE_MATCH_1}\"
+         PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ RENAME \"\${CMAKE_MATCH_2}.debug\")"
+  COMPONENT Toolkit_Symbols)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_COMPONENTS_ALL Toolkit_Runtime Toolkit_Development)
+set(CPACK_COMPONENTS_ALL Toolkit_Runtime Toolkit_Symbols Toolkit_Development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
@@ -52,13 +68,19 @@ expressions, and the folders of the application.")
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_NAME ${toolkit_runtime})
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_SHLIBDEPS ON)
-# Takes the symbols out of the library, too.
-set(CPACK_DEBIAN_TOOLKIT_RUNTIME_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_TOOLKIT_RUNTIME_PACKAGE_CONTROL_EXTRA ${toolkit_debian}/triggers)
 # A program asks for the version that it was linked with, or a later one.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_COMPONENT_TOOLKIT_RUNTIME_DESCRIPTION "${toolkit_about}")
+
+set(CPACK_DEBIAN_TOOLKIT_SYMBOLS_PACKAGE_NAME ${toolkit_runtime}-dbgsym)
+set(CPACK_DEBIAN_TOOLKIT_SYMBOLS_PACKAGE_SECTION debug)
+set(CPACK_DEBIAN_TOOLKIT_SYMBOLS_PACKAGE_DEPENDS "${toolkit_runtime} (= ${PROJECT_VERSION}-${toolkit_revision})")
+set(CPACK_COMPONENT_TOOLKIT_SYMBOLS_DESCRIPTION
+    "${toolkit_about}
+.
+This package holds the debug symbols of ${toolkit_runtime}.")
 
 # The base libraries of wxWidgets are developed with the package of the whole of it; there is none for them alone.
 set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_NAME libtoolkit-dev)

@@ -3,7 +3,7 @@
 of the library failed.
 
 (gdb) source gdb/toolkit_printers.py                        in the sources
-(gdb) source /usr/share/toolkit/toolkit_printers.py         from the package libtoolkit-dev
+(gdb) source /usr/share/toolkit/toolkit_printers.py         from the package libtoolkit-dev, if gdb has not loaded them itself
 """
 
 import datetime

@@ -78,7 +78,7 @@ TEST(Failure, IsEmptyOnceItWasMovedFrom)
     const Failure target(std::move(source));
 
     EXPECT_EQ(target.Message(), "no");
-    EXPECT_EQ(source.Message(), ""); // NOLINT(bugprone-use-after-move): the header says what it is.
+    EXPECT_EQ(source.Message(), ""); // The header says what it is.
     EXPECT_FALSE(source.Code());
     const Failure copy(source);
     EXPECT_EQ(copy.Message(), "");

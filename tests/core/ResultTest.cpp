@@ -181,12 +181,12 @@ TEST(Result, KeepsItsKindWhenItWasMovedFrom)
 {
     Result<void> failed = Do(false);
     const Result<void> taken = std::move(failed);
-    EXPECT_FALSE(failed); // NOLINT(bugprone-use-after-move): the header says what it is.
+    EXPECT_FALSE(failed); // The header says what it is.
     EXPECT_EQ(taken.error().Message(), "no");
 
     Result<std::string> text = s_refused;
     const Result<std::string> other = std::move(text);
-    EXPECT_FALSE(text); // NOLINT(bugprone-use-after-move): as above.
+    EXPECT_FALSE(text); // As above.
     EXPECT_EQ(other.error().Message(), s_refused.Message());
 }
 

@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_APP_IPCCONNECTIONEVENTHELPER_H
 #define TOOLKIT_APP_IPCCONNECTIONEVENTHELPER_H
 
+#include "toolkit/core/NeedsWx.h"
+
 #include <wx/sckipc.h>
 
 #include "toolkit/core/Export.h"

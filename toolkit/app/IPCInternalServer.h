@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_APP_IPCINTERNALSERVER_H
 #define TOOLKIT_APP_IPCINTERNALSERVER_H
 
+#include "toolkit/core/NeedsWx.h"
+
 #include <memory>
 
 #include <wx/sckipc.h>

@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_FILES_ARCHIVEZIPENTRY_H
 #define TOOLKIT_FILES_ARCHIVEZIPENTRY_H
 
+#include "toolkit/core/NeedsWx.h"
+
 #include <wx/zipstrm.h>
 
 #include "toolkit/core/Export.h"

@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_FILES_FSSTREAM_H
 #define TOOLKIT_FILES_FSSTREAM_H
 
+#include "toolkit/core/NeedsWx.h"
+
 #include <cstddef>
 #include <cstdint>
 

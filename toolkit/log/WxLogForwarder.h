@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_LOG_WXLOGFORWARDER_H
 #define TOOLKIT_LOG_WXLOGFORWARDER_H
 
+#include "toolkit/core/NeedsWx.h"
+
 #include <ctime>
 
 #include <wx/log.h>

@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_THREADING_THREAD_H
 #define TOOLKIT_THREADING_THREAD_H
 
+#include "toolkit/core/NeedsWx.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <mutex>

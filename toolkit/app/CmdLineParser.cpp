@@ -3,8 +3,6 @@
 
 #include <cwchar>
 #include <functional>
-#include <string_view>
-#include <unordered_map>
 
 #include "toolkit/encoding/UTF8.h"
 
@@ -110,17 +108,13 @@ bool CmdLineParser::AddOption(smart_ptr<CmdLineOption, smart_ptr_policy> option)
 
 bool CmdLineParser::Parse()
 {
-    // So that each argument finds its option at once, and without a copy of its name.
-    std::unordered_map<std::wstring_view, CmdLineOption*> options(m_mapOptions.size());
-    for (const auto& [name, option] : m_mapOptions)
-        options.emplace(name, option.get());
     CmdLineOption* current = nullptr;
     for (const TString<wchar_t>& argument : m_vecArguments)
     {
         if (!argument.empty() && argument.front() == c_identifiers[0])
         {
-            const auto found = options.find(std::wstring_view(argument).substr(1));
-            current = found != options.end() ? found->second : nullptr;
+            const auto found = m_mapOptions.find(argument.substr(1));
+            current = found != m_mapOptions.end() ? found->second.get() : nullptr;
             if (current != nullptr)
                 current->m_bFound = true;
         }

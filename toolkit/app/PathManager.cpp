@@ -27,9 +27,7 @@ void CreateFolders(const TString<wchar_t>& path)
 // The separator of the instance, which is kept alive meanwhile; without an instance the platform's own.
 wchar_t InstanceSeparator()
 {
-    if (PathManager::s_pInstance == nullptr)
-        return L'/';
-    const smart_ptr<PathManager> manager(*PathManager::s_pInstance);
+    const smart_ptr<PathManager> manager = InstalledPathManager();
     return manager.IsNull() ? L'/' : manager->GetPathSeparator().at(0);
 }
 

@@ -101,6 +101,13 @@ private:
     TString<wchar_t> m_strCdRomPath;
 };
 
+/// The path manager, shared for the length of a call; null outside the modules' life.
+inline smart_ptr<PathManager, smart_ptr_policy> InstalledPathManager()
+{
+    return PathManager::s_pInstance != nullptr ? *PathManager::s_pInstance
+                                               : smart_ptr<PathManager, smart_ptr_policy>();
+}
+
 } // namespace Toolkit
 
 #endif

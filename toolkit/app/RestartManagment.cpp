@@ -37,9 +37,7 @@ void Trace(unsigned int line, const char* function, const TString<wchar_t>& mess
 TString<wchar_t> Executable()
 {
     TString<wchar_t> path;
-    if (PathManager::s_pInstance == nullptr)
-        return path;
-    const smart_ptr<PathManager> paths(*PathManager::s_pInstance);
+    const smart_ptr<PathManager> paths = InstalledPathManager();
     if (!paths.IsNull())
         PathManager::AppendPath(path, paths->GetApplicationPath(), paths->GetApplicationName());
     return path;

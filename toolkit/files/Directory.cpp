@@ -80,9 +80,9 @@ bool HasTooLongName(const TString<char>& path)
 
 Directory::Directory(const TString<wchar_t>& path) : m_strPath(path)
 {
-    if (!path.empty() || PathManager::s_pInstance == nullptr)
+    if (!path.empty())
         return;
-    const smart_ptr<PathManager, smart_ptr_policy> manager(*PathManager::s_pInstance);
+    const smart_ptr<PathManager, smart_ptr_policy> manager = InstalledPathManager();
     if (!manager.IsNull())
         m_strPath = manager->GetApplicationPath();
 }

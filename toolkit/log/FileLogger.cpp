@@ -27,15 +27,9 @@ namespace
 const unsigned int s_uRetryInterval = 10;
 const unsigned int s_uQuietTime = 500;
 
-// The path manager, held for as long as the caller asks it; null outside the modules' life.
-smart_ptr<PathManager> Paths()
-{
-    return PathManager::s_pInstance != nullptr ? *PathManager::s_pInstance : smart_ptr<PathManager>();
-}
-
 TString<wchar_t> NameOrApplication(const TString<wchar_t>& name)
 {
-    const smart_ptr<PathManager> paths = Paths();
+    const smart_ptr<PathManager> paths = InstalledPathManager();
     return name.empty() && !paths.IsNull() ? paths->GetApplicationName() : name;
 }
 
@@ -48,6 +42,19 @@ Descriptor OpenLogDescriptor(const TString<wchar_t>& path)
     const bool isOurs = flock(descriptor.Get(), LOCK_EX | LOCK_NB) == 0 &&
                         GuardedFile::Is(descriptor.Get()) && GuardedFile::Empty(descriptor.Get());
     return isOurs ? std::move(descriptor) : Descriptor();
+}
+
+template <class Open>
+bool FalseWithoutMemory(Open open)
+{
+    try
+    {
+        return open();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
 }
 
 } // namespace
@@ -113,26 +120,12 @@ wxThread::ExitCode FileLogger::DoWork()
 
 bool FileLogger::OpenPrimary(ForkShield& shield)
 {
-    try
-    {
-        return OpenFile(PrimaryPath(), shield);
-    }
-    catch (const std::bad_alloc&)
-    {
-        return false;
-    }
+    return FalseWithoutMemory([&] { return OpenFile(PrimaryPath(), shield); });
 }
 
 bool FileLogger::OpenFallback(ForkShield& shield)
 {
-    try
-    {
-        return OpenFile(FallbackPath(), shield);
-    }
-    catch (const std::bad_alloc&)
-    {
-        return false;
-    }
+    return FalseWithoutMemory([&] { return OpenFile(FallbackPath(), shield); });
 }
 
 // A forked child that had the descriptor, too, would keep the lock when this process is long gone.
@@ -152,7 +145,7 @@ bool FileLogger::OpenFile(const TString<wchar_t>& path, ForkShield& shield)
 
 TString<wchar_t> FileLogger::PathWithoutExtension() const
 {
-    const smart_ptr<PathManager> paths = Paths();
+    const smart_ptr<PathManager> paths = InstalledPathManager();
     const TString<wchar_t> folder = paths.IsNull() ? L"/tmp" : paths->GetTempDir();
     const TString<wchar_t> separator = paths.IsNull() ? L"/" : paths->GetPathSeparator();
     return folder + separator + m_strName;

@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: MIT
+#include <cstdint>
+#include <memory>
 #include <regex>
+#include <string>
 
-#ifdef BENCH_PCRE2
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
-#else
+#ifndef BENCH_PCRE2
 #include <pcre.h>
 #endif
 #include <wx/regex.h>
 
 #include "bench/Bench.h"
 #include "toolkit/regExp/MatchResult.h"
+#include "toolkit/regExp/Pattern.h"
 #include "toolkit/regExp/RegExp.h"
 
 #ifdef BENCH_QT
@@ -129,6 +132,83 @@ void RegisterMatch()
 #endif
 }
 
+// Bare PCRE2 with machine code, for as long as the program runs.
+struct BareCode
+{
+    explicit BareCode(const char* pattern)
+    {
+        int error = 0;
+        PCRE2_SIZE offset = 0;
+        code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern), PCRE2_ZERO_TERMINATED, PCRE2_UTF, &error,
+                             &offset, nullptr);
+        pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
+        data = pcre2_match_data_create_from_pattern(code, nullptr);
+    }
+
+    // The end of the match after `start`; 0 without one.
+    std::size_t Find(const std::string& subject, std::size_t start, std::uint32_t options) const
+    {
+        const int result = pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(subject.data()), subject.size(),
+                                       start, options, data, nullptr);
+        return result > 0 ? pcre2_get_ovector_pointer(data)[1] : 0;
+    }
+
+    pcre2_code* code;
+    pcre2_match_data* data;
+};
+
+// With a pattern that was compiled before.
+void RegisterPattern()
+{
+    const std::string subject = s_strSubject;
+    ToolkitBench::Operation("PatternFind/Toolkit", [pattern = Pattern::Compile(s_strPattern).value(), subject]
+                            { benchmark::DoNotOptimize(pattern.Find(subject).Position()); });
+    ToolkitBench::Operation("PatternFind/limit", [bare = BareCode(s_strPattern), subject]
+                            { benchmark::DoNotOptimize(bare.Find(subject, 0, 0)); });
+    const std::string text = LongText(3500);
+    ToolkitBench::Operation("PatternAll/Toolkit",
+                            [pattern = Pattern::Compile(s_strReplaced).value(), text]
+                            {
+                                std::size_t bytes = 0;
+                                for (const Match& match : pattern.All(text))
+                                    bytes += match.Length();
+                                benchmark::DoNotOptimize(bytes);
+                            });
+    ToolkitBench::Operation("PatternAll/limit",
+                            [bare = BareCode(s_strReplaced), text]
+                            {
+                                std::size_t count = 0;
+                                for (std::size_t end = bare.Find(text, 0, 0); end != 0;
+                                     end = bare.Find(text, end, PCRE2_NO_UTF_CHECK))
+                                    ++count;
+                                benchmark::DoNotOptimize(count);
+                            });
+    ToolkitBench::Operation("PatternFind/std", [regex = std::regex(s_strPattern), subject]
+                            { benchmark::DoNotOptimize(std::regex_search(subject, regex)); });
+#ifdef BENCH_QT
+    ToolkitBench::Operation("PatternFind/Qt",
+                            [regex = QRegularExpression(s_strPattern), subject = QString(s_strSubject)]
+                            { benchmark::DoNotOptimize(regex.match(subject).hasMatch()); });
+#endif
+#ifdef BENCH_RE2
+    ToolkitBench::Operation("PatternFind/RE2",
+                            [regex = std::make_shared<RE2>(s_strPattern), subject]
+                            {
+                                std::string user;
+                                std::string host;
+                                benchmark::DoNotOptimize(RE2::PartialMatch(subject, *regex, &user, &host));
+                            });
+#endif
+#ifdef BENCH_BOOST_REGEX
+    ToolkitBench::Operation("PatternFind/Boost",
+                            [regex = boost::regex(s_strPattern), subject]
+                            {
+                                boost::smatch match;
+                                benchmark::DoNotOptimize(boost::regex_search(subject, match, regex));
+                            });
+#endif
+}
+
 void RegisterReplace()
 {
     const std::string text = LongText(3500);
@@ -197,5 +277,6 @@ void RegisterReplace()
 void ToolkitBench::Register()
 {
     RegisterMatch();
+    RegisterPattern();
     RegisterReplace();
 }

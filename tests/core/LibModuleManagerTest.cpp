@@ -51,6 +51,33 @@ protected:
     LibModuleManager m_manager;
 };
 
+// The one instance, for a scope.
+class InstalledManager
+{
+public:
+    InstalledManager() { LibModuleManager::s_pInstance = &m_manager; }
+    ~InstalledManager() { LibModuleManager::s_pInstance = nullptr; }
+    InstalledManager(const InstalledManager&) = delete;
+    InstalledManager& operator=(const InstalledManager&) = delete;
+
+    LibModuleManager* operator->() { return &m_manager; }
+
+private:
+    LibModuleManager m_manager;
+};
+
+// Destroys another module when it is released.
+class DestroyingModule : public Toolkit::LibModule
+{
+public:
+    explicit DestroyingModule(std::unique_ptr<RecordingModule> other) : m_pOther(std::move(other)) {}
+    void Initialize() override {}
+    void Release() override { m_pOther.reset(); }
+
+private:
+    std::unique_ptr<RecordingModule> m_pOther;
+};
+
 [[noreturn]] void Throw()
 {
     throw std::runtime_error("module");
@@ -723,4 +750,35 @@ TEST_F(LibModuleManagerTest, NothingIsPrinted)
     m_manager.Release(true);
     m_manager.Release(true);
     EXPECT_EQ("", output.Stop());
+}
+
+TEST(LibModuleManagerInstance, ForgetsAModuleThatIsDestroyedWhileItIsRegistered)
+{
+    Journal journal;
+    InstalledManager manager;
+    RecordingModule stays("stays", journal);
+    {
+        RecordingModule goes("goes", journal);
+        manager->Register(&goes);
+        manager->Register(&goes);
+        manager->Register(&stays);
+        manager->Initialize(false);
+    }
+    manager->Release(false);
+    manager->Initialize(false);
+    EXPECT_EQ((Journal{"+goes", "+stays", "-stays", "+stays"}), journal);
+}
+
+TEST(LibModuleManagerInstance, ForgetsAModuleThatIsDestroyedDuringTheWalk)
+{
+    Journal journal;
+    InstalledManager manager;
+    auto first = std::make_unique<RecordingModule>("first", journal);
+    RecordingModule* const module = first.get();
+    DestroyingModule second(std::move(first));
+    manager->Register(module);
+    manager->Register(&second);
+    manager->Release(false);
+    manager->Release(false);
+    EXPECT_EQ(Journal{}, journal);
 }

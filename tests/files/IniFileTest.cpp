@@ -248,6 +248,17 @@ TEST(IniFile, AnswersTheStoredValueItself)
     EXPECT_EQ(&value, &settings.ini.GetValue(L"a", L"k", s_strNone));
 }
 
+TEST(IniFile, GetValueOfADefaultMadeOnTheSpotIsACopy)
+{
+    const Settings settings("[a]\nk=v\n");
+    const auto& missing = settings.ini.GetValue(L"a", L"other", L"a default made on the spot");
+    const auto& there = settings.ini.GetValue(L"a", L"k", std::wstring(L"a default made on the spot"));
+    EXPECT_EQ(L"a default made on the spot", missing);
+    EXPECT_EQ(L"v", there);
+    EXPECT_TRUE((std::is_same_v<Text, decltype(settings.ini.GetValue(L"a", L"k", L""))>));
+    EXPECT_TRUE((std::is_same_v<const Text&, decltype(settings.ini.GetValue(L"a", L"k", s_strNone))>));
+}
+
 TEST(IniFile, ConvertsNumbers)
 {
     const Settings settings("[n]\nword=abc\nnegative=-7\npart=12abc\nplus=+5\nlarge=4294967295\n");

@@ -161,6 +161,15 @@ TEST_F(LogLineTest, HostLineWithoutAFunctionsNameOrWithBrokenOneIsWrittenWithout
     EXPECT_THAT(m_record.Pieces(), SizeIs(2));
 }
 
+TEST_F(LogLineTest, HostLineLosesNothingButTheBrokenBytes)
+{
+    TOOLKIT_LOG(LogSeverity::Info) << std::string("a\xff"
+                                                  "b")
+                                   << std::string("ok") << TString<char>("\xE2\x82")
+                                   << std::string("\xC3\xA9\0c", 4);
+    EXPECT_EQ(L"a\uFFFDbok\uFFFD\uFFFD\u00E9\uFFFDc", FieldsOf(m_record.Text()).at(4));
+}
+
 TEST_F(LogLineTest, HostLineWithoutAMessageIsWholeToo)
 {
     TOOLKIT_LOG(LogSeverity::Info);

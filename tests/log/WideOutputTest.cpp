@@ -2,8 +2,11 @@
 #include <clocale>
 #include <cstdio>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <sstream>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -209,4 +212,34 @@ TYPED_TEST(WideOutputTest, StreamOfItsOwnConvertsByItsOwnLocale)
     };
     EXPECT_EQ(WithForeignCharacters("caf\xC3\xA9 \xF0\x9F\x98\x80") + "?end\n",
               OutputOfProcess<TypeParam>(false, "C", write));
+}
+
+TYPED_TEST(WideOutputTest, NoPieceOfManyThreadsIsLost)
+{
+    const int threads = 4;
+    const int lines = 4000;
+    const auto write = [=](ILogger& logger)
+    {
+        std::vector<std::thread> writers;
+        for (int i = 0; i < threads; ++i)
+            writers.emplace_back(
+                [&logger, i, lines]
+                {
+                    const std::wstring line = L"a line of the thread " + std::to_wstring(i) + L"\n";
+                    for (int written = 0; written < lines; ++written)
+                        logger.Write(line);
+                });
+        for (std::thread& writer : writers)
+            writer.join();
+    };
+    for (const bool synchronised : {false, true})
+    {
+        std::istringstream output(OutputOfProcess<TypeParam>(synchronised, "C", write));
+        std::map<std::string, int> counts;
+        for (std::string line; std::getline(output, line);)
+            ++counts[line];
+        EXPECT_EQ(static_cast<std::size_t>(threads), counts.size());
+        for (const auto& [line, count] : counts)
+            EXPECT_EQ(lines, count) << line;
+    }
 }

@@ -49,9 +49,9 @@ bool Holds(const std::vector<TString<wchar_t>>& tokens, const TString<wchar_t>& 
 
 } // namespace
 
-const TString<wchar_t> CmdLineParser::c_strSeparators = c_separators;
-const TString<wchar_t> CmdLineParser::c_strDelimiters = c_delimiters;
-const TString<wchar_t> CmdLineParser::c_strIdentifiers = c_identifiers;
+TOOLKIT_ONCE const TString<wchar_t> CmdLineParser::c_strSeparators = c_separators;
+TOOLKIT_ONCE const TString<wchar_t> CmdLineParser::c_strDelimiters = c_delimiters;
+TOOLKIT_ONCE const TString<wchar_t> CmdLineParser::c_strIdentifiers = c_identifiers;
 
 CmdLineParser::CmdLineParser(int argc, const char** argv)
 {

@@ -80,7 +80,7 @@ bool ConnectOnAnyThread(int timeoutSeconds)
 
 } // namespace
 
-const TString<wchar_t> Network::c_strProbedHost = L"www.example.com";
+TOOLKIT_ONCE const TString<wchar_t> Network::c_strProbedHost = L"www.example.com";
 
 bool Network::TestNetwork(int timeoutSeconds)
 {

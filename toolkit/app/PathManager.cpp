@@ -35,11 +35,11 @@ wchar_t InstanceSeparator()
 
 smart_ptr<PathManager, smart_ptr_policy>* PathManager::s_pInstance = nullptr;
 
-const TString<wchar_t> PathManager::c_strConfigurationFolderName = L"config";
-const TString<wchar_t> PathManager::c_strRessourcesFolderName = L"ressources";
-const TString<wchar_t> PathManager::c_strAppearancesFolderName = L"ressources";
-const TString<wchar_t> PathManager::c_strPluginsFolderName = L"plugins";
-const TString<wchar_t> PathManager::c_strCacheFolderName = L"cache";
+TOOLKIT_ONCE const TString<wchar_t> PathManager::c_strConfigurationFolderName = L"config";
+TOOLKIT_ONCE const TString<wchar_t> PathManager::c_strRessourcesFolderName = L"ressources";
+TOOLKIT_ONCE const TString<wchar_t> PathManager::c_strAppearancesFolderName = L"ressources";
+TOOLKIT_ONCE const TString<wchar_t> PathManager::c_strPluginsFolderName = L"plugins";
+TOOLKIT_ONCE const TString<wchar_t> PathManager::c_strCacheFolderName = L"cache";
 
 PathManager::PathManager()
 {

@@ -74,8 +74,9 @@ TString<wchar_t> ArgumentsOf(int argc, const wchar_t** argv)
 } // namespace
 
 smart_ptr<RestartManagment, smart_ptr_policy>* RestartManagment::s_pInstance = nullptr;
-TString<wchar_t> RestartManagment::s_strExecutableFilename;
-const TString<wchar_t> RestartManagment::c_strUniqueIdentifer = L"{3F2A9C71-8D44-4b1e-A6C0-5E7B2D19F4A8}";
+TOOLKIT_ONCE TString<wchar_t> RestartManagment::s_strExecutableFilename;
+TOOLKIT_ONCE const TString<wchar_t> RestartManagment::c_strUniqueIdentifer =
+    L"{3F2A9C71-8D44-4b1e-A6C0-5E7B2D19F4A8}";
 
 RestartManagment::RestartManagment() = default;
 

@@ -129,6 +129,17 @@ bool LibModuleManager::IsInitialized() const
     return m_bInitialized;
 }
 
+void LibModuleManager::Forget(const LibModule* module)
+{
+    const MutexLock lock(m_mutex);
+    const Modules::iterator found = Find(module);
+    if (found == m_modules.end())
+        return;
+    const ModuleCall call(*this);
+    m_pendingRemovals.remove(found);
+    found->m_pModule = nullptr;
+}
+
 LibModuleManager::Modules::iterator LibModuleManager::Find(const LibModule* module)
 {
     return std::find_if(m_modules.begin(), m_modules.end(),

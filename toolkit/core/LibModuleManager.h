@@ -66,6 +66,11 @@ private:
     using Modules = std::list<LibModuleContainer>;
     class ModuleCall;
 
+    friend class LibModule;
+
+    // Takes back every registration of a module that is being destroyed.
+    void Forget(const LibModule* module);
+
     Modules::iterator Find(const LibModule* module);
     void ReleaseAndRemove(Modules::iterator position);
     void RemovePending();

@@ -107,6 +107,12 @@ const TString<wchar_t>& IniFile::GetValue(const TString<wchar_t>& section, const
     return value != nullptr ? *value : defaultValue;
 }
 
+TString<wchar_t> IniFile::GetValue(const TString<wchar_t>& section, const TString<wchar_t>& key,
+                                   const TString<wchar_t>&& defaultValue) const
+{
+    return GetValue(section, key, defaultValue);
+}
+
 unsigned int IniFile::GetUint32(const TString<wchar_t>& section, const TString<wchar_t>& key,
                                 unsigned int defaultValue) const
 {

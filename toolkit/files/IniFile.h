@@ -48,6 +48,9 @@ public:
     // next `Parse`.
     const TString<wchar_t>& GetValue(const TString<wchar_t>& section, const TString<wchar_t>& key,
                                      const TString<wchar_t>& defaultValue) const;
+    // The same for a default that is made on the spot, as of a literal, and gone with the statement: a copy.
+    TString<wchar_t> GetValue(const TString<wchar_t>& section, const TString<wchar_t>& key,
+                              const TString<wchar_t>&& defaultValue) const;
 
     // The number that the value begins with, as a wide stream in the classic locale reads it; a number out of
     // range gives the nearest bound. `defaultValue` when the key is missing or its value is empty.

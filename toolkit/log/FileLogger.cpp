@@ -59,9 +59,9 @@ bool FalseWithoutMemory(Open open)
 
 } // namespace
 
-const TString<wchar_t> FileLogger::c_strOpenMode(L"w");
-const TString<wchar_t> FileLogger::c_strLogExtension(L".vxlog");
-const TString<wchar_t> FileLogger::c_strTickSeparator(L"-");
+TOOLKIT_ONCE const TString<wchar_t> FileLogger::c_strOpenMode(L"w");
+TOOLKIT_ONCE const TString<wchar_t> FileLogger::c_strLogExtension(L".vxlog");
+TOOLKIT_ONCE const TString<wchar_t> FileLogger::c_strTickSeparator(L"-");
 
 FileLogger::FileLogger(LogSeverity level, const TString<wchar_t>& name, unsigned int maxSize)
     : ILogger(level),

@@ -124,9 +124,9 @@ std::atomic<LogBridge*> LogBridge::s_pLast{nullptr};
 
 smart_ptr<ILogger>* ILogger::s_pInstance = nullptr;
 
-const TString<wchar_t> ILogger::c_strLogToken1(L" ");
-const TString<wchar_t> ILogger::c_strLogToken2(L" : ");
-const TString<wchar_t> ILogger::c_strLogToken3(L"\n");
+TOOLKIT_ONCE const TString<wchar_t> ILogger::c_strLogToken1(L" ");
+TOOLKIT_ONCE const TString<wchar_t> ILogger::c_strLogToken2(L" : ");
+TOOLKIT_ONCE const TString<wchar_t> ILogger::c_strLogToken3(L"\n");
 
 ILogger::ILogger(LogSeverity threshold) : m_threshold(threshold)
 {

@@ -6,12 +6,19 @@
 #include <fstream>
 #include <iostream>
 #include <locale>
+#include <mutex>
+
+#include "toolkit/internal/system/NoCancellation.h"
 
 namespace Toolkit
 {
 
 namespace
 {
+
+// The stream's buffer is safe across threads only as long as it is that of the C library. Recursive, as a
+// buffer of the host may log in turn.
+std::recursive_mutex s_mutex;
 
 using Converter = std::codecvt<wchar_t, char, std::mbstate_t>;
 
@@ -50,6 +57,8 @@ TString<wchar_t> Convertible(const TString<wchar_t>& text, const std::wstreambuf
 
 void WriteToWideOutput(const TString<wchar_t>& text)
 {
+    const NoCancellation whole;
+    const std::lock_guard<std::recursive_mutex> lock(s_mutex);
     const std::wstreambuf* const buffer = std::wcout.rdbuf();
     if (buffer == nullptr || std::all_of(text.begin(), text.end(), IsAscii))
         std::wcout << text;

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/RunProgram.h"
+#include "tests/support/TemporaryFolder.h"
+
+using ToolkitTest::ProgramResult;
+using ToolkitTest::Quoted;
+using ToolkitTest::RunProgram;
+using ToolkitTest::TemporaryFolder;
+
+TEST(SecondCopy, LeavesTheStaticsOfTheFirstAlone)
+{
+    const TemporaryFolder folder;
+    const std::string copy = folder.Path("copy.so");
+    std::filesystem::copy_file(TOOLKIT_LIBRARY, copy);
+    const ProgramResult result =
+        RunProgram("HOME=" + Quoted(folder.Path("")) + " " + Quoted(SECOND_COPY) + " " + Quoted(copy));
+    EXPECT_EQ("whole\n", result.m_strOutput);
+    EXPECT_EQ(0, result.m_iExitCode);
+}

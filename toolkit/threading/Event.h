@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_THREADING_EVENT_H
+#define TOOLKIT_THREADING_EVENT_H
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+/// A flag that stays set until it is reset, and that threads wait for without polling. Any thread may call
+/// any operation, and a signal handler may call `Set` and `IsSet`. What a thread did before `Set` is seen by
+/// the threads that the event lets through. Nothing throws. The event must outlive the calls of its
+/// operations.
+///
+///     Toolkit::Event stop;
+///     std::signal(SIGTERM, ...);                    // the handler calls stop.Set()
+///     while (!stop.WaitFor(std::chrono::seconds(1)))
+///         LookForWork();
+class TOOLKIT_API Event
+{
+public:
+    Event() noexcept = default;
+
+    Event(const Event&) = delete;
+    Event& operator=(const Event&) = delete;
+
+    /// Wakes all waiters at once; `errno` stays as it is.
+    void Set() noexcept;
+    void Reset() noexcept;
+    bool IsSet() const noexcept { return m_uSet.load(std::memory_order_acquire) != 0; }
+
+    /// Blocks until the event is set.
+    void Wait() const noexcept;
+    /// True when the event is set, at the latest after that time; a time of 0 or less only looks.
+    bool WaitFor(std::chrono::nanoseconds time) const noexcept;
+
+private:
+    // What the system waits on: 0 or 1.
+    std::atomic<std::uint32_t> m_uSet{0};
+};
+
+} // namespace Toolkit
+
+#endif

@@ -281,10 +281,10 @@ TEST_F(IPCServerTest, HearsACommandBeforeAnyNumberOfNewClients)
 }
 
 // The memory that this process has in use, in bytes.
-std::size_t MemoryInUse()
+long long MemoryInUse()
 {
     const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
+    return static_cast<long long>(info.uordblks + info.hblkhd);
 }
 
 TEST_F(IPCServerTest, KeepsNoMoreOfALongTopicThanItNeeds)
@@ -303,10 +303,10 @@ TEST_F(IPCServerTest, KeepsNoMoreOfALongTopicThanItNeeds)
         EXPECT_TRUE(sent.get());
     };
     connect("t");
-    const std::size_t before = MemoryInUse();
+    const long long before = MemoryInUse();
     connect(std::string(size, 't'));
     connect(std::string(size, 't'));
-    EXPECT_LT(MemoryInUse() - before, size / 4);
+    EXPECT_LT(MemoryInUse() - before, static_cast<long long>(size / 4));
     EXPECT_TRUE(clients.back().Send(ExecuteBytes(s_iUTF8, "open x")));
     EXPECT_TRUE(PumpUntil([&server] { return !server.Received().empty(); }));
 }
@@ -322,11 +322,11 @@ TEST_F(IPCServerTest, GivesTheMemoryOfALargeCommandBackThoughMoreHasBegun)
         ExecuteBytes(s_iUTF8, std::string(size, '\xff')) + ExecuteBytes(s_iUTF8, "end") + "\x01";
     client.Send(ConnectBytes("t") + ExecuteBytes(s_iUTF8, "small"));
     ASSERT_TRUE(PumpUntil([&server] { return server.Received().size() == 1; }));
-    const std::size_t before = MemoryInUse();
+    const long long before = MemoryInUse();
     std::future<bool> sent = std::async(std::launch::async, [&] { return client.SendAll(bytes); });
     ASSERT_TRUE(PumpUntil([&server] { return server.Received().size() == 2; }));
     EXPECT_TRUE(sent.get());
-    EXPECT_LT(MemoryInUse() - before, size / 4);
+    EXPECT_LT(MemoryInUse() - before, static_cast<long long>(size / 4));
 }
 
 // A listener that connects somewhere else lets the clients be served meanwhile, but not without a limit.
@@ -355,9 +355,9 @@ TEST_F(IPCServerTest, CountsCommandsWithoutDataWhileNoneIsHandedOver)
                 for (int i = 0; i < 100 && !stop && client.SendAll(more); ++i)
                     continue;
             });
-        const std::size_t before = MemoryInUse();
+        const long long before = MemoryInUse();
         EXPECT_FALSE(IPCClient::Connect(Service("other"), L"never", 3000));
-        EXPECT_LT(MemoryInUse() - before, 200U * 1024 * 1024);
+        EXPECT_LT(MemoryInUse() - before, 200 * 1024 * 1024);
         stop = true;
         client.Shut();
         flood.join();

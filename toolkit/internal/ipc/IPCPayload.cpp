@@ -2,12 +2,12 @@
 #include "toolkit/internal/ipc/IPCPayload.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
+#include <string>
 
 #include <wx/ipcbase.h>
 
-#include "toolkit/internal/text/Utf8Codec.h"
+#include "toolkit/internal/text/TextEncoding.h"
 
 namespace Toolkit
 {
@@ -15,54 +15,25 @@ namespace Toolkit
 namespace
 {
 
-const char32_t s_uLastCharacter = 0x10ffff;
-
-bool IsSurrogate(char32_t c)
-{
-    return c >= 0xd800 && c <= 0xdfff;
-}
-
-// The whole elements before the first zero; the data need not be aligned.
+// The whole elements before the first NUL; the data need not be aligned.
 template <class Element>
-std::basic_string<Element> ElementsOf(const void* data, std::size_t size)
+TString<char> BytesBeforeNul(const void* data, std::size_t size)
 {
     std::basic_string<Element> elements(size / sizeof(Element), Element());
     if (!elements.empty())
         std::memcpy(&elements[0], data, elements.size() * sizeof(Element));
     elements.resize(std::min(elements.find(Element()), elements.size()));
-    return elements;
+    return TString<char>(
+        std::string(reinterpret_cast<const char*>(elements.data()), elements.size() * sizeof(Element)));
 }
 
-bool FromUTF8(const TString<char>& bytes, TString<wchar_t>& text)
+// Text of such elements in the order of this machine's bytes.
+template <class Element>
+bool DecodeElements(const void* data, std::size_t size, TString<wchar_t>& text)
 {
-    text = Utf8Codec::Decode(bytes);
-    return bytes.empty() || !text.empty();
-}
-
-bool FromUTF16(const std::u16string& units, TString<wchar_t>& text)
-{
-    text.reserve(units.size());
-    for (std::size_t i = 0; i < units.size(); ++i)
-    {
-        char32_t c = units[i];
-        if (IsSurrogate(c))
-        {
-            const char32_t low = i + 1 < units.size() ? units[i + 1] : 0;
-            if (c >= 0xdc00 || low < 0xdc00 || !IsSurrogate(low))
-                return false;
-            c = 0x10000 + (c - 0xd800) * 0x400 + (low - 0xdc00);
-            ++i;
-        }
-        text += static_cast<wchar_t>(c);
-    }
-    return true;
-}
-
-bool FromUTF32(const std::u32string& units, TString<wchar_t>& text)
-{
-    text.assign(units.begin(), units.end());
-    return std::none_of(units.begin(), units.end(),
-                        [](char32_t c) { return c > s_uLastCharacter || IsSurrogate(c); });
+    const Element mark = 0xfeff;
+    const TextEncoding encoding(reinterpret_cast<const char*>(&mark), sizeof mark);
+    return encoding.Decode(BytesBeforeNul<Element>(data, size), text);
 }
 
 bool DecodeText(const void* data, std::size_t size, int format, TString<wchar_t>& text)
@@ -70,11 +41,11 @@ bool DecodeText(const void* data, std::size_t size, int format, TString<wchar_t>
     switch (format)
     {
     case wxIPC_UTF16TEXT:
-        return FromUTF16(ElementsOf<char16_t>(data, size), text);
+        return DecodeElements<char16_t>(data, size, text);
     case wxIPC_UTF32TEXT:
-        return FromUTF32(ElementsOf<char32_t>(data, size), text);
+        return DecodeElements<char32_t>(data, size, text);
     default:
-        return FromUTF8(ElementsOf<char>(data, size), text);
+        return TextEncoding().Decode(BytesBeforeNul<char>(data, size), text);
     }
 }
 

@@ -222,7 +222,15 @@ void IPCConnections::Add(UnsharedDescriptor client)
     connection.m_uId = ++m_uLastId;
     connection.m_socket = std::move(client);
     connection.m_lastHeard = std::chrono::steady_clock::now();
-    m_places[connection.m_uId] = std::prev(m_connections.end());
+    try
+    {
+        m_places[connection.m_uId] = std::prev(m_connections.end());
+    }
+    catch (...)
+    {
+        m_connections.pop_back();
+        throw;
+    }
     if (!Watch(EPOLL_CTL_ADD, connection.m_socket.Get(), connection.m_uId, EPOLLIN))
         return Remove(connection);
     Recount(connection);

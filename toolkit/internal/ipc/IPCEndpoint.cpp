@@ -49,8 +49,8 @@ wxIPCFormat FormatOf(const IPCMessage& message)
 struct IPCEndpoint::Client
 {
     wxString m_topic;
-    // It deletes itself when it is told of the disconnection.
-    wxConnectionBase* m_pObject;
+    // It deletes itself when it is told of the disconnection. Null when the server had none to give.
+    wxConnectionBase* m_pObject = nullptr;
 
     void DeleteObject()
     {
@@ -72,6 +72,8 @@ struct IPCEndpoint::Command
     void Run()
     {
         wxConnectionBase* const object = m_pClient->m_pObject;
+        if (object == nullptr)
+            return;
         if (m_bDisconnect)
         {
             m_pClient->m_pObject = nullptr;
@@ -226,11 +228,13 @@ bool IPCEndpoint::Begin(IPCConnections::Id id, const IPCMessage& message)
     if (message.m_uCode != IPCMessage::Connect)
         return false;
     const wxString topic = ToWx(Utf8Codec::Decode(TString<char>(std::string(message.m_strText))));
-    wxConnectionBase* const object = m_server.OnAcceptConnection(topic);
-    if (object == nullptr)
-        return false;
     const bool isKept = message.m_strText.size() <= s_uLongestTopic;
-    m_clients[id] = std::make_shared<Client>(Client{isKept ? topic : wxString(), object});
+    const auto client = std::make_shared<Client>();
+    client->m_topic = isKept ? topic : wxString();
+    m_clients[id] = client;
+    client->m_pObject = m_server.OnAcceptConnection(topic);
+    if (client->m_pObject == nullptr)
+        return false;
     if (isKept)
         m_connections.Count(id, static_cast<std::ptrdiff_t>(topic.length() * sizeof(wchar_t)));
     return m_connections.SendCode(id, IPCMessage::Connect);
@@ -242,7 +246,7 @@ void IPCEndpoint::OnGone(IPCConnections::Id id)
     const auto client = m_clients.find(id);
     if (client == m_clients.end())
         return;
-    Enqueue({std::move(client->second), true, wxIPC_INVALID, std::string()});
+    Enqueue({client->second, true, wxIPC_INVALID, std::string()});
     m_clients.erase(client);
 }
 

@@ -2,6 +2,8 @@
 #ifndef TOOLKIT_INTERNAL_SYSTEM_FORKSHIELD_H
 #define TOOLKIT_INTERNAL_SYSTEM_FORKSHIELD_H
 
+#include <utility>
+
 namespace Toolkit
 {
 
@@ -32,6 +34,7 @@ public:
     // Shields this descriptor, and no other any more; -1 is none. It comes back to be none before the
     // descriptor is closed.
     void Set(int descriptor, const Pause&);
+    void Swap(ForkShield& other) noexcept { std::swap(m_iDescriptor, other.m_iDescriptor); }
 
 private:
     int m_iDescriptor = -1;

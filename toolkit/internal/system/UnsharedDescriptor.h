@@ -25,14 +25,11 @@ public:
         m_descriptor = open();
         m_shield.Set(m_descriptor.Get(), pause);
     }
-    UnsharedDescriptor(UnsharedDescriptor&& other) { *this = std::move(other); }
-    UnsharedDescriptor& operator=(UnsharedDescriptor&& other)
+    UnsharedDescriptor(UnsharedDescriptor&& other) noexcept { *this = std::move(other); }
+    UnsharedDescriptor& operator=(UnsharedDescriptor&& other) noexcept
     {
-        const NoCancellation whole;
-        const ForkShield::Pause pause;
         std::swap(m_descriptor, other.m_descriptor);
-        m_shield.Set(m_descriptor.Get(), pause);
-        other.m_shield.Set(other.m_descriptor.Get(), pause);
+        m_shield.Swap(other.m_shield);
         return *this;
     }
     ~UnsharedDescriptor() { Close(); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,8 @@
 #include "toolkit/files/TextFile.h"
 #include "toolkit/files/WholeFile.h"
 #include "toolkit/files/ZipInputStream.h"
+#include "toolkit/files/ZipReader.h"
+#include "toolkit/files/ZipWriter.h"
 #include "toolkit/log/FileLogger.h"
 
 using namespace Toolkit;
@@ -390,6 +393,48 @@ TEST_F(BrokenSystem, IsAnsweredByArchives)
              EXPECT_TRUE(whole ? bytes == content : Begins(content, bytes)) << bytes;
              EXPECT_TRUE(open.archive.UnZip(entry, target));
              EXPECT_EQ(content, Content("target"));
+         }},
+        {"ZipReader",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove_all(m_folder.Path("out"));
+             Write("target", "before");
+             std::string read;
+             bool extracted = false;
+             std::size_t count = 0;
+             faults(
+                 [&]
+                 {
+                     const Result<ZipReader> zip = ZipReader::Open(m_folder.Path("zip"));
+                     const std::optional<ZipEntry> entry = zip ? zip->Find("two.txt") : std::nullopt;
+                     if (!entry)
+                         return;
+                     read = zip->Read(*entry).value_or(content);
+                     extracted = zip->Extract(*entry, m_folder.Path("target")).has_value();
+                     if (const Result<ZipReport> report = zip->ExtractAll(m_folder.Path("out")))
+                         count = report->Extracted().size();
+                 });
+             EXPECT_TRUE(read.empty() || read == content) << read;
+             EXPECT_EQ(extracted ? content : "before", Content("target"));
+             EXPECT_LE(count, 3U);
+             EXPECT_TRUE(count < 3 || Content("out/two.txt") == content);
+         }},
+        {"ZipWriter",
+         [&](const Faults& faults)
+         {
+             Write("written", "before");
+             bool finished = false;
+             faults(
+                 [&]
+                 {
+                     Result<ZipWriter> zip = ZipWriter::Create(m_folder.Path("written"));
+                     finished = zip && zip->Add("one", content) &&
+                                zip->AddFile("two", m_folder.Path("zip")) && zip->Finish();
+                 });
+             EXPECT_TRUE(finished || Content("written") == "before");
+             const Result<ZipReader> back = ZipReader::Open(m_folder.Path("written"));
+             EXPECT_EQ(finished, back && back->Read(*back->Find("one")).value_or("") == content);
+             RemoveLeftBehind();
          }},
         {"ZipInputStream, read",
          [&](const Faults& faults)

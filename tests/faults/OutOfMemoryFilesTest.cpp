@@ -24,6 +24,8 @@
 #include "toolkit/files/TextInputStream.h"
 #include "toolkit/files/WholeFile.h"
 #include "toolkit/files/ZipInputStream.h"
+#include "toolkit/files/ZipReader.h"
+#include "toolkit/files/ZipWriter.h"
 
 using namespace Toolkit;
 using ToolkitTest::Attempt;
@@ -385,6 +387,31 @@ TEST_F(OutOfMemoryFiles, IsSurvivedByArchives)
              attempt([&] { EXPECT_TRUE(open.archive.UnZip(entry, target)); });
              EXPECT_TRUE(open.archive.UnZip(entry, target));
              EXPECT_EQ(ToolkitTest::ContentOf("two.txt"), Content("target"));
+         }},
+        {"ZipReader",
+         [&](const Attempt& attempt)
+         {
+             const std::string archive = UTF8::ToUTF8(path);
+             attempt([&] { EXPECT_TRUE(ZipReader::Open(archive)); });
+             const Result<ZipReader> zip = ZipReader::Open(archive);
+             const ZipEntry entry = *zip->Find("two.txt");
+             attempt([&] { EXPECT_TRUE(zip->Read(entry)); });
+             attempt([&] { EXPECT_TRUE(zip->Extract(entry, m_folder.Path("target"))); });
+             attempt([&] { EXPECT_TRUE(zip->ExtractAll(m_folder.Path("out"))); });
+             EXPECT_EQ(ToolkitTest::ContentOf("two.txt"), zip->Read(entry).value_or("none"));
+         }},
+        {"ZipWriter",
+         [&](const Attempt& attempt)
+         {
+             const std::string archive = m_folder.Path("written");
+             ToolkitTest::WriteBytes(archive, "before");
+             const bool written = attempt(
+                 [&]
+                 {
+                     Result<ZipWriter> zip = ZipWriter::Create(archive);
+                     EXPECT_TRUE(zip && zip->Add("one", "content") && zip->Finish());
+                 });
+             EXPECT_EQ(!written, ToolkitTest::ReadBytes(archive) == "before");
          }},
         {"ArchiveZip::GetZipInputStream, ZipInputStream::ReadLine",
          [&](const Attempt& attempt)

@@ -10,6 +10,7 @@
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
+#include "toolkit/app/EventPump.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/ArchiveZip.h"
 #include "toolkit/files/FFile.h"
@@ -101,5 +102,15 @@ TEST(StandardDescriptors, StayFreeWhileALoggerRuns)
             const std::string taken = TakenNumbers();
             unlink(path.c_str());
             return logs ? taken : std::string("there is no log");
+        }));
+}
+
+TEST(StandardDescriptors, StayFreeWhileAnEventPumpLives)
+{
+    EXPECT_TRUE(WithoutStandardStreams(
+        []
+        {
+            const EventPump pump;
+            return TakenNumbers();
         }));
 }

@@ -16,6 +16,7 @@
 #include <wx/evtloopsrc.h>
 #include <wx/thread.h>
 
+#include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/LoopDescriptors.h"
 #include "toolkit/threading/Mutex.h"
@@ -128,7 +129,7 @@ void DeliverPending()
 
 } // namespace
 
-EventPump::EventPump() : m_iWakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+EventPump::EventPump() : m_iWakeUp(Descriptor::AboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
 
 EventPump::~EventPump()
 {

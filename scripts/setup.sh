@@ -8,7 +8,7 @@ packages=(
   libwxgtk3.2-dev libpcre2-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )
-release=$(. /etc/os-release 2>/dev/null && echo "${VERSION_CODENAME:-}")
+release=$(. /etc/os-release 2>/dev/null && echo "${VERSION_CODENAME:-}") || true
 case $release in
   bookworm) packages+=(clang-14 libclang-rt-14-dev clang-format-14 libpcre3-dev) ;;
   *) packages+=(clang-19 libclang-rt-19-dev tzdata-legacy) ;;

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <wx/ipcbase.h>
 
-using Toolkit::IPCPayload;
+namespace IPCPayload = Toolkit::IPCPayload;
 using Toolkit::TString;
 
 namespace

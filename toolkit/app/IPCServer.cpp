@@ -24,10 +24,8 @@ IPCServer::~IPCServer() = default;
 
 TString<wchar_t> IPCServer::ServiceOrDefault(const TString<wchar_t>& service)
 {
-    if (!service.empty() || PathManager::s_pInstance == nullptr)
-        return service;
-    const smart_ptr<PathManager> paths(*PathManager::s_pInstance);
-    if (paths.IsNull())
+    const smart_ptr<PathManager> paths = InstalledPathManager();
+    if (!service.empty() || paths.IsNull())
         return service;
     TString<wchar_t> path;
     PathManager::AppendPath(path, paths->GetTempDir(), paths->GetUniqueInstanceName() + c_strExtension);

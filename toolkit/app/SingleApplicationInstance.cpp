@@ -16,9 +16,7 @@ namespace
 // The name of the lock file; empty without a path manager.
 TString<wchar_t> LockName()
 {
-    if (PathManager::s_pInstance == nullptr)
-        return TString<wchar_t>();
-    const smart_ptr<PathManager> paths(*PathManager::s_pInstance);
+    const smart_ptr<PathManager> paths = InstalledPathManager();
     return paths.IsNull() ? TString<wchar_t>() : paths->GetUniqueInstanceName();
 }
 

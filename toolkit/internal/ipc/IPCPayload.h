@@ -6,20 +6,16 @@
 
 #include "toolkit/core/TString.h"
 
-namespace Toolkit
-{
-
 // The data of an execute request as text.
-class IPCPayload
+namespace Toolkit::IPCPayload
 {
-public:
-    // Decodes `size` bytes by their format, one of the base library's (`wxIPCFormat`): wide text is UTF-16 or
-    // UTF-32 in the machine's byte order; everything else, plain bytes (`wxIPC_PRIVATE`) included, is strict
-    // UTF-8. The text ends at its first zero, or where the data does; bytes that make no whole element at the
-    // end are left out. False for what is no Unicode text; `text` is then empty.
-    static bool Decode(const void* data, std::size_t size, int format, TString<wchar_t>& text);
-};
 
-} // namespace Toolkit
+// Decodes `size` bytes by their format, one of the base library's (`wxIPCFormat`): wide text is UTF-16 or
+// UTF-32 in the machine's byte order; everything else, plain bytes (`wxIPC_PRIVATE`) included, is strict
+// UTF-8. The text ends at its first zero, or where the data does; bytes that make no whole element at the
+// end are left out. False for what is no Unicode text; `text` is then empty.
+bool Decode(const void* data, std::size_t size, int format, TString<wchar_t>& text);
+
+} // namespace Toolkit::IPCPayload
 
 #endif

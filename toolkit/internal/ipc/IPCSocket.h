@@ -6,37 +6,36 @@
 
 namespace Toolkit
 {
-
 class IPCAddress;
+}
 
 // The system's stream sockets as server and client of a service need them: closed in child programs, never
 // blocking, and local ones for this user alone.
-class IPCSocket
+namespace Toolkit::IPCSocket
 {
-public:
-    static Descriptor Make(const IPCAddress& address);
 
-    // True for a socket file, no link, of this user.
-    static bool IsOwnFile(const char* path);
+Descriptor Make(const IPCAddress& address);
 
-    // True when the other end of a local connection belongs to a process of this user, and for every
-    // connection that is not local.
-    static bool IsPeerTrusted(int socket);
+// True for a socket file, no link, of this user.
+bool IsOwnFile(const char* path);
 
-    enum class Connected
-    {
-        Yes,
-        // The connection is under way: it is made, or has failed, when the socket can be written to.
-        Soon,
-        // So many wait already that the server takes no more for now.
-        Full,
-        // Nobody listens there.
-        Nobody,
-        No
-    };
-    static Connected Connect(int socket, const IPCAddress& address);
+// True when the other end of a local connection belongs to a process of this user, and for every
+// connection that is not local.
+bool IsPeerTrusted(int socket);
+
+enum class Connected
+{
+    Yes,
+    // The connection is under way: it is made, or has failed, when the socket can be written to.
+    Soon,
+    // So many wait already that the server takes no more for now.
+    Full,
+    // Nobody listens there.
+    Nobody,
+    No
 };
+Connected Connect(int socket, const IPCAddress& address);
 
-} // namespace Toolkit
+} // namespace Toolkit::IPCSocket
 
 #endif

@@ -14,44 +14,45 @@ struct RegExpCode;
 // Memory that the searches of one run share; only the backend looks inside.
 struct RegExpWorkspace;
 
+} // namespace Toolkit
+
 // What RegExp asks of the library of regular expressions. Pcre2Backend.cpp and PcreBackend.cpp are two forms
 // of it, of which one is built. Results, options, offsets and error texts are those of PCRE 8 in both;
 // patterns and subjects are UTF-8. Any thread may call.
-class RegExpBackend
+namespace Toolkit::RegExpBackend
 {
-public:
-    static const int s_iNoMatch;
-    static const int s_iNullArgument;
-    static const int s_iMatchLimit;
-    static const int s_iBadUtf8;
-    static const int s_iBadUtf8Offset;
-    static const int s_iBadLength;
 
-    // Not at the start of a line, not at its end, and not empty.
-    static const int s_iWholeMatchOptions;
-    // The subject was found to be UTF-8 before, and `start` to begin a character.
-    static const int s_iCheckedOption;
+extern const int s_iNoMatch;
+extern const int s_iNullArgument;
+extern const int s_iMatchLimit;
+extern const int s_iBadUtf8;
+extern const int s_iBadUtf8Offset;
+extern const int s_iBadLength;
 
-    // Null when the pattern is invalid: `errorText` is then a static message and `errorOffset` the byte where
-    // the compilation stopped. The caller frees the code with `Free`.
-    static RegExpCode* Compile(const TString<char>& pattern, const char*& errorText, int& errorOffset);
-    static void Free(RegExpCode* code);
+// Not at the start of a line, not at its end, and not empty.
+extern const int s_iWholeMatchOptions;
+// The subject was found to be UTF-8 before, and `start` to begin a character.
+extern const int s_iCheckedOption;
 
-    // The result of pcre_exec. Two thirds of the vector receive pairs of offsets.
-    static int Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start,
-                       int options, int* offsets, int vectorSize, RegExpWorkspace* workspace = nullptr);
+// Null when the pattern is invalid: `errorText` is then a static message and `errorOffset` the byte where
+// the compilation stopped. The caller frees the code with `Free`.
+RegExpCode* Compile(const TString<char>& pattern, const char*& errorText, int& errorOffset);
+void Free(RegExpCode* code);
 
-    // Null when there is nothing to share. One thread at a time may search with it, and the caller frees it
-    // with `FreeWorkspace`.
-    static RegExpWorkspace* NewWorkspace();
-    static void FreeWorkspace(RegExpWorkspace* workspace);
+// The result of pcre_exec. Two thirds of the vector receive pairs of offsets.
+int Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start, int options,
+            int* offsets, int vectorSize, RegExpWorkspace* workspace = nullptr);
 
-    // The name table: false when the library does not tell.
-    static bool GetNameCount(const RegExpCode* code, int& count);
-    static bool GetNameEntrySize(const RegExpCode* code, int& size);
-    static bool GetNameTable(const RegExpCode* code, const char*& table);
-};
+// Null when there is nothing to share. One thread at a time may search with it, and the caller frees it
+// with `FreeWorkspace`.
+RegExpWorkspace* NewWorkspace();
+void FreeWorkspace(RegExpWorkspace* workspace);
 
-} // namespace Toolkit
+// The name table: false when the library does not tell.
+bool GetNameCount(const RegExpCode* code, int& count);
+bool GetNameEntrySize(const RegExpCode* code, int& size);
+bool GetNameTable(const RegExpCode* code, const char*& table);
+
+} // namespace Toolkit::RegExpBackend
 
 #endif

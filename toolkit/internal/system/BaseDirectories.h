@@ -7,27 +7,23 @@
 
 #include "toolkit/core/Result.h"
 
-namespace Toolkit
-{
-
 // The base directories of the user, by the specification of freedesktop.org. A relative value of a variable
 // is ignored, and so is the whole environment in a process that has more rights than its user. Nothing is
 // made.
-class BaseDirectories
+namespace Toolkit::BaseDirectories
 {
-public:
-    // HOME, or else the home folder of the user in the system's list.
-    static Result<std::filesystem::path> Home();
 
-    // The folder that the variable names, or that of this name in the home folder.
-    static Result<std::filesystem::path> Of(const char* variable, const char* inHome);
+// HOME, or else the home folder of the user in the system's list.
+Result<std::filesystem::path> Home();
 
-    // Where the sockets and locks of the user's session lie, XDG_RUNTIME_DIR or what takes its place on this
-    // system; nothing where that is not a folder of the user in which nobody else can write. A folder that
-    // XDG_RUNTIME_DIR names need not be there yet.
-    static std::optional<std::filesystem::path> Runtime();
-};
+// The folder that the variable names, or that of this name in the home folder.
+Result<std::filesystem::path> Of(const char* variable, const char* inHome);
 
-} // namespace Toolkit
+// Where the sockets and locks of the user's session lie, XDG_RUNTIME_DIR or what takes its place on this
+// system; nothing where that is not a folder of the user in which nobody else can write. A folder that
+// XDG_RUNTIME_DIR names need not be there yet.
+std::optional<std::filesystem::path> Runtime();
+
+} // namespace Toolkit::BaseDirectories
 
 #endif

@@ -309,16 +309,15 @@ void RegisterRunLogBackground()
                                          (ToolkitBench::Folder() / "rotating").string(), s_uMaxSize, 2);
                                      const auto work = [&sink]
                                      {
-                                         // It tells only by its end that everything is written.
+                                         // Its pool writes everything before it is destroyed.
                                          const auto pool =
                                              std::make_shared<spdlog::details::thread_pool>(32768, 1);
-                                         spdlog::async_logger logger("rotating", sink, pool);
-                                         logger.set_pattern("%Y-%m-%dT%H:%M:%S.%e%z %l %t %! %v");
-                                         const auto keeps =
-                                             std::shared_ptr<spdlog::async_logger>(&logger, [](auto*) {});
+                                         const auto logger =
+                                             std::make_shared<spdlog::async_logger>("rotating", sink, pool);
+                                         logger->set_pattern("%Y-%m-%dT%H:%M:%S.%e%z %l %t %! %v");
                                          for (std::size_t i = 0; i < s_uLines; ++i)
-                                             keeps->info("value {}", i);
-                                         keeps->flush();
+                                             logger->info("value {}", i);
+                                         logger->flush();
                                      };
                                      ToolkitBench::Measure(state, work);
                                  })

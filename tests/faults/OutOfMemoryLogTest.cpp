@@ -13,11 +13,15 @@
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/log/CallbackLog.h"
 #include "toolkit/log/ConsoleLogger.h"
 #include "toolkit/log/DebuggerLogger.h"
 #include "toolkit/log/FileLogger.h"
+#include "toolkit/log/Log.h"
 #include "toolkit/log/LogLine.h"
 #include "toolkit/log/NullLogger.h"
+#include "toolkit/log/RunLog.h"
+#include "toolkit/log/TeeLogger.h"
 #include "toolkit/log/WxLogForwarder.h"
 
 using namespace Toolkit;
@@ -111,6 +115,57 @@ TEST(OutOfMemory, IsSurvivedByLog)
                  attempt([&] { forwarder->DoLog(wxLOG_Error, c_strPiece.c_str(), 7); });
              attempt([&] { forwarder.reset(); });
              delete wxLog::SetActiveTarget(before);
+         }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByTheLogOfNewCode)
+{
+    const ToolkitSession session;
+    const ToolkitTest::TemporaryFolder folder;
+    ToolkitTest::FailEachAllocation({
+        {"Log::Install",
+         [](const Attempt& attempt)
+         {
+             int calls = 0;
+             const auto count = [&calls](const LogRecord&) { ++calls; };
+             const std::shared_ptr<LogSink> sink = std::make_shared<CallbackLog>(LogSeverity::Info, count);
+             attempt([&] { Log::Install({sink}); });
+             Log::Install({sink});
+             attempt([] { TOOLKIT_LOG(LogSeverity::Info) << c_strPiece << 7 << "narrow" << 1.5; });
+             attempt([] { LogLine::Stream(LogSeverity::Info, 7, "function", c_strPiece); });
+             attempt([] { **ILogger::s_pInstance << SetSeverity(LogSeverity::Info) << c_strPiece; });
+             calls = 0;
+             TOOLKIT_LOG(LogSeverity::Info) << L"after";
+             EXPECT_EQ(1, calls);
+             Log::Install({});
+             ILogger::SetLogger(smart_ptr<ILogger>());
+         }},
+        {"Log::Console", [](const Attempt& attempt) { attempt([] { Log::Console(); }); }},
+        {"TeeLogger",
+         [](const Attempt& attempt) {
+             attempt([] { TeeLogger({*ILogger::s_pInstance, *ILogger::s_pInstance}); });
+         }},
+        {"RunLog::Open",
+         [&folder](const Attempt& attempt)
+         {
+             const RunLogOptions options = RunLogOptions("open").Folder(folder.Path());
+             attempt([&] { static_cast<void>(RunLog::Open(options)); });
+             EXPECT_TRUE(RunLog::Open(options));
+         }},
+        {"RunLog::Write",
+         [&folder](const Attempt& attempt)
+         {
+             const std::string runs = folder.Path("write");
+             std::filesystem::remove_all(runs);
+             const auto log = RunLog::Open(RunLogOptions("write").Folder(runs).MaxSize(100)).value();
+             Log::Install({log});
+             for (int i = 0; i < 3; ++i)
+                 attempt([] { TOOLKIT_LOG(LogSeverity::Info) << std::string(100, 'x') << "\n"; });
+             TOOLKIT_LOG(LogSeverity::Info) << "after";
+             Log::Install({});
+             EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()), testing::EndsWith("after\n"));
+             ILogger::SetLogger(smart_ptr<ILogger>());
          }},
     });
 }

@@ -5,10 +5,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
-#include <system_error>
+#include <memory>
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -198,11 +199,12 @@ bool LogFiles::IsOfThisLog(const std::string& name) const
 
 std::vector<fs::path> LogFiles::Files() const
 {
-    std::error_code error;
     std::vector<fs::path> files;
-    for (fs::directory_iterator entry(m_folder, error), end; !error && entry != end; entry.increment(error))
-        if (IsOfThisLog(entry->path().filename().native()))
-            files.push_back(entry->path());
+    // The standard library's iterator ends the process when it finds no memory for a name.
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(m_folder.c_str()), &closedir);
+    while (const dirent* const entry = folder != nullptr ? readdir(folder.get()) : nullptr)
+        if (IsOfThisLog(entry->d_name))
+            files.push_back(m_folder / entry->d_name);
     std::sort(files.begin(), files.end());
     return files;
 }

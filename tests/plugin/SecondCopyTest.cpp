@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/RunProgram.h"
+#include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 
 using ToolkitTest::ProgramResult;
 using ToolkitTest::Quoted;
-using ToolkitTest::RunProgram;
+using ToolkitTest::RunInShell;
 using ToolkitTest::TemporaryFolder;
 
 TEST(SecondCopy, LeavesTheStaticsOfTheFirstAlone)
@@ -17,7 +17,7 @@ TEST(SecondCopy, LeavesTheStaticsOfTheFirstAlone)
     const std::string copy = folder.Path("copy.so");
     std::filesystem::copy_file(TOOLKIT_LIBRARY, copy);
     const ProgramResult result =
-        RunProgram("HOME=" + Quoted(folder.Path("")) + " " + Quoted(SECOND_COPY) + " " + Quoted(copy));
+        RunInShell("HOME=" + Quoted(folder.Path("")) + " " + Quoted(SECOND_COPY) + " " + Quoted(copy));
     EXPECT_EQ("whole\n", result.m_strOutput);
     EXPECT_EQ(0, result.m_iExitCode);
 }

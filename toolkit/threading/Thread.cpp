@@ -132,8 +132,8 @@ bool Thread::IsPaused() const
     return !m_bKilled && wxThread::IsPaused();
 }
 
-// Never enters the base class's own wait for the end of a pause: its Delete can leave a thread there for
-// ever.
+// Stays out of the base class's own wait for the end of a pause where it can: its Delete can leave a thread
+// there for ever.
 bool Thread::TestDestroy()
 {
     std::unique_lock<std::mutex> guard(m_stateGuard);
@@ -141,7 +141,11 @@ bool Thread::TestDestroy()
         return m_bStopping;
     while (!m_bStopping && wxThread::IsPaused())
         m_stateChange.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
-    return m_bStopping || wxThread::TestDestroy();
+    if (m_bStopping)
+        return true;
+    // A pause that the base class begins only now blocks there: whoever ends it takes the guard.
+    guard.unlock();
+    return wxThread::TestDestroy();
 }
 
 unsigned long Thread::GetId() const

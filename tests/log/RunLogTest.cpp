@@ -116,7 +116,8 @@ void LogOnManyThreads(const fs::path& folder, const RunLogOptions& options, int 
                 [thread, lines]
                 {
                     for (int i = 0; i < lines; ++i)
-                        TOOLKIT_LOG(LogSeverity::Info) << thread << ' ' << i << std::string(i % 60U, '.');
+                        TOOLKIT_LOG(LogSeverity::Info)
+                            << thread << ' ' << i << std::string(static_cast<std::size_t>(i % 60), '.');
                 });
         for (std::thread& thread : threads)
             thread.join();

@@ -428,7 +428,6 @@ TEST_F(InstanceTest, TwentyStartsAtOnceGiveOneFirst)
                         ++counts->m_iClaimed;
                         while (counts->m_iClaimed < processes)
                             usleep(1000);
-                        // Half of the rounds end as by a power cut.
                         return true;
                     }));
             for (const auto& start : starts)

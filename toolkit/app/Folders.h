@@ -43,7 +43,7 @@ public:
     std::filesystem::path State() const;
     /// What can be made again: below XDG_CACHE_HOME, or ~/.cache.
     std::filesystem::path Cache() const;
-    /// Sockets and locks, which end with the session: below XDG_RUNTIME_DIR, or else /run/user/<id>, where
+    /// Sockets and locks, which end with the session: below XDG_RUNTIME_DIR, or else /run/user/ID, where
     /// that is a folder of this user in which nobody else can write; or else "runtime" in the cache. It is
     /// never a folder that is anyone else's.
     std::filesystem::path Runtime() const;

@@ -102,6 +102,7 @@ private:
 
 } // namespace Toolkit
 
+/// Says that an Errc is an error code without being named one.
 template <>
 struct std::is_error_code_enum<Toolkit::Errc> : std::true_type
 {

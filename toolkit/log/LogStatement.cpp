@@ -117,6 +117,8 @@ void LogStatement::AppendArray(const wchar_t* text, std::size_t limit)
 
 void LogStatement::AppendText(std::string_view text)
 {
+    if (text.empty())
+        return;
     if (m_strLongText.empty() && m_uLength + text.size() <= sizeof(m_shortText))
     {
         std::memcpy(m_shortText + m_uLength, text.data(), text.size());

@@ -493,8 +493,12 @@ TEST_F(RunLogTest, KilledProcessLosesNoLineThatWasLogged)
         while (logged->load() < 100 * (round % 7 + 1))
             std::this_thread::yield();
         child.Kill();
-        const std::vector<std::string> messages = MessagesIn(folder);
+        std::vector<std::string> messages = MessagesIn(folder);
         const int certain = logged->load();
+        // The system may end a write at the boundary of a page when it kills; that line's statement had not
+        // ended.
+        if (messages.size() > static_cast<std::size_t>(certain) && messages.back().rfind("torn: ", 0) == 0)
+            messages.pop_back();
         ASSERT_LE(static_cast<std::size_t>(certain), messages.size());
         ASSERT_EQ(Numbered("line ", static_cast<int>(messages.size())), messages);
     }

@@ -216,14 +216,14 @@ TYPED_TEST(WideOutputTest, StreamOfItsOwnConvertsByItsOwnLocale)
 
 TYPED_TEST(WideOutputTest, NoPieceOfManyThreadsIsLost)
 {
-    const int threads = 4;
-    const int lines = 4000;
-    const auto write = [=](ILogger& logger)
+    static const int threads = 4;
+    static const int lines = 4000;
+    const auto write = [](ILogger& logger)
     {
         std::vector<std::thread> writers;
         for (int i = 0; i < threads; ++i)
             writers.emplace_back(
-                [&logger, i, lines]
+                [&logger, i]
                 {
                     const std::wstring line = L"a line of the thread " + std::to_wstring(i) + L"\n";
                     for (int written = 0; written < lines; ++written)

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
+#include <type_traits>
 #include <vector>
 
 #include <fcntl.h>
@@ -15,27 +17,27 @@ namespace Toolkit
 namespace
 {
 
-// What a forked child must not have. Both outlive every owner of a descriptor.
-std::mutex& Guard()
-{
-    static auto& s_guard = *new std::mutex;
-    return s_guard;
-}
+// Nothing destroys it, so that it outlives every owner of a descriptor.
+std::mutex s_guard;
+static_assert(std::is_trivially_destructible_v<std::mutex>);
 
+// What a forked child must not have. It is never destroyed, and holds no memory while it is empty, so that a
+// library that is unloaded leaves nothing behind.
 std::vector<int>& Numbers()
 {
-    static auto& s_numbers = *new std::vector<int>;
-    return s_numbers;
+    alignas(std::vector<int>) static unsigned char s_place[sizeof(std::vector<int>)];
+    static auto* const s_pNumbers = new (s_place) std::vector<int>;
+    return *s_pNumbers;
 }
 
 void BeforeFork()
 {
-    Guard().lock();
+    s_guard.lock();
 }
 
 void AfterForkInParent()
 {
-    Guard().unlock();
+    s_guard.unlock();
 }
 
 // Closed first, so that there is a descriptor for the null device even where none is left.
@@ -54,7 +56,7 @@ void AfterForkInChild()
 {
     for (const int number : Numbers())
         ReplaceByNull(number);
-    Guard().unlock();
+    s_guard.unlock();
 }
 
 } // namespace
@@ -63,12 +65,12 @@ ForkShield::Pause::Pause()
 {
     static const int s_installed = pthread_atfork(BeforeFork, AfterForkInParent, AfterForkInChild);
     static_cast<void>(s_installed);
-    Guard().lock();
+    s_guard.lock();
 }
 
 ForkShield::Pause::~Pause()
 {
-    Guard().unlock();
+    s_guard.unlock();
 }
 
 ForkShield::~ForkShield()
@@ -86,6 +88,8 @@ void ForkShield::Set(int descriptor, const Pause&)
         numbers.push_back(descriptor);
     if (m_iDescriptor != -1)
         numbers.erase(std::find(numbers.begin(), numbers.end(), m_iDescriptor));
+    if (numbers.empty())
+        std::vector<int>().swap(numbers);
     m_iDescriptor = descriptor;
 }
 

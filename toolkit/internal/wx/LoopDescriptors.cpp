@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
+#include <cstring>
 #include <fstream>
 #include <locale>
 #include <string>
@@ -11,6 +11,8 @@
 
 #include <fcntl.h>
 #include <unistd.h>
+
+#include "toolkit/internal/system/FolderStream.h"
 
 namespace Toolkit
 {
@@ -52,13 +54,14 @@ bool Has(const std::vector<int>& descriptors, int descriptor)
 std::vector<int> OpenDescriptors()
 {
     std::vector<int> descriptors;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", error))
+    // The standard library's iterator ends the process when it finds no memory for a name.
+    const FolderStream folder = OpenFolder(AT_FDCWD, "/proc/self/fd");
+    while (const dirent* const entry = folder != nullptr ? readdir(folder.get()) : nullptr)
     {
-        const std::string name = entry.path().filename().string();
+        const char* const end = entry->d_name + std::strlen(entry->d_name);
         int descriptor = -1;
-        std::from_chars(name.data(), name.data() + name.size(), descriptor);
-        descriptors.push_back(descriptor);
+        if (std::from_chars(entry->d_name, end, descriptor).ec == std::errc())
+            descriptors.push_back(descriptor);
     }
     return descriptors;
 }

@@ -85,10 +85,10 @@ TOOLKIT_API const TString<wchar_t>& TString<wchar_t>::Empty();
 
 } // namespace Toolkit
 
-// Keys of unordered containers; equal to the hash of the standard string with the same elements.
 namespace std
 {
 
+// Keys of unordered containers; equal to the hash of the standard string with the same elements.
 template <class C>
 struct hash<Toolkit::TString<C>>
 {

@@ -34,6 +34,7 @@ public:
     }
     static LogSeverity BegunSeverity();
 
+    // Gives both branches of the macro one type, which is none.
     struct End
     {
         void operator&(const LogLine&) const {}

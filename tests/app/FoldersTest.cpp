@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -125,6 +126,27 @@ TEST_F(FoldersTest, SayThatThereIsNoHomeAtAll)
                            "cannot find the home folder of user 54321: No such file or directory"
                        ? ""
                        : folders.error().Message().c_str();
+        }));
+}
+
+TEST_F(FoldersTest, SayThatTheSystemCouldNotBeAsked)
+{
+    EXPECT_TRUE(ToolkitTest::InChild(
+        []() -> ToolkitTest::ChildAnswer
+        {
+            unsetenv("HOME");
+            const rlimit limit = {3, 3};
+            setrlimit(RLIMIT_NOFILE, &limit);
+            const Result<Folders> folders = Folders::Of("watch");
+            if (folders)
+                return "there are folders";
+            if (folders.error().Code() != std::errc::too_many_files_open)
+                return folders.error().Code().message();
+            const std::string user = std::to_string(geteuid());
+            return folders.error().Message() ==
+                           "cannot find the home folder of user " + user + ": Too many open files"
+                       ? ""
+                       : folders.error().Message();
         }));
 }
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/files/TextFile.h"
 
+#include <array>
 #include <chrono>
+#include <climits>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -10,6 +12,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,6 +74,19 @@ struct Opened
     TemporaryFolder m_folder;
     TextFile m_file;
 };
+
+// The number in the name that the new content of a file has meanwhile, which is asked of one that is written.
+unsigned long NumberOfNewContent(Opened& opened)
+{
+    const int events = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+    EXPECT_LE(0, inotify_add_watch(events, opened.m_folder.Path().c_str(), IN_CREATE));
+    EXPECT_TRUE(opened.m_file.Write());
+    alignas(inotify_event) std::array<char, sizeof(inotify_event) + NAME_MAX + 1> event = {};
+    EXPECT_LT(0, read(events, event.data(), event.size()));
+    close(events);
+    const std::string name = event.data() + sizeof(inotify_event);
+    return std::stoul(name.substr(name.rfind('-') + 1));
+}
 
 TEST(TextFile, HasNoLinesAtFirst)
 {
@@ -513,14 +529,16 @@ TEST(TextFile, DoesNotWriteThroughLinksAtTheNamesOfItsNewContent)
 TEST(TextFile, GivesUpWhenEveryNameOfItsNewContentIsTaken)
 {
     Opened opened("one\n");
-    const std::string begin = std::filesystem::path(opened.Path()).parent_path().string() + "/.toolkit-";
-    for (int number = 0; number < 1000; ++number)
-        WriteBytes(begin + std::to_string(getpid()) + "-" + std::to_string(number), "taken");
+    const std::string begin = opened.m_folder.Path(".toolkit-" + std::to_string(getpid()) + "-");
+    // The names are counted in the whole process.
+    const unsigned long last = NumberOfNewContent(opened);
+    for (unsigned long number = 1; number <= 200; ++number)
+        WriteBytes(begin + std::to_string(last + number), "taken");
     opened.m_file.AddLine(L"two");
     EXPECT_FALSE(opened.m_file.Write());
     EXPECT_EQ("one\n", ReadBytes(opened.Path()));
-    EXPECT_EQ(1001, opened.Entries());
-    EXPECT_EQ("taken", ReadBytes(begin + std::to_string(getpid()) + "-500"));
+    EXPECT_EQ(201, opened.Entries());
+    EXPECT_EQ("taken", ReadBytes(begin + std::to_string(last + 100)));
 }
 
 TEST(TextFile, DoesNotWriteThroughALinkThatLeadsNowhere)

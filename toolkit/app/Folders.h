@@ -27,8 +27,8 @@ class TOOLKIT_API Folders
 public:
     /// The folders of the application of that name: a plain name of a folder of at most 255 bytes, without
     /// slashes and control characters (`std::errc::invalid_argument`). Without a home folder, in HOME or for
-    /// the system's users, it fails with `std::errc::no_such_file_or_directory`, or with the code of the
-    /// system, which could not be asked.
+    /// the system's users, it fails with `std::errc::no_such_file_or_directory`, or, where the list of users
+    /// could not be read, with the code of the system (`std::errc::too_many_files_open`, for instance).
     static Result<Folders> Of(std::string_view name);
 
     Folders(const Folders& other) noexcept;

@@ -25,8 +25,8 @@ namespace Toolkit
 /// Whoever assigns to an object or destroys it does so alone. One that was moved from has no keys, and
 /// refuses to be changed and saved.
 ///
-///     Toolkit::Result<Toolkit::Settings> settings = Toolkit::Settings::LoadOrNew(folders->Config() /
-///     "watch.ini"); if (!settings)
+///     auto settings = Toolkit::Settings::LoadOrNew(folders->Config() / "watch.ini");
+///     if (!settings)
 ///         return Fail(settings.error().Message());
 ///     int lines = settings->Get("mail", "preview", 80);
 ///     if (Toolkit::Result<void> set = settings->Set("mail", "preview", lines + 20); !set)
@@ -43,9 +43,11 @@ class TOOLKIT_API Settings
     using IfNumber = std::enable_if_t<s_bIsNumber<T>, int>;
 
 public:
-    /// Reads the file. It fails as `ReadFile` does, and with `Errc::Malformed` when the file is no text.
+    /// Reads the file. It fails as `ReadFile` does (`std::errc::no_such_file_or_directory`,
+    /// `permission_denied`, `is_a_directory`, `Errc::LimitReached`, `Errc::Refused` ...), and with
+    /// `Errc::Malformed` when the file is no text.
     static Result<Settings> Load(const std::filesystem::path& path);
-    /// The same, but a missing file is one without sections, which `Save` makes.
+    /// The same, but a missing file is one without sections, which `Save` makes together with its folders.
     static Result<Settings> LoadOrNew(const std::filesystem::path& path);
 
     Settings(const Settings& other);
@@ -109,11 +111,11 @@ public:
     bool Remove(std::string_view section, std::string_view key);
 
     /// Writes the file as `WriteFile` does: whole and on the disk, or as before. Without a change nothing is
-    /// written. It fails as `ReadFile` and `WriteFile` do, and with `Errc::ChangedByOther` when the file is
-    /// no longer as it was when this object last read or wrote it: whoever wants both changes loads the file
-    /// anew. Of several processes that save at once with this class, one comes after the other, each waiting
-    /// for some seconds
-    /// (`std::errc::device_or_resource_busy`).
+    /// written. It fails as `ReadFile` and `WriteFile` do (`std::errc::permission_denied`,
+    /// `no_space_on_device`, `read_only_file_system`, `is_a_directory` ...), and with `Errc::ChangedByOther`
+    /// when the file is no longer as it was when this object last read or wrote it: whoever wants both
+    /// changes loads the file anew. Of several processes that save at once with this class, one comes after
+    /// the other; one that waited for five seconds fails with `std::errc::device_or_resource_busy`.
     Result<void> Save();
 
 private:

@@ -18,9 +18,11 @@ inline constexpr std::size_t LargestFileToRead = std::size_t{1} << 30;
 
 /// Reads a whole file, byte for byte. Links are followed. Any thread may call it; it waits for the disk, and
 /// for nothing else. Its failures are `Errc::LimitReached` for a file that is longer than `largest`,
-/// `Errc::Refused` for a FIFO, a socket or a device, `std::errc::is_a_directory` for a folder,
-/// `std::errc::invalid_argument` for a name that holds a NUL, and whatever the system has against opening and
-/// reading the file (`no_such_file_or_directory`, `permission_denied`, `too_many_files_open` ...).
+/// `Errc::Refused` for a FIFO, a socket or a device, `std::errc::invalid_argument` for a name that holds a
+/// NUL, and what the system has against opening and reading the file, of `std::errc`:
+/// `no_such_file_or_directory`, `permission_denied`, `is_a_directory`, `not_a_directory`,
+/// `too_many_symbolic_link_levels`, `filename_too_long`, `too_many_files_open`,
+/// `too_many_files_open_in_system`, `io_error` and whatever else a file system has of its own.
 ///
 ///     Toolkit::Result<std::string> name = Toolkit::ReadFile("/etc/hostname");
 ///     if (!name)
@@ -37,12 +39,16 @@ TOOLKIT_API Result<std::string> ReadFile(const std::filesystem::path& path,
 /// what the system does not let this user keep grants less, never more. Any thread may call it, and several
 /// at once for one file: the content is that of one of them. It waits for the disk.
 ///
-/// Its failures are `Errc::Refused` for a FIFO, a socket or a device, `std::errc::is_a_directory` for a
-/// folder, `std::errc::invalid_argument` for a name that holds a NUL, and whatever the system has against it
-/// (`permission_denied`, `no_space_on_device`, `read_only_file_system` ...). Other hard links to the file
-/// keep the old content. A file that something is mounted on is written in place, and only there a break in
-/// between leaves a part. For a moment the folder holds a file ".toolkit-..."; what a killed process leaves
-/// of it is removed by a later call.
+/// Its failures are `Errc::Refused` for a FIFO, a socket or a device, `std::errc::invalid_argument` for a
+/// name that holds a NUL, and what the system has against making and writing the file, of `std::errc`:
+/// `permission_denied`, `operation_not_permitted`, `no_space_on_device`, `file_too_large`,
+/// `read_only_file_system`, `is_a_directory`, `not_a_directory`, `no_such_file_or_directory` (for an empty
+/// name), `too_many_symbolic_link_levels`, `filename_too_long`, `too_many_files_open`,
+/// `too_many_files_open_in_system`, `io_error` and whatever else a file system has of its own.
+///
+/// Other hard links to the file keep the old content. A file that something is mounted on is written in
+/// place, and only there a break in between leaves a part. For a moment the folder holds a file
+/// ".toolkit-..."; what a killed process leaves of it is removed by a later call.
 ///
 ///     if (Toolkit::Result<void> done = Toolkit::WriteFile("notes/today.txt", "milk\n"); !done)
 ///         std::cerr << done.error().Message() << '\n';

@@ -4,12 +4,14 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <wx/dir.h>
 #include <wx/textfile.h>
 
 #include "bench/Bench.h"
 #include "toolkit/Toolkit.h"
+#include "toolkit/files/WholeFile.h"
 
 #ifdef BENCH_QT
 #include <QDataStream>
@@ -203,6 +205,48 @@ void RegisterTextFile()
 #endif
 }
 
+// What a program does that reads a file into a text without the library.
+std::string ReadAll(const char* path)
+{
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    struct stat status = {};
+    fstat(file, &status);
+    std::string text(static_cast<std::size_t>(status.st_size), '\0');
+    benchmark::DoNotOptimize(read(file, text.data(), text.size()));
+    close(file);
+    return text;
+}
+
+// Beside it, and in its place once it is on the disk.
+void ReplaceAll(const std::filesystem::path& path, const std::string& text)
+{
+    const std::string other = path.string() + ".new";
+    const int file = open(other.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    benchmark::DoNotOptimize(write(file, text.data(), text.size()));
+    fsync(file);
+    close(file);
+    benchmark::DoNotOptimize(rename(other.c_str(), path.c_str()));
+    const int folder = open(path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    fsync(folder);
+    close(folder);
+}
+
+void RegisterWholeFile(const std::string& name, std::size_t size)
+{
+    const std::filesystem::path folder = ToolkitBench::Folder() / ("whole" + name);
+    std::filesystem::create_directories(folder);
+    const std::filesystem::path path = folder / "file";
+    const std::string text = ToolkitBench::Words(size);
+    ReplaceAll(path, text);
+    ToolkitBench::Operation("ReadFile" + name + "/Toolkit",
+                            [path] { benchmark::DoNotOptimize(ReadFile(path)->data()); });
+    ToolkitBench::Operation("ReadFile" + name + "/limit",
+                            [path] { benchmark::DoNotOptimize(ReadAll(path.c_str()).data()); });
+    ToolkitBench::WholeOperation("WriteFile" + name + "/Toolkit",
+                                 [path, text] { benchmark::DoNotOptimize(WriteFile(path, text)); });
+    ToolkitBench::WholeOperation("WriteFile" + name + "/limit", [path, text] { ReplaceAll(path, text); });
+}
+
 void RegisterListing()
 {
     const std::filesystem::path folder = ToolkitBench::Folder() / "listing";
@@ -275,5 +319,7 @@ void ToolkitBench::Register()
 {
     RegisterSerialized();
     RegisterTextFile();
+    RegisterWholeFile("4K", 4096);
+    RegisterWholeFile("1M", 1048576);
     RegisterListing();
 }

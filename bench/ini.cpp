@@ -8,6 +8,7 @@
 #include "bench/Bench.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/IniFile.h"
+#include "toolkit/files/Settings.h"
 
 #ifdef BENCH_QT
 #include <QSettings>
@@ -86,6 +87,14 @@ auto RandomLookUp(Make make, Look look)
     return text;
 }
 
+// What a peer does is the same for both classes that are compared with it.
+template <class Work>
+[[maybe_unused]] void Both(const std::string& name, Work work)
+{
+    ToolkitBench::Operation("Ini" + name, work);
+    ToolkitBench::Operation("Settings" + name, work);
+}
+
 } // namespace
 
 void ToolkitBench::Register()
@@ -101,6 +110,12 @@ void ToolkitBench::Register()
                       benchmark::DoNotOptimize(
                           toolkit->GetValue(section, key, TString<wchar_t>::Empty()).data());
                   }));
+    const auto settings = std::make_shared<Settings>(*Settings::Load(path));
+    Operation("SettingsLoad/Toolkit", [path] { benchmark::DoNotOptimize(Settings::Load(path).has_value()); });
+    Operation("SettingsLookUp/Toolkit",
+              RandomLookUp<std::string>(
+                  &Narrow, [settings](const std::string& section, const std::string& key)
+                  { benchmark::DoNotOptimize(settings->Get(section, key, std::string_view()).data()); }));
     // Its lines alone, without what they say.
     Operation("IniLoad/limit",
               [name = wxString(widePath)]
@@ -130,11 +145,11 @@ void ToolkitBench::Register()
         g_key_file_load_from_file(file, path.c_str(), G_KEY_FILE_NONE, nullptr);
         return std::shared_ptr<GKeyFile>(file, &g_key_file_free);
     };
-    Operation("IniLoad/GLib", [loadGlib] { benchmark::DoNotOptimize(loadGlib()); });
-    Operation("IniLookUp/GLib",
-              RandomLookUp<std::string>(
-                  &Narrow, [file = loadGlib()](const std::string& section, const std::string& key)
-                  { g_free(g_key_file_get_value(file.get(), section.c_str(), key.c_str(), nullptr)); }));
+    Both("Load/GLib", [loadGlib] { benchmark::DoNotOptimize(loadGlib()); });
+    Both("LookUp/GLib",
+         RandomLookUp<std::string>(
+             &Narrow, [file = loadGlib()](const std::string& section, const std::string& key)
+             { g_free(g_key_file_get_value(file.get(), section.c_str(), key.c_str(), nullptr)); }));
 #endif
 #ifdef BENCH_SIMPLEINI
     const auto loadSimple = [path]
@@ -143,35 +158,35 @@ void ToolkitBench::Register()
         file->LoadFile(path.c_str());
         return file;
     };
-    Operation("IniLoad/SimpleIni", [loadSimple] { benchmark::DoNotOptimize(loadSimple()); });
-    Operation("IniLookUp/SimpleIni",
-              RandomLookUp<std::string>(
-                  &Narrow, [file = loadSimple()](const std::string& section, const std::string& key)
-                  { benchmark::DoNotOptimize(file->GetValue(section.c_str(), key.c_str())); }));
+    Both("Load/SimpleIni", [loadSimple] { benchmark::DoNotOptimize(loadSimple()); });
+    Both("LookUp/SimpleIni",
+         RandomLookUp<std::string>(&Narrow,
+                                   [file = loadSimple()](const std::string& section, const std::string& key) {
+                                       benchmark::DoNotOptimize(file->GetValue(section.c_str(), key.c_str()));
+                                   }));
 #endif
 #ifdef BENCH_INIH
-    Operation("IniLoad/inih",
-              [path]
-              {
-                  std::map<std::string, std::string> values;
-                  ini_parse(
-                      path.c_str(),
-                      [](void* to, const char* section, const char* key, const char* value)
-                      {
-                          (*static_cast<std::map<std::string, std::string>*>(
-                              to))[std::string(section) + "/" + key] = value;
-                          return 1;
-                      },
-                      &values);
-                  benchmark::DoNotOptimize(values.size());
-              });
+    Both("Load/inih",
+         [path]
+         {
+             std::map<std::string, std::string> values;
+             ini_parse(
+                 path.c_str(),
+                 [](void* to, const char* section, const char* key, const char* value)
+                 {
+                     (*static_cast<std::map<std::string, std::string>*>(
+                         to))[std::string(section) + "/" + key] = value;
+                     return 1;
+                 },
+                 &values);
+             benchmark::DoNotOptimize(values.size());
+         });
 #endif
 #ifdef BENCH_INIREADER
-    Operation("IniLookUp/inih",
-              RandomLookUp<std::string>(
-                  &Narrow, [file = std::make_shared<INIReader>(path.string())](const std::string& section,
-                                                                               const std::string& key)
-                  { benchmark::DoNotOptimize(file->Get(section, key, std::string()).data()); }));
+    Both("LookUp/inih", RandomLookUp<std::string>(
+                            &Narrow, [file = std::make_shared<INIReader>(path.string())](
+                                         const std::string& section, const std::string& key)
+                            { benchmark::DoNotOptimize(file->Get(section, key, std::string()).data()); }));
 #endif
 #ifdef BENCH_QT
     const QString qtPath = QString::fromStdString(path.string());

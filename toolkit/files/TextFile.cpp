@@ -23,7 +23,8 @@ bool TextFile::Open(const TString<wchar_t>& path)
     TString<wchar_t> name(path);
     Close();
     TString<char> bytes;
-    const Result<mode_t> mode = ReadWhole(NativePath(name), std::numeric_limits<std::size_t>::max(), bytes);
+    const Result<mode_t> mode =
+        ReadWhole(NativePath(name).GetBytes(), std::numeric_limits<std::size_t>::max(), bytes);
     if (!mode)
         return false;
     const TextEncoding encoding(bytes.data(), bytes.size());

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -51,11 +52,9 @@ Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t larg
 {
     if (HoldsNul(path))
         return SystemFailure("cannot read", path.native(), EINVAL);
-    std::string bytes;
-    const Result<mode_t> read = ReadWhole(NativePath::OfBytes(path.native()), largest, bytes);
-    if (!read)
-        return read.error();
-    return bytes;
+    Result<std::string> bytes = std::string();
+    Result<mode_t> read = ReadWhole(path.native(), largest, *bytes);
+    return read ? std::move(bytes) : std::move(read).error();
 }
 
 Result<void> WriteFile(const std::filesystem::path& path, std::string_view content)

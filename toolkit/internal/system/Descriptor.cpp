@@ -13,9 +13,10 @@ namespace Toolkit
 
 bool Descriptor::Close()
 {
+    if (!IsOpen())
+        return true;
     const NoCancellation whole;
-    const int descriptor = Release();
-    return descriptor == -1 || close(descriptor) == 0;
+    return close(Release()) == 0;
 }
 
 std::FILE* Descriptor::ToStream(const char* mode)

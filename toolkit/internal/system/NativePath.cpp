@@ -78,15 +78,23 @@ bool NativePath::IsFolder() const
 
 Descriptor NativePath::Open(int flags, mode_t mode) const
 {
-    errno = ENOENT;
-    if (!IsValid())
-        return Descriptor();
+    struct stat status = {};
+    return Open(flags, status, mode);
+}
+
+Descriptor NativePath::Open(int flags, struct stat& status, mode_t mode) const
+{
+    return OpenName(c_str(), flags, status, mode);
+}
+
+// The name of an invalid path is empty, which the system refuses (ENOENT).
+Descriptor NativePath::OpenName(const char* name, int flags, struct stat& status, mode_t mode)
+{
     int opened = -1;
     do
-        opened = open(c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+        opened = open(name, flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
     while (opened == -1 && errno == EINTR);
     Descriptor descriptor(opened);
-    struct stat status = {};
     if (!descriptor.IsOpen() || fstat(descriptor.Get(), &status) != 0)
         return Descriptor();
     const int refusal = Refusal(descriptor.Get(), status, flags);

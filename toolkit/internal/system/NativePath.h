@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include "toolkit/core/TString.h"
@@ -37,6 +38,10 @@ public:
     // where it would have to wait for something else than the input of a terminal. A new file has `mode` less
     // the umask.
     Descriptor Open(int flags, mode_t mode = 0666) const;
+    // The same, with what the system tells of what was opened.
+    Descriptor Open(int flags, struct stat& status, mode_t mode = 0666) const;
+    // The same of a name that is the system's own.
+    static Descriptor OpenName(const char* name, int flags, struct stat& status, mode_t mode = 0666);
 
 private:
     NativePath() = default;

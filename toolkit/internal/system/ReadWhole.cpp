@@ -6,11 +6,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SystemFailure.h"
-#include "toolkit/internal/system/Transfer.h"
 
 namespace Toolkit
 {
@@ -23,9 +23,19 @@ const mode_t s_uPermissions = 0777;
 // What is read at once where the system does not tell a file's length.
 const std::size_t s_uSlice = 65536;
 
-Failure MakeFailure(Errc code, const NativePath& path, const std::string& reason)
+Failure MakeFailure(Errc code, const std::string& path, const std::string& reason)
 {
-    return Failure(code, std::string(c_strAttempt) + " " + path.GetBytes() + ": " + reason);
+    return Failure(code, std::string(c_strAttempt) + " " + path + ": " + reason);
+}
+
+// What `read` returns, but for interruptions.
+ssize_t ReadOnce(int descriptor, char* buffer, std::size_t size)
+{
+    ssize_t count = 0;
+    do
+        count = read(descriptor, buffer, size);
+    while (count < 0 && errno == EINTR);
+    return count;
 }
 
 // Reads up to one byte more than `largest`; false on an error, which errno tells.
@@ -33,35 +43,36 @@ bool ReadToEnd(int descriptor, std::size_t expected, std::size_t largest, std::s
 {
     const std::size_t most = std::max(largest, largest + 1);
     std::size_t have = 0;
-    // One more than expected, so that the end is met without another slice.
+    // One more than expected: a file gives less than was asked for at its end alone, so that the end is met
+    // without another read. One whose length the system does not tell may do so anywhere.
     bytes.resize(std::min(expected + 1, most));
-    for (;;)
+    for (bool ended = false; !ended && have < most;)
     {
-        have += ReadUpTo(descriptor, &bytes[have], bytes.size() - have);
-        if (have < bytes.size() || have == most)
-            break;
-        bytes.resize(std::min(have + have / 2 + s_uSlice, most));
+        if (have == bytes.size())
+            bytes.resize(std::min(have + have / 2 + s_uSlice, most));
+        const ssize_t count = ReadOnce(descriptor, &bytes[have], bytes.size() - have);
+        if (count < 0)
+            return false;
+        have += static_cast<std::size_t>(count);
+        ended = count == 0 || (have == expected && have < bytes.size());
     }
-    const bool whole = have == most || errno == 0;
     bytes.resize(have);
-    return whole;
+    return true;
 }
 
 } // namespace
 
-Result<mode_t> ReadWhole(const NativePath& path, std::size_t largest, std::string& bytes)
+Result<mode_t> ReadWhole(const std::string& path, std::size_t largest, std::string& bytes)
 {
-    const Descriptor file = path.Open(O_RDONLY);
     struct stat status = {};
+    const Descriptor file = NativePath::OpenName(path.c_str(), O_RDONLY, status);
     if (!file.IsOpen() && errno != ENXIO)
-        return SystemFailure(c_strAttempt, path.GetBytes(), errno);
-    if (file.IsOpen() && fstat(file.Get(), &status) != 0)
-        return SystemFailure(c_strAttempt, path.GetBytes(), errno);
-    if (!S_ISREG(status.st_mode))
+        return SystemFailure(c_strAttempt, path, errno);
+    if (!file.IsOpen() || !S_ISREG(status.st_mode))
         return MakeFailure(Errc::Refused, path, "it is no regular file");
     const std::size_t size = static_cast<std::size_t>(status.st_size);
     if (size <= largest && !ReadToEnd(file.Get(), size, largest, bytes))
-        return SystemFailure(c_strAttempt, path.GetBytes(), errno);
+        return SystemFailure(c_strAttempt, path, errno);
     if (size > largest || bytes.size() > largest)
         return MakeFailure(Errc::LimitReached, path,
                            "it is longer than " + std::to_string(largest) + " bytes");

@@ -12,12 +12,11 @@
 namespace Toolkit
 {
 
-class NativePath;
-
-// Reads a regular file to its end, wherever that is: the file may change meanwhile. Returns its permissions.
-// It is a failure (Errc::LimitReached) when the file is longer than `largest`, and (Errc::Refused) when it is
-// something else than a regular file; what `bytes` holds then means nothing.
-Result<mode_t> ReadWhole(const NativePath& path, std::size_t largest, std::string& bytes);
+// Reads a regular file, whose name is the system's own, to its end, wherever that is: the file may change
+// meanwhile. Returns its permissions. It is a failure (Errc::LimitReached) when the file is longer than
+// `largest`, and (Errc::Refused) when it is something else than a regular file; what `bytes` holds then means
+// nothing.
+Result<mode_t> ReadWhole(const std::string& path, std::size_t largest, std::string& bytes);
 
 } // namespace Toolkit
 

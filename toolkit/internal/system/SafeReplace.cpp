@@ -80,11 +80,9 @@ bool OpenFile(const NativePath& path, const SafeReplace::Options& options, Targe
 {
     if (lstat(path.c_str(), &target.m_status) != 0)
         return errno == ENOENT;
-    target.m_file = path.Open(O_WRONLY);
+    target.m_file = path.Open(O_WRONLY, target.m_status);
     if (!target.m_file.IsOpen())
         return errno == ENOENT && options.m_bFollowsDangling;
-    if (fstat(target.m_file.Get(), &target.m_status) != 0)
-        return false;
     errno = ENXIO;
     return S_ISREG(target.m_status.st_mode);
 }

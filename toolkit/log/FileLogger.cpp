@@ -6,12 +6,11 @@
 #include <new>
 #include <utility>
 
-#include <sys/file.h>
-
 #include "toolkit/app/GetTickCount.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/FFile.h"
+#include "toolkit/internal/log/Handover.h"
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/ForkShield.h"
 #include "toolkit/internal/system/GuardedFile.h"
@@ -39,8 +38,8 @@ Descriptor OpenLogDescriptor(const TString<wchar_t>& path)
 {
     Descriptor descriptor = GuardedFile::Open(NativePath(path));
     // The links are counted again under the lock: who held it before may have removed the file.
-    const bool isOurs = flock(descriptor.Get(), LOCK_EX | LOCK_NB) == 0 &&
-                        GuardedFile::Is(descriptor.Get()) && GuardedFile::Empty(descriptor.Get());
+    const bool isOurs =
+        descriptor.TryLock() && GuardedFile::Is(descriptor.Get()) && GuardedFile::Empty(descriptor.Get());
     return isOurs ? std::move(descriptor) : Descriptor();
 }
 
@@ -88,14 +87,8 @@ FileLogger::~FileLogger()
 void FileLogger::Write(const TString<wchar_t>& text)
 {
     TString<wchar_t> piece(text);
-    bool wasEmpty = false;
-    {
-        const MutexLock lock(m_mutex);
-        wasEmpty = m_pending.empty();
-        m_pending.push_back(std::move(piece));
-    }
-    // The first of several pieces has told the thread, which takes all of them.
-    if (wasEmpty)
+    if (Handover::Add<MutexLock>(m_mutex, m_pending,
+                                 [&piece](auto& pending) { pending.push_back(std::move(piece)); }))
         m_pWorkEvent->Signal();
 }
 
@@ -169,18 +162,12 @@ bool FileLogger::HasMoreToDo()
 
 void FileLogger::DrainQueue()
 {
-    for (TakePending(); !m_writing.empty(); TakePending())
-    {
-        for (const TString<wchar_t>& piece : m_writing)
-            WritePiece(piece);
-        m_writing.clear();
-    }
-}
-
-void FileLogger::TakePending()
-{
-    const MutexLock lock(m_mutex);
-    m_pending.swap(m_writing);
+    Handover::Drain<MutexLock>(m_mutex, m_pending, m_writing,
+                               [this](const auto& pieces)
+                               {
+                                   for (const TString<wchar_t>& piece : pieces)
+                                       WritePiece(piece);
+                               });
 }
 
 void FileLogger::WritePiece(const TString<wchar_t>& piece)

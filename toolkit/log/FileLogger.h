@@ -57,8 +57,6 @@ private:
     TString<wchar_t> FallbackPath() const;
     bool HasMoreToDo();
     void DrainQueue();
-    // Takes over what is queued, once what was taken before is written.
-    void TakePending();
     void WritePiece(const TString<wchar_t>& piece);
     void WrapAround();
 

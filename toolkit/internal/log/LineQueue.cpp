@@ -95,28 +95,23 @@ bool LineQueue::Flush(std::chrono::steady_clock::time_point deadline)
 
 void LineQueue::Run()
 {
-    std::string lines;
+    while (HasMoreToDo())
+        Handover::Drain<Guard>(m_mutex, m_pending, m_taken, [this](const Pending& taken) { Write(taken); });
+}
+
+bool LineQueue::HasMoreToDo()
+{
     std::unique_lock<std::mutex> lock(m_mutex);
-    for (;;)
-    {
-        while (m_pending.empty() && m_uDropped == 0 && !m_bStops)
-        {
-            m_bIdle = true;
-            m_work.wait(lock);
-        }
-        if (m_pending.empty() && m_uDropped == 0)
-            return;
-        m_bIdle = false;
-        lines.swap(m_pending);
-        const std::uint64_t dropped = std::exchange(m_uDropped, 0);
-        const std::uint64_t pushed = m_uPushed;
-        lock.unlock();
-        m_drain(lines, dropped);
-        lines.clear();
-        lock.lock();
-        m_uDrained = pushed;
-        m_done.notify_all();
-    }
+    m_work.wait(lock, [this] { return !m_pending.empty() || m_bStops; });
+    return !m_pending.empty();
+}
+
+void LineQueue::Write(const Pending& taken)
+{
+    m_drain(taken.lines, taken.dropped);
+    const Guard lock(m_mutex);
+    m_uDrained += taken.count;
+    m_done.notify_all();
 }
 
 } // namespace Toolkit

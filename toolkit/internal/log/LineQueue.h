@@ -11,8 +11,11 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include <sys/types.h>
+
+#include "toolkit/internal/log/Handover.h"
 
 namespace Toolkit
 {
@@ -38,22 +41,20 @@ public:
     template <class Append>
     void Push(Append append)
     {
-        bool wakes = false;
+        const auto push = [this, &append](Pending& pending)
         {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            const std::size_t before = m_pending.size();
-            append(m_pending);
-            if (m_pending.size() > m_uCapacity && before != 0)
+            const std::size_t before = pending.lines.size();
+            append(pending.lines);
+            if (pending.lines.size() > m_uCapacity && before != 0)
             {
-                m_pending.resize(before);
-                ++m_uDropped;
+                pending.lines.resize(before);
+                ++pending.dropped;
+                return;
             }
-            else
-                ++m_uPushed;
-            wakes = m_bIdle;
-            m_bIdle = false;
-        }
-        if (wakes)
+            ++pending.count;
+            ++m_uPushed;
+        };
+        if (Handover::Add<Guard>(m_mutex, m_pending, push))
             m_work.notify_one();
     }
 
@@ -64,9 +65,34 @@ public:
     bool Flush(std::chrono::steady_clock::time_point deadline);
 
 private:
+    using Guard = std::lock_guard<std::mutex>;
     struct AtEnd;
 
+    struct Pending
+    {
+        bool empty() const { return lines.empty() && dropped == 0; }
+        void clear()
+        {
+            lines.clear();
+            count = 0;
+            dropped = 0;
+        }
+        void swap(Pending& other)
+        {
+            lines.swap(other.lines);
+            std::swap(count, other.count);
+            std::swap(dropped, other.dropped);
+        }
+
+        std::string lines;
+        // Of the lines, and of those that were dropped.
+        std::uint64_t count = 0;
+        std::uint64_t dropped = 0;
+    };
+
     void Run();
+    bool HasMoreToDo();
+    void Write(const Pending& taken);
 
     static const AtEnd s_atEnd;
     static std::mutex s_listMutex;
@@ -80,12 +106,12 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_work;
     std::condition_variable m_done;
-    std::string m_pending;
-    std::uint64_t m_uDropped = 0;
-    // Lines, dropped ones aside.
+    Pending m_pending;
+    // What the thread is writing.
+    Pending m_taken;
+    // How many lines ever; those that were dropped do not count.
     std::uint64_t m_uPushed = 0;
     std::uint64_t m_uDrained = 0;
-    bool m_bIdle = false;
     bool m_bStops = false;
 
     std::thread m_thread;

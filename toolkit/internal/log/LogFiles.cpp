@@ -11,7 +11,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -167,7 +166,7 @@ bool LogFiles::OpenAt(Moment moment)
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0)
         return false;
     // Tells other runs that the file is in use; without a lock it is only less safe from them.
-    flock(file.Get(), LOCK_EX | LOCK_NB);
+    file.TryLock();
     m_file = std::move(file);
     m_path.swap(path);
     m_uSize = 0;
@@ -241,7 +240,7 @@ void LogFiles::RemoveOldest() const
         const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat status = {};
         if (path != m_path && file.IsOpen() && fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) &&
-            flock(file.Get(), LOCK_EX | LOCK_NB) == 0)
+            file.TryLock())
             unlink(path.c_str());
     }
 }

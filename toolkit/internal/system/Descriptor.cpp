@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include "toolkit/internal/system/NoCancellation.h"
@@ -17,6 +18,11 @@ bool Descriptor::Close()
         return true;
     const NoCancellation whole;
     return close(Release()) == 0;
+}
+
+bool Descriptor::TryLock() const
+{
+    return flock(m_iDescriptor, LOCK_EX | LOCK_NB) == 0;
 }
 
 std::FILE* Descriptor::ToStream(const char* mode)

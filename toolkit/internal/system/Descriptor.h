@@ -34,6 +34,10 @@ public:
     // False when the system tells that something was lost; true when nothing was open.
     bool Close();
 
+    // Takes the advisory lock of the file, which lasts as long as the descriptor and its copies; it never
+    // waits. False when another descriptor holds it, or there can be none.
+    bool TryLock() const;
+
     // Hands the descriptor over to a stream that `mode` describes as for `fopen`; null on failure, and then
     // it is closed.
     std::FILE* ToStream(const char* mode);

@@ -13,7 +13,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -73,7 +72,7 @@ void RemoveIfLeftBehind(int folder, const char* name)
     Descriptor file = OpenAt(folder, name, O_RDONLY);
     if (!file.IsOpen())
         file = OpenAt(folder, name, O_WRONLY);
-    if (flock(file.Get(), LOCK_EX | LOCK_NB) == 0 && IsNamed(file.Get(), folder, name))
+    if (file.TryLock() && IsNamed(file.Get(), folder, name))
         unlinkat(folder, name, 0);
 }
 
@@ -172,7 +171,7 @@ bool TemporaryFile::Make(mode_t mode)
         openat(m_iFolder, m_strName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
     m_bMade = m_file.IsOpen();
     if (m_bMade)
-        flock(m_file.Get(), LOCK_EX | LOCK_NB);
+        m_file.TryLock();
     return m_bMade;
 }
 

@@ -10,7 +10,10 @@
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/encoding/B64.h"
+#include "toolkit/encoding/Base64.h"
+#include "toolkit/encoding/EncodedWords.h"
 #include "toolkit/encoding/QP.h"
+#include "toolkit/encoding/QuotedPrintable.h"
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/ArchiveZip.h"
 #include "toolkit/files/TextFile.h"
@@ -24,9 +27,10 @@
 //   Corpora utf8 FILE            the code points of each line, and whether they make the same bytes again
 //   Corpora qp FILE              the quoted-printable form of each line, and whether it decodes to the same
 //   Corpora base64 FILE          the Base64 form of the whole file
-//   Corpora match FILE PATTERN   where the first match in each line begins and ends, or "none"
-//   Corpora fold FILE            of lines of a pattern, a tab and a subject: whether RegExp and the bare
-//   library agree
+//   Corpora mail FILE            of lines of a kind ("base64", "quoted-printable" or "words") and "x" and a
+//   text of a mail in hexadecimal digits: what that decodes to, or "-" Corpora match FILE PATTERN   where the
+//   first match in each line begins and ends, or "none" Corpora fold FILE            of lines of a pattern, a
+//   tab and a subject: whether RegExp and the bare library agree
 
 using namespace Toolkit;
 using ToolkitTest::ReadBytes;
@@ -113,6 +117,30 @@ void ShowBase64(const std::string& path)
     delete[] encoded;
 }
 
+std::string FromHexadecimal(const std::string& digits)
+{
+    std::string bytes;
+    for (std::size_t i = 1; i + 1 < digits.size(); i += 2)
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    return bytes;
+}
+
+void ShowMail(const std::string& line)
+{
+    const std::size_t space = line.find(' ');
+    const std::string kind = line.substr(0, space);
+    const std::string text = FromHexadecimal(line.substr(space + 1));
+    if (kind == "quoted-printable")
+        std::puts(Hexadecimal(QuotedPrintable::Decode(text)).c_str());
+    else if (kind == "words")
+        std::puts(Hexadecimal(EncodedWords::Decode(text)).c_str());
+    else
+    {
+        const Result<std::string> bytes = Base64::DecodeMime(text);
+        std::puts(bytes ? Hexadecimal(*bytes).c_str() : "-");
+    }
+}
+
 void ShowMatches(const std::string& path, const std::string& pattern)
 {
     const RegExp expression(TString<char>(pattern), RegExpOptions::Default);
@@ -161,6 +189,8 @@ int main(int argc, char** argv)
         ForEachLine(path, ShowQuotedPrintable);
     else if (command == "base64")
         ShowBase64(path);
+    else if (command == "mail")
+        ForEachLine(path, ShowMail);
     else if (command == "match" && argc == 4)
         ShowMatches(path, argv[3]);
     else if (command == "fold")

@@ -8,6 +8,9 @@
 #include "toolkit/app/Folders.h"
 #include "toolkit/core/LibraryVersion.h"
 #include "toolkit/core/Result.h"
+#include "toolkit/encoding/Base64.h"
+#include "toolkit/encoding/EncodedWords.h"
+#include "toolkit/encoding/QuotedPrintable.h"
 #include "toolkit/encoding/Text.h"
 #include "toolkit/files/Settings.h"
 
@@ -61,6 +64,43 @@ TEST(OutOfMemory, IsSurvivedByTexts)
          { attempt([] { EXPECT_FALSE(Text::FromCharset("\xFF", "us-ascii").has_value()); }); }},
         {"Text::FromCharset(unknown)", [](const Attempt& attempt)
          { attempt([] { EXPECT_FALSE(Text::FromCharset("a", "no-such-charset").has_value()); }); }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByEncodingsOfMails)
+{
+    // ICU keeps what it has once found of a charset.
+    ASSERT_TRUE(Text::FromCharset("a", "iso-8859-15"));
+    const std::string encoded = Base64::Encode(c_strLong);
+    const std::string header = "=?iso-8859-15?Q?of_a_header_of_some_length_=A4?= =?none?Q?b?=";
+    ToolkitTest::FailEachAllocation({
+        {"Base64::Encode",
+         [&](const Attempt& attempt) { attempt([&] { EXPECT_EQ(encoded, Base64::Encode(c_strLong)); }); }},
+        {"Base64::Decode", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_EQ(c_strLong, Base64::Decode(encoded).value_or("")); }); }},
+        {"Base64::Decode(broken)", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_FALSE(Base64::Decode(encoded + "=").has_value()); }); }},
+        {"Base64::DecodeMime", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_EQ(c_strLong, Base64::DecodeMime(encoded + "\n").value_or("")); }); }},
+        {"QuotedPrintable::Encode",
+         [](const Attempt& attempt) { attempt([] { EXPECT_NE("", QuotedPrintable::Encode(c_strLong)); }); }},
+        {"QuotedPrintable::Decode", [](const Attempt& attempt)
+         { attempt([] { EXPECT_EQ(c_strLong, QuotedPrintable::Decode(c_strLong)); }); }},
+        {"EncodedWords::Decode",
+         [&](const Attempt& attempt)
+         {
+             attempt(
+                 [&] {
+                     EXPECT_EQ("of a header of some length \u20ac =?none?Q?b?=",
+                               EncodedWords::Decode(header));
+                 });
+         }},
+        {"EncodedWords::Encode",
+         [](const Attempt& attempt) {
+             attempt(
+                 []
+                 { EXPECT_TRUE(EncodedWords::Encode("of some length \u20ac", "iso-8859-15").has_value()); });
+         }},
     });
 }
 

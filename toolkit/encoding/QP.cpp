@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/encoding/QP.h"
 
-#include <array>
 #include <cstddef>
 
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/text/QuotedPrintableCodec.h"
 
 namespace Toolkit
 {
@@ -12,7 +12,7 @@ namespace Toolkit
 namespace
 {
 
-constexpr char c_strDigits[] = "0123456789ABCDEF";
+namespace Codec = QuotedPrintableCodec;
 
 // The ASCII codes that must be escaped: code c is bit c mod 8 of byte c / 8. Control characters, space and
 // "(),/:;<=>?@[\] with the quotation mark.
@@ -20,43 +20,14 @@ constexpr unsigned char QUOTED[16] = {0xFF, 0xFF, 0xFF, 0xFF, 0x05, 0x93, 0x00, 
                                       0x01, 0x00, 0x00, 0x38, 0x00, 0x00, 0x00, 0x00};
 
 constexpr unsigned char s_uFirstNotPlain = 127;
-constexpr unsigned char s_uLineEnd = 254;
-constexpr unsigned char s_uNoDigit = 255;
 // Quirk: one more than a hexadecimal digit can be.
 constexpr unsigned char s_uLargestDigit = 16;
-constexpr std::size_t s_uEscape = 3;
 constexpr unsigned int s_uShortestLine = 4;
 const wchar_t* const c_strBreak = L"=\r\n";
 
 constexpr bool IsQuoted(unsigned char byte)
 {
     return byte >= s_uFirstNotPlain || (QUOTED[byte / 8] >> (byte % 8) & 1) != 0;
-}
-
-// The value of each byte as a digit, letters in either case.
-constexpr std::array<unsigned char, 256> MakeDigitValues()
-{
-    std::array<unsigned char, 256> values{};
-    for (unsigned char& value : values)
-        value = s_uNoDigit;
-    for (unsigned char i = 0; i < 10; ++i)
-        values[static_cast<unsigned char>('0' + i)] = i;
-    for (unsigned char i = 0; i < 26; ++i)
-    {
-        values[static_cast<unsigned char>('A' + i)] = static_cast<unsigned char>(10 + i);
-        values[static_cast<unsigned char>('a' + i)] = static_cast<unsigned char>(10 + i);
-    }
-    values['\r'] = s_uLineEnd;
-    values['\n'] = s_uLineEnd;
-    return values;
-}
-
-constexpr std::array<unsigned char, 256> CHARVAL = MakeDigitValues();
-
-// The value of a digit; what is none is worth more than `s_uLargestDigit`.
-unsigned int DigitValue(char digit)
-{
-    return CHARVAL[static_cast<unsigned char>(digit)];
 }
 
 // Breaks encoded text into lines: the first break comes before position `next`, each further one `advance`
@@ -78,9 +49,20 @@ TString<wchar_t> BreakLines(const TString<wchar_t>& encoded, std::size_t next, s
     return result;
 }
 
+// What stands at "=": an escape, "=" itself where less than an escape is left, or nothing.
+void TakeAtEscape(const char*& from, const char* end, char*& to)
+{
+    const bool ends = static_cast<std::size_t>(end - from) < Codec::s_uEscape;
+    if (Codec::TakeEscape(from, end, to, s_uLargestDigit))
+        return;
+    if (ends)
+        *to++ = Codec::s_chEscape;
+    ++from;
+}
+
 } // namespace
 
-const char* const HEX = c_strDigits;
+const char* const HEX = Codec::c_strDigits;
 
 bool QP::HasToBeQP(const TString<char>& text, unsigned int length, unsigned int limit, bool onlyLength)
 {
@@ -107,14 +89,10 @@ TString<wchar_t> QP::ToQP(const TString<wchar_t>& text)
     for (const char each : bytes)
     {
         const auto byte = static_cast<unsigned char>(each);
-        if (!IsQuoted(byte))
-        {
+        if (IsQuoted(byte))
+            Codec::AppendEscape(result, byte);
+        else
             result += static_cast<wchar_t>(byte);
-            continue;
-        }
-        result += L'=';
-        result += static_cast<wchar_t>(HEX[byte / 16]);
-        result += static_cast<wchar_t>(HEX[byte % 16]);
     }
     return result;
 }
@@ -129,24 +107,7 @@ TString<wchar_t> QP::ToQP(const TString<wchar_t>& text, unsigned int firstLine, 
 
 TString<wchar_t> QP::ToUNICODE(const TString<wchar_t>& text)
 {
-    const TString<char> bytes = UTF8::ToUTF8(text);
-    TString<char> decoded;
-    decoded.reserve(bytes.size());
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-    {
-        if (bytes[i] != '=' || bytes.size() - i < s_uEscape)
-        {
-            decoded += bytes[i];
-            continue;
-        }
-        const unsigned int high = DigitValue(bytes[i + 1]);
-        const unsigned int low = DigitValue(bytes[i + 2]);
-        if (high > s_uLargestDigit || low > s_uLargestDigit)
-            continue;
-        decoded += static_cast<char>(high * 16 + low);
-        i += s_uEscape - 1;
-    }
-    return UTF8::ToUNICODE(decoded);
+    return UTF8::ToUNICODE(Codec::Decode(UTF8::ToUTF8(text), TakeAtEscape));
 }
 
 } // namespace Toolkit

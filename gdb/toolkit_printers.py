@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes, DateTime, and why an operation
-of the library failed.
+"""Pretty-printers of gdb for the values that a host sees most: TString, smart_ptr, Bytes, DateTime, Timestamp, and why
+an operation of the library failed.
 
 (gdb) source gdb/toolkit_printers.py                        in the sources
 (gdb) source /usr/share/toolkit/toolkit_printers.py         from the package libtoolkit-dev, if gdb has not loaded them itself
@@ -86,6 +86,18 @@ class DateTimePrinter:
         return f"{instant:%Y-%m-%d %H:%M:%S}.{milliseconds % 1000:03} Z"
 
 
+class TimestampPrinter:
+    """The instant in UTC, as ToRfc3339 writes it with nine digits after the second."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        count = int(self.value["m_time"]["__d"]["__r"])
+        instant = datetime.datetime(1970, 1, 1) + datetime.timedelta(seconds=count // 10**9)
+        return f"{instant:%Y-%m-%dT%H:%M:%S}.{count % 10**9:09}Z"
+
+
 class FailurePrinter:
     """The message."""
 
@@ -161,6 +173,7 @@ def build_printers():
     printers.add_printer("smart_ptr", r"^Toolkit::smart_ptr<.*>$", SmartPtrPrinter)
     printers.add_printer("Bytes", r"^Toolkit::Bytes$", BytesPrinter)
     printers.add_printer("DateTime", r"^Toolkit::DateTime$", DateTimePrinter)
+    printers.add_printer("Timestamp", r"^Toolkit::Timestamp$", TimestampPrinter)
     printers.add_printer("Folders", r"^Toolkit::Folders$", FoldersPrinter)
     printers.add_printer("Settings", r"^Toolkit::Settings$", SettingsPrinter)
     printers.add_printer("Failure", r"^Toolkit::Failure$", FailurePrinter)

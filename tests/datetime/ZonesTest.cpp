@@ -20,10 +20,12 @@
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/datetime/DateTime.h"
+#include "toolkit/datetime/Timestamp.h"
 
 // Zones and their changes: what values show, and what they are made of, where the clocks are moved.
 
 using Toolkit::DateTime;
+using Toolkit::Timestamp;
 using Toolkit::TString;
 using ToolkitTest::At;
 using ToolkitTest::Iso;
@@ -36,18 +38,19 @@ namespace
 // A text like "2009-03-07T14:05:09", and its parts.
 struct Clock
 {
-    explicit Clock(const std::string& text) : wide(text.begin(), text.end())
+    explicit Clock(const std::string& what) : text(what), wide(what.begin(), what.end())
     {
         wide[10] = L' ';
         char separator = 0;
-        std::istringstream stream(text);
+        std::istringstream stream(what);
         stream >> year >> separator >> month >> separator >> day >> separator;
         stream >> hour >> separator >> minute >> separator >> second;
-        EXPECT_TRUE(stream && stream.eof()) << text;
+        EXPECT_TRUE(stream && stream.eof()) << what;
     }
 
     DateTime Value() const { return DateTime(year, month, day, hour, minute, second); }
 
+    std::string text;
     std::wstring wide;
     unsigned int year = 0;
     unsigned int month = 0;
@@ -117,6 +120,7 @@ public:
         Check(shifted.MakeToUTC() == At(asUtc), "MakeToUTC");
         shifted = time;
         Check(shifted.MakeFromUTC() == At(instant + ahead), "MakeFromUTC");
+        CheckTimestamp(instant, clock, ahead);
         ++m_uInstants;
     }
 
@@ -154,6 +158,25 @@ private:
         Check(time.GetHour() == clock.hour, "the hour");
         Check(time.GetMinute() == clock.minute, "the minute");
         Check(time.GetSecond() == clock.second, "the second");
+    }
+
+    void CheckTimestamp(std::int64_t instant, const Clock& clock, std::int64_t ahead)
+    {
+        const Timestamp time = std::chrono::system_clock::from_time_t(instant);
+        const Timestamp::Fields fields = time.LocalFields();
+        Check(fields.year == static_cast<int>(clock.year), "the timestamp's year");
+        Check(fields.month == static_cast<int>(clock.month), "the timestamp's month");
+        Check(fields.day == static_cast<int>(clock.day), "the timestamp's day");
+        Check(fields.hour == static_cast<int>(clock.hour), "the timestamp's hour");
+        Check(fields.minute == static_cast<int>(clock.minute), "the timestamp's minute");
+        Check(fields.second == static_cast<int>(clock.second), "the timestamp's second");
+        Check(fields.offset == std::chrono::seconds(ahead), "the timestamp's offset");
+        const std::string text = time.ToRfc3339(Timestamp::Zone::Local);
+        if (ahead % 60 == 0)
+            Check(text.substr(0, 19) == clock.text, "the timestamp's local text");
+        const auto read = Timestamp::Parse(text);
+        Check(read && *read == time, "the timestamp's local text is read back");
+        Check(time.ToDateTime() == At(instant), "the timestamp as a DateTime");
     }
 
     // By the calendar's rule, and by no zone's.

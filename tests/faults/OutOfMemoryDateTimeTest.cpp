@@ -7,6 +7,7 @@
 #include "toolkit/datetime/CultureInfo.h"
 #include "toolkit/datetime/DateTime.h"
 #include "toolkit/datetime/Locales.h"
+#include "toolkit/datetime/Timestamp.h"
 
 using namespace Toolkit;
 using ToolkitTest::Attempt;
@@ -77,5 +78,40 @@ TEST(OutOfMemory, IsSurvivedByDates)
          }},
         {"CultureInfo", [&](const Attempt& attempt)
          { attempt([&] { EXPECT_EQ(text, CultureInfo(text, text).m_strDisplayName); }); }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByTimestamps)
+{
+    const Timestamp moment = *Timestamp::Parse("2026-03-02T14:05:09.250Z");
+    ToolkitTest::FailEachAllocation({
+        {"Timestamp::Parse, ParseMail",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { EXPECT_EQ(moment, *Timestamp::Parse("2026-03-02T14:05:09.250Z")); });
+             attempt([&] { EXPECT_GT(moment, *Timestamp::ParseMail("2 Mar 2026 14:05 GMT")); });
+             attempt([] { EXPECT_FALSE(Timestamp::Parse("a long text that is no timestamp at all")); });
+             attempt([] { EXPECT_FALSE(Timestamp::ParseMail("1 Jan 9999 00:00:00 +0000")); });
+         }},
+        {"Timestamp::ToRfc3339",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { EXPECT_EQ("2026-03-02T14:05:09.250Z", moment.ToRfc3339()); });
+             attempt([&] { EXPECT_EQ(29U, moment.ToRfc3339(Timestamp::Zone::Local, 3).size()); });
+         }},
+        {"Timestamp::Format",
+         [&](const Attempt& attempt)
+         {
+             const ToolkitTest::ScopedEnvironment environment("LC_ALL", "de_DE.UTF-8");
+             attempt([&] { EXPECT_EQ(0U, moment.Format(Timestamp::Style::Short).find("02.03.26, ")); });
+             attempt([&]
+                     { EXPECT_EQ(0U, moment.Format(Timestamp::Style::Full, "fr_FR").find("lundi 2 mars")); });
+         }},
+        {"Timestamp::FromDateTime, ToDateTime",
+         [&](const Attempt& attempt)
+         {
+             attempt([&] { EXPECT_LT(*Timestamp::FromDateTime(moment.ToDateTime()), moment); });
+             attempt([] { EXPECT_FALSE(Timestamp::FromDateTime(DateTime(2026, 13, 1, 0, 0, 0))); });
+         }},
     });
 }

@@ -8,6 +8,7 @@
 #include "toolkit/core/TString.h"
 #include "toolkit/core/smart_ptr.h"
 #include "toolkit/datetime/DateTime.h"
+#include "toolkit/datetime/Timestamp.h"
 #include "toolkit/encoding/Bytes.h"
 #include "toolkit/files/Settings.h"
 
@@ -51,6 +52,7 @@ int main()
     const Bytes manyBytes(zeros, sizeof(zeros));
     const DateTime moment(2009, 3, 7, 13, 5, 9, 0);
     const DateTime invalid(2009, 13, 1, 0, 0, 0);
+    [[maybe_unused]] const Timestamp stamp = *Timestamp::Parse("1969-12-31T23:59:59.25Z");
     const Failure failure(Errc::Malformed, "no number");
     const Result<int> number = 7;
     const Result<int> noNumber = failure;

@@ -117,6 +117,8 @@ public:
     void GetRelativeStringFromNow(TString<wchar_t>& out) const;
 
 private:
+    friend class Timestamp;
+
     wxDateTime* m_pDateTime;
 };
 

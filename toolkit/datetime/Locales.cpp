@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
 
+#include "toolkit/internal/locale/LocaleName.h"
 #include "toolkit/internal/locale/LocalePatterns.h"
 
 namespace Toolkit
@@ -45,22 +45,11 @@ void KeepLast(const std::string& locale, const TString<wchar_t>& pattern)
     std::copy_n(pattern.c_str(), pattern.size() + 1, s_lastPattern.begin());
 }
 
-const char* UserLocale()
-{
-    for (const char* const variable : {"LC_ALL", "LC_TIME", "LANG"})
-    {
-        const char* const value = std::getenv(variable);
-        if (value != nullptr && *value != '\0')
-            return value;
-    }
-    return "";
-}
-
 } // namespace
 
 bool Locales::GetCurrentDateFormat(TString<wchar_t>& out)
 {
-    const char* const user = UserLocale();
+    const char* const user = LocaleName::OfUser();
     if (ReadLast(user, out))
         return true;
     // Asked for without the lock: it takes a while.

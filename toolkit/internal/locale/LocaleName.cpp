@@ -2,6 +2,7 @@
 #include "toolkit/internal/locale/LocaleName.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <vector>
 
@@ -152,6 +153,17 @@ LocaleName::LocaleName(const std::string& name)
     for (const View other : {View(m_strScript), country, variant})
         if (!other.empty())
             m_strId.append("_").append(other);
+}
+
+const char* LocaleName::OfUser()
+{
+    for (const char* const variable : {"LC_ALL", "LC_TIME", "LANG"})
+    {
+        const char* const value = std::getenv(variable);
+        if (value != nullptr && *value != '\0')
+            return value;
+    }
+    return "";
 }
 
 LocaleName LocaleName::WithoutScript() const

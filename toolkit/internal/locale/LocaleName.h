@@ -16,6 +16,9 @@ class LocaleName
 public:
     explicit LocaleName(const std::string& name);
 
+    // The name in the environment: the first of LC_ALL, LC_TIME and LANG that is not empty, or no name.
+    static const char* OfUser();
+
     bool IsValid() const { return !m_strId.empty(); }
 
     // "sr_Latn_RS"; empty when invalid.

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <ctime>
 
+#include "toolkit/internal/zones/CalendarDay.h"
+
 namespace Toolkit
 {
 
@@ -49,26 +51,10 @@ CivilTime FromTm(const std::tm& time)
     return civil;
 }
 
-std::int64_t FloorDivide(std::int64_t value, std::int64_t divisor)
-{
-    return value / divisor - (value % divisor < 0 ? 1 : 0);
-}
-
-// Days since 1970-01-01. Years that begin in March end with their leap day.
-std::int64_t DayNumber(std::int64_t year, std::int64_t month, std::int64_t day)
-{
-    if (month <= 2)
-        --year;
-    const std::int64_t marchMonth = month > 2 ? month - 3 : month + 9;
-    const std::int64_t dayOfYear = (153 * marchMonth + 2) / 5 + day - 1;
-    return year * 365 + FloorDivide(year, 4) - FloorDivide(year, 100) + FloorDivide(year, 400) + dayOfYear -
-           719468;
-}
-
 // The instant at which clocks would show this if no zone had ever moved them.
 std::int64_t ClockInstant(const CivilTime& civil)
 {
-    return DayNumber(civil.year, civil.month, civil.day) * s_nSecondsPerDay + civil.hour * 3600 +
+    return CalendarDay{civil.year, civil.month, civil.day}.Number() * s_nSecondsPerDay + civil.hour * 3600 +
            civil.minute * 60 + civil.second;
 }
 
@@ -111,17 +97,21 @@ CivilTime CivilTime::Utc(std::int64_t instant)
     return FromTm(UtcTm(instant));
 }
 
+std::int64_t CivilTime::LocalOffset(std::int64_t instant)
+{
+    tzset();
+    return LocalTm(instant).tm_gmtoff;
+}
+
 std::int64_t CivilTime::DaysOfMonth(std::int64_t year, std::int64_t month)
 {
-    if (month == 2)
-        return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0 ? 29 : 28;
-    return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
+    return CalendarDay::DaysOfMonth(year, month);
 }
 
 void CivilTime::AddMonths(std::int64_t months)
 {
     const std::int64_t count = year * s_nMonthsPerYear + month - 1 + months;
-    year = FloorDivide(count, s_nMonthsPerYear);
+    year = CalendarDay::FloorDivide(count, s_nMonthsPerYear);
     month = count - year * s_nMonthsPerYear + 1;
     day = std::min(day, DaysOfMonth(year, month));
 }

@@ -23,6 +23,9 @@ struct CivilTime
     static CivilTime Local(std::int64_t instant);
     static CivilTime Utc(std::int64_t instant);
 
+    // How many seconds the clocks of the local zone are ahead of UTC at the instant.
+    static std::int64_t LocalOffset(std::int64_t instant);
+
     static std::int64_t DaysOfMonth(std::int64_t year, std::int64_t month);
 
     // A day that the new month does not have becomes its last one.

@@ -3,11 +3,9 @@
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <vector>
 
 #include <endian.h>
-#include <pthread.h>
 #include <sys/utsname.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +13,7 @@
 
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/process/ChildStarter.h"
 #include "toolkit/internal/system/SystemCodes.h"
 #include "toolkit/log/LogLine.h"
 
@@ -54,41 +53,6 @@ const unsigned int s_uEndianness = wxENDIAN_BIG;
 #else
 const unsigned int s_uEndianness = wxENDIAN_PDP;
 #endif
-
-// What replacing the image does to them anyway: the host's handlers must not run in the child, which shares
-// the host's memory until then.
-void DropSignalHandlers()
-{
-    for (int number = 1; number < NSIG; ++number)
-    {
-        struct sigaction action = {};
-        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN &&
-            action.sa_handler != SIG_DFL)
-            std::signal(number, SIG_DFL);
-    }
-}
-
-// Starts a child that does nothing but replace its image. It borrows the host's memory instead of copying the
-// tables of it, which would take the longer the larger the host is. -1 when there is no child, with the
-// reason in `error`.
-[[gnu::noinline]] pid_t StartChild(char* const* vector, int& error)
-{
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t child = vfork();
-    if (child == 0)
-    {
-        DropSignalHandlers();
-        sigprocmask(SIG_SETMASK, &before, nullptr);
-        execv(vector[0], vector);
-        _exit(errno);
-    }
-    error = errno;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return child;
-}
 
 // As `waitpid` answers.
 int WaitFor(pid_t child, int& status)
@@ -182,8 +146,13 @@ int SystemInfo::StartProcess(const TString<wchar_t>& path, const TString<wchar_t
         vector.push_back(text.data());
     vector.push_back(nullptr);
 
+    const char* const files[] = {vector[0], nullptr};
+    ChildPlan plan;
+    plan.m_pFiles = files;
+    plan.m_pArguments = vector.data();
+    plan.m_pEnvironment = environ;
     int error = 0;
-    const pid_t child = StartChild(vector.data(), error);
+    const pid_t child = ChildStarter::Start(plan, error);
     if (child == -1)
         return error;
     if (!wait)

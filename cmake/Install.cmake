@@ -52,7 +52,7 @@ configure_package_config_file(
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/ToolkitConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(
   FILES ${PROJECT_BINARY_DIR}/cmake/ToolkitConfig.cmake ${PROJECT_BINARY_DIR}/cmake/ToolkitConfigVersion.cmake
-        ${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake
+        ${CMAKE_CURRENT_LIST_DIR}/ToolkitPlugin.cmake ${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake
   DESTINATION ${toolkit_cmake_folder}
   COMPONENT Toolkit_Development)
 

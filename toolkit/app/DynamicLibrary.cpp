@@ -2,24 +2,17 @@
 #include "toolkit/app/DynamicLibrary.h"
 
 #include <dlfcn.h>
-#include <sys/stat.h>
 #include <wx/dynlib.h>
 
+#include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/PathNames.h"
+#include "toolkit/internal/system/SharedLibrary.h"
 
 namespace Toolkit
 {
 
 namespace
 {
-
-// The loader would wait at a FIFO for a writer. A name without a folder is searched for elsewhere.
-bool IsReadyToOpen(const TString<char>& path)
-{
-    struct stat status = {};
-    return path.find('/') == TString<char>::npos || stat(path.c_str(), &status) != 0 ||
-           S_ISREG(status.st_mode);
-}
 
 bool HasExtension(const TString<char>& path)
 {
@@ -29,8 +22,8 @@ bool HasExtension(const TString<char>& path)
     return dot != TString<char>::npos && dot > name && dot + 1 < path.size();
 }
 
-// Loaded here and not by the base library, which reads the path in the current locale and takes one that it
-// cannot express for the program itself.
+// Loaded here and not by wxWidgets, which reads the path in the current locale and takes one that it cannot
+// express for the program itself.
 void* Load(const TString<wchar_t>& path)
 {
     TString<char> native = PathNames::ToNative(path);
@@ -38,7 +31,8 @@ void* Load(const TString<wchar_t>& path)
         return nullptr;
     if (!HasExtension(native))
         native += ".so";
-    return IsReadyToOpen(native) ? dlopen(native.c_str(), RTLD_NOW | RTLD_GLOBAL) : nullptr;
+    Result<SharedLibrary> library = SharedLibrary::Load(NativePath::OfBytes(native), RTLD_GLOBAL);
+    return library ? library->Release() : nullptr;
 }
 
 } // namespace

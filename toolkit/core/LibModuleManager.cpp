@@ -2,8 +2,11 @@
 #include "toolkit/core/LibModuleManager.h"
 
 #include <algorithm>
+#include <typeinfo>
+#include <utility>
 
 #include "toolkit/core/LibModule.h"
+#include "toolkit/internal/system/SharedLibrary.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/threading/MutexLock.h"
 
@@ -16,6 +19,14 @@ namespace
 // How often the base library was started here and not stopped again. It outlives the manager as the started
 // base library does; the mutex of the one manager guards it.
 unsigned int s_uBaseLibraryStarts = 0;
+
+// Where `Release` stands among the modules; null where it does not walk over them. The same mutex guards it.
+const LibModuleManager::LibModuleContainer* s_pWalked = nullptr;
+
+bool IsOf(const LibModule& module, const SharedLibrary& library)
+{
+    return library.Contains(&module) || library.Contains(&typeid(module));
+}
 
 void StartBaseLibrary()
 {
@@ -52,6 +63,22 @@ public:
 
 private:
     LibModuleManager& m_manager;
+};
+
+// A walk of `Release`, perhaps within another one.
+class LibModuleManager::ReleaseWalk
+{
+public:
+    ReleaseWalk() = default;
+    ~ReleaseWalk() { s_pWalked = m_pBefore; }
+
+    ReleaseWalk(const ReleaseWalk&) = delete;
+    ReleaseWalk& operator=(const ReleaseWalk&) = delete;
+
+    void StandOn(const LibModuleContainer& container) { s_pWalked = &container; }
+
+private:
+    const LibModuleContainer* const m_pBefore = s_pWalked;
 };
 
 LibModuleManager::LibModuleManager() = default;
@@ -112,9 +139,13 @@ void LibModuleManager::Release(bool uninitializeBaseLibrary)
     m_bReleasing = true;
     {
         const ModuleCall call(*this);
+        ReleaseWalk walk;
         for (Modules::iterator position = m_modules.end(); position != m_modules.begin();)
-            if ((--position)->m_pModule != nullptr)
+        {
+            walk.StandOn(*--position);
+            if (position->m_pModule != nullptr)
                 position->m_pModule->Release();
+        }
         m_bReleasing = false;
         RemovePending();
     }
@@ -138,6 +169,39 @@ void LibModuleManager::Forget(const LibModule* module)
     const ModuleCall call(*this);
     m_pendingRemovals.remove(found);
     found->m_pModule = nullptr;
+}
+
+void LibModuleManager::TakeBackModulesOf(const SharedLibrary& library)
+{
+    if (s_pInstance != nullptr)
+        s_pInstance->TakeBack(library);
+}
+
+void LibModuleManager::TakeBack(const SharedLibrary& library)
+{
+    const MutexLock lock(m_mutex);
+    const ModuleCall call(*this);
+    // A walk of `Release` has been at all that stand after it, and is at the one that it stands on.
+    bool released = s_pWalked != nullptr;
+    for (Modules::iterator position = m_modules.end(); position != m_modules.begin();)
+    {
+        --position;
+        const bool isReleased = released;
+        released = released && &*position != s_pWalked;
+        if (position->m_pModule == nullptr || !IsOf(*position->m_pModule, library))
+            continue;
+        m_pendingRemovals.remove(position);
+        LibModule* const module = std::exchange(position->m_pModule, nullptr);
+        if (m_bInitialized && !isReleased)
+            try
+            {
+                module->Release();
+            }
+            catch (...)
+            {
+                // A module that cannot be released is unloaded all the same.
+            }
+    }
 }
 
 LibModuleManager::Modules::iterator LibModuleManager::Find(const LibModule* module)

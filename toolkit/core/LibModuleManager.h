@@ -12,6 +12,7 @@ namespace Toolkit
 {
 
 class LibModule;
+class SharedLibrary;
 
 // The process-wide registry of modules: brings them up in the order of their registration and down in the
 // reverse one. DllToolkitLoad makes the one instance, DllToolkitUnload destroys it; the modules belong to
@@ -65,11 +66,18 @@ public:
 private:
     using Modules = std::list<LibModuleContainer>;
     class ModuleCall;
+    class ReleaseWalk;
 
     friend class LibModule;
+    friend class PluginsBase;
 
     // Takes back every registration of a module that is being destroyed.
     void Forget(const LibModule* module);
+
+    // Takes back, in the reverse order, the modules whose code or data is that library's, which is about to
+    // be unloaded. Those that are not released yet are released; what they throw is dropped.
+    static void TakeBackModulesOf(const SharedLibrary& library);
+    void TakeBack(const SharedLibrary& library);
 
     Modules::iterator Find(const LibModule* module);
     void ReleaseAndRemove(Modules::iterator position);

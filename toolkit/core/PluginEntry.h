@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_CORE_PLUGINENTRY_H
+#define TOOLKIT_CORE_PLUGINENTRY_H
+
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+#include <typeinfo>
+
+#include "toolkit/core/Export.h"
+
+namespace Toolkit
+{
+
+class Plugin;
+
+/// What a program and its plug-ins agree on: an interface by its name, and its version.
+struct PluginInterface
+{
+    const char* name;
+    std::uint32_t version;
+};
+
+/// Stands for an interface where a function is looked up by it.
+template <typename Interface>
+struct PluginInterfaceTag
+{
+};
+
+/// Found where TOOLKIT_PLUGIN_INTERFACE gives nothing better.
+template <typename Interface>
+constexpr PluginInterface ToolkitPluginInterface(PluginInterfaceTag<Interface>) noexcept
+{
+    static_assert(sizeof(Interface) == 0, "TOOLKIT_PLUGIN_INTERFACE does not stand after this interface");
+    return {nullptr, 0};
+}
+
+/// The object that a program hands to each plug-in's constructor, together with its type, or none.
+class TOOLKIT_API PluginContext
+{
+public:
+    PluginContext() noexcept = default;
+    template <typename Context>
+    explicit PluginContext(Context& context) noexcept
+        : m_pObject(std::addressof(const_cast<std::remove_cv_t<Context>&>(context))),
+          m_strType(TypeOf<Context>()),
+          m_bConst(std::is_const_v<Context>)
+    {
+    }
+
+    bool IsEmpty() const noexcept;
+
+    /// The object as one of that type. What it throws where it is another one is for `Plugins` alone.
+    template <typename Context>
+    Context* As() const
+    {
+        return static_cast<Context*>(Get(TypeOf<Context>(), std::is_const_v<Context>));
+    }
+
+private:
+    // By a pointer, since a type that is only declared has no description of its own.
+    template <typename Context>
+    static const char* TypeOf() noexcept
+    {
+        return typeid(std::remove_cv_t<Context>*).name();
+    }
+
+    void* Get(const char* type, bool asConst) const;
+
+    void* m_pObject = nullptr;
+    const char* m_strType = nullptr;
+    bool m_bConst = false;
+};
+
+/// The one argument of a plug-in's constructor: it becomes a reference or a pointer to the context, of the
+/// type that the constructor takes.
+template <typename Class>
+class PluginArgument
+{
+    // A constructor that copies does not take the context.
+    template <typename Context>
+    static constexpr bool s_bIsContext =
+        !std::is_pointer_v<Context> && !std::is_base_of_v<std::remove_cv_t<Context>, Class>;
+
+public:
+    explicit PluginArgument(const PluginContext& context) noexcept : m_context(context) {}
+
+    template <typename Context, std::enable_if_t<s_bIsContext<Context>, int> = 0>
+    operator Context&() const
+    {
+        return *m_context.As<Context>();
+    }
+    template <typename Context, std::enable_if_t<s_bIsContext<Context>, int> = 0>
+    operator Context*() const
+    {
+        return m_context.As<Context>();
+    }
+
+private:
+    const PluginContext& m_context;
+};
+
+/// What a plug-in's library exports under the name ToolkitPluginEntry: a structure of C, which may grow at
+/// its end. TOOLKIT_PLUGIN makes it.
+struct PluginEntry
+{
+    std::uint32_t size;
+    std::uint32_t libraryMajor;
+    PluginInterface interface;
+    const char* name;
+    const char* version;
+    Plugin* (*make)(const PluginContext* context);
+};
+
+/// The major version of the library whose headers these are.
+constexpr std::uint32_t s_uPluginLibraryMajor = 1;
+
+/// Makes an object of a plug-in's class: with the context if its constructor takes one.
+template <typename Class, typename Interface>
+Plugin* MakePlugin(const PluginContext* context)
+{
+    static_assert(std::is_base_of_v<Interface, Class>, "a plug-in's class is derived from its interface");
+    Interface* made = nullptr;
+    if constexpr (!std::is_constructible_v<Class, PluginArgument<Class>>)
+        made = new Class();
+    else if constexpr (!std::is_default_constructible_v<Class>)
+        made = new Class(PluginArgument<Class>(*context));
+    else
+        made = context->IsEmpty() ? new Class() : new Class(PluginArgument<Class>(*context));
+    return made;
+}
+
+template <typename Class, typename Interface>
+constexpr PluginEntry MakePluginEntry(const char* name, const char* version) noexcept
+{
+    return {sizeof(PluginEntry),
+            s_uPluginLibraryMajor,
+            ToolkitPluginInterface(PluginInterfaceTag<Interface>()),
+            name,
+            version,
+            &MakePlugin<Class, Interface>};
+}
+
+} // namespace Toolkit
+
+#endif

@@ -75,7 +75,7 @@ private:
 /// entries, 16 GiB, and for an entry of more than 16 MiB a content 250 times as long as what lies in the
 /// archive.
 ///
-///     zip->ExtractAll(folder, Toolkit::ZipLimits().Entries(1000).Bytes(100 << 20));
+///     auto report = zip->ExtractAll(folder, Toolkit::ZipLimits().Entries(1000).Bytes(100 << 20));
 class TOOLKIT_API ZipLimits
 {
 public:

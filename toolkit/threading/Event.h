@@ -16,8 +16,8 @@ namespace Toolkit
 /// the threads that the event lets through. Nothing throws. The event must outlive the calls of its
 /// operations.
 ///
-///     Toolkit::Event stop;
-///     std::signal(SIGTERM, ...);                    // the handler calls stop.Set()
+///     static Toolkit::Event stop;
+///     std::signal(SIGTERM, [](int) { stop.Set(); });
 ///     while (!stop.WaitFor(std::chrono::seconds(1)))
 ///         LookForWork();
 class TOOLKIT_API Event

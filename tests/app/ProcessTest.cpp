@@ -346,7 +346,7 @@ TEST(Process, SaysWhyItCannotRun)
          ProcessOptions().Folder(text),
          std::errc::not_a_directory,
          "cannot run true in the folder " + text + ": Not a directory"},
-        {{"true", std::string(std::size_t{8} << 20, 'a')},
+        {{"true", std::string(std::size_t{1} << 20, 'a')},
          {},
          std::errc::argument_list_too_long,
          "cannot run true: Argument list too long"},
@@ -720,7 +720,7 @@ TEST(Process, BecomesTheFileThatTookItsPlace)
 TEST(Process, SaysWhyItCannotReplaceItself)
 {
     const int inherited = dup(STDERR_FILENO);
-    const Result<void> never = Process::ReplaceSelf({std::string(std::size_t{8} << 20, 'a')});
+    const Result<void> never = Process::ReplaceSelf({std::string(std::size_t{1} << 20, 'a')});
     EXPECT_EQ(std::errc::argument_list_too_long, never.error().Code());
     EXPECT_EQ(0, fcntl(inherited, F_GETFD)) << "all is as before";
     close(inherited);

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -6,6 +9,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
 
 #include "tests/faults/BrokenSystem.h"
@@ -14,6 +18,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/PathManager.h"
+#include "toolkit/app/Process.h"
 #include "toolkit/app/SystemInfo.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/encoding/Bytes.h"
@@ -467,6 +472,58 @@ TEST_F(BrokenSystem, IsAnsweredByTheApplication)
              faults([&] { PathManager().SetApplicationDataPath(path); });
              PathManager().SetApplicationDataPath(path);
              EXPECT_TRUE(PathManager::DirExists(path));
+         }},
+    });
+}
+
+// A child that cannot be watched by a descriptor is looked after; one that cannot be started is told of.
+TEST_F(BrokenSystem, IsAnsweredByProcesses)
+{
+    const auto run = [this](const Faults& faults)
+    {
+        const std::vector<std::string> arguments = {"/bin/cat", "-"};
+        const ProcessOptions options = ProcessOptions().Input("text").Folder(m_folder.Path());
+        Result<ProcessResult> result = Failure(Errc::Refused, "");
+        faults([&] { result = Process::Run(arguments, options); });
+        EXPECT_EQ("text", result ? result->Output() : "text");
+        EXPECT_TRUE(result || !result.error().Message().empty());
+        EXPECT_TRUE(result || FailingSystem::GetFault() != FailingSystem::Interrupted);
+        EXPECT_TRUE(waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD);
+    };
+    ToolkitTest::FailEachCall({
+        {"Process::Run", run},
+        {"Process::Run, by a host that ignores its children",
+         [&run](const Faults& faults)
+         {
+             const sighandler_t before = std::signal(SIGCHLD, SIG_IGN);
+             run(faults);
+             std::signal(SIGCHLD, before);
+         }},
+        {"Process::Start, Write, ReadLine, Terminate",
+         [](const Faults& faults)
+         {
+             std::string line;
+             Result<ProcessResult> result = Failure(Errc::Refused, "");
+             faults(
+                 [&]
+                 {
+                     Result<Process> process = Process::Start({"/bin/cat"});
+                     if (!process || !process->Write("line\n"))
+                         return;
+                     line = process->ReadLine().value_or("");
+                     process->Terminate(std::chrono::minutes(1));
+                     result = process->Wait();
+                 });
+             EXPECT_EQ(result ? "line" : "", line);
+             EXPECT_EQ(SIGTERM, result ? result->Signal() : SIGTERM);
+             EXPECT_TRUE(result || FailingSystem::GetFault() != FailingSystem::Interrupted);
+             EXPECT_TRUE(waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD);
+         }},
+        {"Process::ReplaceSelf",
+         [](const Faults& faults)
+         {
+             const std::vector<std::string> tooLong = {std::string(std::size_t{1} << 20, 'a')};
+             faults([&] { EXPECT_FALSE(Process::ReplaceSelf(tooLong)); });
          }},
     });
 }

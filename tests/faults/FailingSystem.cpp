@@ -374,6 +374,12 @@ extern "C"
         return Fails("fchown", FailingSystem::Broken) ? -1 : next(descriptor, owner, group);
     }
 
+    int chdir(const char* path) noexcept
+    {
+        NEXT(chdir, "chdir");
+        return Fails("chdir", FailingSystem::Broken) ? -1 : next(path);
+    }
+
     int mkdir(const char* path, mode_t mode) noexcept
     {
         NEXT(mkdir, "mkdir");
@@ -529,6 +535,13 @@ extern "C"
                    : next(descriptors, count, milliseconds);
     }
 
+    // So few descriptors as are waited for need no memory of the system's.
+    int ppoll(pollfd* descriptors, nfds_t count, const timespec* time, const sigset_t* mask)
+    {
+        NEXT(ppoll, "ppoll");
+        return Fails("ppoll", FailingSystem::Interrupted) ? -1 : next(descriptors, count, time, mask);
+    }
+
     int epoll_create(int size) noexcept
     {
         NEXT(epoll_create, "epoll_create");
@@ -573,10 +586,25 @@ extern "C"
         return Fails("pipe", FailingSystem::NoDescriptors) ? -1 : next(ends);
     }
 
+    int pipe2(int* ends, int flags) noexcept
+    {
+        NEXT(pipe2, "pipe2");
+        return Fails("pipe2", FailingSystem::NoDescriptors) ? -1 : next(ends, flags);
+    }
+
     pid_t fork() noexcept
     {
         NEXT(fork, "fork");
         if (!Fails("fork", FailingSystem::NoDescriptors))
+            return next();
+        errno = EAGAIN;
+        return -1;
+    }
+
+    pid_t _Fork() noexcept
+    {
+        NEXT(_Fork, "_Fork");
+        if (!Fails("_Fork", FailingSystem::NoDescriptors))
             return next();
         errno = EAGAIN;
         return -1;
@@ -588,11 +616,24 @@ extern "C"
         return fork();
     }
 
-    int execv(const char* path, char* const* arguments) noexcept
+    int execve(const char* path, char* const* arguments, char* const* environment) noexcept
     {
-        NEXT(execv, "execv");
-        return Fails("execv", FailingSystem::Broken | FailingSystem::NoDescriptors) ? -1
-                                                                                    : next(path, arguments);
+        NEXT(execve, "execve");
+        return Fails("execve", FailingSystem::Broken | FailingSystem::NoDescriptors)
+                   ? -1
+                   : next(path, arguments, environment);
+    }
+
+    int pidfd_open(pid_t process, unsigned int flags) noexcept
+    {
+        NEXT(pidfd_open, "pidfd_open");
+        return Fails("pidfd_open", s_uMake, ENOMEM) ? -1 : next(process, flags);
+    }
+
+    int waitid(idtype_t type, id_t id, siginfo_t* info, int options)
+    {
+        NEXT(waitid, "waitid");
+        return Fails("waitid", FailingSystem::Interrupted) ? -1 : next(type, id, info, options);
     }
 
     pid_t waitpid(pid_t child, int* status, int options)

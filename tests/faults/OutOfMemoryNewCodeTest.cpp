@@ -6,6 +6,7 @@
 #include "tests/faults/OutOfMemory.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/Folders.h"
+#include "toolkit/app/Process.h"
 #include "toolkit/core/LibraryVersion.h"
 #include "toolkit/core/Result.h"
 #include "toolkit/encoding/Base64.h"
@@ -210,6 +211,66 @@ TEST(OutOfMemory, IsSurvivedBySettings)
              attempt([&] { EXPECT_TRUE(settings.Save().has_value()); });
              EXPECT_TRUE(settings.Save().has_value());
              EXPECT_EQ("changed", Settings::Load(path)->Get(section, key, ""));
+         }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByProcesses)
+{
+    const std::string text = "a line of a long text that no string keeps within itself\n";
+    const auto options = [&text]
+    {
+        return ProcessOptions()
+            .Input(text)
+            .Folder("/usr/share/./././././././././.")
+            .Environment("A_VARIABLE_OF_A_LONG_NAME", text);
+    };
+    ToolkitTest::FailEachAllocation({
+        {"ProcessOptions",
+         [&](const Attempt& attempt) { attempt([&] { const ProcessOptions copy(options()); }); }},
+        {"Process::Run",
+         [&](const Attempt& attempt)
+         {
+             const ProcessOptions given = options();
+             attempt([&] { EXPECT_EQ(text, Process::Run({"cat", "-"}, given)->Output()); });
+         }},
+        {"Process::Run(missing)", [&](const Attempt& attempt)
+         { attempt([&] { EXPECT_FALSE(Process::Run({"a-program-that-is-not-there"})); }); }},
+        {"Process::Run(NUL)",
+         [&](const Attempt& attempt) {
+             attempt([&] { EXPECT_FALSE(Process::Run({"cat", std::string(1, '\0')})); });
+         }},
+        {"Process::Start",
+         [&](const Attempt& attempt)
+         {
+             attempt(
+                 [&]
+                 {
+                     Process process = Process::Start({"cat"}, options()).value();
+                     EXPECT_EQ(text, *process.ReadLine() + "\n");
+                 });
+         }},
+        {"Process::ReadLine, Wait",
+         [&](const Attempt& attempt)
+         {
+             Process process = Process::Start({"cat"}).value();
+             EXPECT_TRUE(process.Write(text + text));
+             bool isTaken = false;
+             attempt(
+                 [&]
+                 {
+                     const Result<std::string> line = process.ReadLine();
+                     isTaken = true;
+                     EXPECT_EQ(text.size(), line->size() + 1);
+                     EXPECT_EQ(text, process.Wait()->Output());
+                 });
+             const ProcessResult result = process.Wait().value();
+             EXPECT_EQ(0, result.ExitCode());
+             EXPECT_TRUE(result.Truncated() || result.Output() == (isTaken ? text : text + text));
+         }},
+        {"Process::ReplaceSelf",
+         [&](const Attempt& attempt) {
+             attempt([&] { EXPECT_FALSE(Process::ReplaceSelf({text, std::string(1, '\0')})); });
          }},
     });
 }

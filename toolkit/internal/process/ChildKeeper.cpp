@@ -54,7 +54,8 @@ bool ChildKeeper::IsNeeded()
            (action.sa_handler == SIG_IGN || (action.sa_flags & SA_NOCLDWAIT) != 0);
 }
 
-// No signal but SIGKILL reaches the keeper, and so no handler of the host runs in it.
+// No signal but SIGKILL reaches the keeper, and so no handler of the host runs in it, nor one for forks: the
+// keeper calls nothing but what a signal handler may.
 pid_t ChildKeeper::Start(const ChildPlan& plan, ChildStarter::Trouble& trouble)
 {
     Pipe report;
@@ -73,7 +74,7 @@ pid_t ChildKeeper::Start(const ChildPlan& plan, ChildStarter::Trouble& trouble)
     if (m_leash.IsOpen() && report.Open())
     {
         pthread_sigmask(SIG_SETMASK, &all, &before);
-        m_keeper = fork();
+        m_keeper = _Fork();
         if (m_keeper == 0)
             Keep(plan, report.m_write.Get(), leash.Get());
         const int error = errno;

@@ -3,8 +3,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <functional>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -16,6 +18,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 #include <wx/init.h>
+#include <wx/log.h>
 
 #include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
@@ -57,7 +60,75 @@ void YieldUntil(const std::function<bool()>& condition)
         std::this_thread::yield();
 }
 
+class Stoppable : public Worker
+{
+public:
+    using Worker::StopAndWait;
+    using Worker::Worker;
+};
+
+// Stops threads, again and again, while another one asks the base class to pause them all the time.
+void PauseWhileStopped(const std::function<void(Stoppable&)>& stop)
+{
+    const wxLogNull silence;
+    CapturedOutput errors(2);
+    for (int round = 0; round < 100 && !testing::Test::HasFailure(); ++round)
+    {
+        std::atomic<int> rounds{0};
+        std::atomic<bool> stopped{false};
+        Stoppable worker(LoopWithoutRest(rounds));
+        wxThread& base = worker;
+        ASSERT_TRUE(worker.Run());
+        YieldUntil([&] { return rounds > 0; });
+        std::thread stopping(
+            [&]
+            {
+                stop(worker);
+                stopped = true;
+            });
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!stopped && std::chrono::steady_clock::now() < end)
+            base.Pause();
+        EXPECT_TRUE(stopped);
+        while (!stopped)
+            base.Resume();
+        stopping.join();
+    }
+    EXPECT_EQ("", errors.Stop());
+}
+
+// Its work waits for what `OnDelete` tells it, and for nothing else.
+class Sleeper : public Thread
+{
+public:
+    explicit Sleeper(std::atomic<int>& told) : m_told(told) {}
+    ~Sleeper() override { StopAndWait(); }
+
+protected:
+    ExitCode DoWork() override
+    {
+        std::unique_lock<std::mutex> guard(m_guard);
+        m_change.wait(guard, [this] { return m_bAwake; });
+        return nullptr;
+    }
+    void OnDelete() override
+    {
+        const std::lock_guard<std::mutex> guard(m_guard);
+        ++m_told;
+        m_bAwake = true;
+        m_change.notify_all();
+        Thread::OnDelete();
+    }
+
+private:
+    std::atomic<int>& m_told;
+    std::mutex m_guard;
+    std::condition_variable m_change;
+    bool m_bAwake = false;
+};
+
 } // namespace
+
 TEST(Thread, IsAnAbstractBaseThread)
 {
     EXPECT_TRUE((std::is_base_of_v<wxThread, Thread>));
@@ -251,6 +322,31 @@ TEST(Thread, DestructorStopsAThreadThatIsAboutToPause)
         EXPECT_TRUE(worker.Pause());
     }
     EXPECT_EQ("", errors.Stop());
+}
+
+TEST(Thread, StopEndsAThreadThatTheBaseClassPausesMeanwhile)
+{
+    PauseWhileStopped([](Stoppable& worker) { worker.StopAndWait(); });
+}
+
+TEST(Thread, DeleteEndsAThreadThatTheBaseClassPausesMeanwhile)
+{
+    PauseWhileStopped([](Stoppable& worker) { EXPECT_EQ(wxTHREAD_NO_ERROR, worker.Delete()); });
+}
+
+// As the base class tells a thread that it is deleted, so do these.
+TEST(Thread, StopAndDeleteTellWhatTheSubclassWaitsFor)
+{
+    std::atomic<int> told{0};
+    {
+        Sleeper stopped(told);
+        Sleeper deleted(told);
+        ASSERT_TRUE(stopped.Run());
+        ASSERT_TRUE(deleted.Run());
+        EXPECT_EQ(wxTHREAD_NO_ERROR, deleted.Delete());
+        EXPECT_EQ(1, told);
+    }
+    EXPECT_LE(2, told);
 }
 
 TEST(Thread, EveryPauseIsEndedByItsResume)

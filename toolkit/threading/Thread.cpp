@@ -96,15 +96,18 @@ wxThreadError Thread::Kill()
     return answer;
 }
 
-wxThreadError Thread::Delete(ExitCode* code, wxThreadWait mode)
+wxThreadError Thread::Delete(ExitCode* code, wxThreadWait /*mode*/)
 {
     if (IsCurrent())
         return wxTHREAD_MISC_ERROR;
     if (!m_bCreated || !IsStarted())
         return wxTHREAD_NOT_RUNNING;
     const BaseLibrary::Silence silence;
-    AskToStop();
-    return wxThread::Delete(code, mode);
+    const bool isAlive = IsAlive();
+    const ExitCode result = StopAndJoin();
+    if (isAlive && code != nullptr)
+        *code = result;
+    return wxTHREAD_NO_ERROR;
 }
 
 void Thread::SetPriority(unsigned int priority)
@@ -132,8 +135,8 @@ bool Thread::IsPaused() const
     return !m_bKilled && wxThread::IsPaused();
 }
 
-// Stays out of the base class's own wait for the end of a pause where it can: its Delete can leave a thread
-// there for ever.
+// Stays out of the base class's own wait for the end of a pause: a pause that the base class begins just when
+// the thread is stopped would hold it there for ever.
 bool Thread::TestDestroy()
 {
     std::unique_lock<std::mutex> guard(m_stateGuard);
@@ -141,11 +144,7 @@ bool Thread::TestDestroy()
         return m_bStopping;
     while (!m_bStopping && wxThread::IsPaused())
         m_stateChange.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
-    if (m_bStopping)
-        return true;
-    // A pause that the base class begins only now blocks there: whoever ends it takes the guard.
-    guard.unlock();
-    return wxThread::TestDestroy();
+    return m_bStopping || m_bDeleted;
 }
 
 unsigned long Thread::GetId() const
@@ -179,10 +178,7 @@ void Thread::StopAndWait()
         m_bAbandoned = true;
         m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
     }
-    AskToStop();
-    wxThread::Delete();
-    // Delete does not join a thread that has finished by itself.
-    wxThread::Wait();
+    StopAndJoin();
 }
 
 wxThread::ExitCode Thread::Entry()
@@ -207,6 +203,14 @@ void Thread::OnKill()
     m_stateChange.wait_until(guard, limit, [this] { return m_bEntered || !IsAlive(); });
 }
 
+// A paused thread that the base class deletes is resumed by it after this, and must not end before.
+void Thread::OnDelete()
+{
+    const std::lock_guard<std::mutex> guard(m_stateGuard);
+    m_bDeleted = true;
+    m_stateChange.notify_all();
+}
+
 // The base class may have started it behind this one's back. Whether it lives is asked first: a thread that
 // no longer does has entered before.
 bool Thread::IsStarted() const
@@ -214,14 +218,19 @@ bool Thread::IsStarted() const
     return m_bStarted || IsAlive() || m_bEntered;
 }
 
-void Thread::AskToStop()
+// Does what the base class's Delete does, which complains when a thread is paused and ends just then.
+wxThread::ExitCode Thread::StopAndJoin()
 {
-    const std::lock_guard<std::mutex> guard(m_stateGuard);
-    m_bStopping = true;
-    // A thread must not end as a paused one: Delete would take it for one that still runs.
-    if (IsPaused())
-        wxThread::Resume();
-    m_stateChange.notify_all();
+    {
+        const BaseLibrary::Silence silence;
+        const std::lock_guard<std::mutex> guard(m_stateGuard);
+        m_bStopping = true;
+        if (IsPaused())
+            wxThread::Resume();
+        m_stateChange.notify_all();
+    }
+    OnDelete();
+    return wxThread::Wait();
 }
 
 // Asked before anything that the owner writes.

@@ -94,6 +94,9 @@ protected:
 
     // Calls DoWork. An override must call it in turn.
     ExitCode Entry() override;
+    // Called on the thread that deletes or stops, whichever Delete was asked, before it waits. An override
+    // must call it in turn.
+    void OnDelete() override;
     // Called on the thread that kills, whichever Kill was asked.
     void OnKill() override;
 
@@ -108,7 +111,7 @@ private:
 
     bool IsStarted() const;
     bool IsCurrent() const;
-    void AskToStop();
+    ExitCode StopAndJoin();
 
     bool m_bCreated;
     bool m_bStarted = false;
@@ -120,6 +123,8 @@ private:
     std::mutex m_stateGuard;
     std::condition_variable m_stateChange;
     bool m_bStopping = false;
+    // Asked to stop by the base class, which waits for it to go on first.
+    bool m_bDeleted = false;
 };
 
 } // namespace Toolkit

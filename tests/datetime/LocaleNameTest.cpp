@@ -31,6 +31,13 @@ TEST(LocaleName, TakesNamesOfTheEnvironment)
         {"en_US_POSIX", "en_US_POSIX", "en"},
         {"sl_IT_NEDIS", "sl_IT_NEDIS", "sl"},
         {"de_CH_1996", "de_CH_1996", "de"},
+        {"no_NO_NY", "no_NO_NY", "no"},
+        {"be_tarask", "be__tarask", "be"},
+        {"be_tarask.UTF-8", "be__tarask", "be"},
+        {"be_Cyrl_tarask", "be_Cyrl__tarask", "be"},
+        {"be_BY_tarask", "be_BY_tarask", "be"},
+        {"de_1996", "de__1996", "de"},
+        {"de_POSIX", "de__POSIX", "de"},
     };
     for (const auto& row : rows)
     {
@@ -74,6 +81,7 @@ TEST(LocaleName, KnowsAndForgetsItsScript)
     EXPECT_EQ(LocaleName("de_DE").Script(), "");
     EXPECT_EQ(LocaleName("zh_Hant").WithoutScript().Id(), "zh");
     EXPECT_EQ(LocaleName("sr_Latn_RS_ABCDE").WithoutScript().Id(), "sr_RS_ABCDE");
+    EXPECT_EQ(LocaleName("be_Cyrl_tarask").WithoutScript().Id(), "be__tarask");
     EXPECT_EQ(LocaleName("sr_RS@latin").WithoutScript().Script(), "");
     EXPECT_EQ(LocaleName("de_DE").WithoutScript().Id(), "de_DE");
     EXPECT_EQ(LocaleName("C").WithoutScript().Id(), "");
@@ -100,7 +108,12 @@ TEST(LocaleName, RefusesEverythingElse)
         "de__DE",
         "de_DE_",
         "de_DE_x",
-        "de_POSIX",
+        "de_DE_xx",
+        "de_DE_ny",
+        "de_toolongvariant",
+        "be_tarask_BY",
+        "be_tarask_1996",
+        "be__tarask",
         "de_DE_toolongvariant",
         "de_DE_1996_1901",
         "de_Latn_Latn_DE",

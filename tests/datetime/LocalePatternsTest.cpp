@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <unicode/uclean.h>
 #include <unicode/udat.h>
+#include <unicode/uenum.h>
 #include <unicode/uloc.h>
 
 #include "tests/support/TemporaryFolder.h"
@@ -231,7 +232,7 @@ TEST(LocalePatterns, TakesWhatIsNoNameForTheLocaleC)
 TEST(LocalePatterns, TakesAnUnknownLanguageForTheLocaleCWhateverTheDefaultLocale)
 {
     const ScopedEnvironment environment("LANG", "de_DE.UTF-8");
-    for (const char* const name : {"xx_XX", "qq", "zzz_DE.UTF-8", "xx_Latn_DE"})
+    for (const char* const name : {"xx_XX", "qq", "zzz_DE.UTF-8", "xx_Latn_DE", "iu_Latn", "und"})
         EXPECT_EQ(LocalePatterns::ShortPatternsOf(name), L"MM/dd/yy HH:mm") << name;
 }
 
@@ -250,6 +251,28 @@ TEST(LocalePatterns, TakesAnUnknownScriptForTheLanguageAloneWhateverTheDefaultLo
     EXPECT_EQ(status, U_ZERO_ERROR);
     EXPECT_EQ(LocalePatterns::ShortPatternsOf("be_BY"), L"d.MM.yy HH:mm");
     EXPECT_EQ(LocalePatterns::ShortPatternsOf("tt_RU"), L"dd.MM.yyyy H:mm");
+}
+
+// "ht" has the data of a parent of another language, and "no_NO_NY" is an old name.
+TEST(LocalePatterns, KnowsTheNamesThatIcuListsNowhere)
+{
+    const ScopedEnvironment environment("LANG", "en_US.UTF-8");
+    const struct
+    {
+        const char* locale;
+        const char* same;
+    } rows[] = {
+        {"ht_HT", "fr_HT"},        {"ht_HT.UTF-8", "fr_HT"},    {"ht", "fr_HT"},
+        {"no_NO_NY", "nn_NO"},     {"no_NO_NY.UTF-8", "nn_NO"}, {"be_tarask", "be"},
+        {"be_TARASK", "be"},       {"be_BY_tarask", "be_BY"},   {"be_BY@tarask", "be_BY"},
+        {"be_tarask@latin", "be"},
+    };
+    for (const auto& row : rows)
+    {
+        EXPECT_EQ(LocalePatterns::ShortPatternsOf(row.locale), LocalePatterns::ShortPatternsOf(row.same))
+            << row.locale;
+        EXPECT_NE(LocalePatterns::ShortPatternsOf(row.locale), L"MM/dd/yy HH:mm") << row.locale;
+    }
 }
 
 TEST(LocalePatterns, KeepsTheScriptsThatTheLanguageHas)
@@ -301,14 +324,17 @@ TEST(LocalePatterns, GivesTheRightNumbersInEveryLocale)
     const std::string roman = "date: other numbers, time:  in L\"7/03/09 2:05 PM\"";
     const std::map<std::string, std::string> known = {{"haw", roman}, {"haw_US", roman}};
     std::map<std::string, std::string> wrong;
-    const int count = uloc_countAvailable();
-    for (int i = 0; i < count; ++i)
+    UErrorCode status = U_ZERO_ERROR;
+    UEnumeration* const locales = uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status);
+    const int count = uenum_count(locales, &status);
+    while (const char* const locale = uenum_next(locales, nullptr, &status))
     {
-        const std::string locale = uloc_getAvailable(i);
         const std::string reason = Wrong(locale);
         if (!reason.empty())
             wrong[locale] = reason;
     }
-    EXPECT_GE(count, 800);
+    uenum_close(locales);
+    EXPECT_EQ(status, U_ZERO_ERROR);
+    EXPECT_GE(count, 850);
     EXPECT_EQ(wrong, known);
 }

@@ -8,6 +8,7 @@
 #include <unicode/udat.h>
 #include <unicode/uenum.h>
 #include <unicode/uloc.h>
+#include <unicode/ures.h>
 
 namespace Toolkit
 {
@@ -22,6 +23,16 @@ void KeepIcuLoaded()
     Dl_info icu = {};
     if (dladdr(reinterpret_cast<void*>(&udat_open), &icu) != 0)
         dlopen(icu.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+// Whether ICU has data for the locale or for one of its parents, which may be of another language: those of
+// "ht_HT" are the French ones of Haiti. Those of its own default locale and of its root do not count.
+bool HasData(const std::string& id, UErrorCode& status)
+{
+    const std::unique_ptr<UResourceBundle, decltype(&ures_close)> data(
+        ures_open(nullptr, id.c_str(), &status), &ures_close);
+    const char* const found = ures_getLocaleByType(data.get(), ULOC_VALID_LOCALE, &status);
+    return U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING && std::strcmp(found, "root") != 0;
 }
 
 } // namespace
@@ -48,9 +59,8 @@ std::string IcuLocale::KnownId(const LocaleName& name, UErrorCode& status)
         language = true;
         script = script || known.Script() == name.Script();
     }
-    if (!language)
-        return std::string();
-    return script ? name.Id() : name.WithoutScript().Id();
+    const std::string id = script || !language ? name.Id() : name.WithoutScript().Id();
+    return language || HasData(id, status) ? id : std::string();
 }
 
 } // namespace Toolkit

@@ -58,9 +58,10 @@ bool IsCountry(View part)
     return Is(part, IsLetter, 2, 2) || Is(part, IsDigit, 3, 3);
 }
 
+// "NY" is the only short one: "no_NO_NY" is an old name of Norwegian Nynorsk.
 bool IsVariant(View part)
 {
-    return Is(part, IsLetterOrDigit, 4, 8);
+    return Is(part, IsLetterOrDigit, 4, 8) || part == "NY";
 }
 
 bool IsCharset(View part)
@@ -140,7 +141,7 @@ LocaleName::LocaleName(const std::string& name)
     const View language = take(IsLanguage);
     View script = take(IsScript);
     const View country = take(IsCountry);
-    View variant = country.empty() ? View() : take(IsVariant);
+    View variant = take(IsVariant);
     if (language.empty() || part != parts.end())
         return;
     if (script.empty())
@@ -150,9 +151,12 @@ LocaleName::LocaleName(const std::string& name)
 
     m_strId = language;
     m_strScript = Titled(script);
-    for (const View other : {View(m_strScript), country, variant})
+    for (const View other : {View(m_strScript), country})
         if (!other.empty())
             m_strId.append("_").append(other);
+    // Without a country its place stays empty: "be__tarask".
+    if (!variant.empty())
+        m_strId.append(country.empty() ? "__" : "_").append(variant);
 }
 
 const char* LocaleName::OfUser()

@@ -82,11 +82,13 @@ set(CPACK_COMPONENT_TOOLKIT_SYMBOLS_DESCRIPTION
 .
 This package holds the debug symbols of ${toolkit_runtime}.")
 
-# The base libraries of wxWidgets are developed with the package of the whole of it; there is none for them alone.
+# New code needs no header of wxWidgets; the classic headers do. Its base libraries are developed with the package of the whole of
+# it; there is none for them alone.
 set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_NAME libtoolkit-dev)
 set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_DEPENDS
-    "${toolkit_runtime} (= ${PROJECT_VERSION}-${toolkit_revision}), libwxgtk3.2-dev")
+    "${toolkit_runtime} (= ${PROJECT_VERSION}-${toolkit_revision})")
+set(CPACK_DEBIAN_TOOLKIT_DEVELOPMENT_PACKAGE_RECOMMENDS libwxgtk3.2-dev)
 set(CPACK_COMPONENT_TOOLKIT_DEVELOPMENT_DESCRIPTION
     "${toolkit_about}
 .

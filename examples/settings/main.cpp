@@ -1,39 +1,35 @@
 // SPDX-License-Identifier: MIT
-// Reads a settings file: settings <file>
-
-#include <toolkit/Toolkit.h>
+// Reads a setting of a file and changes it: settings <file>
 
 #include <iostream>
-#include <vector>
+
+#include <toolkit/files/Settings.h>
 
 using namespace Toolkit;
 
-int main(int argumentCount, char** arguments)
+static Result<int> Widen(const char* file)
 {
-    const ToolkitSession session;
-    if (argumentCount != 2)
-    {
-        std::cerr << "usage: settings <file>\n";
-        return 2;
-    }
+    Result<Settings> settings = Settings::LoadOrNew(file);
+    if (!settings)
+        return settings.error();
+    // Nothing where the key is missing, and a failure where it is no number.
+    const Result<std::optional<int>> width = settings->Read<int>("window", "width");
+    if (!width)
+        return width.error();
+    const int wider = width->value_or(620) + 20;
+    if (const Result<void> set = settings->Set("window", "width", wider); !set)
+        return set.error();
+    if (const Result<void> saved = settings->Save(); !saved)
+        return saved.error();
+    return wider;
+}
 
-    const IniFile settings(UTF8::ToUNICODE(TString<char>(arguments[1])));
-    if (!settings.IsLoaded())
-    {
-        std::cerr << "cannot be read: " << arguments[1] << '\n';
-        return 1;
-    }
-
-    // Every question comes with the answer for a key that is missing.
-    const TString<wchar_t> untitled = L"untitled";
-    std::cout << "title: " << UTF8::ToUTF8(settings.GetValue(L"window", L"title", untitled)) << '\n'
-              << "width: " << settings.GetUint32(L"window", L"width", 800) << '\n'
-              << "height: " << settings.GetUint32(L"window", L"height", 600) << '\n'
-              << "maximised: " << settings.GetBool(L"window", L"maximised", false) << '\n';
-
-    std::vector<TString<wchar_t>> keys;
-    settings.GetKeyList(L"recent", keys);
-    for (const TString<wchar_t>& key : keys)
-        std::cout << "recent " << UTF8::ToUTF8(key) << ": "
-                  << UTF8::ToUTF8(settings.GetValue(L"recent", key, TString<wchar_t>::Empty())) << '\n';
+int main(int argc, char** argv)
+{
+    const Result<int> width = Widen(argc == 2 ? argv[1] : "settings.ini");
+    if (width)
+        std::cout << "width: " << *width << '\n';
+    else
+        std::cerr << width.error().Message() << '\n';
+    return width ? 0 : 1;
 }

@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 int main(int argc, char** argv)
 {
     const int all = argc == 2 ? std::atoi(argv[1]) : 5;
-    Task<int> sum = Task<int>::Start(
+    Task<int> counting = Task<int>::Start(
         [all](TaskContext& context)
         {
             int sum = 0;
@@ -27,7 +27,7 @@ int main(int argc, char** argv)
             }
             return sum;
         });
-    if (!sum.WaitFor(10s))
-        sum.Cancel();
-    std::cout << sum.Progress().Text() << ", the sum is " << sum.Get() << '\n';
+    if (!counting.WaitFor(10s))
+        counting.Cancel();
+    std::cout << counting.Progress().Text() << ", the sum is " << counting.Get() << '\n';
 }

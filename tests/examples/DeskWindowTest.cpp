@@ -24,7 +24,7 @@ class Screen
 public:
     Screen()
         : m_server("/bin/sh",
-                   {"-c", "exec Xvfb -displayfd 1 -screen 0 1280x900x24 -nolisten tcp 2>/dev/null"})
+                   {"-c", "exec Xvfb -displayfd 1 -noreset -screen 0 1280x900x24 -nolisten tcp 2>/dev/null"})
     {
         const std::string number = m_server.Answer();
         if (number.empty())

@@ -17,7 +17,12 @@ class Mails : public catalog::Importer
 {
 public:
     // What is thrown here is the reason why the plug-in is refused.
-    Mails() : m_field(Pattern::Compile(R"(^(subject|date):\s*(.*(?:\n[ \t].*)*))", c_options).value()) {}
+    Mails()
+        : m_fold(Pattern::Compile(R"(\r?\n(?=[ \t]))").value()),
+          m_field(Pattern::Compile(R"(^(subject|date):\s*(.*))", Pattern::IgnoreCase | Pattern::Multiline)
+                      .value())
+    {
+    }
 
     bool Takes(const std::filesystem::path& file) const override { return file.extension() == ".eml"; }
 
@@ -27,7 +32,8 @@ public:
         if (!mail)
             return mail.error();
         catalog::Document document;
-        const std::string header = mail->substr(0, mail->find("\n\n"));
+        // A line that begins with a blank goes on with the one before.
+        const std::string header = m_fold.Replace(mail->substr(0, mail->find("\n\n")), "").value();
         for (const Match& field : m_field.All(header))
         {
             const std::string value(field[2]);
@@ -42,8 +48,7 @@ public:
     }
 
 private:
-    static constexpr auto c_options = Pattern::IgnoreCase | Pattern::Multiline;
-
+    const Pattern m_fold;
     const Pattern m_field;
 };
 

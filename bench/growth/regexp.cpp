@@ -93,6 +93,12 @@ void AddRegExp()
             return [expression = Expression("dog|fox"), text = Places(places), with = TString<char>("cat")]
             { benchmark::DoNotOptimize(expression.Replace(with, text, 0)); };
         });
+    Add("RegExpReplaceLong", {10000, 40000, 160000},
+        [](std::size_t places)
+        {
+            return [expression = Expression("dog|fox"), text = Places(places), with = TString<char>("bear")]
+            { benchmark::DoNotOptimize(expression.Replace(with, text, 0)); };
+        });
     Add("RegExpReplaceByLonger", s_vecFew,
         [](std::size_t places)
         {

@@ -25,6 +25,7 @@ namespace
 struct Execution
 {
     PCRE2_SIZE start;
+    PCRE2_SIZE length;
     std::uint32_t options;
     std::uint32_t pairs;
 };
@@ -113,7 +114,7 @@ extern "C" int pcre2_match_8(const pcre2_code* code, PCRE2_SPTR subject, PCRE2_S
                              std::uint32_t options, pcre2_match_data* data, pcre2_match_context* context)
 {
     if (s_bRecord)
-        s_executions.push_back({start, options, pcre2_get_ovector_count(data)});
+        s_executions.push_back({start, length, options, pcre2_get_ovector_count(data)});
     return Real<decltype(pcre2_match_8)>("pcre2_match_8")(code, subject, length, start, options, data,
                                                           context);
 }
@@ -169,6 +170,56 @@ TEST(Pcre2Backend, GlobalReplacementExecutesOncePerMatchAndOnceMore)
     EXPECT_EQ(wholeMatch, s_executions[0].options);
     for (const Execution& execution : s_executions)
         EXPECT_EQ(wholeMatch, execution.options & ~PCRE2_NO_UTF_CHECK);
+}
+
+// The bytes that the searches of a global replacement may look at, and those before them that they are given
+// but cannot begin in. `wasAsked` tells whether what was written was looked at apart.
+struct Effort
+{
+    PCRE2_SIZE written = 0;
+    PCRE2_SIZE passed = 0;
+    bool wasAsked = false;
+};
+
+Effort EffortOf(const char* pattern, const std::string& text)
+{
+    Effort effort;
+    const Recording recording;
+    MessageOf([&] { Pattern(pattern).Replace("-", TString<char>(text), 0); });
+    for (const Execution& execution : s_executions)
+    {
+        const bool isPartial = (execution.options & PCRE2_PARTIAL_HARD) != 0;
+        effort.wasAsked = effort.wasAsked || isPartial;
+        effort.written += isPartial ? execution.length - execution.start : 0;
+        effort.passed += isPartial ? 0 : execution.start;
+    }
+    return effort;
+}
+
+TEST(Pcre2Backend, GlobalReplacementPassesOnceOverALongText)
+{
+    for (const char* const pattern :
+         {"dog|fox", "(?i)dog", "d[ox]g", "\\bdog\\b", "(?:d)(o)g", "dog(?= )", "(?<=[^x])dog(?!x)",
+          "d+?o{1,2}g", "\\x64og", "\\p{Ll}+g", "^x|dog", "(?>do)g"})
+    {
+        for (const std::size_t places : {7000U, 14000U})
+        {
+            const std::string text = Repeat("a dog a wolf\n", places);
+            const Effort effort = EffortOf(pattern, text);
+            EXPECT_TRUE(effort.wasAsked) << pattern;
+            EXPECT_LT(effort.written, 2 * text.size()) << pattern;
+            EXPECT_LT(effort.passed, 2 * text.size()) << pattern;
+        }
+    }
+}
+
+TEST(Pcre2Backend, GlobalReplacementPassesOnceOnlyWhereThePatternIsKnownToAllowIt)
+{
+    const std::string text = Repeat("-", 65530) + Repeat("ba", 20);
+    for (const char* const pattern : {"\\Ga|b", "a(*SKIP)c|b", "(*CRLF)b", "(*NO_START_OPT)b", "a\\Kb",
+                                      "(?m)^a|b", "(?x)b #a", "(?<n>b)", "\\X", "\\Cb", "(b)\\1?", "(?1)(b)",
+                                      "\\Qb\\E", "b(?#a)", "(?s)b", "(?(?=a)b|b)", "(?|b)", "\\yb?b"})
+        EXPECT_FALSE(EffortOf(pattern, text).wasAsked) << pattern;
 }
 
 TEST(Pcre2Backend, FailedNameQueriesThrowTheirMessages)

@@ -135,12 +135,7 @@ TString<char> RegExp::Replace(const TString<char>& replacement, const TString<ch
         return input;
 
     GlobalReplacement work(record->m_pCode, record->m_iExecOptions, input, replacement);
-    while (record->m_iResult > 0)
-    {
-        RequireResult(work.Replace(record->m_offsets));
-        record->m_iResult = work.Search(record->m_offsets, record->m_iVectorSize);
-        RequireResult(record->m_iResult);
-    }
+    RequireResult(work.Run(m_strPattern, record->m_offsets, record->m_iVectorSize));
     return work.GetText();
 }
 

@@ -48,8 +48,10 @@ public:
     // Quirk: "^" never matches at the start of the input nor "$" at its end, nor does an empty match count.
     // Quirk: a search that would begin at byte 65,536 or later begins at that position modulo 65,536, in text
     // that was rewritten before. Quirk: where this would never end it throws as if a limit of PCRE were
-    // exceeded. Each such search passes over what was rewritten before it, so that the time grows with the
-    // square of a longer text; `Pattern` has no such limit.
+    // exceeded.
+    // The time grows with the text; but with the square of a text above 64 KiB on PCRE, and for a pattern
+    // that holds anything else than characters, classes, "(", "(?:", "(?>", "(?i)", alternatives,
+    // quantifiers, look-aheads, look-behinds, "\b" and "\B".
     TString<char> Replace(const TString<char>& replacement, const TString<char>& input, unsigned char) const;
 
     // The input with group i of the first match replaced by text i - 1; std::out_of_range when there are

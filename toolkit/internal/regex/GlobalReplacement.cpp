@@ -5,7 +5,9 @@
 #include <climits>
 
 #include "toolkit/internal/charsets/Utf8Scan.h"
+#include "toolkit/internal/regex/ForwardReplacement.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
+#include "toolkit/internal/text/CodePoints.h"
 
 namespace Toolkit
 {
@@ -13,15 +15,11 @@ namespace Toolkit
 namespace
 {
 
-const std::size_t s_uStarts = 65536;
+// In a shorter text the moves of the rest cost less than to ask about the pattern.
+const std::size_t s_uLong = 4096;
 // A text that outgrows every run without replaced replacements may still do so for that many of them: a start
 // that goes round a few times can yet end the run in an exception of PCRE's.
 const std::size_t s_uMostReturns = 1024;
-
-bool IsContinuation(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
 
 bool IsUtf8(const TString<char>& text)
 {
@@ -29,6 +27,8 @@ bool IsUtf8(const TString<char>& text)
 }
 
 } // namespace
+
+const std::size_t GlobalReplacement::s_uStarts = 65536;
 
 GlobalReplacement::GlobalReplacement(const RegExpCode* code, int options, const TString<char>& input,
                                      const TString<char>& replacement)
@@ -41,6 +41,30 @@ GlobalReplacement::GlobalReplacement(const RegExpCode* code, int options, const 
       m_uMostLength((input.size() + 1) * (replacement.size() + 1)),
       m_uLeastRest(input.size())
 {
+}
+
+int GlobalReplacement::Run(const TString<char>& pattern, int* offsets, int vectorSize)
+{
+    int result = 1;
+    if (m_strText.size() >= s_uLong && m_bReplacementIsUtf8)
+        if (const std::optional<std::size_t> reach = RegExpBackend::FindReach(pattern))
+            result = RunForward(*reach, offsets, vectorSize);
+    while (result > 0)
+    {
+        const int failure = Replace(offsets);
+        result = failure != 0 ? failure : Search(offsets, vectorSize);
+    }
+    return result;
+}
+
+// In one pass, as far as that goes.
+int GlobalReplacement::RunForward(std::size_t reach, int* offsets, int vectorSize)
+{
+    ForwardReplacement pass(m_pCode, reach, m_iOptions, m_strText, m_strReplacement);
+    const int result = pass.Run(offsets, vectorSize);
+    m_strText = pass.GetText();
+    m_uStart = pass.GetStart();
+    return result > 0 ? Search(offsets, vectorSize) : result;
 }
 
 int GlobalReplacement::Replace(const int* offsets)
@@ -83,7 +107,7 @@ std::size_t GlobalReplacement::CharacterEnd(std::size_t index) const
 
 bool GlobalReplacement::IsInsideCharacter(std::size_t index) const
 {
-    return index < m_strText.size() && IsContinuation(m_strText[index]);
+    return index < m_strText.size() && CodePoints::IsContinuation(m_strText[index]);
 }
 
 // The text was UTF-8 until now, so only the characters around the replacement can break.

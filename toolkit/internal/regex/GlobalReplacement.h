@@ -19,22 +19,25 @@ struct RegExpWorkspace;
 class GlobalReplacement
 {
 public:
+    // A search begins at its place modulo this.
+    static const std::size_t s_uStarts;
+
     // `options` are PCRE's for each search.
     GlobalReplacement(const RegExpCode* code, int options, const TString<char>& input,
                       const TString<char>& replacement);
 
-    // Replaces what the last search found, or the first one, which the caller made on the input: the bytes
-    // between the two offsets, and everything from the first on if the second is before it. Returns 0, or
-    // the error with which a search on the whole text fails before it begins, or the match limit's when the
-    // run never ends.
-    [[nodiscard]] int Replace(const int* offsets);
-
-    // Searches on; the result is PCRE's.
-    int Search(int* offsets, int vectorSize);
+    // Replaces what the first search found, which the caller made on the input, and whatever is found after
+    // that: the bytes between the first two offsets, and everything from the first on if the second is before
+    // it. Returns PCRE's result of the last search, or the error with which a search on the whole text fails
+    // before it begins, or the match limit's when the run never ends.
+    [[nodiscard]] int Run(const TString<char>& pattern, int* offsets, int vectorSize);
 
     const TString<char>& GetText() const { return m_strText; }
 
 private:
+    int RunForward(std::size_t reach, int* offsets, int vectorSize);
+    int Replace(const int* offsets);
+    int Search(int* offsets, int vectorSize);
     std::size_t CharacterBegin(std::size_t index) const;
     std::size_t CharacterEnd(std::size_t index) const;
     bool IsInsideCharacter(std::size_t index) const;

@@ -10,7 +10,9 @@
 #include "toolkit/internal/regex/LiteralEscapes.h"
 #include "toolkit/internal/regex/Pcre2.h"
 #include "toolkit/internal/regex/Pcre2Contexts.h"
+#include "toolkit/internal/regex/Pcre2Items.h"
 #include "toolkit/internal/regex/PcreErrors.h"
+#include "toolkit/internal/text/CodePoints.h"
 
 namespace Toolkit
 {
@@ -61,7 +63,7 @@ int ToPcreResult(int result)
     switch (result)
     {
     case PCRE2_ERROR_PARTIAL:
-        return -12;
+        return RegExpBackend::s_iPartial;
     case PCRE2_ERROR_NULL:
         return RegExpBackend::s_iNullArgument;
     case PCRE2_ERROR_BADOPTION:
@@ -151,8 +153,8 @@ int Check(const pcre2_code* code, const Subject& subject, pcre2_match_data* data
     // The subject is checked before the first step is made.
     const int result = pcre2_match(code, subject.text, subject.length, 0, PCRE2_ANCHORED | PCRE2_NOTEMPTY,
                                    data, Pcre2Contexts::Get().CheckOnly());
-    const auto isContinuation = [](unsigned int byte) { return (byte & 0xC0U) == 0x80U; };
-    if (!IsUtf8Error(result) && subject.start < subject.length && isContinuation(subject.text[subject.start]))
+    if (!IsUtf8Error(result) && subject.start < subject.length &&
+        CodePoints::IsContinuation(static_cast<char>(subject.text[subject.start])))
         return PCRE2_ERROR_BADUTFOFFSET;
     return result;
 }
@@ -226,6 +228,11 @@ RegExpCode* RegExpBackend::Compile(const TString<char>& pattern, const char*& er
 void RegExpBackend::Free(RegExpCode* code)
 {
     pcre2_code_free(reinterpret_cast<pcre2_code*>(code));
+}
+
+std::optional<std::size_t> RegExpBackend::FindReach(const TString<char>& pattern)
+{
+    return Pcre2Items::FindReach(pattern.c_str());
 }
 
 int RegExpBackend::Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start,

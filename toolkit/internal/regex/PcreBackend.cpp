@@ -163,6 +163,12 @@ void RegExpBackend::Free(RegExpCode* code)
         pcre_free(code);
 }
 
+// PCRE does not tell.
+std::optional<std::size_t> RegExpBackend::FindReach(const TString<char>&)
+{
+    return std::nullopt;
+}
+
 int RegExpBackend::Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start,
                            int options, int* offsets, int vectorSize, RegExpWorkspace*)
 {

@@ -3,6 +3,7 @@
 #define TOOLKIT_INTERNAL_REGEX_REGEXPBACKEND_H
 
 #include <cstddef>
+#include <optional>
 
 #include "toolkit/core/TString.h"
 
@@ -23,6 +24,7 @@ namespace Toolkit::RegExpBackend
 {
 
 extern const int s_iNoMatch;
+extern const int s_iPartial;
 extern const int s_iNullArgument;
 extern const int s_iMatchLimit;
 extern const int s_iBadUtf8;
@@ -33,11 +35,19 @@ extern const int s_iBadLength;
 extern const int s_iWholeMatchOptions;
 // The subject was found to be UTF-8 before, and `start` to begin a character.
 extern const int s_iCheckedOption;
+// The end of the subject is not the end of the text: the result is `s_iPartial` once an attempt to match asks
+// for what follows it, and the first offset is the place where that attempt began.
+extern const int s_iPartialOption;
 
 // Null when the pattern is invalid: `errorText` is then a static message and `errorOffset` the byte where
 // the compilation stopped. The caller frees the code with `Free`.
 RegExpCode* Compile(const TString<char>& pattern, const char*& errorText, int& errorOffset);
 void Free(RegExpCode* code);
+
+// How many characters before its place an attempt to match may look at, when the library itself tells of the
+// pattern that the attempt depends on nothing but those and the text from its place on: not on the place
+// where the search began, nor on attempts before it.
+std::optional<std::size_t> FindReach(const TString<char>& pattern);
 
 // The result of pcre_exec. Two thirds of the vector receive pairs of offsets.
 int Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start, int options,

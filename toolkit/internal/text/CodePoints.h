@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-// The ranges of Unicode: characters, and the surrogates that UTF-16 writes two of for a character above FFFF.
+// The ranges of Unicode: characters, and the surrogates that UTF-16 writes two of for a character above FFFF;
+// and what a byte of UTF-8 is.
 namespace Toolkit::CodePoints
 {
 
@@ -29,6 +30,12 @@ constexpr bool IsSurrogate(std::uint32_t value)
 constexpr bool IsCharacter(std::uint32_t value)
 {
     return value <= s_uLast && !IsSurrogate(value);
+}
+
+// True for a byte of UTF-8 that continues a character.
+constexpr bool IsContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
 // The character of a high surrogate and the low one that follows it.

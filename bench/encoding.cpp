@@ -7,7 +7,9 @@
 
 #include "bench/Bench.h"
 #include "toolkit/encoding/B64.h"
+#include "toolkit/encoding/Base64.h"
 #include "toolkit/encoding/QP.h"
+#include "toolkit/encoding/QuotedPrintable.h"
 #include "toolkit/encoding/UTF8.h"
 
 #ifdef BENCH_QT
@@ -103,43 +105,18 @@ void RegisterUtf8(const std::string& kind, const TString<wchar_t>& wide)
 
 const std::size_t s_uBytes = 65536;
 
-void RegisterBase64()
+// The limits and the peers of a conversion to Base64, `encode`, and back, `decode`.
+void RegisterBase64Peers(const std::string& encode, const std::string& decode, const std::string& bytes,
+                         const std::string& text)
 {
-    const std::string bytes = ToolkitBench::Words(s_uBytes);
-    ToolkitBench::Operation("Base64Encode/Toolkit",
-                            [bytes]
-                            {
-                                unsigned char* out = nullptr;
-                                unsigned int size = 0;
-                                b64_decode_binary(reinterpret_cast<const unsigned char*>(bytes.data()),
-                                                  static_cast<unsigned int>(bytes.size()), &out, &size);
-                                benchmark::DoNotOptimize(out);
-                                delete[] out;
-                            });
-    ToolkitBench::Operation("Base64Encode/limit", [bytes] { benchmark::DoNotOptimize(std::string(bytes)); });
-    ToolkitBench::Operation("Base64Encode/wx", [bytes]
+    ToolkitBench::Operation(encode + "limit", [bytes] { benchmark::DoNotOptimize(std::string(bytes)); });
+    ToolkitBench::Operation(encode + "wx", [bytes]
                             { benchmark::DoNotOptimize(wxBase64Encode(bytes.data(), bytes.size())); });
-    unsigned char* encoded = nullptr;
-    unsigned int encodedSize = 0;
-    b64_decode_binary(reinterpret_cast<const unsigned char*>(bytes.data()),
-                      static_cast<unsigned int>(bytes.size()), &encoded, &encodedSize);
-    const std::string text(reinterpret_cast<const char*>(encoded), encodedSize);
-    delete[] encoded;
-    ToolkitBench::Operation("Base64Decode/Toolkit",
-                            [text]
-                            {
-                                unsigned char* out = nullptr;
-                                unsigned int size = 0;
-                                b64_encode_binary(reinterpret_cast<const unsigned char*>(text.data()),
-                                                  static_cast<unsigned int>(text.size()), &out, &size);
-                                benchmark::DoNotOptimize(out);
-                                delete[] out;
-                            });
-    ToolkitBench::Operation("Base64Decode/limit", [text] { benchmark::DoNotOptimize(std::string(text)); });
+    ToolkitBench::Operation(decode + "limit", [text] { benchmark::DoNotOptimize(std::string(text)); });
 #ifdef BENCH_ABSEIL
-    ToolkitBench::Operation("Base64Encode/Abseil",
+    ToolkitBench::Operation(encode + "Abseil",
                             [bytes] { benchmark::DoNotOptimize(absl::Base64Escape(bytes)); });
-    ToolkitBench::Operation("Base64Decode/Abseil",
+    ToolkitBench::Operation(decode + "Abseil",
                             [text]
                             {
                                 std::string out;
@@ -148,9 +125,9 @@ void RegisterBase64()
 #endif
 #ifdef BENCH_GLIB
     ToolkitBench::Operation(
-        "Base64Encode/GLib",
+        encode + "GLib",
         [bytes] { g_free(g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size())); });
-    ToolkitBench::Operation("Base64Decode/GLib",
+    ToolkitBench::Operation(decode + "GLib",
                             [text]
                             {
                                 gsize size = 0;
@@ -158,13 +135,13 @@ void RegisterBase64()
                             });
 #endif
 #ifdef BENCH_QT
-    ToolkitBench::Operation("Base64Encode/Qt", [bytes = QByteArray::fromStdString(bytes)]
+    ToolkitBench::Operation(encode + "Qt", [bytes = QByteArray::fromStdString(bytes)]
                             { benchmark::DoNotOptimize(bytes.toBase64().data()); });
-    ToolkitBench::Operation("Base64Decode/Qt", [text = QByteArray::fromStdString(text)]
+    ToolkitBench::Operation(decode + "Qt", [text = QByteArray::fromStdString(text)]
                             { benchmark::DoNotOptimize(QByteArray::fromBase64(text).data()); });
 #endif
 #ifdef BENCH_POCO
-    ToolkitBench::Operation("Base64Encode/POCO",
+    ToolkitBench::Operation(encode + "POCO",
                             [bytes]
                             {
                                 std::ostringstream out;
@@ -173,7 +150,7 @@ void RegisterBase64()
                                 encoder.close();
                                 benchmark::DoNotOptimize(out);
                             });
-    ToolkitBench::Operation("Base64Decode/POCO",
+    ToolkitBench::Operation(decode + "POCO",
                             [text]
                             {
                                 std::istringstream in(text);
@@ -184,7 +161,7 @@ void RegisterBase64()
                             });
 #endif
 #ifdef BENCH_GMIME
-    ToolkitBench::Operation("Base64Encode/gmime",
+    ToolkitBench::Operation(encode + "gmime",
                             [bytes]
                             {
                                 std::vector<unsigned char> out(bytes.size() * 2);
@@ -195,7 +172,7 @@ void RegisterBase64()
                                     out.data(), &state, &save));
                             });
     ToolkitBench::Operation(
-        "Base64Decode/gmime",
+        decode + "gmime",
         [text]
         {
             std::vector<unsigned char> out(text.size());
@@ -204,6 +181,88 @@ void RegisterBase64()
             benchmark::DoNotOptimize(g_mime_encoding_base64_decode_step(
                 reinterpret_cast<const unsigned char*>(text.data()), text.size(), out.data(), &state, &save));
         });
+#endif
+}
+
+void RegisterBase64()
+{
+    const std::string bytes = ToolkitBench::Words(s_uBytes);
+    const std::string text = Base64::Encode(bytes);
+    ToolkitBench::Operation("Base64Encode/Toolkit",
+                            [bytes]
+                            {
+                                unsigned char* out = nullptr;
+                                unsigned int size = 0;
+                                b64_decode_binary(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                                  static_cast<unsigned int>(bytes.size()), &out, &size);
+                                benchmark::DoNotOptimize(out);
+                                delete[] out;
+                            });
+    ToolkitBench::Operation("Base64Decode/Toolkit",
+                            [text]
+                            {
+                                unsigned char* out = nullptr;
+                                unsigned int size = 0;
+                                b64_encode_binary(reinterpret_cast<const unsigned char*>(text.data()),
+                                                  static_cast<unsigned int>(text.size()), &out, &size);
+                                benchmark::DoNotOptimize(out);
+                                delete[] out;
+                            });
+    RegisterBase64Peers("Base64Encode/", "Base64Decode/", bytes, text);
+    ToolkitBench::Operation("StrictBase64Encode/Toolkit",
+                            [bytes] { benchmark::DoNotOptimize(Base64::Encode(bytes)); });
+    ToolkitBench::Operation("StrictBase64Decode/Toolkit",
+                            [text] { benchmark::DoNotOptimize(Base64::Decode(text)); });
+    RegisterBase64Peers("StrictBase64Encode/", "StrictBase64Decode/", bytes, text);
+}
+
+void RegisterQuotedPrintablePeers(const std::string& encode, const std::string& decode,
+                                  const std::string& bytes, const std::string& codedBytes)
+{
+    ToolkitBench::Operation(encode + "limit", [bytes] { benchmark::DoNotOptimize(std::string(bytes)); });
+    ToolkitBench::Operation(decode + "limit",
+                            [codedBytes] { benchmark::DoNotOptimize(std::string(codedBytes)); });
+#ifdef BENCH_GMIME
+    ToolkitBench::Operation(encode + "gmime",
+                            [bytes]
+                            {
+                                std::vector<char> out(bytes.size() * 4);
+                                int state = 0;
+                                guint32 save = 0;
+                                benchmark::DoNotOptimize(g_mime_encoding_quoted_encode_close(
+                                    reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
+                                    reinterpret_cast<unsigned char*>(out.data()), &state, &save));
+                            });
+    ToolkitBench::Operation(decode + "gmime",
+                            [codedBytes]
+                            {
+                                std::vector<unsigned char> out(codedBytes.size());
+                                int state = 0;
+                                guint32 save = 0;
+                                benchmark::DoNotOptimize(g_mime_encoding_quoted_decode_step(
+                                    reinterpret_cast<const unsigned char*>(codedBytes.data()),
+                                    codedBytes.size(), out.data(), &state, &save));
+                            });
+#endif
+#ifdef BENCH_POCO
+    ToolkitBench::Operation(encode + "POCO",
+                            [bytes]
+                            {
+                                std::ostringstream out;
+                                Poco::Net::QuotedPrintableEncoder encoder(out);
+                                encoder << bytes;
+                                encoder.close();
+                                benchmark::DoNotOptimize(out);
+                            });
+    ToolkitBench::Operation(decode + "POCO",
+                            [codedBytes]
+                            {
+                                std::istringstream in(codedBytes);
+                                Poco::Net::QuotedPrintableDecoder decoder(in);
+                                std::string out;
+                                Poco::StreamCopier::copyToString(decoder, out, 65536);
+                                benchmark::DoNotOptimize(out.data());
+                            });
 #endif
 }
 
@@ -217,52 +276,13 @@ void RegisterQuotedPrintable()
                             [text] { benchmark::DoNotOptimize(QP::ToQP(text, 76, 76)); });
     ToolkitBench::Operation("QuotedPrintableDecode/Toolkit",
                             [coded] { benchmark::DoNotOptimize(QP::ToUNICODE(coded)); });
-    ToolkitBench::Operation("QuotedPrintable/limit",
-                            [bytes] { benchmark::DoNotOptimize(std::string(bytes)); });
-    ToolkitBench::Operation("QuotedPrintableDecode/limit",
-                            [codedBytes] { benchmark::DoNotOptimize(std::string(codedBytes)); });
-#ifdef BENCH_GMIME
-    ToolkitBench::Operation("QuotedPrintable/gmime",
-                            [bytes]
-                            {
-                                std::vector<char> out(bytes.size() * 4);
-                                int state = 0;
-                                guint32 save = 0;
-                                benchmark::DoNotOptimize(g_mime_encoding_quoted_encode_close(
-                                    reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(),
-                                    reinterpret_cast<unsigned char*>(out.data()), &state, &save));
-                            });
-    ToolkitBench::Operation("QuotedPrintableDecode/gmime",
-                            [codedBytes]
-                            {
-                                std::vector<unsigned char> out(codedBytes.size());
-                                int state = 0;
-                                guint32 save = 0;
-                                benchmark::DoNotOptimize(g_mime_encoding_quoted_decode_step(
-                                    reinterpret_cast<const unsigned char*>(codedBytes.data()),
-                                    codedBytes.size(), out.data(), &state, &save));
-                            });
-#endif
-#ifdef BENCH_POCO
-    ToolkitBench::Operation("QuotedPrintable/POCO",
-                            [bytes]
-                            {
-                                std::ostringstream out;
-                                Poco::Net::QuotedPrintableEncoder encoder(out);
-                                encoder << bytes;
-                                encoder.close();
-                                benchmark::DoNotOptimize(out);
-                            });
-    ToolkitBench::Operation("QuotedPrintableDecode/POCO",
-                            [codedBytes]
-                            {
-                                std::istringstream in(codedBytes);
-                                Poco::Net::QuotedPrintableDecoder decoder(in);
-                                std::string out;
-                                Poco::StreamCopier::copyToString(decoder, out, 65536);
-                                benchmark::DoNotOptimize(out.data());
-                            });
-#endif
+    RegisterQuotedPrintablePeers("QuotedPrintable/", "QuotedPrintableDecode/", bytes, codedBytes);
+    const std::string mail = QuotedPrintable::Encode(bytes);
+    ToolkitBench::Operation("MailQuotedPrintable/Toolkit",
+                            [bytes] { benchmark::DoNotOptimize(QuotedPrintable::Encode(bytes)); });
+    ToolkitBench::Operation("MailQuotedPrintableDecode/Toolkit",
+                            [mail] { benchmark::DoNotOptimize(QuotedPrintable::Decode(mail)); });
+    RegisterQuotedPrintablePeers("MailQuotedPrintable/", "MailQuotedPrintableDecode/", bytes, mail);
 }
 
 } // namespace

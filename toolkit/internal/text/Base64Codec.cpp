@@ -52,6 +52,13 @@ constexpr ValueTable MakeValues()
 constexpr PairTable s_pairs = MakePairs();
 constexpr ValueTable s_values = MakeValues();
 
+// The number of eight bytes, the first of which is the highest.
+std::uint64_t BigEndian(const unsigned char* bytes)
+{
+    const auto at = [bytes](int i) { return std::uint64_t{bytes[i]} << (56 - 8 * i); };
+    return at(0) | at(1) | at(2) | at(3) | at(4) | at(5) | at(6) | at(7);
+}
+
 void EncodeGroup(std::uint32_t group, unsigned char* to)
 {
     std::memcpy(to, s_pairs[group >> 12].m_text, 2);
@@ -70,6 +77,13 @@ void Split(std::uint32_t group, unsigned char* to)
 std::size_t Base64Codec::Encode(const unsigned char* data, std::size_t size, unsigned char* to)
 {
     const unsigned char* const end = data + size / s_uGroupBytes * s_uGroupBytes;
+    // Two groups at once, as long as there are eight bytes to read.
+    for (; end - data >= 8; data += 2 * s_uGroupBytes, to += 2 * s_uGroupCharacters)
+    {
+        const std::uint64_t groups = BigEndian(data);
+        EncodeGroup(static_cast<std::uint32_t>(groups >> 40), to);
+        EncodeGroup(static_cast<std::uint32_t>(groups >> 16) & 0xFFFFFFU, to + s_uGroupCharacters);
+    }
     for (; data != end; data += s_uGroupBytes, to += s_uGroupCharacters)
         EncodeGroup(std::uint32_t{data[0]} << 16 | std::uint32_t{data[1]} << 8 | data[2], to);
     const std::size_t rest = size % s_uGroupBytes;

@@ -8,6 +8,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
 #include <fcntl.h>
@@ -16,6 +17,7 @@
 #include <wx/zipstrm.h>
 
 #include "toolkit/internal/charsets/FoldedText.h"
+#include "toolkit/internal/charsets/Utf8Scan.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SafeReplace.h"
 #include "toolkit/internal/system/SystemFailure.h"
@@ -39,7 +41,9 @@ struct ZipEntry::Content
     std::string bytes;
     std::uint64_t size = 0;
     std::uint64_t compressed = 0;
-    std::chrono::system_clock::time_point modified;
+    // As MS-DOS writes them.
+    unsigned int time = 0;
+    unsigned int date = 0;
     bool isFolder = false;
     // As Unix writes it; 0 where nothing is known.
     unsigned int mode = 0;
@@ -67,7 +71,9 @@ struct ZipReader::Content
     std::string path;
     std::shared_ptr<const ZipFile> file;
     std::vector<ZipEntry> entries;
-    std::map<std::string_view, std::size_t> numbers;
+    // Made by the first look for a name.
+    std::once_flag hasNumbers;
+    std::unordered_map<std::string_view, std::size_t> numbers;
 };
 
 namespace
@@ -77,26 +83,25 @@ const std::size_t s_uBlock = 65536;
 const std::uint64_t s_uNoRatio = 16 << 20;
 const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
 
-std::chrono::system_clock::time_point TimeOf(const ZipFile::DirectoryRecord& record)
+std::chrono::system_clock::time_point TimeOf(unsigned int date, unsigned int time)
 {
     std::tm fields = {};
-    fields.tm_year = static_cast<int>(record.date >> 9) + 80;
-    fields.tm_mon = static_cast<int>(record.date >> 5 & 15) - 1;
-    fields.tm_mday = static_cast<int>(record.date & 31);
-    fields.tm_hour = static_cast<int>(record.time >> 11);
-    fields.tm_min = static_cast<int>(record.time >> 5 & 63);
-    fields.tm_sec = static_cast<int>(record.time & 31) * 2;
+    fields.tm_year = static_cast<int>(date >> 9) + 80;
+    fields.tm_mon = static_cast<int>(date >> 5 & 15) - 1;
+    fields.tm_mday = static_cast<int>(date & 31);
+    fields.tm_hour = static_cast<int>(time >> 11);
+    fields.tm_min = static_cast<int>(time >> 5 & 63);
+    fields.tm_sec = static_cast<int>(time & 31) * 2;
     fields.tm_isdst = -1;
     return std::chrono::system_clock::from_time_t(std::mktime(&fields));
 }
 
 std::string NameOf(const std::string& bytes)
 {
-    const TString<char> native{bytes};
     // What is UTF-8 stays as it is.
-    if (bytes.find('\0') == bytes.npos && !Utf8Codec::Decode(native).empty())
+    if (bytes.find('\0') == bytes.npos && Utf8Scan::FindBroken(bytes) == bytes.npos)
         return bytes;
-    return Utf8Codec::Encode(ZipNameConverter::Decode(native));
+    return Utf8Codec::Encode(ZipNameConverter::Decode(TString<char>(bytes)));
 }
 
 bool IsSpecial(unsigned int mode)
@@ -200,7 +205,7 @@ std::uint64_t ZipEntry::Size() const noexcept
 
 std::chrono::system_clock::time_point ZipEntry::Modified() const noexcept
 {
-    return m_pContent->modified;
+    return TimeOf(m_pContent->date, m_pContent->time);
 }
 
 bool ZipEntry::IsFolder() const noexcept
@@ -273,15 +278,16 @@ Result<ZipReader> ZipReader::Open(const std::filesystem::path& path)
     wxZipInputStream directory(source, ZipNameConverter::Instance());
     while (auto record = std::unique_ptr<const wxZipEntry>(directory.GetNextEntry()))
     {
-        const ZipFile::DirectoryRecord raw = content->file->ReadDirectoryRecord(source->GetLastRecord());
+        ZipFile::DirectoryRecord raw = content->file->ReadDirectoryRecord(source->GetLastRecord());
         auto entry = std::make_shared<ZipEntry::Content>();
-        entry->bytes = raw.name;
         entry->name = NameOf(raw.name);
+        entry->bytes = std::move(raw.name);
         entry->size = static_cast<std::uint64_t>(std::max<long long>(record->GetSize(), 0));
         entry->compressed = static_cast<std::uint64_t>(
             std::clamp<long long>(record->GetCompressedSize(), 0, content->file->GetLength()));
-        entry->modified = TimeOf(raw);
-        entry->isFolder = !raw.name.empty() && raw.name.back() == '/';
+        entry->date = raw.date;
+        entry->time = raw.time;
+        entry->isFolder = !entry->bytes.empty() && entry->bytes.back() == '/';
         entry->mode = raw.mode;
         entry->archive = content->file.get();
         entry->record = std::move(record);
@@ -289,8 +295,6 @@ Result<ZipReader> ZipReader::Open(const std::filesystem::path& path)
     }
     if (directory.GetLastError() != wxSTREAM_EOF)
         return malformed();
-    for (std::size_t i = 0; i < content->entries.size(); ++i)
-        content->numbers.emplace(content->entries[i].Name(), i);
     return ZipReader(std::move(content));
 }
 
@@ -306,10 +310,17 @@ const ZipEntry* ZipReader::end() const noexcept
 
 std::optional<ZipEntry> ZipReader::Find(std::string_view name) const
 {
-    const auto place = m_pContent->numbers.find(name);
-    if (place == m_pContent->numbers.end())
+    Content& content = *m_pContent;
+    std::call_once(content.hasNumbers,
+                   [&content]
+                   {
+                       for (std::size_t i = 0; i < content.entries.size(); ++i)
+                           content.numbers.emplace(content.entries[i].Name(), i);
+                   });
+    const auto place = content.numbers.find(name);
+    if (place == content.numbers.end())
         return std::nullopt;
-    return m_pContent->entries[place->second];
+    return content.entries[place->second];
 }
 
 Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) const

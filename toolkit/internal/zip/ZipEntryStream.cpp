@@ -20,6 +20,19 @@ const std::size_t s_uBlock = 65536;
 // Decoded straight into the reader's memory.
 const std::size_t s_uLargeRead = 16;
 
+// wxWidgets' decoder, but for the zeros that it fills the reader's memory with before each read.
+class Decoder : public wxZipInputStream
+{
+public:
+    using wxZipInputStream::wxZipInputStream;
+
+    wxInputStream& Read(void* buffer, std::size_t count) override
+    {
+        m_lastcount = OnSysRead(buffer, count);
+        return *this;
+    }
+};
+
 } // namespace
 
 ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry)
@@ -33,8 +46,7 @@ ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipE
     const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
     source->Replace(record);
     // Not made by make_unique, which would lose the source if there is no memory for the decoder.
-    std::unique_ptr<wxZipInputStream> decoder(
-        new wxZipInputStream(source.release(), ZipNameConverter::Instance()));
+    std::unique_ptr<wxZipInputStream> decoder(new Decoder(source.release(), ZipNameConverter::Instance()));
     if (!decoder->OpenEntry(m_entry))
         return;
     m_pDecoder = std::move(decoder);
@@ -44,6 +56,21 @@ ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipE
 }
 
 ZipEntryStream::~ZipEntryStream() = default;
+
+wxInputStream& ZipEntryStream::Read(void* buffer, std::size_t count)
+{
+    if (m_wback != nullptr)
+        return wxInputStream::Read(buffer, count);
+    // The base class would fill the whole buffer with zeros first.
+    std::size_t read = 0;
+    for (m_lastcount = 0; m_lastcount < count; m_lastcount += read)
+    {
+        read = OnSysRead(static_cast<char*>(buffer) + m_lastcount, count - m_lastcount);
+        if (read == 0)
+            break;
+    }
+    return *this;
+}
 
 std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
 {

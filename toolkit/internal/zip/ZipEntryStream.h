@@ -26,6 +26,8 @@ public:
     ZipEntryStream(const ZipEntryStream&) = delete;
     ZipEntryStream& operator=(const ZipEntryStream&) = delete;
 
+    wxInputStream& Read(void* buffer, std::size_t count) override;
+
     // True when the entry's content was found.
     bool IsFound() const { return m_pDecoder != nullptr; }
 

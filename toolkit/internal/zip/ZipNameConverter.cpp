@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 
 #include "toolkit/internal/text/TextEncoding.h"
 
@@ -12,7 +13,7 @@ namespace Toolkit
 namespace
 {
 
-bool IsAscii(const TString<char>& text)
+bool IsAscii(std::string_view text)
 {
     return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
 }
@@ -58,6 +59,14 @@ std::size_t ZipNameConverter::ToWChar(wchar_t* to, std::size_t capacity, const c
 {
     // The terminating zero belongs to the text when no length is given.
     const std::size_t bytes = length == wxNO_LEN ? std::strlen(from) + 1 : length;
+    if (IsAscii({from, bytes}))
+    {
+        if (to != nullptr && capacity < bytes)
+            return wxCONV_FAILED;
+        if (to != nullptr)
+            std::copy_n(from, bytes, to);
+        return bytes;
+    }
     const TString<wchar_t> text = Decode(TString<char>(std::string(from, bytes)));
     if (to == nullptr)
         return text.size();

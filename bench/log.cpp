@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include <condition_variable>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include <fcntl.h>
@@ -282,47 +284,120 @@ void RegisterRunLog()
                                  });
 }
 
-// Lines of new code that another thread writes, to the last of them.
-void RegisterRunLogBackground()
+// Logs so many lines, which another thread writes, and waits until the last of them is in the file: all of it
+// is measured, or the time of the thread that logs alone. No line is dropped.
+template <class LogLines, class WaitForTheLast>
+void RegisterBackground(const std::string& whose, LogLines log, WaitForTheLast wait)
 {
-    benchmark::RegisterBenchmark("RunLogBackground/Toolkit",
-                                 [](benchmark::State& state)
+    const auto unit = benchmark::kMillisecond;
+    benchmark::RegisterBenchmark(("RunLogBackground/" + whose).c_str(),
+                                 [log, wait](benchmark::State& state)
                                  {
-                                     const auto log =
-                                         InstallRunLog(RunLogOptions("queued").Background(64 << 20));
-                                     const auto work = [&log]
+                                     const auto logger = log();
+                                     const auto work = [&logger, &wait]
                                      {
-                                         for (std::size_t i = 0; i < s_uLines; ++i)
-                                             TOOLKIT_LOG(LogSeverity::Info) << "value " << i;
-                                         log->Flush();
+                                         logger();
+                                         wait();
                                      };
                                      ToolkitBench::Measure(state, work);
                                      Log::Install({});
                                  })
         ->UseRealTime()
-        ->Unit(benchmark::kMillisecond);
-#ifdef BENCH_SPDLOG
-    benchmark::RegisterBenchmark("RunLogBackground/spdlog",
-                                 [](benchmark::State& state)
+        ->Unit(unit);
+    benchmark::RegisterBenchmark(("RunLogProducer/" + whose).c_str(),
+                                 [log, wait](benchmark::State& state)
                                  {
-                                     const auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                                         (ToolkitBench::Folder() / "rotating").string(), s_uMaxSize, 2);
-                                     const auto work = [&sink]
+                                     const auto logger = log();
+                                     for (auto _ : state)
                                      {
-                                         // Its pool writes everything before it is destroyed.
-                                         const auto pool =
-                                             std::make_shared<spdlog::details::thread_pool>(32768, 1);
-                                         const auto logger =
-                                             std::make_shared<spdlog::async_logger>("rotating", sink, pool);
-                                         logger->set_pattern("%Y-%m-%dT%H:%M:%S.%e%z %l %t %! %v");
-                                         for (std::size_t i = 0; i < s_uLines; ++i)
-                                             logger->info("value {}", i);
-                                         logger->flush();
-                                     };
-                                     ToolkitBench::Measure(state, work);
+                                         logger();
+                                         state.PauseTiming();
+                                         wait();
+                                         state.ResumeTiming();
+                                     }
+                                     Log::Install({});
                                  })
-        ->UseRealTime()
-        ->Unit(benchmark::kMillisecond);
+        ->Unit(unit);
+}
+
+#ifdef BENCH_SPDLOG
+// Tells when all that was logged before a flush is in the file of the sink before it.
+class Flushed : public spdlog::sinks::base_sink<std::mutex>
+{
+public:
+    void Wait()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        m_change.wait(lock, [this] { return m_bFlushed; });
+        m_bFlushed = false;
+    }
+
+private:
+    void sink_it_(const spdlog::details::log_msg&) override {}
+    void flush_() override
+    {
+        m_bFlushed = true;
+        m_change.notify_all();
+    }
+
+    std::condition_variable m_change;
+    bool m_bFlushed = false;
+};
+
+// An asynchronous logger of the same lines, in files of the same size, whose queue holds all of them.
+struct RotatingSpdlog
+{
+    RotatingSpdlog()
+    {
+        m_flushed->set_level(spdlog::level::off);
+        m_logger->set_pattern("%Y-%m-%dT%H:%M:%S.%e%z %l %t %! %v");
+    }
+
+    const std::shared_ptr<spdlog::details::thread_pool> m_pool =
+        std::make_shared<spdlog::details::thread_pool>(32768, 1);
+    const std::shared_ptr<Flushed> m_flushed = std::make_shared<Flushed>();
+    const std::shared_ptr<spdlog::async_logger> m_logger = std::make_shared<spdlog::async_logger>(
+        "rotating",
+        spdlog::sinks_init_list{std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+                                    (ToolkitBench::Folder() / "rotating").string(), s_uMaxSize, 2),
+                                m_flushed},
+        m_pool);
+};
+#endif
+
+void RegisterRunLogBackground()
+{
+    const auto file = std::make_shared<std::shared_ptr<RunLog>>();
+    RegisterBackground(
+        "Toolkit",
+        [file]
+        {
+            *file = InstallRunLog(RunLogOptions("queued").Background(64 << 20));
+            return []
+            {
+                for (std::size_t i = 0; i < s_uLines; ++i)
+                    TOOLKIT_LOG(LogSeverity::Info) << "value " << i;
+            };
+        },
+        [file] { (*file)->Flush(); });
+#ifdef BENCH_SPDLOG
+    const auto peer = std::make_shared<std::unique_ptr<RotatingSpdlog>>();
+    RegisterBackground(
+        "spdlog",
+        [peer]
+        {
+            *peer = std::make_unique<RotatingSpdlog>();
+            return [logger = (*peer)->m_logger]
+            {
+                for (std::size_t i = 0; i < s_uLines; ++i)
+                    SPDLOG_LOGGER_INFO(logger, "value {}", i);
+            };
+        },
+        [peer]
+        {
+            (*peer)->m_logger->flush();
+            (*peer)->m_flushed->Wait();
+        });
 #endif
 }
 

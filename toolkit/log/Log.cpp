@@ -156,13 +156,12 @@ bool Log::IsWanted(LogSeverity severity)
 void Log::Write(const LogRecord& record)
 {
     const NoCancellation whole;
-    WriteWhole(record);
+    if (IsWanted(record.severity))
+        WriteWhole(record);
 }
 
 void Log::WriteWhole(const LogRecord& record)
 {
-    if (!IsWanted(record.severity))
-        return;
     const std::shared_ptr<const Sinks> sinks = Snapshot();
     if (sinks == nullptr)
         return;

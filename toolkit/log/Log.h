@@ -50,7 +50,7 @@ private:
     friend class LogSink;
     friend class LogStatement;
 
-    // For a thread that cannot be cancelled.
+    // For a record that is wanted, on a thread that cannot be cancelled.
     static void WriteWhole(const LogRecord& record);
     static void ThresholdsChanged();
 };

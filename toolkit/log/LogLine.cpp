@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "toolkit/app/GetTickCount.h"
@@ -11,6 +12,7 @@
 #include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/system/ThreadNumber.h"
 #include "toolkit/internal/text/CodePoints.h"
+#include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/text/Utf8Repair.h"
 #include "toolkit/log/Log.h"
 
@@ -22,6 +24,7 @@ namespace
 
 thread_local LogSeverity s_begunSeverity = LogSeverity::Verbose;
 
+const std::size_t s_uUsualMessage = 80;
 const wchar_t s_replacement = L'\uFFFD';
 
 // True for what would keep a file from holding the line: a zero, or no Unicode character.
@@ -31,9 +34,9 @@ bool IsUnwritable(wchar_t character)
     return value == 0 || !CodePoints::IsCharacter(value);
 }
 
-// Hands the fields before the message, one by one and in their order, to `take`.
-template <class Function, class Take>
-void ForEachField(LogSeverity severity, unsigned int line, const Function& function, Take take)
+// Hands the fields before the function, one by one and in their order, to `take`.
+template <class Take>
+void ForEachFieldBefore(LogSeverity severity, unsigned int line, Take take)
 {
     take(severity);
     take(ILogger::c_strLogToken1);
@@ -41,16 +44,35 @@ void ForEachField(LogSeverity severity, unsigned int line, const Function& funct
     take(ILogger::c_strLogToken2);
     take(line);
     take(ILogger::c_strLogToken2);
-    take(function);
-    take(ILogger::c_strLogToken2);
 }
 
-// Begins a line's text with the fields before the message.
-void BeginLine(TString<wchar_t>& text, LogSeverity severity, unsigned int line, const char* function)
+// The fields of a line before the function, put together without memory of their own.
+struct FieldText
 {
-    text.reserve(128);
-    ForEachField(severity, line, std::string_view(function != nullptr ? function : ""),
-                 [&text](const auto& field) { LogText::Append(text, field); });
+    void operator()(const TString<wchar_t>& token) { m_pEnd = std::copy(token.begin(), token.end(), m_pEnd); }
+    template <class Number>
+    void operator()(Number value)
+    {
+        m_pEnd = DecimalDigits::Write(m_pEnd, static_cast<unsigned int>(value));
+    }
+
+    // Three numbers, and the tokens between them.
+    wchar_t m_text[3 * DecimalDigits::s_iMost + 16];
+    wchar_t* m_pEnd = m_text;
+};
+
+// Begins a line's text, which will have about that length, with the fields before the message.
+void BeginLine(TString<wchar_t>& text, LogSeverity severity, unsigned int line, const char* function,
+               std::size_t length)
+{
+    const std::string_view name = function != nullptr ? function : "";
+    FieldText fields;
+    ForEachFieldBefore(severity, line, std::ref(fields));
+    const auto size = static_cast<std::size_t>(fields.m_pEnd - fields.m_text);
+    text.reserve(size + name.size() + ILogger::c_strLogToken2.size() + length);
+    text.append(fields.m_text, size);
+    LogText::Append(text, name);
+    text += ILogger::c_strLogToken2;
 }
 
 void FinishLine(TString<wchar_t>& text)
@@ -92,29 +114,30 @@ void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char
     *sink << SetSeverity(severity);
     if (severity > sink->GetThreshold())
         return;
-    ForEachField(severity, line, function, [sink](const auto& field) { *sink << field; });
-    *sink << message << ILogger::c_strLogToken3;
+    ForEachFieldBefore(severity, line, [sink](const auto& field) { *sink << field; });
+    *sink << function << ILogger::c_strLogToken2 << message << ILogger::c_strLogToken3;
 }
 
 void LogLine::Write(ILogger& sink, LogSeverity severity, unsigned int line, const char* function,
                     std::string_view message)
 {
     TString<wchar_t> text;
-    BeginLine(text, severity, line, function);
+    BeginLine(text, severity, line, function, message.size() + ILogger::c_strLogToken3.size());
     for (std::size_t end = message.find('\0'); end != std::string_view::npos; end = message.find('\0'))
     {
         LogText::Append(text, message.substr(0, end));
         text += s_replacement;
         message.remove_prefix(end + 1);
     }
+    // Converted text holds nothing that cannot be written.
     LogText::Append(text, message);
-    FinishLine(text);
+    text += ILogger::c_strLogToken3;
     sink.Write(text);
 }
 
 LogLine::LogLine(LogSeverity severity, unsigned int line, const char* function)
 {
-    BeginLine(m_strText, severity, line, function);
+    BeginLine(m_strText, severity, line, function, s_uUsualMessage);
 }
 
 LogLine::~LogLine()

@@ -18,12 +18,6 @@ namespace
 // How much is widened at a time, so that the text grows by what it then holds.
 const std::size_t s_uPiece = 128;
 
-// True when no conversion changes the bytes; a zero may end one.
-bool IsPlain(const char* bytes, std::size_t length)
-{
-    return std::all_of(bytes, bytes + length, [](char byte) { return byte > 0; });
-}
-
 template <class T>
 void AppendDecimal(TString<wchar_t>& text, T value)
 {
@@ -45,10 +39,12 @@ void LogText::AppendNumber(TString<wchar_t>& text, unsigned long long value)
 
 void LogText::AppendUtf8(TString<wchar_t>& text, std::string_view bytes)
 {
-    if (IsPlain(bytes.data(), bytes.size()))
-        AppendNarrow(text, bytes.data(), bytes.size());
-    else
-        text += UTF8::ToUNICODE(std::string(bytes));
+    const std::size_t before = text.size();
+    text.resize(before + bytes.size());
+    if (AsciiText::Widen(bytes.data(), bytes.size(), text.data() + before))
+        return;
+    text.resize(before);
+    text += UTF8::ToUNICODE(std::string(bytes));
 }
 
 wchar_t LogText::Widened(char byte)

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "toolkit/internal/text/SimdBlock.h"
 #include "toolkit/internal/zones/CivilTime.h"
 
 namespace Toolkit
@@ -13,9 +14,10 @@ namespace Toolkit
 namespace
 {
 
-// The time, the severity and the number of a thread are shorter.
-const std::size_t s_uMostOfFields = 256;
-const std::size_t s_uMostOfName = 64;
+// They are shorter, whatever the year.
+const std::size_t s_uMostOfFields = 128;
+// A longer line is put together where it is to be.
+const std::size_t s_uMostOfUsualLine = 512;
 
 const std::string_view s_words[] = {"error", "warning", "info", "debug", "verbose"};
 
@@ -24,32 +26,27 @@ std::string_view WordOf(unsigned int severity)
     return s_words[severity < std::size(s_words) ? severity : std::size(s_words) - 1];
 }
 
-// True when no byte of the eight is a control character, DEL, or part of a character beyond ASCII. A false
-// "no" is possible for what follows such a byte.
-bool IsPrintable(const char* bytes)
-{
-    const std::uint64_t ones = 0x0101010101010101U;
-    const std::uint64_t high = 0x8080808080808080U;
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, sizeof(word));
-    const std::uint64_t del = word ^ 0x7F * ones;
-    return ((word | (word - 0x20 * ones) | ((del - ones) & ~del)) & high) == 0;
-}
-
-// The same of a text of any length.
+// True when no byte is a control character, DEL, or part of a character beyond ASCII.
 bool IsAllPrintable(std::string_view text)
 {
-    char rest[8] = {'x', 'x', 'x', 'x', 'x', 'x', 'x', 'x'};
-    if (text.size() < sizeof(rest))
+    using Block = Detail::SimdBlock<char>;
+    // Bytes beyond ASCII are negative.
+    const auto others = [](const char* bytes)
     {
-        for (std::size_t i = 0; i < text.size(); ++i)
-            rest[i] = text[i];
-        return IsPrintable(rest);
+        const Block::Vector block = Block::Load(bytes);
+        return (block < ' ') | (block == '\x7F');
+    };
+    if (text.size() < Block::s_uCount)
+    {
+        char padded[Block::s_uCount];
+        std::memset(padded, ' ', sizeof(padded));
+        std::memcpy(padded, text.data(), text.size());
+        return !Block::Any(others(padded));
     }
-    bool all = true;
-    for (std::size_t i = 0; i + sizeof(rest) <= text.size(); i += sizeof(rest))
-        all = all && IsPrintable(text.data() + i);
-    return all && IsPrintable(text.data() + text.size() - sizeof(rest));
+    Block::Vector any = others(text.data() + text.size() - Block::s_uCount);
+    for (std::size_t i = 0; i + Block::s_uCount <= text.size(); i += Block::s_uCount)
+        any |= others(text.data() + i);
+    return !Block::Any(any);
 }
 
 // The length of the character at the start that must be escaped, 0 when there is none: a control character of
@@ -123,39 +120,56 @@ void LineFormat::Append(std::string& text, std::chrono::system_clock::time_point
         SetSecond(std::chrono::floor<seconds>(time));
         rest = time - m_second;
     }
-    if (thread != m_uThread || m_strThread.empty())
-    {
-        m_uThread = thread;
-        m_strThread = ' ' + std::to_string(thread) + ' ';
-    }
-    const auto count = static_cast<unsigned int>(std::chrono::duration_cast<milliseconds>(rest).count());
-    const char fraction[] = {'.', static_cast<char>('0' + count / 100),
-                             static_cast<char>('0' + count / 10 % 10), static_cast<char>('0' + count % 10)};
-    char fields[s_uMostOfFields];
-    char* end = Put(fields, m_strDate);
-    end = Put(end, std::string_view(fraction, sizeof(fraction)));
-    end = Put(end, m_strOffset);
-    end = Put(end, WordOf(severity));
-    end = Put(end, m_strThread);
+    if (severity != m_uSeverity || thread != m_uThread || m_strFields.empty())
+        SetFields(severity, thread);
+    SetMilliseconds(static_cast<unsigned int>(std::chrono::duration_cast<milliseconds>(rest).count()));
+
     const std::string_view name = function.empty() ? "-" : function;
-    if (name.size() <= s_uMostOfName && IsAllPrintable(name))
+    char line[s_uMostOfUsualLine];
+    const std::size_t size = m_strFields.size() + name.size() + 1 + message.size() + 1;
+    if (size <= sizeof(line) && IsAllPrintable(name) && IsAllPrintable(message))
     {
+        char* end = Put(line, m_strFields);
         end = Put(end, name);
         *end++ = ' ';
-        text.append(fields, static_cast<std::size_t>(end - fields));
+        end = Put(end, message);
+        *end = '\n';
+        text.append(line, size);
+        return;
     }
-    else
-    {
-        text.append(fields, static_cast<std::size_t>(end - fields));
-        AppendEscaped(text, name);
-        text += ' ';
-    }
+    text += m_strFields;
+    AppendEscaped(text, name);
+    text += ' ';
     AppendEscaped(text, message);
     text += '\n';
 }
 
+void LineFormat::SetFields(unsigned int severity, std::uint64_t thread)
+{
+    m_strFields.clear();
+    m_strFields.reserve(s_uMostOfFields);
+    m_strFields += m_strDate;
+    m_strFields += ".000";
+    m_strFields += m_strOffset;
+    m_strFields += WordOf(severity);
+    m_strFields += ' ';
+    m_strFields += std::to_string(thread);
+    m_strFields += ' ';
+    m_uSeverity = severity;
+    m_uThread = thread;
+}
+
+void LineFormat::SetMilliseconds(unsigned int count)
+{
+    char* const digits = m_strFields.data() + m_strDate.size() + 1;
+    digits[0] = static_cast<char>('0' + count / 100);
+    digits[1] = static_cast<char>('0' + count / 10 % 10);
+    digits[2] = static_cast<char>('0' + count % 10);
+}
+
 void LineFormat::SetSecond(Second moment)
 {
+    m_strFields.clear();
     const std::int64_t second = moment.time_since_epoch().count();
     const CivilTime local = CivilTime::Local(second);
     const std::int64_t minutes = (local.UtcInstant() - second) / 60;

@@ -25,13 +25,18 @@ private:
 
     // The parts of the time that stay the same for a second.
     void SetSecond(Second second);
+    // All that comes before the function, but for the milliseconds.
+    void SetFields(unsigned int severity, std::uint64_t thread);
+    void SetMilliseconds(unsigned int count);
 
     // Far from every time that can be logged without being set first.
     Second m_second = Second(std::chrono::hours(-1000000));
-    std::uint64_t m_uThread = 0;
-    std::string m_strThread;
     std::string m_strDate;
     std::string m_strOffset;
+    unsigned int m_uSeverity = 0;
+    std::uint64_t m_uThread = 0;
+    // Empty while it must be made anew.
+    std::string m_strFields;
 };
 
 } // namespace Toolkit

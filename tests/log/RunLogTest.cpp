@@ -24,6 +24,7 @@
 #include "tests/support/InChild.h"
 #include "tests/support/RecordingSink.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 #include "toolkit/log/Log.h"
 
 using namespace Toolkit;
@@ -35,6 +36,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using ToolkitTest::InstalledSinks;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::WaitUntil;
 
 namespace
 {
@@ -423,6 +425,33 @@ TEST_F(RunLogTest, BackgroundWritesWhatIsQueuedOnFlushAndAtItsEnd)
     log->Write(RecordOf("three"));
     log.reset();
     EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one", "two", "three"));
+}
+
+TEST_F(RunLogTest, BackgroundWritesByItself)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options().Background());
+    std::vector<std::string> expected;
+    // The second ones come while the thread rests after the first.
+    for (const char* message : {"one", "two", "three", "four"})
+    {
+        log->Write(RecordOf(message));
+        log->Write(RecordOf(message));
+        expected.insert(expected.end(), 2, message);
+        EXPECT_TRUE(WaitUntil([&] { return MessagesIn(Folder()) == expected; })) << message;
+    }
+}
+
+TEST_F(RunLogTest, BackgroundDoesNotRestWhenTheQueueIsHalfFull)
+{
+    // The thread would else rest while lines are dropped.
+    const std::shared_ptr<RunLog> log = OpenLog(Options().Background(1));
+    for (int i = 0; i < 50; ++i)
+    {
+        log->Write(RecordOf(std::to_string(i)));
+        EXPECT_TRUE(
+            WaitUntil([&] { return MessagesIn(Folder()).size() == static_cast<std::size_t>(i) + 1; }));
+    }
+    EXPECT_EQ(Numbered("", 50), MessagesIn(Folder()));
 }
 
 TEST_F(RunLogTest, FlushNeverWaitsWithoutBackground)

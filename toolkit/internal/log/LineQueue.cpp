@@ -13,6 +13,8 @@ namespace Toolkit
 namespace
 {
 
+const std::chrono::milliseconds s_rest(1);
+
 // Keeps signals from the threads that are started in a scope: they are the host's.
 class NoSignals
 {
@@ -87,22 +89,44 @@ bool LineQueue::Flush(std::chrono::steady_clock::time_point deadline)
     std::unique_lock<std::mutex> lock(m_mutex);
     const std::uint64_t pushed = m_uPushed;
     const auto isDone = [this, pushed] { return m_uDrained >= pushed; };
-    if (deadline != std::chrono::steady_clock::time_point::max())
-        return m_done.wait_until(lock, deadline, isDone);
-    m_done.wait(lock, isDone);
-    return true;
+    if (isDone())
+        return true;
+    ++m_uFlushes;
+    m_work.notify_one();
+    bool done = true;
+    if (deadline == std::chrono::steady_clock::time_point::max())
+        m_done.wait(lock, isDone);
+    else
+        done = m_done.wait_until(lock, deadline, isDone);
+    --m_uFlushes;
+    return done;
 }
 
 void LineQueue::Run()
 {
     while (HasMoreToDo())
+    {
         Handover::Drain<Guard>(m_mutex, m_pending, m_taken, [this](const Pending& taken) { Write(taken); });
+        Rest();
+    }
+}
+
+void LineQueue::Rest()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_uWakeSize = m_uCapacity / 2;
+    m_work.wait_for(lock, s_rest,
+                    [this]
+                    { return m_bStops || m_uFlushes != 0 || m_pending.lines.size() > m_uCapacity / 2; });
+    m_uWakeSize = s_uNever;
 }
 
 bool LineQueue::HasMoreToDo()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
+    m_uWakeSize = 0;
     m_work.wait(lock, [this] { return !m_pending.empty() || m_bStops; });
+    m_uWakeSize = s_uNever;
     return !m_pending.empty();
 }
 

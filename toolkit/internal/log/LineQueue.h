@@ -41,10 +41,14 @@ public:
     template <class Append>
     void Push(Append append)
     {
-        const auto push = [this, &append](Pending& pending)
+        bool wakes = false;
+        const auto push = [this, &append, &wakes](Pending& pending)
         {
             const std::size_t before = pending.lines.size();
             append(pending.lines);
+            wakes = pending.lines.size() > m_uWakeSize;
+            if (wakes)
+                m_uWakeSize = s_uNever;
             if (pending.lines.size() > m_uCapacity && before != 0)
             {
                 pending.lines.resize(before);
@@ -54,7 +58,8 @@ public:
             ++pending.count;
             ++m_uPushed;
         };
-        if (Handover::Add<Guard>(m_mutex, m_pending, push))
+        Handover::Add<Guard>(m_mutex, m_pending, push);
+        if (wakes)
             m_work.notify_one();
     }
 
@@ -90,7 +95,11 @@ private:
         std::uint64_t dropped = 0;
     };
 
+    static const std::size_t s_uNever = static_cast<std::size_t>(-1);
+
     void Run();
+    // Waits a little, so that a thread that logs much need not wake this one for each line.
+    void Rest();
     bool HasMoreToDo();
     void Write(const Pending& taken);
 
@@ -107,11 +116,15 @@ private:
     std::condition_variable m_work;
     std::condition_variable m_done;
     Pending m_pending;
+    // The bytes that may be pending without a line waking the thread.
+    std::size_t m_uWakeSize = s_uNever;
     // What the thread is writing.
     Pending m_taken;
     // How many lines ever; those that were dropped do not count.
     std::uint64_t m_uPushed = 0;
     std::uint64_t m_uDrained = 0;
+    // How many threads wait for the last line.
+    unsigned int m_uFlushes = 0;
     bool m_bStops = false;
 
     std::thread m_thread;

@@ -308,6 +308,15 @@ TEST(Pattern, PatternThatCallsItselfForEverEndsWithAnError)
     EXPECT_NE(nullptr, match.Error());
 }
 
+TEST(Pattern, MayRefuseEmptyMatchesAtItsStart)
+{
+    EXPECT_EQ("a", Compiled("(*NOTEMPTY)a*?b*?").Find("ab")[0]);
+    EXPECT_EQ("b", Compiled("(*NOTEMPTY)a*?b*?").Find("cb")[0]);
+    EXPECT_EQ("a", Compiled("(*UTF)(*NOTEMPTY_ATSTART)a*?b*?").Find("ab")[0]);
+    EXPECT_EQ(1U, Compiled("(*NOTEMPTY_ATSTART)a*?b*?").Find("cdab").Position());
+    EXPECT_EQ((Texts{"a@0", "b@1"}), AllOf(Compiled("(*NOTEMPTY)a*?b*?"), "ab"));
+}
+
 // ---- all matches
 
 TEST(Pattern, FindsAllMatches)

@@ -75,7 +75,11 @@ std::shared_ptr<const CompiledPattern> CompiledPattern::Compile(std::string_view
     Pcre2Ptr<pcre2_code> code(pcre2_compile(ToPcre2(pattern), pattern.size(), settings.options | PCRE2_UTF,
                                             &error.number, &error.offset, Pcre2Contexts::Get().Compile()));
     if (code != nullptr)
-        return std::shared_ptr<const CompiledPattern>(new CompiledPattern(std::move(code), settings));
+    {
+        std::shared_ptr<CompiledPattern> compiled(new CompiledPattern(std::move(code), settings));
+        compiled->m_bRefusesEmpty = pattern.find("(*NOTEMPTY") != pattern.npos;
+        return compiled;
+    }
     const int noMemory = 121;
     if (error.number == noMemory)
         throw std::bad_alloc();
@@ -200,8 +204,9 @@ int CompiledPattern::Execute(PatternSearch& search, std::size_t start, std::uint
 {
     // Machine code takes what is known to be UTF-8 without another look at it.
     const bool isChecked = (options & PCRE2_NO_UTF_CHECK) != 0 || IsAscii(search.subject);
-    const auto match =
-        m_bHasMachineCode && isChecked && (options & PCRE2_ANCHORED) == 0 ? pcre2_jit_match : pcre2_match;
+    const auto match = m_bHasMachineCode && !m_bRefusesEmpty && isChecked && (options & PCRE2_ANCHORED) == 0
+                           ? pcre2_jit_match
+                           : pcre2_match;
     return match(m_pCode.get(), ToPcre2(search.subject), search.subject.size(), start, options,
                  search.data.get(), context);
 }

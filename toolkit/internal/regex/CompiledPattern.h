@@ -128,6 +128,8 @@ private:
     std::size_t m_uGroups = 0;
     bool m_bCrlf = false;
     bool m_bHasMachineCode = false;
+    // The pattern may begin with "(*NOTEMPTY)", which pcre2_jit_match does not look at.
+    bool m_bRefusesEmpty = false;
     // Searches that nobody uses, mostly one for each thread.
     static const std::size_t s_uSpare = 8;
     mutable std::array<std::atomic<PatternSearch*>, s_uSpare> m_spare = {};

@@ -11,6 +11,7 @@
 
 #include "bench/Bench.h"
 #include "toolkit/datetime/DateTime.h"
+#include "toolkit/datetime/Timestamp.h"
 
 #ifdef BENCH_QT
 #include <QDateTime>
@@ -24,6 +25,7 @@
 #endif
 
 using Toolkit::DateTime;
+using Toolkit::Timestamp;
 using Toolkit::TString;
 
 namespace
@@ -277,6 +279,61 @@ void RegisterLocaleText(const Zoned& zoned)
 #endif
 }
 
+const char s_strRfc3339[] = "2026-03-02T14:05:09.250+05:00";
+
+// No zone has a part in it: what is read and written has its own offset.
+void RegisterTimestampParse()
+{
+    const std::string name = "TimestampParse/";
+    ToolkitBench::Operation(name + "Toolkit",
+                            [] { benchmark::DoNotOptimize(Timestamp::Parse(s_strRfc3339).has_value()); });
+#ifdef BENCH_QT
+    ToolkitBench::Operation(
+        name + "Qt", [text = QString(s_strRfc3339)]
+        { benchmark::DoNotOptimize(QDateTime::fromString(text, Qt::ISODateWithMs).toMSecsSinceEpoch()); });
+#endif
+#ifdef BENCH_GLIB
+    ToolkitBench::Operation(name + "GLib",
+                            [] { g_date_time_unref(g_date_time_new_from_iso8601(s_strRfc3339, nullptr)); });
+#endif
+#ifdef BENCH_ABSEILTIME
+    ToolkitBench::Operation(name + "Abseil",
+                            []
+                            {
+                                absl::Time time;
+                                benchmark::DoNotOptimize(
+                                    absl::ParseTime(absl::RFC3339_full, s_strRfc3339, &time, nullptr));
+                            });
+#endif
+}
+
+void RegisterTimestampText()
+{
+    const std::string name = "TimestampText/";
+    ToolkitBench::Operation(name + "Toolkit", [time = *Timestamp::Parse(s_strRfc3339)]
+                            { benchmark::DoNotOptimize(time.ToRfc3339().data()); });
+#ifdef BENCH_QT
+    ToolkitBench::Operation(name + "Qt",
+                            [time = QDateTime::fromString(s_strRfc3339, Qt::ISODateWithMs).toUTC()]
+                            { benchmark::DoNotOptimize(time.toString(Qt::ISODateWithMs).data()); });
+#endif
+#ifdef BENCH_GLIB
+    GDateTime* const read = g_date_time_new_from_iso8601(s_strRfc3339, nullptr);
+    ToolkitBench::Operation(name + "GLib",
+                            [time = g_date_time_to_utc(read)] { g_free(g_date_time_format_iso8601(time)); });
+    g_date_time_unref(read);
+#endif
+#ifdef BENCH_ABSEILTIME
+    absl::Time time;
+    absl::ParseTime(absl::RFC3339_full, s_strRfc3339, &time, nullptr);
+    ToolkitBench::Operation(name + "Abseil",
+                            [time] {
+                                benchmark::DoNotOptimize(
+                                    absl::FormatTime(absl::RFC3339_full, time, absl::UTCTimeZone()).data());
+                            });
+#endif
+}
+
 } // namespace
 
 void ToolkitBench::Register()
@@ -289,4 +346,6 @@ void ToolkitBench::Register()
         RegisterParse(zoned);
         RegisterLocaleText(zoned);
     }
+    RegisterTimestampParse();
+    RegisterTimestampText();
 }

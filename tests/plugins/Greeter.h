@@ -35,6 +35,8 @@ TOOLKIT_PLUGIN_INTERFACE(Counter, "toolkit.test.Counter", 1);
 struct Notes
 {
     std::vector<std::string> events;
+    // What a constructor is to throw, if anything.
+    std::string refusal;
 };
 
 } // namespace ToolkitTest

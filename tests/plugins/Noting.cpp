@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include <new>
+#include <stdexcept>
+
 #include "tests/plugins/Greeter.h"
 #include "toolkit/core/LibModule.h"
 #include "toolkit/core/LibModuleManager.h"
 
-// Notes all that happens to it in the program's context, and registers two modules where there is a manager:
-// one in place, and one that nobody destroys. Built several times, each with a PLUGIN_NAME of its own.
+// Notes all that happens to it in the program's context, throws what that asks for, and registers two modules
+// where there is a manager: one in place, and one that nobody destroys. Built several times, each with a
+// PLUGIN_NAME of its own.
 
 using Toolkit::LibModuleManager;
 using ToolkitTest::Notes;
@@ -46,6 +50,8 @@ public:
     {
         s_statics.m_pNotes = &notes;
         Note("+");
+        if (!notes.refusal.empty())
+            throw std::runtime_error(notes.refusal);
         if (LibModuleManager::s_pInstance == nullptr)
             return;
         LibModuleManager::s_pInstance->Register(&s_module);

@@ -249,6 +249,24 @@ TEST_F(PluginsTest, HandsEachConstructorTheContext)
     EXPECT_EQ(6U, notes.events.size());
 }
 
+TEST_F(PluginsTest, ContextMayBeOfADerivedClass)
+{
+    struct Other
+    {
+        virtual ~Other() = default;
+        int number = 3;
+    };
+    struct Derived : Other, Notes
+    {
+    };
+    Derived derived;
+    {
+        Plugins<Greeter> greeters(derived);
+        ASSERT_TRUE(greeters.Load(Put("noting_a", "a.so")));
+    }
+    EXPECT_THAT(derived.events, ElementsAre("+a", "-a", "~a"));
+}
+
 TEST_F(PluginsTest, RefusesAnotherContext)
 {
     const std::filesystem::path path = Put("noting_a", "a.so");
@@ -259,15 +277,15 @@ TEST_F(PluginsTest, RefusesAnotherContext)
         return loaded.error().Message().substr(loaded.error().Message().find("it "));
     };
     Plugins<Greeter> without;
-    EXPECT_EQ("it needs a context of type ToolkitTest::Notes*, this program gives none", refused(without));
+    EXPECT_EQ("it needs a context of type ToolkitTest::Notes, this program gives none", refused(without));
     int number = 3;
     Plugins<Greeter> other(number);
-    EXPECT_EQ("it needs a context of type ToolkitTest::Notes*, this program gives one of type int*",
+    EXPECT_EQ("it needs a context of type ToolkitTest::Notes, this program gives one of type int",
               refused(other));
     const Notes notes = {};
     Plugins<Greeter> constant(notes);
-    EXPECT_EQ("it needs a context of type ToolkitTest::Notes*, this program gives one of type const "
-              "ToolkitTest::Notes*",
+    EXPECT_EQ("it needs a context of type ToolkitTest::Notes, this program gives one of type const "
+              "ToolkitTest::Notes",
               refused(constant));
     EXPECT_FALSE(IsMapped(Folder()));
 }

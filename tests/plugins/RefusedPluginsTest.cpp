@@ -150,7 +150,7 @@ TEST_F(RefusedPlugins, LibraryThatIsCutShort)
 TEST_F(RefusedPlugins, LibraryWhoseHeadLies)
 {
     // Where the segments are, how many of them, how long each description is.
-    for (const std::size_t offset : {33, 36, 39, 54, 57})
+    for (const std::size_t offset : {33U, 36U, 39U, 54U, 57U})
     {
         PutWithByte("x.so", offset, '\x7F');
         EXPECT_EQ(Errc::Malformed, WhyRefused("x.so").Code()) << offset;
@@ -256,19 +256,17 @@ TEST_F(RefusedPlugins, FilesThatComeAndGoMeanwhile)
                     std::filesystem::remove(Folder() / name);
             }
         });
-    unsigned int loaded = 0;
-    for (unsigned int round = 0; round < 200; ++round)
+    for (std::size_t loaded = 0; loaded < 50;)
     {
         Plugins<Greeter> greeters;
         for (const Failure& failure : greeters.LoadFolder(Folder()))
             EXPECT_TRUE(failure.Code() == Errc::Refused || failure.Code() == Errc::Malformed ||
                         failure.Code() == std::errc::no_such_file_or_directory)
                 << failure.Message();
-        loaded += static_cast<unsigned int>(greeters.All().size());
+        loaded += greeters.All().size();
     }
     stop = true;
     other.join();
-    std::cout << "  loaded: " << loaded << std::endl;
     Put("a", "1.so");
     Plugins<Greeter> greeters;
     greeters.LoadFolder(Folder());

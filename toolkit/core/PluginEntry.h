@@ -35,7 +35,9 @@ constexpr PluginInterface ToolkitPluginInterface(PluginInterfaceTag<Interface>) 
     return {nullptr, 0};
 }
 
-/// The object that a program hands to each plug-in's constructor, together with its type, or none.
+/// The object that a program hands to each plug-in's constructor, or none. Its class may be derived from the
+/// one that a plug-in asks for, and is then known to the program alone: only a pointer that is thrown finds
+/// the way from one to the other at run time.
 class TOOLKIT_API PluginContext
 {
 public:
@@ -43,31 +45,46 @@ public:
     template <typename Context>
     explicit PluginContext(Context& context) noexcept
         : m_pObject(std::addressof(const_cast<std::remove_cv_t<Context>&>(context))),
-          m_strType(TypeOf<Context>()),
+          m_pThrow(&Throw<Context>),
+          m_strType(typeid(Context).name()),
           m_bConst(std::is_const_v<Context>)
     {
     }
 
     bool IsEmpty() const noexcept;
 
-    /// The object as one of that type. What it throws where it is another one is for `Plugins` alone.
-    template <typename Context>
-    Context* As() const
+    /// The object as one of that type. What this throws where it is none is for `Plugins` alone.
+    template <typename Wanted>
+    Wanted* As() const
     {
-        return static_cast<Context*>(Get(TypeOf<Context>(), std::is_const_v<Context>));
+        try
+        {
+            ThrowObject();
+        }
+        catch (Wanted* object)
+        {
+            return object;
+        }
+        catch (...)
+        {
+            Refuse(typeid(Wanted).name());
+        }
+        Refuse(typeid(Wanted).name());
     }
 
 private:
-    // By a pointer, since a type that is only declared has no description of its own.
     template <typename Context>
-    static const char* TypeOf() noexcept
+    static void Throw(void* object)
     {
-        return typeid(std::remove_cv_t<Context>*).name();
+        throw static_cast<Context*>(object);
     }
 
-    void* Get(const char* type, bool asConst) const;
+    // Throws a pointer to the object; nothing without one.
+    void ThrowObject() const;
+    [[noreturn]] void Refuse(const char* wanted) const;
 
     void* m_pObject = nullptr;
+    void (*m_pThrow)(void* object) = nullptr;
     const char* m_strType = nullptr;
     bool m_bConst = false;
 };

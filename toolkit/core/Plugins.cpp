@@ -85,16 +85,19 @@ bool PluginContext::IsEmpty() const noexcept
     return m_pObject == nullptr;
 }
 
-void* PluginContext::Get(const char* type, bool asConst) const
+void PluginContext::ThrowObject() const
 {
-    const std::string wanted = ReadableSymbol(type);
+    if (!IsEmpty())
+        m_pThrow(m_pObject);
+}
+
+void PluginContext::Refuse(const char* wanted) const
+{
+    const std::string reason =
+        "it needs a context of type " + ReadableSymbol(wanted) + ", this program gives ";
     if (IsEmpty())
-        throw WrongContext{"it needs a context of type " + wanted + ", this program gives none"};
-    const bool isAnything = std::strcmp(type, typeid(void*).name()) == 0;
-    if ((!isAnything && std::strcmp(type, m_strType) != 0) || (m_bConst && !asConst))
-        throw WrongContext{"it needs a context of type " + wanted + ", this program gives one of type " +
-                           (m_bConst ? "const " : "") + ReadableSymbol(m_strType)};
-    return m_pObject;
+        throw WrongContext{reason + "none"};
+    throw WrongContext{reason + "one of type " + (m_bConst ? "const " : "") + ReadableSymbol(m_strType)};
 }
 
 struct PluginsBase::State

@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <ctime>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -163,27 +163,39 @@ bool MayBeReplaced(int folder, const std::string& name)
     return S_ISREG(status.st_mode);
 }
 
-// The names that were made, and those that only differ from them on some systems.
+// The names that were made, and those that only differ from them on some systems: a tree, so that what it
+// takes is never more than what the archive has.
 class TakenNames
 {
 public:
     // What is wrong with a name, or null.
     const char* Take(const std::vector<std::string_view>& parts, bool isFolder)
     {
-        std::string prefix;
+        Name* last = nullptr;
+        std::size_t parent = 0;
         for (const std::string_view part : parts)
         {
-            prefix.append(prefix.empty() ? "" : "/").append(part);
-            const auto place = m_folded.emplace(FoldText(prefix), prefix).first;
-            if (place->second != prefix)
+            const std::size_t number = m_names.size() + 1;
+            const auto place =
+                m_names.try_emplace({parent, FoldText(part)}, Name{std::string(part), number}).first;
+            last = &place->second;
+            if (last->m_strPart != part)
                 return "its name is another one's but for case or form";
+            parent = last->m_uNumber;
         }
-        return isFolder || m_files.insert(prefix).second ? nullptr : "its name is another one's";
+        return isFolder || !std::exchange(last->m_bIsFile, true) ? nullptr : "its name is another one's";
     }
 
 private:
-    std::map<std::string, std::string> m_folded;
-    std::set<std::string> m_files;
+    // A part of a name, below another one that has a number.
+    struct Name
+    {
+        std::string m_strPart;
+        std::size_t m_uNumber;
+        bool m_bIsFile = false;
+    };
+
+    std::map<std::pair<std::size_t, std::string>, Name> m_names;
 };
 
 } // namespace
@@ -398,6 +410,9 @@ public:
     {
         const char* wrong =
             WrongInZipName(entry.bytes.find('\0') != entry.bytes.npos ? entry.bytes : entry.name);
+        // No system call takes a longer one.
+        if (entry.name.size() >= PATH_MAX)
+            return SystemFailure(c_strAttempt, entry.name, ENAMETOOLONG);
         const std::vector<std::string_view> parts = PartsOfZipName(entry.name);
         if (wrong == nullptr && IsSpecial(entry.mode))
             wrong = "it is a link or a device";

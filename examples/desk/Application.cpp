@@ -1,6 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "Application.h"
 
+#include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/IPCClient.h"
+#include "toolkit/app/IPCConnectionEvent.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/files/FFile.h"
+#include "toolkit/files/IniFile.h"
+#include "toolkit/log/LogSeverity.h"
+#include "toolkit/log/LogStatement.h"
+#include "toolkit/threading/BackgroundOperationHandler.h"
+#include "toolkit/threading/Thread.h"
+
 namespace Desk
 {
 

@@ -8,6 +8,7 @@
 #include "Index.h"
 #include "Options.h"
 #include "View.h"
+#include "toolkit/app/IPCServer.h"
 
 namespace Desk
 {

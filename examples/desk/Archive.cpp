@@ -3,6 +3,11 @@
 
 #include <map>
 
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/files/ArchiveEntriesFlags.h"
+#include "toolkit/files/ArchiveZip.h"
+#include "toolkit/files/ArchiveZipEntry.h"
+
 namespace Desk
 {
 

@@ -2,6 +2,7 @@
 #include "Console.h"
 
 #include "Application.h"
+#include "toolkit/threading/Mutex.h"
 
 namespace Desk
 {

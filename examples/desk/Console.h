@@ -4,6 +4,7 @@
 
 #include "Options.h"
 #include "View.h"
+#include "toolkit/app/EventPump.h"
 
 namespace Desk
 {

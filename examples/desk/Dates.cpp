@@ -4,6 +4,10 @@
 #include <cstdlib>
 #include <string>
 
+#include "toolkit/datetime/DateTime.h"
+#include "toolkit/datetime/Locales.h"
+#include "toolkit/encoding/UTF8.h"
+
 namespace Desk
 {
 

@@ -4,6 +4,14 @@
 #include <algorithm>
 
 #include "Text.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/files/Directory.h"
+#include "toolkit/log/FileLogger.h"
+#include "toolkit/log/ILogger.h"
+#include "toolkit/log/LogSeverity.h"
+#include "toolkit/log/LogStatement.h"
+#include "toolkit/threading/MutexLock.h"
 
 namespace Desk
 {

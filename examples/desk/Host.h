@@ -6,7 +6,11 @@
 #include <vector>
 
 #include "Plugin.h"
-#include "toolkit/Toolkit.h"
+#include "toolkit/app/DynamicLibrary.h"
+#include "toolkit/core/ToolkitSession.h"
+#include "toolkit/files/IniFile.h"
+#include "toolkit/log/WxLogForwarder.h"
+#include "toolkit/threading/Mutex.h"
 
 namespace Desk
 {

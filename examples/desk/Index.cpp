@@ -4,6 +4,8 @@
 #include <algorithm>
 
 #include "Archive.h"
+#include "toolkit/files/Directory.h"
+#include "toolkit/threading/MutexLock.h"
 
 namespace Desk
 {

@@ -6,6 +6,10 @@
 #include <vector>
 
 #include "Host.h"
+#include "toolkit/files/IniFile.h"
+#include "toolkit/threading/BackgroundOperation.h"
+#include "toolkit/threading/Mutex.h"
+#include "toolkit/threading/Thread.h"
 
 namespace Desk
 {

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Options.h"
 
+#include "toolkit/app/CmdLineOption.h"
+#include "toolkit/app/CmdLineParser.h"
+#include "toolkit/core/smart_ptr.h"
+
 namespace Desk
 {
 

@@ -6,6 +6,8 @@
 
 #include "Document.h"
 #include "Text.h"
+#include "toolkit/core/LibModule.h"
+#include "toolkit/files/IniFile.h"
 
 namespace Desk
 {

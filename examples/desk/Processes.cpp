@@ -12,6 +12,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "toolkit/core/TString.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/Directory.h"
+#include "toolkit/threading/Thread.h"
+
 namespace Desk
 {
 

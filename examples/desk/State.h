@@ -5,6 +5,9 @@
 #include <vector>
 
 #include "Text.h"
+#include "toolkit/files/ISerialize.h"
+#include "toolkit/files/IStream.h"
+#include "toolkit/files/StreamResult.h"
 
 namespace Desk
 {

@@ -4,6 +4,10 @@
 #include <filesystem>
 #include <iostream>
 
+#include "toolkit/app/PathManager.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/TextFile.h"
+
 namespace Desk
 {
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "toolkit/Toolkit.h"
+#include "toolkit/core/TString.h"
 
 namespace Desk
 {

@@ -7,6 +7,23 @@
 #include "Dates.h"
 #include "State.h"
 #include "Text.h"
+#include "toolkit/app/GetTickCount.h"
+#include "toolkit/app/PathManager.h"
+#include "toolkit/app/RestartManagment.h"
+#include "toolkit/app/SingleApplicationInstance.h"
+#include "toolkit/app/SystemInfo.h"
+#include "toolkit/app/Version.h"
+#include "toolkit/core/LibModuleManager.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/files/Directory.h"
+#include "toolkit/files/FFile.h"
+#include "toolkit/files/FSInputSerializer.h"
+#include "toolkit/files/FSOutputSerializer.h"
+#include "toolkit/files/FSStream.h"
+#include "toolkit/files/StreamResult.h"
+#include "toolkit/log/ILogger.h"
+#include "toolkit/log/LogSeverity.h"
+#include "toolkit/log/LogStatement.h"
 
 namespace Desk
 {

@@ -6,6 +6,7 @@
 
 #include "Host.h"
 #include "Processes.h"
+#include "toolkit/files/IniFile.h"
 
 namespace Desk
 {

@@ -11,6 +11,10 @@
 
 #include "Console.h"
 #include "Tour.h"
+#include "toolkit/app/CmdLineOption.h"
+#include "toolkit/app/CmdLineParser.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/files/FFile.h"
 
 namespace
 {

@@ -1,6 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "mailtext/Mail.h"
 
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/encoding/B64.h"
+#include "toolkit/encoding/Bytes.h"
+#include "toolkit/encoding/QP.h"
+#include "toolkit/encoding/UTF8.h"
+
 namespace Desk
 {
 

@@ -3,6 +3,7 @@
 #define DESK_MAILTEXT_MAIL_H
 
 #include "Text.h"
+#include "toolkit/files/TextFile.h"
 
 namespace Desk
 {

@@ -3,6 +3,7 @@
 #define DESK_MAILTEXT_MAILDATE_H
 
 #include "Text.h"
+#include "toolkit/datetime/DateTime.h"
 
 namespace Desk
 {

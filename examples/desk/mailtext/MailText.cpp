@@ -4,6 +4,11 @@
 #include "Plugin.h"
 #include "mailtext/Mail.h"
 #include "mailtext/MailDate.h"
+#include "toolkit/core/LibModuleManager.h"
+#include "toolkit/datetime/DateTime.h"
+#include "toolkit/files/IniFile.h"
+#include "toolkit/log/LogSeverity.h"
+#include "toolkit/log/LogStatement.h"
 
 namespace Desk
 {

@@ -3,6 +3,16 @@
 
 #include "Plugin.h"
 #include "redact/Rule.h"
+#include "toolkit/core/LibModuleManager.h"
+#include "toolkit/core/TString.h"
+#include "toolkit/core/smart_ptr.h"
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/files/FFile.h"
+#include "toolkit/files/IniFile.h"
+#include "toolkit/files/TextFile.h"
+#include "toolkit/log/LogSeverity.h"
+#include "toolkit/log/LogStatement.h"
+#include "toolkit/regExp/RegExp.Exceptions"
 
 namespace Desk
 {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "redact/Rule.h"
 
+#include "toolkit/encoding/UTF8.h"
+#include "toolkit/regExp/RegExpOptions.h"
+
 namespace Desk
 {
 

@@ -3,6 +3,8 @@
 #define DESK_REDACT_RULE_H
 
 #include "Text.h"
+#include "toolkit/core/TString.h"
+#include "toolkit/regExp/RegExp.h"
 
 namespace Desk
 {

@@ -183,14 +183,42 @@ void RegisterPattern()
                                     ++count;
                                 benchmark::DoNotOptimize(count);
                             });
+    ToolkitBench::Operation("PatternAll/std",
+                            [regex = std::regex(s_strReplaced), text]
+                            {
+                                std::ptrdiff_t bytes = 0;
+                                for (std::sregex_iterator it(text.begin(), text.end(), regex), end; it != end;
+                                     ++it)
+                                    bytes += it->length();
+                                benchmark::DoNotOptimize(bytes);
+                            });
     ToolkitBench::Operation("PatternFind/std", [regex = std::regex(s_strPattern), subject]
                             { benchmark::DoNotOptimize(std::regex_search(subject, regex)); });
 #ifdef BENCH_QT
     ToolkitBench::Operation("PatternFind/Qt",
                             [regex = QRegularExpression(s_strPattern), subject = QString(s_strSubject)]
                             { benchmark::DoNotOptimize(regex.match(subject).hasMatch()); });
+    ToolkitBench::Operation("PatternAll/Qt",
+                            [regex = QRegularExpression(s_strReplaced), text = QString::fromStdString(text)]
+                            {
+                                int characters = 0;
+                                for (auto it = regex.globalMatch(text); it.hasNext();)
+                                    characters += it.next().capturedLength();
+                                benchmark::DoNotOptimize(characters);
+                            });
 #endif
 #ifdef BENCH_RE2
+    ToolkitBench::Operation("PatternAll/RE2",
+                            [regex = std::make_shared<RE2>(s_strReplaced), text]
+                            {
+                                std::size_t bytes = 0;
+                                re2::StringPiece found;
+                                for (std::size_t start = 0;
+                                     regex->Match(text, start, text.size(), RE2::UNANCHORED, &found, 1);
+                                     start = static_cast<std::size_t>(found.end() - text.data()))
+                                    bytes += found.size();
+                                benchmark::DoNotOptimize(bytes);
+                            });
     ToolkitBench::Operation("PatternFind/RE2",
                             [regex = std::make_shared<RE2>(s_strPattern), subject]
                             {
@@ -200,6 +228,15 @@ void RegisterPattern()
                             });
 #endif
 #ifdef BENCH_BOOST_REGEX
+    ToolkitBench::Operation("PatternAll/Boost",
+                            [regex = boost::regex(s_strReplaced), text]
+                            {
+                                std::ptrdiff_t bytes = 0;
+                                for (boost::sregex_iterator it(text.begin(), text.end(), regex), end;
+                                     it != end; ++it)
+                                    bytes += it->length();
+                                benchmark::DoNotOptimize(bytes);
+                            });
     ToolkitBench::Operation("PatternFind/Boost",
                             [regex = boost::regex(s_strPattern), subject]
                             {

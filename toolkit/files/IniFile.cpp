@@ -2,11 +2,13 @@
 #include "toolkit/files/IniFile.h"
 
 #include <algorithm>
-#include <utility>
+#include <cstddef>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
 
 #include "toolkit/files/TextFile.h"
 #include "toolkit/internal/ini/IniLine.h"
-#include "toolkit/internal/text/NameTable.h"
 #include "toolkit/internal/text/ParseNumber.h"
 #include "toolkit/log/LogLine.h"
 
@@ -29,7 +31,26 @@ Number ReadNumber(const TString<wchar_t>& text)
     return number;
 }
 
-using Keys = NameTable<TString<wchar_t>>;
+struct HashOfName
+{
+    std::size_t operator()(const TString<wchar_t>& name) const
+    {
+        return std::hash<std::wstring_view>()(name);
+    }
+};
+
+template <class Value>
+using ByName = std::unordered_map<TString<wchar_t>, Value, HashOfName>;
+
+using Keys = ByName<TString<wchar_t>>;
+
+// Null when there is none.
+template <class Value>
+const Value* Find(const ByName<Value>& values, const TString<wchar_t>& name)
+{
+    const auto found = values.find(name);
+    return found == values.end() ? nullptr : &found->second;
+}
 
 } // namespace
 
@@ -38,7 +59,7 @@ struct IniFile::Sections
 {
     void ParseLine(const TString<wchar_t>& line);
 
-    NameTable<Keys> m_table;
+    ByName<Keys> m_table;
     Keys* m_pCurrent = nullptr;
 };
 
@@ -46,9 +67,9 @@ void IniFile::Sections::ParseLine(const TString<wchar_t>& line)
 {
     const IniLine<wchar_t> parsed(line);
     if (parsed.m_kind == parsed.Section)
-        m_pCurrent = &m_table.Add(TString<wchar_t>(parsed.m_name));
+        m_pCurrent = &m_table[TString<wchar_t>(parsed.m_name)];
     else if (parsed.m_kind == parsed.Key && m_pCurrent != nullptr)
-        m_pCurrent->Add(TString<wchar_t>(parsed.m_name), TString<wchar_t>(parsed.m_value));
+        m_pCurrent->try_emplace(TString<wchar_t>(parsed.m_name), parsed.m_value);
 }
 
 IniFile::IniFile(const TString<wchar_t>& path) : m_pSections(std::make_unique<Sections>()), m_bLoaded(false)
@@ -92,7 +113,7 @@ bool IniFile::Parse(const TString<wchar_t>& path)
 
 bool IniFile::HasSection(const TString<wchar_t>& section) const
 {
-    return m_pSections->m_table.Find(section) != nullptr;
+    return Find(m_pSections->m_table, section) != nullptr;
 }
 
 bool IniFile::HasValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const
@@ -132,20 +153,20 @@ bool IniFile::GetBool(const TString<wchar_t>& section, const TString<wchar_t>& k
 void IniFile::GetKeyList(const TString<wchar_t>& section, std::vector<TString<wchar_t>>& keys) const
 {
     // Found first, for `section` may lie in `keys`.
-    const Keys* const found = m_pSections->m_table.Find(section);
+    const Keys* const found = Find(m_pSections->m_table, section);
     keys.clear();
     if (found == nullptr)
         return;
-    keys.reserve(found->GetEntries().size());
-    for (const auto& entry : found->GetEntries())
-        keys.push_back(entry.first);
+    keys.reserve(found->size());
+    for (const auto& [name, value] : *found)
+        keys.push_back(name);
     std::sort(keys.begin(), keys.end());
 }
 
 const TString<wchar_t>* IniFile::FindValue(const TString<wchar_t>& section, const TString<wchar_t>& key) const
 {
-    const Keys* const keys = m_pSections->m_table.Find(section);
-    return keys != nullptr ? keys->Find(key) : nullptr;
+    const Keys* const keys = Find(m_pSections->m_table, section);
+    return keys != nullptr ? Find(*keys, key) : nullptr;
 }
 
 template <class Number>

@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <unordered_map>
 #include <utility>
 
 #include "toolkit/internal/ini/IniLine.h"
-#include "toolkit/internal/text/NameTable.h"
 #include "toolkit/internal/text/TextLines.h"
 
 namespace Toolkit
@@ -31,6 +31,33 @@ struct LinkedLine
     Line m_line;
     std::uint32_t m_uPrevious;
     std::uint32_t m_uNext;
+};
+
+// Values by their names, in the order in which they were added.
+template <class Value>
+struct InOrder
+{
+    // Null when there is none; valid until something is added.
+    Value* Find(std::string_view name)
+    {
+        const auto found = m_places.find(name);
+        return found == m_places.end() ? nullptr : &m_entries[found->second].second;
+    }
+
+    // The value of that name, a new one if there is none; valid until something is added.
+    Value& Add(std::string_view name)
+    {
+        // Memory that runs out leaves no place without an entry.
+        if (m_entries.size() == m_entries.capacity())
+            m_entries.reserve(2 * m_entries.size() + 4);
+        const auto [place, isNew] = m_places.try_emplace(name, m_entries.size());
+        if (isNew)
+            m_entries.emplace_back(name, Value());
+        return m_entries[place->second].second;
+    }
+
+    std::vector<std::pair<std::string_view, Value>> m_entries;
+    std::unordered_map<std::string_view, std::size_t> m_places;
 };
 
 bool HasLineEnd(std::string_view text)
@@ -86,7 +113,7 @@ struct IniDocument::Entry
 // One that is not in the text has no last line: that of its last key, or its head.
 struct IniDocument::SectionKeys
 {
-    NameTable<Entry, std::string_view> m_keys;
+    InOrder<Entry> m_keys;
     std::uint32_t m_uLast = s_uNone;
 };
 
@@ -166,9 +193,9 @@ struct IniDocument::State
         return {};
     }
 
-    const Entry* FindEntry(std::string_view section, std::string_view key) const
+    const Entry* FindEntry(std::string_view section, std::string_view key)
     {
-        const SectionKeys* const keys = m_sections.Find(section);
+        SectionKeys* const keys = m_sections.Find(section);
         const Entry* const entry = keys != nullptr ? keys->m_keys.Find(key) : nullptr;
         return entry != nullptr && entry->m_uLine != s_uNone ? entry : nullptr;
     }
@@ -178,7 +205,7 @@ struct IniDocument::State
     std::vector<LinkedLine> m_lines;
     std::uint32_t m_uFirst = s_uNone;
     std::uint32_t m_uLast = s_uNone;
-    NameTable<SectionKeys, std::string_view> m_sections;
+    InOrder<SectionKeys> m_sections;
     // What is kept of lines that were added, some of which others have taken the place of.
     std::size_t m_uWaste = 0;
 };
@@ -195,14 +222,14 @@ std::optional<std::string_view> IniDocument::Find(std::string_view section, std:
 
 bool IniDocument::HasSection(std::string_view section) const
 {
-    const SectionKeys* const keys = m_pState->m_sections.Find(section);
+    SectionKeys* const keys = m_pState->m_sections.Find(section);
     return keys != nullptr && keys->m_uLast != s_uNone;
 }
 
 std::vector<std::string> IniDocument::Sections() const
 {
     std::vector<std::string> names;
-    for (const auto& [name, keys] : m_pState->m_sections.GetEntries())
+    for (const auto& [name, keys] : m_pState->m_sections.m_entries)
         if (keys.m_uLast != s_uNone)
             names.emplace_back(name);
     return names;
@@ -211,8 +238,8 @@ std::vector<std::string> IniDocument::Sections() const
 std::vector<std::string> IniDocument::Keys(std::string_view section) const
 {
     std::vector<std::string> names;
-    if (const SectionKeys* const keys = m_pState->m_sections.Find(section))
-        for (const auto& [name, entry] : keys->m_keys.GetEntries())
+    if (SectionKeys* const keys = m_pState->m_sections.Find(section))
+        for (const auto& [name, entry] : keys->m_keys.m_entries)
             if (entry.m_uLine != s_uNone)
                 names.emplace_back(name);
     return names;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <cstdint>
 #include <map>
 #include <random>
 #include <string>
@@ -56,6 +57,26 @@ public:
 private:
     std::mt19937 m_random;
 };
+
+// Text in UTF-16 or UTF-32.
+std::string Encoded(const std::u32string& text, std::size_t unit, bool big)
+{
+    std::string bytes;
+    const auto append = [&](std::uint32_t value)
+    {
+        for (std::size_t i = 0; i < unit; ++i)
+            bytes += static_cast<char>(value >> (8 * (big ? unit - 1 - i : i)) & 0xFF);
+    };
+    for (const char32_t letter : text)
+        if (unit == 2 && letter > 0xFFFF)
+        {
+            append(0xD800 + ((letter - 0x10000) >> 10));
+            append(0xDC00 + (letter & 0x3FF));
+        }
+        else
+            append(letter);
+    return bytes;
+}
 
 Model Held(const Settings& settings)
 {
@@ -140,6 +161,44 @@ TEST(SettingsProperty, SavingWithoutAChangeGivesTheSameBytes)
         ASSERT_EQ(ReadBytes(path), bytes);
     }
     EXPECT_GT(loaded, 300);
+}
+
+// Wide files of characters of every kind, and of what is none.
+TEST(SettingsProperty, SavingAWideFileWithoutAChangeGivesTheSameBytes)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    const std::string path = folder.Path("a.ini");
+    const std::vector<std::u32string> pieces = {
+        U"[a]", U"b=1",    U"=",          U";",      U"\n",     U"\r\n",       U"\r",
+        U" ",   U"\u00f6", U"\U0001F600", U"\uFEFF", U"\uFFFE", U"\U0010FFFF", std::u32string(1, 0),
+        U"a",   U"\u2028"};
+    RandomTexts random(4);
+    int loaded = 0;
+    for (int round = 0; round < 150; ++round)
+    {
+        const std::size_t unit = random.Below(2) == 0 ? 2 : 4;
+        const bool big = random.Below(2) == 0;
+        std::u32string text = U"\uFEFF";
+        for (std::size_t left = random.Below(20); left > 0; --left)
+            text += pieces[random.Below(pieces.size())];
+        if (random.Below(8) == 0)
+            text += static_cast<char32_t>(0xD800 + random.Below(0x800));
+        std::string bytes = Encoded(text, unit, big);
+        bytes.resize(bytes.size() - (random.Below(8) == 0 ? 1 : 0));
+        ToolkitTest::WriteBytes(path, bytes);
+        Result<Settings> settings = Settings::Load(path);
+        if (!settings)
+            continue;
+        ++loaded;
+        ASSERT_TRUE(settings->Save());
+        ASSERT_EQ(ReadBytes(path), bytes);
+        // There and back again, so that it is really written.
+        ASSERT_TRUE(settings->Set("new section", "k", 1));
+        ASSERT_TRUE(settings->Save());
+        ASSERT_EQ(Settings::Load(path)->Get("new section", "k", 0), 1);
+        ASSERT_EQ(ReadBytes(path).compare(0, bytes.size(), bytes), 0) << testing::PrintToString(bytes);
+    }
+    EXPECT_GT(loaded, 80);
 }
 
 TEST(SettingsProperty, HoldsWhatIniFileHolds)

@@ -39,9 +39,11 @@ struct Parts
 {
     explicit Parts(Timestamp::TimePoint time)
     {
-        const auto whole = std::chrono::floor<seconds>(time);
-        second = whole.time_since_epoch().count();
-        nanosecond = nanoseconds(time - whole).count();
+        // std::chrono::floor overflows in the first second, whose begin nanoseconds cannot count.
+        const std::int64_t count = nanoseconds(time.time_since_epoch()).count();
+        const std::int64_t rest = count % s_nNanoseconds;
+        second = CalendarDay::FloorDivide(count, s_nNanoseconds);
+        nanosecond = rest < 0 ? rest + s_nNanoseconds : rest;
     }
 
     std::int64_t second;

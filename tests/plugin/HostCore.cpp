@@ -9,10 +9,16 @@
 #include "toolkit/core/LibModuleManager.h"
 #include "toolkit/datetime/DateTime.h"
 #include "toolkit/log/ILogger.h"
+#include "toolkit/log/Log.h"
+#include "toolkit/log/RunLog.h"
 
 // Stands for the library in which an application keeps its own core, when the program itself only loads it.
 
 using Toolkit::LibModuleManager;
+using Toolkit::Log;
+using Toolkit::LogSeverity;
+using Toolkit::RunLog;
+using Toolkit::RunLogOptions;
 
 extern "C"
 {
@@ -31,6 +37,23 @@ extern "C"
         Toolkit::TString<wchar_t> text;
         Toolkit::DateTime(2009, 3, 7, 14, 5, 9).GetString(text);
         return text == L"07.03.09 14:05";
+    }
+
+    TOOLKIT_API bool HostInstallLog(const char* folder, bool background)
+    {
+        RunLogOptions options("host");
+        options.Folder(folder).Keep(0);
+        if (background)
+            options.Background();
+        const Toolkit::Result<std::shared_ptr<RunLog>> log = RunLog::Open(options);
+        if (log)
+            Log::Install({*log, Log::Console(LogSeverity::Error)});
+        return log.has_value();
+    }
+
+    TOOLKIT_API void HostLog(const char* message)
+    {
+        TOOLKIT_LOG(LogSeverity::Info) << message;
     }
 
     TOOLKIT_API bool HostHasManager()

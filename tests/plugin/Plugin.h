@@ -48,6 +48,9 @@ using PluginInstallSink = void (*)();
 // What the library that stands for the host's own core exports.
 using HostInitialize = void (*)(bool baseLibrary);
 using HostRelease = void (*)(bool baseLibrary);
+// Installs a Log of the library that writes a file in that folder; false when that fails.
+using HostInstallLog = bool (*)(const char* folder, bool background);
+using HostLog = void (*)(const char* message);
 // True when a date has the text that a German user's locale gives it.
 using HostShowsDate = bool (*)();
 // True when the manager exists.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -122,6 +123,43 @@ void ShowDate()
         _exit(1);
 }
 
+// One life of the library in which a Log is installed before the session, in it or after it.
+void LogInALife(const std::string& folder, bool background, bool before, bool in)
+{
+    const Library toolkit(TOOLKIT_LIBRARY);
+    const Library host(HOST_CORE);
+    const Library plugin(PLUGIN_A);
+    const auto install = host.Find<HostInstallLog>("HostInstallLog");
+    const auto log = host.Find<HostLog>("HostLog");
+    EXPECT_TRUE(!before || install(folder.c_str(), background));
+    log("before");
+    toolkit.Find<Action>("DllToolkitLoad")();
+    host.Find<HostInitialize>("HostInitialize")(true);
+    EXPECT_TRUE(!in || install(folder.c_str(), background));
+    log("in");
+    plugin.Find<PluginLog>("PluginLog")(L"in, from a plug-in");
+    host.Find<HostRelease>("HostRelease")(true);
+    toolkit.Find<Action>("DllToolkitUnload")();
+    EXPECT_TRUE(before || in || install(folder.c_str(), background));
+    log("after");
+    log("last");
+}
+
+// The messages of the Log's file that a host or a plug-in logged.
+std::vector<std::string> LinesIn(const std::string& folder)
+{
+    std::vector<std::string> messages;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+    {
+        std::ifstream file(entry.path());
+        for (std::string line; std::getline(file, line);)
+            for (const char* function : {" HostLog ", " PluginLog "})
+                if (const std::size_t place = line.find(function); place != line.npos)
+                    messages.push_back(line.substr(place + std::strlen(function)));
+    }
+    return messages;
+}
+
 // A home folder of the test's own.
 class Reload : public testing::Test
 {
@@ -193,6 +231,34 @@ TEST_F(Reload, HundredsOfLivesLeaveNoMemoryBehind)
             LiveInEveryOrder();
         rounds.Did(lives);
     }
+}
+
+// A Log is installed at one of three moments and stays: the library takes it down with itself.
+TEST_F(Reload, LibraryIsGoneWithAnInstalledLogAndEveryLineIsInItsFile)
+{
+    enum Moment
+    {
+        Before,
+        In,
+        After
+    };
+    for (const bool background : {false, true})
+        for (const Moment moment : {Before, In, After, Before, In, After})
+        {
+            const std::string folder =
+                std::string(getenv("HOME")) + "/" + std::to_string(background) + std::to_string(moment);
+            std::filesystem::remove_all(folder);
+            LogInALife(folder, background, moment == Before, moment == In);
+            ASSERT_FALSE(Library::IsLoaded(TOOLKIT_LIBRARY));
+            EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+            const std::vector<std::string> all = {"before", "in", "in, from a plug-in", "after", "last"};
+            EXPECT_EQ(std::vector<std::string>(all.begin() + (moment == Before ? 0
+                                                              : moment == In   ? 1
+                                                                               : 3),
+                                               all.end()),
+                      LinesIn(folder))
+                << background << moment;
+        }
 }
 
 // What was to be done at the end before the library was opened is done after its statics have gone.

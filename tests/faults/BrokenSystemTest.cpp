@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <regex>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,6 +20,7 @@
 #include "tests/support/LogFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
+#include "toolkit/app/Folders.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/Process.h"
 #include "toolkit/app/SystemInfo.h"
@@ -37,6 +41,7 @@
 #include "toolkit/files/ZipReader.h"
 #include "toolkit/files/ZipWriter.h"
 #include "toolkit/log/FileLogger.h"
+#include "toolkit/log/RunLog.h"
 
 using namespace Toolkit;
 using ToolkitTest::FailingSystem;
@@ -81,6 +86,35 @@ std::string Log(const ToolkitTest::LogFile& file)
     for (const std::string& other : file.FallbackPaths())
         whole += ReadBytes(other);
     return whole;
+}
+
+// Expects whole lines in the log of a run, which are these in their order but for those that it counts as
+// lost.
+void ExpectLines(const std::filesystem::path& folder, const std::vector<std::string>& expected)
+{
+    std::set<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        files.insert(entry.path());
+    std::string text;
+    for (const std::filesystem::path& file : files)
+        text += ReadBytes(file.string());
+    static const std::regex s_line("\\S+ \\w+ \\d+ \\S+ (\\w+)(\\.*| lines? w\\w+ lost)");
+    std::size_t next = 0;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+    {
+        std::smatch match;
+        ASSERT_TRUE(std::regex_match(line, match, s_line)) << text;
+        const bool counts = match[2].str().find("lost") != std::string::npos;
+        if (!counts)
+        {
+            ASSERT_LT(next, expected.size()) << text;
+            EXPECT_EQ(expected[next], match[1]) << text;
+        }
+        next += counts ? std::stoul(match[1]) : 1;
+    }
+    EXPECT_EQ(expected.size(), next) << text;
+    EXPECT_EQ('\n', text.empty() ? '\n' : text.back());
 }
 
 // True when `text` begins with `beginning`.
@@ -524,6 +558,93 @@ TEST_F(BrokenSystem, IsAnsweredByProcesses)
          {
              const std::vector<std::string> tooLong = {std::string(std::size_t{1} << 20, 'a')};
              faults([&] { EXPECT_FALSE(Process::ReplaceSelf(tooLong)); });
+         }},
+    });
+}
+
+// Whatever fails costs no line but those that are counted in the file, and all is well once it has passed.
+TEST_F(BrokenSystem, IsAnsweredByRunLog)
+{
+    const std::filesystem::path folder = m_folder.Path("runs");
+    // One line fills a file.
+    const RunLogOptions options = RunLogOptions("run").Folder(folder).Keep(0).MaxSize(80);
+    const auto run = [&](const Faults& faults, const RunLogOptions& how, bool onOtherThreads)
+    {
+        std::filesystem::remove_all(folder);
+        const std::shared_ptr<RunLog> log = RunLog::Open(how).value();
+        LogRecord record;
+        const auto write = [&]
+        {
+            for (const char* message : {"one", "two", "three"})
+            {
+                record.message = message + std::string(40, '.');
+                log->Write(record);
+                EXPECT_TRUE(log->Flush());
+            }
+        };
+        if (onOtherThreads)
+            faults.OnOtherThreads(write);
+        else
+            faults(write);
+        record.message = "after";
+        log->Write(record);
+        EXPECT_TRUE(log->Flush());
+        ExpectLines(folder, {"one", "two", "three", "after"});
+    };
+    ToolkitTest::FailEachCall({
+        {"RunLog::Open",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove_all(folder);
+             std::string message;
+             faults(
+                 [&]
+                 {
+                     const Result<std::shared_ptr<RunLog>> log = RunLog::Open(options);
+                     message = log ? "" : log.error().Message();
+                 });
+             EXPECT_TRUE(message.empty() || Begins(message, "cannot write a log in " + folder.string()))
+                 << message;
+             EXPECT_TRUE(RunLog::Open(options));
+         }},
+        {"RunLog::Write", [&](const Faults& faults) { run(faults, options, false); }},
+        {"RunLog's thread",
+         [&](const Faults& faults) { run(faults, RunLogOptions(options).Background(), true); }},
+        {"RunLog::Write, its file taken away",
+         [&](const Faults& faults)
+         {
+             std::filesystem::remove_all(folder);
+             const std::shared_ptr<RunLog> log = RunLog::Open(options).value();
+             std::filesystem::remove_all(folder);
+             LogRecord record;
+             record.message = "one";
+             faults([&] { log->Write(record); });
+             record.message = "after";
+             log->Write(record);
+             ExpectLines(folder, {"one", "after"});
+         }},
+    });
+}
+
+TEST_F(BrokenSystem, IsAnsweredByFolders)
+{
+    ToolkitTest::FailEachCall({
+        {"Folders::Of, Config, State, Executable",
+         [](const Faults& faults)
+         {
+             std::string message;
+             faults(
+                 [&]
+                 {
+                     const Result<Folders> folders = Folders::Of("watch");
+                     message = folders ? "" : folders.error().Message();
+                     EXPECT_TRUE(!folders || folders->Config().filename() == "watch");
+                     EXPECT_TRUE(!folders || folders->State().filename() == "watch");
+                     static_cast<void>(Folders::Executable());
+                 });
+             EXPECT_TRUE(message.empty() || FailingSystem::HasFailed()) << message;
+             EXPECT_TRUE(Folders::Of("watch"));
+             EXPECT_FALSE(Folders::Executable().empty());
          }},
     });
 }

@@ -143,8 +143,25 @@ TEST(OutOfMemory, IsSurvivedByTheLogOfNewCode)
          }},
         {"Log::Console", [](const Attempt& attempt) { attempt([] { Log::Console(); }); }},
         {"TeeLogger",
-         [](const Attempt& attempt) {
+         [](const Attempt& attempt)
+         {
              attempt([] { TeeLogger({*ILogger::s_pInstance, *ILogger::s_pInstance}); });
+             TeeLogger tee({*ILogger::s_pInstance, *ILogger::s_pInstance});
+             attempt([&] { tee.Write(c_strPiece); });
+         }},
+        {"CallbackLog",
+         [](const Attempt& attempt)
+         {
+             std::string last;
+             std::shared_ptr<CallbackLog> sink;
+             const auto keep = [&last](const LogRecord& record) { last = record.message; };
+             attempt([&] { sink = std::make_shared<CallbackLog>(LogSeverity::Info, keep); });
+             sink = std::make_shared<CallbackLog>(LogSeverity::Info, keep);
+             LogRecord record;
+             record.message = std::string(100, 'x');
+             EXPECT_EQ(attempt([&] { sink->Write(record); }) ? record.message : "", last);
+             sink->Write(record);
+             EXPECT_EQ(record.message, last);
          }},
         {"RunLog::Open",
          [&folder](const Attempt& attempt)
@@ -166,6 +183,40 @@ TEST(OutOfMemory, IsSurvivedByTheLogOfNewCode)
              Log::Install({});
              EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()), testing::EndsWith("after\n"));
              ILogger::SetLogger(smart_ptr<ILogger>());
+         }},
+        {"RunLog's thread",
+         [&folder](const Attempt& attempt)
+         {
+             const std::string runs = folder.Path("thread");
+             std::filesystem::remove_all(runs);
+             const auto log =
+                 RunLog::Open(RunLogOptions("thread").Folder(runs).MaxSize(100).Background()).value();
+             LogRecord record;
+             record.message = std::string(50, 'x') + "\n";
+             attempt.OnOtherThreads(
+                 [&]
+                 {
+                     for (int i = 0; i < 3; ++i)
+                     {
+                         log->Write(record);
+                         EXPECT_TRUE(log->Flush());
+                     }
+                 });
+             record.message = "after";
+             log->Write(record);
+             EXPECT_TRUE(log->Flush());
+             EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()), testing::EndsWith("after\n"));
+         }},
+        {"RunLogOptions",
+         [](const Attempt& attempt)
+         {
+             attempt(
+                 []
+                 {
+                     const RunLogOptions options(std::string(100, 'x'));
+                     RunLogOptions copy(options);
+                     copy = options;
+                 });
          }},
     });
 }

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <new>
 #include <utility>
 
 #include "toolkit/app/GetTickCount.h"
@@ -12,6 +11,7 @@
 #include "toolkit/files/FFile.h"
 #include "toolkit/internal/log/Handover.h"
 #include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/FalseWithoutMemory.h"
 #include "toolkit/internal/system/ForkShield.h"
 #include "toolkit/internal/system/GuardedFile.h"
 #include "toolkit/internal/system/NativePath.h"
@@ -41,19 +41,6 @@ Descriptor OpenLogDescriptor(const TString<wchar_t>& path)
     const bool isOurs =
         descriptor.TryLock() && GuardedFile::Is(descriptor.Get()) && GuardedFile::Empty(descriptor.Get());
     return isOurs ? std::move(descriptor) : Descriptor();
-}
-
-template <class Open>
-bool FalseWithoutMemory(Open open)
-{
-    try
-    {
-        return open();
-    }
-    catch (const std::bad_alloc&)
-    {
-        return false;
-    }
 }
 
 } // namespace
@@ -172,15 +159,13 @@ void FileLogger::DrainQueue()
 
 void FileLogger::WritePiece(const TString<wchar_t>& piece)
 {
-    try
-    {
-        m_pFile->Write(piece);
-        m_pFile->Flush();
-    }
-    catch (const std::bad_alloc&)
-    {
-        // The piece is lost; it must not take the process with it.
-    }
+    // A piece is lost that finds no memory; it must not take the process with it.
+    FalseWithoutMemory(
+        [&]
+        {
+            m_pFile->Write(piece);
+            return m_pFile->Flush();
+        });
 }
 
 void FileLogger::WrapAround()

@@ -13,6 +13,7 @@
 #include "toolkit/internal/log/LineFormat.h"
 #include "toolkit/internal/log/LineQueue.h"
 #include "toolkit/internal/log/LogFiles.h"
+#include "toolkit/internal/system/FalseWithoutMemory.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
 #include "toolkit/internal/system/SystemFailure.h"
 #include "toolkit/internal/system/ThreadNumber.h"
@@ -111,13 +112,20 @@ struct RunLog::Content
     {
     }
 
-    // With the guard held. What cannot be written is lost, and counted before the next that can.
+    // With the guard held. What cannot be written, for want of memory too, is lost, and counted before the
+    // next that can.
     void Write(std::string_view lines, std::size_t count, std::chrono::system_clock::time_point time)
     {
-        if (m_uLost != 0 && WriteLost())
-            m_uLost = 0;
-        if (!m_files.Write(lines, time))
+        CountLost();
+        if (!FalseWithoutMemory([&] { return m_files.Write(lines, time); }))
             m_uLost += count;
+    }
+
+    // With the guard held.
+    void CountLost()
+    {
+        if (m_uLost != 0 && FalseWithoutMemory([this] { return WriteLost(); }))
+            m_uLost = 0;
     }
 
     bool WriteLost()
@@ -142,8 +150,7 @@ struct RunLog::Content
             Write(piece, static_cast<std::size_t>(count), std::chrono::system_clock::now());
             lines.remove_prefix(size);
         }
-        if (m_uLost != 0 && WriteLost())
-            m_uLost = 0;
+        CountLost();
     }
 
     mutable std::mutex m_mutex;

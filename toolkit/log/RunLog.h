@@ -40,8 +40,8 @@ public:
     RunLogOptions& MaxSize(std::uint64_t bytes);
     /// The threshold of the sink; Verbose unless said.
     RunLogOptions& Threshold(LogSeverity threshold);
-    /// Lines are queued, of at most that many bytes together, and a thread of the log writes them. What does
-    /// not fit is dropped, and a line in the file counts it.
+    /// Lines are queued, of at most that many bytes together, and a thread of the log writes them some
+    /// milliseconds later. What does not fit is dropped, and a line in the file counts it.
     RunLogOptions& Background(std::size_t capacity = 4 << 20);
 
 private:
@@ -56,9 +56,9 @@ private:
 /// the number of the thread, the function or "-", and the message; control characters are escaped as in C, so
 /// that one line stays one line. Each line is in the file by one `write` before the statement that logs it
 /// ends, so that no end of the process loses it; with RunLogOptions::Background it is queued, and lost only
-/// with the process. A full disk, a folder that was removed or a file that was taken away costs the lines
-/// that cannot be written meanwhile; a line that counts them comes before the next that fits. Any thread may
-/// call it.
+/// with the process. A full disk, want of memory, a folder that was removed or a file that was taken away
+/// costs the lines that cannot be written meanwhile; a line that counts them comes before the next that fits.
+/// Any thread may call it.
 ///
 ///     auto file = Toolkit::RunLog::Open(Toolkit::RunLogOptions("watch").Folder(logs).Keep(5));
 ///     if (!file)

@@ -30,7 +30,8 @@ public:
     // Gets whole lines, one after the other, and how many were dropped before these.
     using Drain = std::function<void(std::string_view lines, std::uint64_t dropped)>;
 
-    // `drain` is called on the queue's thread. Throws std::system_error when there is no thread.
+    // `drain` is called on the queue's thread and throws nothing. Throws std::system_error when there is no
+    // thread.
     LineQueue(std::size_t capacity, Drain drain);
     ~LineQueue();
 

@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/OutOfMemory.h"
+#include "tests/plugins/Greeter.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/Folders.h"
 #include "toolkit/app/Process.h"
 #include "toolkit/core/LibraryVersion.h"
+#include "toolkit/core/Plugins.h"
 #include "toolkit/core/Result.h"
 #include "toolkit/encoding/Base64.h"
 #include "toolkit/encoding/EncodedWords.h"
@@ -271,6 +273,58 @@ TEST(OutOfMemory, IsSurvivedByProcesses)
         {"Process::ReplaceSelf",
          [&](const Attempt& attempt) {
              attempt([&] { EXPECT_FALSE(Process::ReplaceSelf({text, std::string(1, '\0')})); });
+         }},
+    });
+}
+
+TEST(OutOfMemory, IsSurvivedByPlugins)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    for (const char* const name : {"loadable_a.so", "loadable_b.so", "loadable_undefined.so"})
+        ToolkitTest::WriteBytes(folder.Path(name),
+                                ToolkitTest::ReadBytes(TOOLKIT_TEST_PLUGINS + std::string("/") + name));
+    ToolkitTest::WriteBytes(folder.Path("text.so"), "no library");
+    // What a plug-in's constructor has no memory for is a failure like any other of it.
+    const auto isExpected = [](const Failure& failure)
+    { return failure.Code() == Errc::Malformed || failure.Code() == std::errc::not_enough_memory; };
+    ToolkitTest::FailEachAllocation({
+        {"Plugins::LoadFolder",
+         [&](const Attempt& attempt)
+         {
+             Plugins<ToolkitTest::Greeter> greeters;
+             attempt(
+                 [&]
+                 {
+                     for (const Failure& failure : greeters.LoadFolder(folder.Path()))
+                         EXPECT_TRUE(isExpected(failure)) << failure.Message();
+                 });
+             greeters.LoadFolder(folder.Path());
+             EXPECT_EQ(2U, greeters.All().size());
+         }},
+        {"Plugins::Load",
+         [&](const Attempt& attempt)
+         {
+             const std::filesystem::path file = folder.Path("loadable_a.so");
+             Plugins<ToolkitTest::Greeter> greeters;
+             attempt(
+                 [&]
+                 {
+                     const Result<void> loaded = greeters.Load(file);
+                     EXPECT_TRUE(loaded || isExpected(loaded.error()));
+                     EXPECT_EQ(loaded.has_value(), greeters.Find("a") != nullptr);
+                 });
+             EXPECT_TRUE(greeters.Find("a") != nullptr || greeters.Load(file).has_value());
+             bool isUnloaded = false;
+             attempt([&] { isUnloaded = greeters.Unload("a").has_value(); });
+             EXPECT_TRUE(isUnloaded);
+         }},
+        {"Plugins::All",
+         [&](const Attempt& attempt)
+         {
+             Plugins<ToolkitTest::Greeter> greeters;
+             greeters.LoadFolder(folder.Path());
+             attempt([&] { EXPECT_EQ(2U, greeters.All().size()); });
+             attempt([&] { EXPECT_FALSE(greeters.Unload("a plug-in of a name that is not there")); });
          }},
     });
 }

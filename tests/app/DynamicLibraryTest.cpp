@@ -135,6 +135,27 @@ TEST(DynamicLibrary, LoadsNothingFromAPathThatGoesOnBehindAZero)
     EXPECT_FALSE(file.IsLoaded());
 }
 
+TEST(DynamicLibrary, LoadsNothingThatIsCutShort)
+{
+    const TemporaryFolder folder;
+    const std::string whole = ToolkitTest::ReadBytes(TOOLKIT_ANSWER);
+    for (const std::size_t length : {std::size_t{1}, std::size_t{100}, whole.size() / 8})
+    {
+        WriteBytes(folder.Path("part.so"), whole.substr(0, length));
+        EXPECT_EQ(-1, CallAnswer(DynamicLibrary(folder.Wide("part.so")))) << length;
+    }
+}
+
+TEST(DynamicLibrary, LoadsOnceMoreWhatIsLoadedAndHasLostItsFile)
+{
+    const TemporaryFolder folder;
+    std::filesystem::copy_file(TOOLKIT_ANSWER, folder.Path("answer.so"));
+    const DynamicLibrary first(folder.Wide("answer.so"));
+    std::filesystem::remove(folder.Path("answer.so"));
+    EXPECT_EQ(42, CallAnswer(first));
+    EXPECT_EQ(42, CallAnswer(DynamicLibrary(folder.Wide("answer.so"))));
+}
+
 TEST(DynamicLibrary, LoadsANonAsciiPathInTheCLocale)
 {
     ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C");

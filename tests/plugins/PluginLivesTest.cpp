@@ -146,7 +146,7 @@ TEST_F(PluginLives, NeverUnloadedBeforeTheEndOfTheProcess)
 
 TEST_F(PluginLives, ManyLivesLeaveNothingBehind)
 {
-    Rounds rounds("lives of plug-ins", "TOOLKIT_TEST_PLUGINS", 200);
+    Rounds rounds("sets loaded", "TOOLKIT_TEST_PLUGINS", 200);
     const ToolkitSession session;
     while (rounds.GoOn())
     {

@@ -41,10 +41,19 @@ std::string WithReadableSymbol(std::string reason)
 
 Result<SharedLibrary> SharedLibrary::Load(const NativePath& path, int flags)
 {
-    const bool isSearchedFor = path.GetBytes().find('/') == path.GetBytes().npos;
-    if (!isSearchedFor || !path.IsValid())
-        if (Result<void> checked = CheckLibraryFile(path); !checked)
+    const bool isSearchedFor = path.IsValid() && path.GetBytes().find('/') == path.GetBytes().npos;
+    if (!isSearchedFor)
+    {
+        const Result<void> checked = CheckLibraryFile(path);
+        // One that is loaded already needs its file no more.
+        const bool mayBeLoaded =
+            !checked && path.IsValid() && checked.error().Code() == std::errc::no_such_file_or_directory;
+        if (void* const handle = mayBeLoaded ? dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD | flags) : nullptr;
+            handle != nullptr)
+            return SharedLibrary(handle);
+        if (!checked)
             return checked.error();
+    }
     if (void* const handle = dlopen(path.c_str(), RTLD_NOW | flags); handle != nullptr)
         return SharedLibrary(handle);
     return LibraryFailure(Errc::Malformed, path.GetBytes(),

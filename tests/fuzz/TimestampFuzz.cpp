@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "tests/support/FuzzCheck.h"
+#include "toolkit/datetime/DateTime.h"
 #include "toolkit/datetime/Timestamp.h"
 
 // The input is a text that may be a timestamp, the date of a mail, or neither; and a moment in nanoseconds.

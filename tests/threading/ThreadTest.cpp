@@ -355,7 +355,7 @@ TEST(Thread, EveryPauseIsEndedByItsResume)
     std::atomic<int> rounds{0};
     Worker worker(LoopWithoutRest(rounds));
     ASSERT_TRUE(worker.Run());
-    for (int round = 0; round < 2000; ++round)
+    for (int round = 0; round < 500; ++round)
     {
         EXPECT_TRUE(worker.Pause());
         EXPECT_TRUE(worker.Resume());

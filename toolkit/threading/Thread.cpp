@@ -136,14 +136,18 @@ bool Thread::IsPaused() const
 }
 
 // Stays out of the base class's own wait for the end of a pause: a pause that the base class begins just when
-// the thread is stopped would hold it there for ever.
+// the thread is stopped would hold it there for ever. The guard is taken in a pause only: work that asks all
+// the time would keep it from the owner.
 bool Thread::TestDestroy()
 {
-    std::unique_lock<std::mutex> guard(m_stateGuard);
     if (!IsCurrent())
         return m_bStopping;
-    while (!m_bStopping && wxThread::IsPaused())
-        m_stateChange.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
+    if (wxThread::IsPaused())
+    {
+        std::unique_lock<std::mutex> guard(m_stateGuard);
+        while (!m_bStopping && wxThread::IsPaused())
+            m_stateChange.wait_until(guard, std::chrono::system_clock::now() + s_pauseLook);
+    }
     return m_bStopping || m_bDeleted;
 }
 

@@ -122,9 +122,9 @@ private:
     // Guards how the thread enters, pauses, goes on and is asked to stop.
     std::mutex m_stateGuard;
     std::condition_variable m_stateChange;
-    bool m_bStopping = false;
+    std::atomic<bool> m_bStopping{false};
     // Asked to stop by the base class, which waits for it to go on first.
-    bool m_bDeleted = false;
+    std::atomic<bool> m_bDeleted{false};
 };
 
 } // namespace Toolkit

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -120,6 +125,27 @@ protected:
     }
 
     const ScopedEnvironment m_lockFolder{"HOME", m_folder.Path().c_str()};
+};
+
+// What several processes count together.
+class Counter
+{
+public:
+    Counter()
+        : m_pMemory(mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE,
+                         MAP_SHARED | MAP_ANONYMOUS, -1, 0)),
+          m_pCount(new (m_pMemory) std::atomic<int>(0))
+    {
+    }
+    ~Counter() { munmap(m_pMemory, sizeof(std::atomic<int>)); }
+    Counter(const Counter&) = delete;
+    Counter& operator=(const Counter&) = delete;
+
+    std::atomic<int>& operator*() const { return *m_pCount; }
+
+private:
+    void* const m_pMemory;
+    std::atomic<int>* const m_pCount;
 };
 
 // A server, with all that the base library keeps once it has had a loop.
@@ -270,6 +296,69 @@ TEST_F(BrokenSystemSingleInstance, LivingOnesLockStays)
     close(ends[1]);
     EXPECT_EQ("", living.Wait());
     EXPECT_THAT(Files(), testing::IsEmpty());
+}
+
+// The clock was wrong when the lock was written, and nobody can tell whether it is held.
+TEST_F(BrokenSystemSingleInstance, LivingOnesLockStaysWhateverItsDateWithoutLocksOfTheSystem)
+{
+    const SingleApplicationInstance first;
+    const timespec longAgo[] = {{1, 0}, {1, 0}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, Lock().c_str(), longAgo, 0));
+    FailingSystem::SetAlways("flock", FailingSystem::NoSpace);
+    EXPECT_TRUE(InChild(
+        []
+        {
+            FailingSystem::Arm();
+            const bool another = SingleApplicationInstance().IsAlreadyRunning();
+            FailingSystem::Disarm();
+            return another && FailingSystem::HasFailed("flock");
+        }));
+    EXPECT_EQ(OwnNumber(), ReadBytes(Lock()));
+}
+
+// As many rounds as TOOLKIT_TEST_INSTANCES says, a few on every day.
+TEST_F(BrokenSystemSingleInstance, TwentyStartsAtOnceWithoutLocksOfTheSystemGiveOneFirst)
+{
+    const int starts = 20;
+    FailingSystem::SetAlways("flock", FailingSystem::NoSpace);
+    const char* const wanted = std::getenv("TOOLKIT_TEST_INSTANCES");
+    const long rounds = wanted == nullptr ? 3 : std::max(1L, std::atol(wanted) / starts);
+    for (long round = 0; round < rounds && !HasFailure(); ++round)
+    {
+        int go[2];
+        int end[2];
+        ASSERT_TRUE(pipe2(go, O_CLOEXEC) == 0 && pipe2(end, O_CLOEXEC) == 0);
+        const Counter firsts;
+        const Counter asked;
+        // Each asks when all are there, and ends when all have asked.
+        const auto start = [&]
+        {
+            close(go[1]);
+            close(end[1]);
+            char byte = 0;
+            bool right = read(go[0], &byte, 1) == 0;
+            FailingSystem::Arm();
+            const SingleApplicationInstance instance;
+            FailingSystem::Disarm();
+            *firsts += instance.IsAlreadyRunning() ? 0 : 1;
+            ++*asked;
+            right = read(end[0], &byte, 1) == 0 && right;
+            return right;
+        };
+        std::vector<std::unique_ptr<ForkedCopy>> children;
+        for (int i = 0; i < starts; ++i)
+            children.push_back(std::make_unique<ForkedCopy>(start));
+        close(go[0]);
+        close(end[0]);
+        close(go[1]);
+        EXPECT_TRUE(WaitUntil([&] { return *asked == starts; }));
+        close(end[1]);
+        for (const auto& child : children)
+            EXPECT_EQ("", child->Wait());
+        EXPECT_EQ(1, *firsts);
+        EXPECT_TRUE(FailingSystem::HasFailed("flock"));
+        EXPECT_THAT(Files(), testing::IsEmpty());
+    }
 }
 
 TEST_F(BrokenSystemIPC, ServerListensAgain)

@@ -47,6 +47,8 @@ struct State
     std::atomic<const char*> m_failed[s_uMostFailed] = {};
     std::atomic<std::size_t> m_uFailed{0};
     std::atomic<bool> m_bClosedStrange{false};
+    // The only call that fails; null for all of them.
+    std::atomic<const char*> m_pOnly{nullptr};
 };
 
 // Null until something is set, for the calls that are made before `main`.
@@ -87,6 +89,9 @@ bool Fails(const char* call, std::uint32_t faults, int noSpace = ENOSPC)
     const std::uint32_t fault = state->m_uFault;
     if (((faults | FailingSystem::Killed) & fault) == 0)
         return false;
+    const char* const only = state->m_pOnly;
+    if (only != nullptr && std::strcmp(only, call) != 0)
+        return false;
     const unsigned long number = ++state->m_uCount;
     if (state->m_bOnwards ? number < state->m_uFailing : number != state->m_uFailing)
         return false;
@@ -125,6 +130,13 @@ void FailingSystem::Set(unsigned long failing, Fault fault, bool onwards)
     state.m_uCount = 0;
     state.m_uFailed = 0;
     state.m_bClosedStrange = false;
+    state.m_pOnly = nullptr;
+}
+
+void FailingSystem::SetAlways(const char* call, Fault fault)
+{
+    Set(1, fault, true);
+    GetState().m_pOnly = call;
 }
 
 FailingSystem::Fault FailingSystem::GetFault()
@@ -323,7 +335,7 @@ extern "C"
     int flock(int descriptor, int operation) noexcept
     {
         NEXT(flock, "flock");
-        return Fails("flock", s_uWait) ? -1 : next(descriptor, operation);
+        return Fails("flock", s_uWait | FailingSystem::NoSpace, ENOLCK) ? -1 : next(descriptor, operation);
     }
 
     int rename(const char* from, const char* to) noexcept

@@ -16,8 +16,8 @@ public:
     // A call fails only in ways in which it can fail.
     enum Fault : std::uint32_t
     {
-        // ENOSPC (no memory in the system for a socket), EIO, EINTR, EMFILE (EAGAIN for a fork), and less
-        // transferred than asked for.
+        // ENOSPC (no memory in the system for a socket, ENOLCK for a lock), EIO, EINTR, EMFILE (EAGAIN for a
+        // fork), and less transferred than asked for.
         NoSpace = 1,
         Broken = 2,
         Interrupted = 4,
@@ -29,6 +29,9 @@ public:
 
     // Begins to count anew the calls that can fail so; the one of that number, from 1, does.
     static void Set(unsigned long failing, Fault fault, bool onwards);
+
+    // Each call of that name does, and no other, until the next `Set`.
+    static void SetAlways(const char* call, Fault fault);
 
     // As set.
     static Fault GetFault();

@@ -93,10 +93,10 @@ bool IsBeingWritten(int descriptor)
 }
 
 // True while the process that made the file lives, whatever its number and the clocks say. One that another
-// library made, or that lies where there are no such locks, is never locked.
+// library made is never locked. Where the system has no locks, or none left, nobody can tell: it may be.
 bool IsLockedByItsMaker(int descriptor)
 {
-    return flock(descriptor, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return flock(descriptor, LOCK_SH | LOCK_NB) != 0;
 }
 
 bool IsStale(pid_t process, int descriptor, const struct stat& status)

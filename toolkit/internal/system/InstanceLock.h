@@ -14,8 +14,8 @@ namespace Toolkit
 
 // The lock file of the first instance of an application: it holds the number of its process and a NUL, as a
 // checker of wxWidgets leaves it and understands it, and is locked by the process for as long as the object
-// lives. The lock of a process that is gone is taken over; where the system has no such locks, the number,
-// the state of its process and the time of its start decide alone.
+// lives. The lock of a process that is gone is taken over; where the system has no such locks, the number and
+// the state of its process decide alone.
 class InstanceLock
 {
 public:

@@ -2,8 +2,10 @@
 #ifndef TOOLKIT_FORWARD_H
 #define TOOLKIT_FORWARD_H
 
-// Declares the library's classes for headers that only name them.
+/// \file
+/// Declares the library's classes for headers that only name them.
 
+// All classes of the library. The guide to new code says which of them are made for it.
 namespace Toolkit
 {
 

@@ -4,6 +4,7 @@
 
 #include "toolkit/core/Export.h"
 
+// Work that a thread of its own runs, whatever it derives from.
 namespace Toolkit::Threading
 {
 

@@ -9,7 +9,6 @@
 #include <optional>
 
 #include <sys/eventfd.h>
-#include <unistd.h>
 #include <wx/app.h>
 #include <wx/apptrait.h>
 #include <wx/evtloop.h>
@@ -17,6 +16,7 @@
 #include <wx/thread.h>
 
 #include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/LoopDescriptors.h"
 #include "toolkit/threading/Mutex.h"
@@ -49,9 +49,7 @@ private:
     void OnReadWaiting() override
     {
         std::uint64_t count = 0;
-        while (read(m_iDescriptor, &count, sizeof count) == -1 && errno == EINTR)
-        {
-        }
+        ReadUpTo(m_iDescriptor, &count, sizeof count);
     }
     void OnWriteWaiting() override {}
     void OnExceptionWaiting() override {}
@@ -129,12 +127,11 @@ void DeliverPending()
 
 } // namespace
 
-EventPump::EventPump() : m_iWakeUp(Descriptor::AboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
+EventPump::EventPump() : m_iWakeUp(Descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)).Release()) {}
 
 EventPump::~EventPump()
 {
-    if (m_iWakeUp != -1)
-        close(m_iWakeUp);
+    const Descriptor closed(m_iWakeUp);
 }
 
 bool EventPump::Run(unsigned int milliseconds)
@@ -158,9 +155,7 @@ void EventPump::Stop()
     const int error = errno;
     m_bStopped = true;
     const std::uint64_t one = 1;
-    while (write(m_iWakeUp, &one, sizeof one) == -1 && errno == EINTR)
-    {
-    }
+    WriteAll(m_iWakeUp, &one, sizeof one);
     errno = error;
 }
 

@@ -2,7 +2,6 @@
 #include "toolkit/internal/ipc/InstanceServer.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -16,9 +15,9 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 #include "toolkit/internal/ipc/IPCPayload.h"
+#include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/Utf8Codec.h"
 
 namespace Toolkit
@@ -60,8 +59,7 @@ struct InstanceServer::Work
     void Wake() const
     {
         const std::uint64_t one = 1;
-        while (write(m_wake.Get(), &one, sizeof one) == -1 && errno == EINTR)
-            continue;
+        WriteAll(m_wake.Get(), &one, sizeof one);
     }
 
     std::mutex m_mutex;
@@ -228,8 +226,7 @@ void InstanceServer::WaitForEvents(bool isStopping) const
     pollfd waited[] = {{m_connections.Get(), POLLIN, 0}, {m_pWork->m_wake.Get(), POLLIN, 0}};
     poll(waited, 2, isStopping ? s_iLastTurn : -1);
     std::uint64_t count = 0;
-    while (read(m_pWork->m_wake.Get(), &count, sizeof count) == -1 && errno == EINTR)
-        continue;
+    ReadUpTo(m_pWork->m_wake.Get(), &count, sizeof count);
 }
 
 void InstanceServer::SendAnswers()

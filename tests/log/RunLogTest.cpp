@@ -269,7 +269,7 @@ TEST_F(RunLogTest, KeepCountsTheFilesOfARotatedRun)
 
 TEST_F(RunLogTest, LinesOfManyThreadsAreWholeAndInOrder)
 {
-    LogOnManyThreads(Folder(), Options(), LinesOfAThread());
+    LogOnManyThreads(Folder(), Options().MaxSize(0), LinesOfAThread());
 }
 
 TEST_F(RunLogTest, LinesOfManyThreadsAreWholeAndInOrderWhileFilesRotate)

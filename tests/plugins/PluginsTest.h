@@ -37,12 +37,13 @@ protected:
         return path;
     }
 
-    // True when a library of that path, or of a path that begins so, is in the address space.
+    // True when code of a library of that path, or of a path that begins so, is in the address space. A
+    // sanitizer's reader of debug information maps the file, too, and without its code.
     static bool IsMapped(const std::filesystem::path& path)
     {
         std::ifstream maps("/proc/self/maps");
         for (std::string line; std::getline(maps, line);)
-            if (line.find(path.native()) != line.npos)
+            if (line.find(" r-xp ") != line.npos && line.find(path.native()) != line.npos)
                 return true;
         return false;
     }

@@ -33,7 +33,7 @@ const long long s_iLongestWait = 3600 * 1000;
 // When the time is over and there is always something more, for instance because a handler makes it.
 const int s_iMostLateTurns = 16;
 
-// Lets a descriptor that is written to wake the base library's loops up.
+// Lets a descriptor that is written to wake wxWidgets' loops up.
 class WakeUpSource : private wxEventLoopSourceHandler
 {
 public:

@@ -9,10 +9,10 @@
 namespace Toolkit
 {
 
-// Delivers the base library's events, and with them the commands of an `IPCServer`, in a host that has no
-// event loop of its own. The host's main thread runs it; any thread may stop it. A host that runs the base
-// library's loop needs none; within that loop, or within another pump, it delivers what that would deliver.
-// It keeps nothing of the base library between two runs.
+// Delivers wxWidgets' events, and with them the commands of an `IPCServer`, in a host that has no
+// event loop of its own. The host's main thread runs it; any thread may stop it. A host that runs wxWidgets'
+// loop needs none; within that loop, or within another pump, it delivers what that would deliver.
+// It keeps nothing of wxWidgets between two runs.
 class TOOLKIT_API EventPump
 {
 public:
@@ -24,7 +24,7 @@ public:
 
     // Delivers events for that many milliseconds or until it is stopped; 0 delivers what is there and
     // returns, 4294967295 runs until it is stopped. It sleeps while there is nothing to deliver. True when it
-    // ran, to its end or to a stop; false, at once, when the base library is not started or the caller is not
+    // ran, to its end or to a stop; false, at once, when wxWidgets is not started or the caller is not
     // on its main thread. An exception of an event's handler passes; those of IPC listeners do not come here.
     bool Run(unsigned int milliseconds);
 

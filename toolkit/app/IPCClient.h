@@ -8,7 +8,7 @@
 namespace Toolkit
 {
 
-// Sends a command to an `IPCServer`, or to any server of the base library, of this machine. Any thread may
+// Sends a command to an `IPCServer`, or to any server of wxWidgets, of this machine. Any thread may
 // call it. On the main thread the process's own servers take clients while it waits, so that two programs may
 // connect to each other at the same time. Failures are answered by the result; nothing is logged. Over a
 // local socket it talks to a server of this user alone. Over a port it trusts whoever listens there: any user

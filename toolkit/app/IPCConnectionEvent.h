@@ -8,7 +8,7 @@
 namespace Toolkit
 {
 
-// A listener of an IPCServer. The server shares it and calls it on the thread on which the base library
+// A listener of an IPCServer. The server shares it and calls it on the thread on which wxWidgets
 // delivers its events, with the server's list of listeners held: it returns quickly.
 class TOOLKIT_API IPCConnectionEvent
 {

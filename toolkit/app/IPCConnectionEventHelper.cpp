@@ -7,7 +7,7 @@
 namespace Toolkit
 {
 
-// The base library's part of the connection carries nothing, and has nothing to disconnect.
+// wxWidgets' part of the connection carries nothing, and has nothing to disconnect.
 IPCConnectionEventHelper::IPCConnectionEventHelper(IPCServer& server) : m_server(server)
 {
     SetConnected(false);

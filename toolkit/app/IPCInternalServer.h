@@ -16,8 +16,8 @@ namespace Toolkit
 class IPCEndpoint;
 class IPCServer;
 
-// The listening end of an `IPCServer`, which owns it. To its clients it is a server of the base library, and
-// takes any client of the base library's; it listens by itself, as the base library's own listening deletes
+// The listening end of an `IPCServer`, which owns it. To its clients it is a server of wxWidgets, and
+// takes any client of wxWidgets; it listens by itself, as wxWidgets' own listening deletes
 // what lies at its path and waits for each client in turn.
 class TOOLKIT_API IPCInternalServer : public wxTCPServer
 {

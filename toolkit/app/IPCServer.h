@@ -15,8 +15,8 @@ namespace Toolkit
 class IPCInternalServer;
 
 // Listens on a local channel and announces each command that a client (`IPCClient`) sends to its listeners.
-// It belongs to the base library's main thread, whose event loop (or an `EventPump`) delivers the commands
-// there, and keeps the base library running while it listens. A client that is silent, slow or talks nonsense
+// It belongs to wxWidgets' main thread, whose event loop (or an `EventPump`) delivers the commands
+// there, and keeps wxWidgets running while it listens. A client that is silent, slow or talks nonsense
 // holds up no other, and stays until it leaves; only when descriptors or memory run out, those are dropped
 // that were silent for longest. A forked copy of the process takes no part in it, and keeps no socket of it.
 // On a port any user of this machine may send commands: prefer a local socket, which only this user reaches.
@@ -37,7 +37,7 @@ public:
     // True when the server listens. Quirk: calling it again then changes nothing, unless the socket file is
     // gone. False when the service is not to be had, and the server may try again later: a living server has
     // it (a dead one's socket is taken over), anything else lies at the path, the text can be no service, the
-    // caller is not on the main thread, or the base library is not started. Waits at most two seconds for
+    // caller is not on the main thread, or wxWidgets is not started. Waits at most two seconds for
     // other servers that start at the same path.
     bool Run();
 

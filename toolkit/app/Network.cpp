@@ -26,7 +26,7 @@ namespace
 
 const unsigned short s_uPort = 80;
 
-// The base library's sockets keep a graphical host alive while they wait; they work on its main thread only.
+// wxWidgets' sockets keep a graphical host alive while they wait; they work on its main thread only.
 bool ConnectOnMainThread(int timeoutSeconds)
 {
     const BaseLibrary::Silence silence;

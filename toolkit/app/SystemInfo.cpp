@@ -23,7 +23,7 @@ namespace Toolkit
 namespace
 {
 
-// The base library would ask a shell for the same names, and only while it is started.
+// wxWidgets would ask a shell for the same names, and only while it is started.
 utsname Kernel()
 {
     utsname kernel = {};

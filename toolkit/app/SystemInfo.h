@@ -45,7 +45,7 @@ public:
     static unsigned int GetOSMinorVersion();
     // Major * 100 + minor * 10. Quirk: a minor version of ten reads as the next major one.
     static unsigned int GetOperatingSystemId();
-    // Quirk: the base library's ids of the two small Windows variants count as unknown.
+    // Quirk: wxWidgets' ids of the two small Windows variants count as unknown.
     static Platform GetPlatform();
     static Endian GetEndian();
 

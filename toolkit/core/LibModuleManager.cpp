@@ -16,8 +16,8 @@ namespace Toolkit
 namespace
 {
 
-// How often the base library was started here and not stopped again. It outlives the manager as the started
-// base library does; the mutex of the one manager guards it.
+// How often wxWidgets was started here and not stopped again. It outlives the manager as the started
+// wxWidgets does; the mutex of the one manager guards it.
 unsigned int s_uBaseLibraryStarts = 0;
 
 // Where `Release` stands among the modules; null where it does not walk over them. The same mutex guards it.

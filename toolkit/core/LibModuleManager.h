@@ -49,11 +49,11 @@ public:
     // Quirk: a module registered again while its removal waits is removed all the same.
     void Unregister(LibModule* module);
 
-    // Starts the base library if asked to, then initialises every module, those included that are registered
+    // Starts wxWidgets if asked to, then initialises every module, those included that are registered
     // meanwhile. Quirk: a second call initialises every module again.
     void Initialize(bool initializeBaseLibrary);
 
-    // Releases every module; they stay registered. Then stops the base library if asked to, unless no
+    // Releases every module; they stay registered. Then stops wxWidgets if asked to, unless no
     // `Initialize` started it; on another thread than the one that started it, that is put off until a later
     // start or stop on that one.
     // Quirk: modules that were never initialised are released too.

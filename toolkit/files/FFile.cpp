@@ -132,7 +132,7 @@ bool FFile::Flush()
 
 bool FFile::Close()
 {
-    // Detached first: the base library would keep a stream whose closing failed, and close it again.
+    // Detached first: wxWidgets would keep a stream whose closing failed, and close it again.
     std::FILE* const stream = m_pFile->Detach();
     if (stream == nullptr)
         return true;

@@ -40,7 +40,7 @@ void Rename(wxZipEntry& entry, const TString<wchar_t>& name)
         entry.SetIsDir();
 }
 
-// The base library leaves a name empty that is not in the charset that the archive says, and one like "."
+// wxWidgets leaves a name empty that is not in the charset that the archive says, and one like "."
 // or "/": that of the record just read tells the entries apart.
 TString<wchar_t> NameOf(wxZipEntry& entry, const wxZipInputStream& directory, const ZipFile& file)
 {

@@ -31,7 +31,7 @@ LogSeverity SeverityOf(wxLogLevel level)
     }
 }
 
-// The base library fills in the seconds only where it cares for its old interface.
+// wxWidgets fills in the seconds only where it cares for its old interface.
 std::time_t SecondsOf(const wxLogRecordInfo& info)
 {
     return info.timestamp != 0 ? info.timestamp : static_cast<std::time_t>(info.timestampMS / 1000);
@@ -46,7 +46,7 @@ WxLogForwarder::WxLogForwarder()
 
 WxLogForwarder::~WxLogForwarder()
 {
-    // The base library flushes into the active target, and would make one if there were none.
+    // wxWidgets flushes into the active target, and would make one if there were none.
     wxLog::SetActiveTarget(this);
     wxLog::FlushActive();
     wxLog::SetActiveTarget(nullptr);

@@ -13,17 +13,17 @@
 namespace Toolkit
 {
 
-// A log target of the base library that turns each of its messages into one line of the installed logger. The
+// A log target of wxWidgets that turns each of its messages into one line of the installed logger. The
 // host creates it once the logger exists, owns it, and destroys it before the logger goes; without a logger
-// messages are lost. The base library delivers at once what its main thread logs and what a thread logs that
+// messages are lost. wxWidgets delivers at once what its main thread logs and what a thread logs that
 // called wxLog::SetThreadActiveTarget with the forwarder; it keeps back what any other thread logs until its
 // main thread calls wxLog::FlushActive or destroys the forwarder. Nothing fails.
 class TOOLKIT_API WxLogForwarder : public wxLog
 {
 public:
-    // Becomes the base library's active target. Quirk: the one before is neither kept nor deleted.
+    // Becomes wxWidgets' active target. Quirk: the one before is neither kept nor deleted.
     WxLogForwarder();
-    // Forwards what was kept back, and leaves the base library without a target.
+    // Forwards what was kept back, and leaves wxWidgets without a target.
     ~WxLogForwarder() override;
 
     // Forwards one message; a null one is empty. `timestamp` is in seconds since 1970.

@@ -41,7 +41,7 @@ protected:
 private:
     bool LockWithin(unsigned int timeout);
 
-    // The system's own recursive mutex, in place: the base library's would cost two pieces of memory more,
+    // The system's own recursive mutex, in place: wxWidgets' would cost two pieces of memory more,
     // and half as much again for each lock.
     pthread_mutex_t m_mutex;
 };

@@ -199,7 +199,7 @@ wxThread::ExitCode Thread::Entry()
     return DoWork();
 }
 
-// A thread that is cancelled on its way to its entry, in the base library's code, ends the whole process.
+// A thread that is cancelled on its way to its entry, in wxWidgets' code, ends the whole process.
 void Thread::OnKill()
 {
     const auto limit = std::chrono::system_clock::now() + s_entryLimit;

@@ -15,7 +15,7 @@
 namespace Toolkit
 {
 
-// Keeps the base library running for as long as a thread object exists; destroyed after everything that needs
+// Keeps wxWidgets running for as long as a thread object exists; destroyed after everything that needs
 // it.
 class TOOLKIT_API ThreadBaseLibraryHold
 {
@@ -26,7 +26,7 @@ protected:
     ThreadBaseLibraryHold(const ThreadBaseLibraryHold&) = delete;
     ThreadBaseLibraryHold& operator=(const ThreadBaseLibraryHold&) = delete;
 
-    // Called while the thread object goes: starts the base library once more if it was stopped too early.
+    // Called while the thread object goes: starts wxWidgets once more if it was stopped too early.
     void HoldForDestruction();
 
 private:
@@ -81,7 +81,7 @@ public:
     // UndefinedThread when the operating system's thread could not be created.
     unsigned long GetId() const;
     static unsigned long GetCurrentId();
-    // True on the process's first thread, whether or not the base library runs.
+    // True on the process's first thread, whether or not wxWidgets runs.
     static bool IsMainThread();
 
     // Suspends the calling thread for at least that long; a signal does not cut it short.
@@ -101,7 +101,7 @@ protected:
     void OnKill() override;
 
     // The work of the thread, called once on it; the result becomes the exit code. Quirk: an exception that
-    // leaves it ends the thread without an exit code, and the base library tells of it on the standard error
+    // leaves it ends the thread without an exit code, and wxWidgets tells of it on the standard error
     // output.
     virtual ExitCode DoWork() = 0;
 

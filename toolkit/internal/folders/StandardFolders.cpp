@@ -24,7 +24,7 @@ namespace
 
 const char* const c_strSelf = "/proc/self/exe";
 
-// True when the base library, which converts by the current locale, reads the bytes as UTF-8 does.
+// True when wxWidgets, which converts by the current locale, reads the bytes as UTF-8 does.
 bool IsReadAlike(const char* bytes)
 {
     return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(Utf8Codec::Decode(bytes));
@@ -49,7 +49,7 @@ bool CanAskBaseLibraryOfUser()
            IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
 }
 
-// The name that the base library gives an application without one: that of its file, without the last
+// The name that wxWidgets gives an application without one: that of its file, without the last
 // extension.
 wxString ExecutableName()
 {

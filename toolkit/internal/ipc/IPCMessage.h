@@ -12,7 +12,7 @@
 namespace Toolkit
 {
 
-// One message of the base library's protocol for connections over sockets: a code of one byte and what
+// One message of wxWidgets' protocol for connections over sockets: a code of one byte and what
 // belongs to it, sizes as 32-bit numbers with the lowest byte first. The texts are views of the reader's
 // memory.
 struct IPCMessage

@@ -30,7 +30,7 @@ bool s_bMainLogged = true;
 unsigned int s_uProcessSilences = 0;
 wxLogLevel s_uProcessLevel = wxLOG_Max;
 
-// The base library keeps what it knows of its threads in a table that it makes when it is first asked. Made
+// wxWidgets keeps what it knows of its threads in a table that it makes when it is first asked. Made
 // when this library is loaded, it outlives the statics of a host, one of which may own a running thread.
 [[maybe_unused]] const bool s_bThreadTableIsMade =
     (static_cast<void>(wxTranslations::GetUntranslatedString(wxString())), true);
@@ -52,7 +52,7 @@ private:
     wxLog* const m_pTarget;
 };
 
-// A host that stops the base library itself takes back every start.
+// A host that stops wxWidgets itself takes back every start.
 void ForgetWhatTheHostStopped()
 {
     if (!BaseLibrary::IsStarted())
@@ -78,7 +78,7 @@ void StopOnce()
     wxUninitialize();
 }
 
-// Only the last stop needs the thread that started the base library, the one it calls main.
+// Only the last stop needs the thread that started wxWidgets, the one it calls main.
 void StopWhatIsOwed()
 {
     while (s_uStopsOwed > 0 && (s_uStarts > 1 || wxThread::IsMain()))
@@ -88,7 +88,7 @@ void StopWhatIsOwed()
     }
 }
 
-// True when the base library counts its starts. A host that brought it up with an application object of its
+// True when wxWidgets counts its starts. A host that brought it up with an application object of its
 // own has not been counted, and one more start would begin anew.
 bool IsCounted()
 {
@@ -129,8 +129,8 @@ bool BaseLibrary::Hold()
     return IsCounted() && StartOnce();
 }
 
-// Before the start every thread passes for the main one, and no longer once another thread has started the
-// base library: only the log level can be restored then.
+// Before the start every thread passes for the main one, and no longer once another thread has started
+// wxWidgets: only the log level can be restored then.
 BaseLibrary::Silence::Silence()
     : m_scope(!IsStarted()         ? Scope::Process
               : wxThread::IsMain() ? Scope::MainThread

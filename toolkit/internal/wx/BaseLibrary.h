@@ -2,26 +2,26 @@
 #ifndef TOOLKIT_INTERNAL_WX_BASELIBRARY_H
 #define TOOLKIT_INTERNAL_WX_BASELIBRARY_H
 
-// The base library as a process-wide service: who started it, whether it runs, and how to keep it quiet.
+// wxWidgets as a process-wide service: who started it, whether it runs, and how to keep it quiet.
 // Any thread may ask; it is stopped only on the thread that started it.
 namespace Toolkit::BaseLibrary
 {
 
-// True while the base library is started, by whomever.
+// True while wxWidgets is started, by whomever.
 bool IsStarted();
 
-// Starts the base library, or adds one to the number of its starts. False when it cannot be started.
+// Starts wxWidgets, or adds one to the number of its starts. False when it cannot be started.
 bool Start();
 
 // Takes back one `Start`; without a matching one it does nothing. On another thread than the one that
-// started the base library the stop is put off until the next `Start` or `Stop` on that thread.
+// started wxWidgets the stop is put off until the next `Start` or `Stop` on that thread.
 void Stop();
 
-// Keeps the base library running while a thread object lives: adds a start unless the host brought it up
+// Keeps wxWidgets running while a thread object lives: adds a start unless the host brought it up
 // with an application object of its own. True when a `Stop` is owed.
 bool Hold();
 
-// Suppresses what the base library would log; for the calling thread alone once it is started, as it can
+// Suppresses what wxWidgets would log; for the calling thread alone once it is started, as it can
 // tell threads apart only then.
 class Silence
 {

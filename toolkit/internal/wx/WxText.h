@@ -9,7 +9,7 @@
 namespace Toolkit
 {
 
-// Between the library's wide text and the base library's strings, whole and without any conversion of
+// Between the library's wide text and wxWidgets' strings, whole and without any conversion of
 // characters.
 inline wxString ToWx(const TString<wchar_t>& text)
 {

@@ -13,7 +13,7 @@ namespace Toolkit
 
 class ZipFile;
 
-// The content of one entry, decoded block by block by a decoder of its own: the base library's one keeps
+// The content of one entry, decoded block by block by a decoder of its own: wxWidgets' one keeps
 // traces of the entry before, even of a whole one. Nothing is yielded of a block in which damage, a wrong
 // length or a wrong checksum shows, nor behind it; a reader of small pieces, who cannot take back what he has
 // used, gets nothing at all of a damaged entry.
@@ -49,7 +49,7 @@ private:
     std::size_t Decode(void* buffer, std::size_t count);
 
     const std::shared_ptr<const ZipFile> m_pFile;
-    // A copy: the base library writes into the entry that it opens.
+    // A copy: wxWidgets writes into the entry that it opens.
     wxZipEntry m_entry;
     std::unique_ptr<wxZipInputStream> m_pDecoder;
     State m_state = State::Damaged;

@@ -17,7 +17,7 @@ namespace Toolkit
 {
 
 // The open file of an archive, read at any place by as many streams as share it, and the few facts of the
-// format (APPNOTE.TXT of PKWARE) that the base library leaves unchecked. It waits for no FIFO. Failures are
+// format (APPNOTE.TXT of PKWARE) that wxWidgets leaves unchecked. It waits for no FIFO. Failures are
 // answered. The streams belong to one thread at a time together.
 class ZipFile
 {

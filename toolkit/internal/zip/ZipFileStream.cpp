@@ -19,7 +19,7 @@ const std::size_t s_numbers[] = {16, 20, 38};
 
 } // namespace
 
-// What the base library reads of a record at once, behind the signature, and where in it the length of the
+// What wxWidgets reads of a record at once, behind the signature, and where in it the length of the
 // name lies.
 struct ZipFileStream::RecordRead
 {
@@ -36,7 +36,7 @@ ZipFileStream::~ZipFileStream() = default;
 
 wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
 {
-    // The base library's own form fills the whole buffer with zeros first.
+    // wxWidgets' own form fills the whole buffer with zeros first.
     if (m_wback == nullptr)
         m_lastcount = OnSysRead(buffer, count);
     else
@@ -70,7 +70,7 @@ std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
 {
     const std::size_t read = count <= ZipFile::s_uWindow ? m_pFile->ReadRecord(m_iPosition, buffer, count)
                                                          : m_pFile->ReadAt(m_iPosition, buffer, count);
-    // The base library takes a name that the file cuts short with all the length that it should have.
+    // wxWidgets takes a name that the file cuts short with all the length that it should have.
     if (read < count)
         std::memset(static_cast<char*>(buffer) + read, 0, count - read);
     if (m_replaced.replaced)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Prints as JSON what it takes to compile each header alone, null where it is not installed or does not:
-headers.py <repetitions> <flags of the base library>..."""
+headers.py <repetitions> <flags of wxWidgets>..."""
 import json
 import pathlib
 import shlex
@@ -74,7 +74,7 @@ def public_headers(root):
 
 def main():
     if len(sys.argv) < 2 or not sys.argv[1].isdecimal():
-        print("usage: headers.py <repetitions> <flags of the base library>...", file=sys.stderr)
+        print("usage: headers.py <repetitions> <flags of wxWidgets>...", file=sys.stderr)
         sys.exit(2)
     root = pathlib.Path(__file__).resolve().parent.parent
     repetitions, base = int(sys.argv[1]), sys.argv[2:]

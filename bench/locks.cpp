@@ -22,7 +22,7 @@
 namespace
 {
 
-// What the least that guards a count by a recursive mutex of the base library takes.
+// What the least that guards a count by a recursive mutex of wxWidgets takes.
 struct BareBlock
 {
     int m_iCount = 1;

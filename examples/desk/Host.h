@@ -27,7 +27,7 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // Lets the log, with what the base library logs, go to a file called `logName` in the temporary folder.
+    // Lets the log, with what wxWidgets logs, go to a file called `logName` in the temporary folder.
     void OpenLog(const Text& logName);
 
     // Loads every library of the plug-in folder, in the order of their names; each registers its module.

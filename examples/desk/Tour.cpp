@@ -107,7 +107,7 @@ void Tour::Load()
     m_host = std::make_unique<Host>();
     m_host->OpenLog(m_strLogName);
     m_strLogPath = m_host->GetLogPath();
-    Say(L"the library registered its module, the base library was started, the module made its singletons:");
+    Say(L"the library registered its module, wxWidgets was started, the module made its singletons:");
     Say(L"logger, system information, version, path manager, restart, single instance");
     Say(L"version of the library: " + (*Version::s_pInstance)->ToString());
     Say(L"log file: " + m_strLogPath);
@@ -331,7 +331,7 @@ void Tour::Restart()
 
 void Tour::ShutDown()
 {
-    Begin(L"Shutdown: modules are released in reverse order, then the base library stops");
+    Begin(L"Shutdown: modules are released in reverse order, then wxWidgets stops");
     m_host->ShutDown();
     const std::vector<Text> lines = LinesOf(m_strLogPath);
     const std::size_t first = FindMessage(lines, L"redact: released");

@@ -264,7 +264,7 @@ TEST_F(EventPumpTest, RunsOnTheMainThreadOnly)
     EXPECT_FALSE(ran);
 }
 
-TEST(EventPump, RunsOnTheThreadThatStartedTheBaseLibrary)
+TEST(EventPump, RunsOnTheThreadThatStartedWxWidgets)
 {
     const ToolkitTest::TemporaryFolder folder;
     EXPECT_TRUE(ToolkitTest::InChild(
@@ -286,7 +286,7 @@ TEST(EventPump, RunsOnTheThreadThatStartedTheBaseLibrary)
         }));
 }
 
-TEST(EventPump, DoesNotRunWithoutTheBaseLibrary)
+TEST(EventPump, DoesNotRunWithoutWxWidgets)
 {
     ToolkitTest::CapturedOutput errors(2);
     EventPump pump;
@@ -299,7 +299,7 @@ TEST(EventPump, DoesNotRunWithoutTheBaseLibrary)
     EXPECT_FALSE(pump.Run(0));
     {
         const ToolkitSession session;
-        EXPECT_TRUE(pump.Run(0)) << "it outlives the base library";
+        EXPECT_TRUE(pump.Run(0)) << "it outlives wxWidgets";
     }
     EXPECT_EQ("", errors.Stop());
 }

@@ -33,7 +33,7 @@ using namespace std::string_literals;
 
 const unsigned int s_uNoLimit = 4294967295U;
 
-// What a server of the base library itself gets.
+// What a server of wxWidgets itself gets.
 struct Got
 {
     std::vector<std::wstring> m_topics;
@@ -183,7 +183,7 @@ TEST_F(IPCClientTest, WorksOnTheServersOwnThread)
     EXPECT_EQ(3000000U, server.Received()[1].size());
 }
 
-TEST_F(IPCClientTest, SendsToAServerOfTheBaseLibrary)
+TEST_F(IPCClientTest, SendsToAServerOfWxWidgets)
 {
     for (const std::wstring& service : {Service(), FreePort()})
     {
@@ -206,7 +206,7 @@ TEST_F(IPCClientTest, AnswersFalseWhenTheTopicIsNotAccepted)
     EXPECT_THAT(got.m_texts, IsEmpty());
 }
 
-TEST(IPCClient, OfTheBaseLibraryIsTaken)
+TEST(IPCClient, OfWxWidgetsIsTaken)
 {
     const TemporaryFolder folder;
     for (const std::wstring& service : {std::wstring(folder.Wide("s")), FreePort()})
@@ -282,7 +282,7 @@ TEST_F(IPCClientTest, TrustsNoProcessOfAnotherUserBehindItsOwnSocket)
         }));
 }
 
-TEST(IPCClient, WorksWithoutTheBaseLibrary)
+TEST(IPCClient, WorksWithoutWxWidgets)
 {
     const TemporaryFolder folder;
     CapturedOutput errors(2);

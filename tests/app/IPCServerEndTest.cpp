@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is left when a server goes, or the process of which it is a copy, or the base library.
+// What is left when a server goes, or the process of which it is a copy, or wxWidgets.
 
 #include "toolkit/app/IPCServer.h"
 
@@ -33,7 +33,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// A host that brings the base library up with an application object of its own.
+// A host that brings wxWidgets up with an application object of its own.
 class HostApplication : public wxAppConsole
 {
 public:
@@ -172,7 +172,7 @@ TEST_F(IPCServerTest, CommandsThatWaitEndWithTheServer)
     EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST(IPCServer, KeepsTheBaseLibraryWhileItListens)
+TEST(IPCServer, KeepsWxWidgetsWhileItListens)
 {
     const TemporaryFolder folder;
     std::optional<RecordingServer> server;

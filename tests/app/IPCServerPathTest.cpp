@@ -317,7 +317,7 @@ TEST_F(IPCServerTest, RunsOnTheMainThreadOnly)
     EXPECT_TRUE(server.Run());
 }
 
-TEST(IPCServer, DoesNotRunWithoutTheBaseLibrary)
+TEST(IPCServer, DoesNotRunWithoutWxWidgets)
 {
     const TemporaryFolder folder;
     const DefaultChannel channel;

@@ -93,7 +93,7 @@ TEST(NetworkTiming, KeepsTheTimeout)
     ExpectTimeoutOfASecond("started");
 }
 
-TEST(NetworkTiming, KeepsTheTimeoutWithoutTheBaseLibrary)
+TEST(NetworkTiming, KeepsTheTimeoutWithoutWxWidgets)
 {
     ExpectTimeoutOfASecond("plain");
 }

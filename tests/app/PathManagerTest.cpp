@@ -203,7 +203,7 @@ TEST(PathManager, AsksForTheStandardPathsAtEachCall)
     EXPECT_FALSE(PathManager::DirExists(paths.GetUserLocalDataDir()));
 }
 
-TEST(PathManager, FollowsTheNameThatTheHostGaveToTheBaseLibrary)
+TEST(PathManager, FollowsTheNameThatTheHostGaveToWxWidgets)
 {
     const wxInitializer started;
     wxAppConsole::GetInstance()->SetAppName("host");
@@ -213,7 +213,7 @@ TEST(PathManager, FollowsTheNameThatTheHostGaveToTheBaseLibrary)
     EXPECT_EQ(paths.GetUserLocalDataDir(), UTF8::ToUNICODE(TString<char>(std::getenv("HOME"))) + L"/.host");
 }
 
-TEST(PathManager, AnswersTheSameWithoutTheBaseLibrary)
+TEST(PathManager, AnswersTheSameWithoutWxWidgets)
 {
     CapturedOutput errors(2);
     const std::vector<Wide> without = FieldsOf(PathManager());

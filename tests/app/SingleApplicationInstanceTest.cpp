@@ -86,7 +86,7 @@ TEST_F(SingleApplicationInstanceTest, FurtherObjectsOfTheProcessAreNoOtherInstan
 }
 
 // A host of an older kind may stand at the same path.
-TEST_F(SingleApplicationInstanceTest, AndACheckerOfTheBaseLibrarySeeEachOther)
+TEST_F(SingleApplicationInstanceTest, AndACheckerOfWxWidgetsSeeEachOther)
 {
     const auto isSeenByChecker = [this]
     {

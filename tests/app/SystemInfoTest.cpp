@@ -197,7 +197,7 @@ TEST(SystemInfo, KnowsThePlatformAndItsByteOrder)
                                            : SystemInfo::EndianBig);
 }
 
-TEST(SystemInfo, AgreesWithTheBaseLibrary)
+TEST(SystemInfo, AgreesWithWxWidgets)
 {
     const wxInitializer started;
     const wxPlatformInfo& platform = wxPlatformInfo::Get();
@@ -208,7 +208,7 @@ TEST(SystemInfo, AgreesWithTheBaseLibrary)
               platform.GetEndianness() == wxENDIAN_LITTLE);
 }
 
-TEST(SystemInfo, AnswersQuietlyWithoutTheBaseLibraryAndAnySearchPath)
+TEST(SystemInfo, AnswersQuietlyWithoutWxWidgetsAndAnySearchPath)
 {
     const ScopedEnvironment path("PATH", "/nowhere");
     CapturedOutput errors(2);

@@ -54,7 +54,7 @@ bool Logs()
 
 } // namespace
 
-// Each test has a process of its own, in which nobody has started the base library yet.
+// Each test has a process of its own, in which nobody has started wxWidgets yet.
 
 TEST(BaseLibrary, StartsAndStopsAsOftenAsAsked)
 {
@@ -280,7 +280,7 @@ TEST(BaseLibrary, SilenceNestsAndRestores)
                     REQUIRE(!Logs());
                 }
                 REQUIRE(Logs());
-                // The second round runs with the base library started.
+                // The second round runs with wxWidgets started.
                 REQUIRE(BaseLibrary::Start());
             }
             BaseLibrary::Stop();
@@ -302,7 +302,7 @@ TEST(BaseLibrary, SilenceRestoresWhatTheHostHadChosen)
                     const BaseLibrary::Silence silence;
                 }
                 REQUIRE(!wxLog::IsEnabled() && wxLog::GetLogLevel() == wxLOG_Warning);
-                // The second round runs with the base library started.
+                // The second round runs with wxWidgets started.
                 REQUIRE(BaseLibrary::Start());
             }
             wxLog::EnableLogging(true);

@@ -140,7 +140,7 @@ TEST(DllToolkit, ManagerThatTheHostDestroyedIsSurvived)
     DllToolkitUnload();
 }
 
-TEST(DllToolkit, LifeWithoutTheBaseLibraryIsSilent)
+TEST(DllToolkit, LifeWithoutWxWidgetsIsSilent)
 {
     ToolkitTest::CapturedOutput output(2);
     DllToolkitLoad();

@@ -619,9 +619,9 @@ TEST_F(LibModuleManagerTest, ThreadsMayRegisterAndUnregisterAtOnce)
     EXPECT_EQ(Journal{"+a"}, Take());
 }
 
-// ---- the base library
+// ---- wxWidgets
 
-TEST_F(LibModuleManagerTest, InitializeStartsTheBaseLibraryBeforeTheModules)
+TEST_F(LibModuleManagerTest, InitializeStartsWxWidgetsBeforeTheModules)
 {
     bool started = false;
     m_a.m_onInitialize = [&started] { started = IsBaseLibraryStarted(); };
@@ -632,7 +632,7 @@ TEST_F(LibModuleManagerTest, InitializeStartsTheBaseLibraryBeforeTheModules)
     EXPECT_FALSE(IsBaseLibraryStarted());
 }
 
-TEST_F(LibModuleManagerTest, ReleaseStopsTheBaseLibraryAfterTheModules)
+TEST_F(LibModuleManagerTest, ReleaseStopsWxWidgetsAfterTheModules)
 {
     bool started = false;
     m_a.m_onRelease = [&started] { started = IsBaseLibraryStarted(); };
@@ -643,7 +643,7 @@ TEST_F(LibModuleManagerTest, ReleaseStopsTheBaseLibraryAfterTheModules)
     EXPECT_FALSE(IsBaseLibraryStarted());
 }
 
-TEST_F(LibModuleManagerTest, FalseLeavesTheBaseLibraryAlone)
+TEST_F(LibModuleManagerTest, FalseLeavesWxWidgetsAlone)
 {
     m_manager.Initialize(false);
     EXPECT_FALSE(IsBaseLibraryStarted());

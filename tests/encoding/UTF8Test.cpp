@@ -359,7 +359,7 @@ TEST(UTF8, HasToBeUTF8WhenTheLengthChanges)
     EXPECT_TRUE(UTF8::HasToBeUTF8(std::wstring(1, L'\0')));
 }
 
-TEST(UTF8, AgreesWithTheBaseLibraryOnValidText)
+TEST(UTF8, AgreesWithWxWidgetsOnValidText)
 {
     std::mt19937 random(99);
     for (int round = 0; round < 3000; ++round)

@@ -156,7 +156,7 @@ TEST_F(DeskWindow, OpensAFileOfAnyNameInTheLocaleC)
     Quit(*first);
 }
 
-TEST_F(DeskWindow, KeepsErrorsOfTheBaseLibraryInTheLog)
+TEST_F(DeskWindow, KeepsErrorsOfWxWidgetsInTheLog)
 {
     const auto first = StartFirst();
     WaitForState({"status: 6 mails are indexed\n"});

@@ -148,7 +148,7 @@ private:
     std::atomic<int>* const m_pCount;
 };
 
-// A server, with all that the base library keeps once it has had a loop.
+// A server, with all that wxWidgets keeps once it has had a loop.
 class BrokenSystemIPC : public BrokenSystemProcesses
 {
 protected:

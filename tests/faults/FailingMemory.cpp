@@ -64,9 +64,9 @@ int FindRange(dl_phdr_info* info, std::size_t, void* data)
     return 1;
 }
 
-// True for memory that the base library wants, itself or through a string of the standard library. `caller`
+// True for memory that wxWidgets wants, itself or through a string of the standard library. `caller`
 // is what called `operator new`.
-bool IsForTheBaseLibrary(const void* caller)
+bool IsForWxWidgets(const void* caller)
 {
     if (!s_standardLibrary.Holds(caller))
         return IsBaseLibrary(caller);
@@ -79,7 +79,7 @@ bool IsForTheBaseLibrary(const void* caller)
 
 bool Fails(const void* caller)
 {
-    if ((!t_bArmed && (!s_bAllArmed || t_bSpared)) || IsForTheBaseLibrary(caller))
+    if ((!t_bArmed && (!s_bAllArmed || t_bSpared)) || IsForWxWidgets(caller))
         return false;
     const unsigned long number = ++s_uCount;
     const bool fails = s_bOnwards ? number >= s_uFailing : number == s_uFailing;

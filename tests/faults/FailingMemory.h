@@ -6,7 +6,7 @@ namespace ToolkitTest
 {
 
 // The `operator new` of a program that links FailingMemory.cpp: it counts what is allocated while it is
-// armed, and has no memory for one of these allocations, or for one and all later ones. What the base library
+// armed, and has no memory for one of these allocations, or for one and all later ones. What wxWidgets
 // wants for itself is neither counted nor refused: it ends the process where it runs out of memory, and
 // nothing outside can keep it from that.
 class FailingMemory

@@ -14,7 +14,7 @@ using namespace Toolkit;
 using ToolkitTest::Attempt;
 
 // Nothing of the library's own is allocated here, which the tests hold fast: mutexes and events lie in place,
-// and a thread's memory is the base library's.
+// and a thread's memory is wxWidgets'.
 
 namespace
 {
@@ -150,7 +150,7 @@ TEST(OutOfMemory, IsSurvivedByThreads)
     EXPECT_EQ(0U, points);
 }
 
-TEST(OutOfMemory, IsSurvivedByThreadsWithoutTheBaseLibrary)
+TEST(OutOfMemory, IsSurvivedByThreadsWithoutWxWidgets)
 {
     const unsigned long points = ToolkitTest::FailEachAllocation({
         {"Thread",

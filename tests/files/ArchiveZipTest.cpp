@@ -366,7 +366,7 @@ TEST(ArchiveZip, ListsOnBehindANameOfNoLength)
     EXPECT_FALSE(open.UnZip(L"", folder.Wide("out")));
 }
 
-TEST(ArchiveZip, KeepsNamesApartThatTheBaseLibraryLeavesEmpty)
+TEST(ArchiveZip, KeepsNamesApartThatWxWidgetsLeavesEmpty)
 {
     const TemporaryFolder folder;
     RunPython(folder, R"(
@@ -383,7 +383,7 @@ with zipfile.ZipFile('a.zip', 'w') as z:
     EXPECT_EQ(ReadBytes(folder.Path("out")), "of ..");
 }
 
-TEST(ArchiveZip, FiltersNamesThatTheBaseLibraryLeavesEmpty)
+TEST(ArchiveZip, FiltersNamesThatWxWidgetsLeavesEmpty)
 {
     const TemporaryFolder folder;
     RunPython(folder, R"(

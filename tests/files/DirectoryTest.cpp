@@ -212,7 +212,7 @@ TEST(Directory, TakesLinksForWhatTheyLeadTo)
     EXPECT_THAT(Folders(Directory(folder.Wide()), L""), UnorderedElementsAre(L"folder", L"toFolder"));
 }
 
-TEST(Directory, ListsWhatTheBaseLibraryListsInItsOrder)
+TEST(Directory, ListsWhatWxWidgetsListsInItsOrder)
 {
     const TemporaryFolder folder;
     for (int i = 0; i < 50; ++i)

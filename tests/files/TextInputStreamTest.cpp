@@ -99,7 +99,7 @@ TEST(TextInputStream, ReadsWords)
         EXPECT_EQ(row.words, AllWords(row.text)) << row.text;
 }
 
-TEST(TextInputStream, ReadsWordsLikeTheBaseLibrary)
+TEST(TextInputStream, ReadsWordsLikeWxWidgets)
 {
     const char alphabet[] = {' ', '\t', '\r', '\n', 'a', '\0'};
     for (unsigned int number = 0; number < 6 * 6 * 6 * 6 * 6; ++number)

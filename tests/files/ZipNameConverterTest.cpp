@@ -12,7 +12,7 @@
 
 using Toolkit::ZipNameConverter;
 
-// The base library asks for the local character set when a process begins: the test runs itself once more.
+// wxWidgets asks for the local character set when a process begins: the test runs itself once more.
 TEST(ZipNameConverter, DecodesByTheLocalCharacterSetWhatIsNoUtf8)
 {
     const std::string locale = "ru_RU.KOI8-R";

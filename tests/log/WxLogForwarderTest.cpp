@@ -87,7 +87,7 @@ TEST_F(WxLogForwarderTest, WritesTheLinePieceByPiece)
                 ElementsAre(L"1", L" ", L" : ", L"wx", L" : ", L"1200000000", L" : ", L"disk full", L"\n"));
 }
 
-TEST_F(WxLogForwarderTest, ForwardsWhatTheBaseLibraryLogs)
+TEST_F(WxLogForwarderTest, ForwardsWhatWxWidgetsLogs)
 {
     wxLog::OnLog(wxLOG_Warning, "disk full", 1200000000);
     EXPECT_EQ(L"1  : wx : 1200000000 : disk full\n", m_record.Text());

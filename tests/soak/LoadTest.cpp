@@ -50,7 +50,7 @@ private:
     const std::function<void()> m_work;
 };
 
-// Work on threads of the library. On threads of others that come and go, the base library would leave a
+// Work on threads of the library. On threads of others that come and go, wxWidgets would leave a
 // record of each behind.
 class Workers
 {

@@ -55,7 +55,7 @@ private:
     Commands m_commands;
 };
 
-// True once `condition` holds; the base library's events are delivered meanwhile, for at most a minute.
+// True once `condition` holds; wxWidgets' events are delivered meanwhile, for at most a minute.
 bool PumpUntil(const std::function<bool()>& condition);
 
 // Sends the command from another thread while this one delivers events; the answer of the client.

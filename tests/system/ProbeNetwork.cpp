@@ -2,8 +2,8 @@
 // Asks for the network inside a network of its own, in which nothing but this process exists.
 //   ProbeNetwork <network> <caller> <seconds> <folder>
 // network: reachable (a server listens), refused (none does), silent (a server that takes no more
-// connections), unresolvable (the host has no address); caller: started (main thread of the base library),
-// plain (base library not started), thread (another thread); folder: for files of this program. Prints the
+// connections), unresolvable (the host has no address); caller: started (main thread of wxWidgets),
+// plain (wxWidgets not started), thread (another thread); folder: for files of this program. Prints the
 // answer, the milliseconds, and what the server received. Ends with 77 where no network can be made.
 
 #include <chrono>

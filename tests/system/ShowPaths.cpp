@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Prints, a line each, what the path manager knows in this process: "name=value" as UTF-8.
 //   ShowPaths [started] [named] [deleted] [user id]
-// started: with the base library started; named: as an application of that name, which needs it started;
+// started: with wxWidgets started; named: as an application of that name, which needs it started;
 // deleted: after its own executable was deleted; user id: as that user.
 
 #include <cctype>

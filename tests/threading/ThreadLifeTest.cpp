@@ -103,7 +103,7 @@ std::size_t GrowthOverManyWorkers()
     return mallinfo2().uordblks - std::min(before, mallinfo2().uordblks);
 }
 
-// `Repeat` with the base library started by the host.
+// `Repeat` with wxWidgets started by the host.
 testing::AssertionResult RepeatStarted(const std::function<void()>& round)
 {
     return Repeat(
@@ -323,12 +323,12 @@ TEST(ThreadLife, RunningAndBaseLibraryStoppedFirst)
         }));
 }
 
-TEST(ThreadLife, NeverRunWithoutTheBaseLibrary)
+TEST(ThreadLife, NeverRunWithoutWxWidgets)
 {
     EXPECT_TRUE(Repeat([] { const Worker worker; }));
 }
 
-TEST(ThreadLife, RunWithoutTheBaseLibrary)
+TEST(ThreadLife, RunWithoutWxWidgets)
 {
     EXPECT_TRUE(Repeat(
         []
@@ -338,7 +338,7 @@ TEST(ThreadLife, RunWithoutTheBaseLibrary)
         }));
 }
 
-TEST(ThreadLife, FinishedWithoutTheBaseLibrary)
+TEST(ThreadLife, FinishedWithoutWxWidgets)
 {
     EXPECT_TRUE(Repeat(
         []
@@ -383,7 +383,7 @@ TEST(ThreadLife, FinishedOneOutlivesAnApplicationObjectOfTheHost)
                 Worker finished;
                 finished.Run();
                 finished.Wait();
-                // The base library says that this thread is left.
+                // wxWidgets says that this thread is left.
                 const CapturedOutput errors(2);
                 wxEntryCleanup();
             }
@@ -393,7 +393,7 @@ TEST(ThreadLife, FinishedOneOutlivesAnApplicationObjectOfTheHost)
 
 TEST(ThreadLife, MadeAndDestroyedOnAnotherThread)
 {
-    // The base library keeps a record of every foreign thread, so that there is only one here.
+    // wxWidgets keeps a record of every foreign thread, so that there is only one here.
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
@@ -406,7 +406,7 @@ TEST(ThreadLife, MadeAndDestroyedOnAnotherThread)
         }));
 }
 
-TEST(ThreadLife, OneObjectOutlivesManyStartsOfTheBaseLibrary)
+TEST(ThreadLife, OneObjectOutlivesManyStartsOfWxWidgets)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string

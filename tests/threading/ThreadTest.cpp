@@ -593,7 +593,7 @@ TEST(Thread, WaitOnAThreadWithTheSameIdentifierAnswersTheExitCode)
     EXPECT_EQ(Code(42), code);
 }
 
-TEST(Thread, ExceptionOutOfItsWorkEndsItWithAWordOfTheBaseLibrary)
+TEST(Thread, ExceptionOutOfItsWorkEndsItWithAWordOfWxWidgets)
 {
     CapturedOutput errors(2);
     Worker worker([](Thread&) -> wxThread::ExitCode { throw std::runtime_error("not caught"); });
@@ -621,7 +621,7 @@ TEST(Thread, IsMainThreadOnTheFirstThreadOnly)
     EXPECT_FALSE(main);
 }
 
-TEST(Thread, IsMainThreadEvenWhenAnotherThreadStartedTheBaseLibrary)
+TEST(Thread, IsMainThreadEvenWhenAnotherThreadStartedWxWidgets)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
@@ -641,7 +641,7 @@ TEST(Thread, IsMainThreadEvenWhenAnotherThreadStartedTheBaseLibrary)
         }));
 }
 
-TEST(Thread, IsMainThreadWithoutTheBaseLibrary)
+TEST(Thread, IsMainThreadWithoutWxWidgets)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string

@@ -15,7 +15,7 @@
 namespace Desk
 {
 
-// The base library's application object and the view of the desk; the window may close before they end.
+// wxWidgets' application object and the view of the desk; the window may close before they end.
 class WindowApp : public wxApp, public View
 {
 public:
@@ -30,7 +30,7 @@ public:
     bool SavePicture(const Text& path) override;
     void Leave() override;
 
-    // Read from the arguments as they are: the base library would convert them by the locale.
+    // Read from the arguments as they are: wxWidgets would convert them by the locale.
     static const Options* s_pOptions;
 
 private:
@@ -46,7 +46,7 @@ const Options* WindowApp::s_pOptions = nullptr;
 
 bool WindowApp::OnInit()
 {
-    // What the base library says goes to the log and never into a dialog; without a log, nowhere.
+    // What wxWidgets says goes to the log and never into a dialog; without a log, nowhere.
     wxLog::DontCreateOnDemand();
     delete wxLog::SetActiveTarget(nullptr);
     wxImage::AddHandler(new wxPNGHandler);

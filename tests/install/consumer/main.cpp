@@ -7,7 +7,7 @@ using namespace Toolkit;
 
 namespace
 {
-// Derives from a class of the base library, whose symbols the program then needs itself.
+// Derives from a class of wxWidgets, whose symbols the program then needs itself.
 class Counter : public Thread
 {
 public:

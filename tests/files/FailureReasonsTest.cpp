@@ -64,24 +64,39 @@ Settings Changed(const std::string& path)
     return settings;
 }
 
-// Every operation on one file, after `spoil` made it impossible. `Save` comes first: it may say that another
-// program changed the file, if one of the others did.
+// Every operation on one file, after `spoil` made it impossible and before `mend` undoes that. `Save` comes
+// first: it may say that another program changed the file, if one of the others did.
 std::string CheckAll(const std::string& path, std::errc code, const Row& row,
-                     const std::function<void()>& spoil)
+                     const std::function<void()>& spoil, const std::function<void()>& mend = s_nothing)
 {
     Settings settings = Changed(path);
     spoil();
+    const Result<void> saved = settings.Save();
+    const Result<void> written = Toolkit::WriteFile(path, std::string(100000, 'x'));
+    const Result<std::string> read = Toolkit::ReadFile(path);
+    const Result<Settings> loaded = Settings::Load(path);
+    const Result<Settings> loadedOrNew = Settings::LoadOrNew(path);
+    mend();
     const std::string found[] = {
-        Check("Save", settings.Save(), path, code, row.m_save),
-        Check("WriteFile", Toolkit::WriteFile(path, std::string(100000, 'x')), path, code, row.m_writeFile),
-        Check("ReadFile", Toolkit::ReadFile(path), path, code, row.m_readFile),
-        Check("Load", Settings::Load(path), path, code, row.m_load),
-        Check("LoadOrNew", Settings::LoadOrNew(path), path, code, row.m_loadOrNew),
+        Check("Save", saved, path, code, row.m_save),
+        Check("WriteFile", written, path, code, row.m_writeFile),
+        Check("ReadFile", read, path, code, row.m_readFile),
+        Check("Load", loaded, path, code, row.m_load),
+        Check("LoadOrNew", loadedOrNew, path, code, row.m_loadOrNew),
     };
     for (const std::string& wrong : found)
         if (!wrong.empty())
             return wrong;
     return "";
+}
+
+// How many descriptors the process may have, for a while. A sanitizer that looks at a result needs some, too.
+void LimitDescriptors(rlim_t most)
+{
+    rlimit limit = {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = most;
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 void MakeReadable(const TemporaryFolder& folder)
@@ -245,12 +260,9 @@ TEST(FailureReasons, OfAProcessWithoutADescriptorLeft)
         [&]() -> ChildAnswer
         {
             const char* const read = "read: Too many open files";
-            return CheckAll(folder.Path("a.ini"), std::errc::too_many_files_open,
-                            {read, "write: Too many open files", read, read, read},
-                            []
-                            {
-                                const rlimit limit = {3, 3};
-                                setrlimit(RLIMIT_NOFILE, &limit);
-                            });
+            return CheckAll(
+                folder.Path("a.ini"), std::errc::too_many_files_open,
+                {read, "write: Too many open files", read, read, read}, [] { LimitDescriptors(3); },
+                [] { LimitDescriptors(100); });
         }));
 }

@@ -135,12 +135,14 @@ TEST_F(FoldersTest, SayThatTheSystemCouldNotBeAsked)
         []() -> ToolkitTest::ChildAnswer
         {
             unsetenv("HOME");
+            // A sanitizer that meets a type for the first time looks at it through a pipe: let it be now.
+            if (Folders::Of("") || !Folders::Of("other"))
+                return "the list of users cannot be read";
             rlimit before = {};
             getrlimit(RLIMIT_NOFILE, &before);
             const rlimit none = {3, before.rlim_max};
             setrlimit(RLIMIT_NOFILE, &none);
             const Result<Folders> folders = Folders::Of("watch");
-            // A sanitizer that looks at the result needs some descriptors, too.
             setrlimit(RLIMIT_NOFILE, &before);
             if (folders)
                 return "there are folders";

@@ -176,6 +176,9 @@ TEST(ReadFile, SaysThatNoDescriptorIsLeft)
     EXPECT_TRUE(ToolkitTest::InChild(
         []
         {
+            // A sanitizer that meets a type for the first time looks at it through a pipe: let it be now.
+            if (ReadFile("").error().Code() == std::errc::too_many_files_open)
+                return ChildAnswer("too early");
             rlimit limit = {3, 3};
             setrlimit(RLIMIT_NOFILE, &limit);
             const Result<std::string> read = ReadFile("/etc/passwd");
@@ -364,6 +367,9 @@ TEST(WriteFile, SaysThatNoDescriptorIsLeft)
         EXPECT_TRUE(ToolkitTest::InChild(
             [&]
             {
+                if (ToWrite(folder.Path("file"), "old") != "written" ||
+                    WriteFile("", "").error().Code() == std::errc::too_many_files_open)
+                    return ChildAnswer("too early");
                 int last = 0;
                 while (last < 100)
                     last = dup(0);

@@ -72,7 +72,7 @@ void PauseWhileStopped(const std::function<void(Stoppable&)>& stop)
 {
     const wxLogNull silence;
     CapturedOutput errors(2);
-    for (int round = 0; round < 100 && !testing::Test::HasFailure(); ++round)
+    for (int round = 0; round < 40 && !testing::Test::HasFailure(); ++round)
     {
         std::atomic<int> rounds{0};
         std::atomic<bool> stopped{false};

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -21,7 +22,10 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <wx/app.h>
+#include <wx/thread.h>
 
 #include "tests/support/ForkedCopy.h"
 #include "tests/support/IPCSupport.h"
@@ -30,6 +34,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/IPCClient.h"
+#include "toolkit/core/ToolkitSession.h"
 #include "toolkit/encoding/UTF8.h"
 
 using namespace std::chrono_literals;
@@ -305,6 +310,95 @@ TEST_F(InstanceTest, ExecutesOnTheThreadOfAnExecutor)
         EXPECT_TRUE(asked.get());
         EXPECT_EQ(std::this_thread::get_id(), where);
     }
+}
+
+TEST_F(InstanceTest, ExecutesInTheLoopOfWxWidgets)
+{
+    const ToolkitTest::ScopedEnvironment home("HOME", m_folder.Path().c_str());
+    const Toolkit::ToolkitSession session;
+    Instance first = Claim();
+    int executed = 0;
+    first.Serve(
+        [&executed](const Instance::Command& command)
+        {
+            executed += wxThread::IsMain() ? 1 : 100;
+            return Echo(command);
+        },
+        [](std::function<void()> call) { wxAppConsole::GetInstance()->CallAfter(call); });
+    std::atomic<int> answered{0};
+    std::thread asker(
+        [&]
+        {
+            for (const char* const text : {"a", "b", "c"})
+                if (const Result<Instance::Answer> answer = first.Ask({text}, 60s);
+                    answer && answer->Text() == text)
+                    ++answered;
+        });
+    EXPECT_TRUE(ToolkitTest::PumpUntil([&answered] { return answered == 3; }));
+    asker.join();
+    EXPECT_EQ(3, executed);
+}
+
+// Each asker is a process of its own; most texts are short, and some are as long as is ever needed.
+TEST_F(InstanceTest, EachOfManyAskersGetsItsOwnAnswer)
+{
+    const char* const many = std::getenv("TOOLKIT_ASKS");
+    const unsigned long asks = many != nullptr ? std::strtoul(many, nullptr, 10) : 2000;
+    const unsigned long processes = 8;
+    const auto ask = [this, asks]() -> ChildAnswer
+    {
+        if (!ToolkitTest::WaitUntil(
+                [this]
+                { return std::filesystem::exists(m_folder.Path("toolkit")) && !SocketPath().empty(); }))
+            return "nobody listens";
+        const Instance second = Claim();
+        for (unsigned long i = 0; i < asks / processes; ++i)
+        {
+            const std::size_t size = i % 5000 == 4999 ? 16777216 : i % 200 == 199 ? 300000 : i % 300;
+            const std::string text(size, static_cast<char>(i));
+            const std::string own = std::to_string(getpid()) + "/" + std::to_string(i);
+            const Result<Instance::Answer> answer = second.Ask({text, own}, 300s);
+            if (!answer)
+                return answer.error().Message();
+            if (answer->Code() != 2 || answer->Text() != text + own)
+                return "another's answer to " + own;
+        }
+        return true;
+    };
+    std::vector<std::unique_ptr<ForkedCopy>> askers;
+    for (unsigned long i = 0; i < processes; ++i)
+        askers.push_back(std::make_unique<ForkedCopy>(ask));
+    Instance first = Claim();
+    EXPECT_TRUE(first.IsFirst());
+    first.Serve(Echo);
+    for (const auto& asker : askers)
+        EXPECT_EQ("", asker->Wait());
+}
+
+TEST_F(InstanceTest, FrozenFirstCostsTheTimeAlone)
+{
+    ForkedCopy host(
+        []() -> ChildAnswer
+        {
+            Instance first = Claim();
+            first.Serve(Echo);
+            for (;;)
+                pause();
+        });
+    ASSERT_TRUE(ToolkitTest::WaitUntil(
+        [this] { return std::filesystem::exists(m_folder.Path("toolkit")) && !SocketPath().empty(); }));
+    const Instance second = Claim();
+    EXPECT_TRUE(second.Ask({"x"}, 60s));
+    kill(host.Id(), SIGSTOP);
+    // The signal is sent before it is felt.
+    ASSERT_EQ(host.Id(), waitpid(host.Id(), nullptr, WUNTRACED));
+    for (const std::size_t size : {std::size_t{1}, std::size_t{1} << 20})
+    {
+        const Result<Instance::Answer> answer = second.Ask({std::string(size, 'x')}, 20ms);
+        EXPECT_TRUE(!answer && answer.error().Code() == Errc::NotAnswered);
+    }
+    kill(host.Id(), SIGCONT);
+    EXPECT_TRUE(second.Ask({"x"}, 60s));
 }
 
 TEST_F(InstanceTest, EndWaitsForTheRunningHandlerAndFailsTheRest)

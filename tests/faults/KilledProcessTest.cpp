@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <functional>
@@ -19,6 +20,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/IPCClient.h"
+#include "toolkit/app/Instance.h"
 #include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/core/ToolkitSession.h"
 
@@ -278,6 +280,25 @@ TEST_F(KilledAtEachCall, ClientIsHeardWholeOrNotAtAll)
          { EXPECT_TRUE(IPCClient::Connect(service, L"later " + std::to_wstring(later++), s_uPatience)); }});
     EXPECT_TRUE(IPCClient::Connect(service, L"end", s_uPatience));
     EXPECT_EQ("", served.Wait());
+}
+
+// The next one is first and served, whatever the one before had done of its life.
+TEST_F(KilledAtEachCall, FirstInstanceOfNewCodeLeavesTheWayFree)
+{
+    const TemporaryFolder folder;
+    fs::permissions(folder.Path(), fs::perms::owner_all);
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", folder.Path().c_str());
+    const auto live = []() -> ChildAnswer
+    {
+        Result<Instance> instance = Instance::Claim("org.example.watch");
+        if (!instance || !instance->IsFirst())
+            return instance ? "not the first" : instance.error().Message();
+        instance->Serve([](const Instance::Command& command)
+                        { return Instance::Answer(0, command.Arguments().at(0)); });
+        const Result<Instance::Answer> answer = instance->Ask({"text"}, std::chrono::minutes(1));
+        return answer ? ChildAnswer(answer->Text() == "text") : ChildAnswer(answer.error().Message());
+    };
+    KillAtEachCall("first instance of new code", live, {[] {}, [&live] { EXPECT_TRUE(InChild(live)); }});
 }
 
 // The old process and the new one, each in turn.

@@ -23,6 +23,7 @@
 #include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/Rounds.h"
+#include "tests/support/ScopedSignal.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 
@@ -38,6 +39,7 @@ using ToolkitTest::InChild;
 using ToolkitTest::OpenDescriptors;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::ScopedSignal;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WaitUntil;
 using ToolkitTest::WriteBytes;
@@ -102,24 +104,6 @@ std::string Message(const Result<ProcessResult>& result)
 {
     return result ? "no failure" : result.error().Message();
 }
-
-class ScopedSignal
-{
-public:
-    ScopedSignal(int number, void (*handler)(int)) : m_iNumber(number)
-    {
-        struct sigaction action = {};
-        action.sa_handler = handler;
-        sigaction(number, &action, &m_before);
-    }
-    ~ScopedSignal() { sigaction(m_iNumber, &m_before, nullptr); }
-    ScopedSignal(const ScopedSignal&) = delete;
-    ScopedSignal& operator=(const ScopedSignal&) = delete;
-
-private:
-    const int m_iNumber;
-    struct sigaction m_before = {};
-};
 
 void DoNothing(int) {}
 

@@ -25,6 +25,7 @@
 
 #include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
+#include "tests/support/ScopedSignal.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/CmdLineParser.h"
 #include "toolkit/encoding/UTF8.h"
@@ -38,6 +39,7 @@ using ToolkitTest::ReadBytes;
 using ToolkitTest::Record;
 using ToolkitTest::RecordingLogger;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::ScopedSignal;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
@@ -96,24 +98,6 @@ std::string Inheritance()
     const char* const variable = std::getenv("TOOLKIT_TEST");
     return std::to_string(InheritableDescriptors()) + "\n" + (variable != nullptr ? variable : "") + "\n";
 }
-
-class ScopedSignal
-{
-public:
-    ScopedSignal(int number, void (*handler)(int)) : m_iNumber(number)
-    {
-        struct sigaction action = {};
-        action.sa_handler = handler;
-        sigaction(number, &action, &m_before);
-    }
-    ~ScopedSignal() { sigaction(m_iNumber, &m_before, nullptr); }
-    ScopedSignal(const ScopedSignal&) = delete;
-    ScopedSignal& operator=(const ScopedSignal&) = delete;
-
-private:
-    const int m_iNumber;
-    struct sigaction m_before = {};
-};
 
 volatile sig_atomic_t s_iAlarms = 0;
 

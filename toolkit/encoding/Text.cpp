@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "toolkit/internal/charsets/CharsetConversion.h"
-#include "toolkit/internal/charsets/Utf8Scan.h"
 #include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/TextEncoding.h"
+#include "toolkit/internal/text/Utf8Scan.h"
 
 namespace Toolkit
 {

@@ -8,11 +8,11 @@
 
 #include "toolkit/encoding/Text.h"
 #include "toolkit/files/WholeFile.h"
-#include "toolkit/internal/charsets/Utf8Scan.h"
 #include "toolkit/internal/ini/IniDocument.h"
 #include "toolkit/internal/system/FolderLock.h"
 #include "toolkit/internal/text/NumberText.h"
 #include "toolkit/internal/text/TextEncoding.h"
+#include "toolkit/internal/text/Utf8Scan.h"
 
 namespace Toolkit
 {

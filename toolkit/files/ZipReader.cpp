@@ -17,13 +17,13 @@
 #include <wx/zipstrm.h>
 
 #include "toolkit/internal/charsets/FoldedText.h"
-#include "toolkit/internal/charsets/Utf8Scan.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SafeReplace.h"
 #include "toolkit/internal/system/SystemFailure.h"
 #include "toolkit/internal/system/TemporaryFile.h"
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/Utf8Codec.h"
+#include "toolkit/internal/text/Utf8Scan.h"
 #include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/zip/ZipEntryStream.h"
 #include "toolkit/internal/zip/ZipFile.h"

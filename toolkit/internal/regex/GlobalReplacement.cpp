@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <climits>
 
-#include "toolkit/internal/charsets/Utf8Scan.h"
 #include "toolkit/internal/regex/ForwardReplacement.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
 #include "toolkit/internal/text/CodePoints.h"
+#include "toolkit/internal/text/Utf8Scan.h"
 
 namespace Toolkit
 {

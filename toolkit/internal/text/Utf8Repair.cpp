@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "toolkit/internal/text/Utf8Scan.h"
+
 namespace Toolkit
 {
 
@@ -67,7 +69,7 @@ void Utf8Repair::Repair(std::string& text)
     repaired.reserve(text.size() + sizeof(s_replacement));
     for (std::string_view rest = text; !rest.empty();)
     {
-        const std::size_t length = ByteAt(rest, 0) < 0x80 ? 1 : LengthOf(rest);
+        const std::size_t length = Utf8Scan::CharacterLength(rest);
         if (length == 0)
             repaired += s_replacement;
         else
@@ -81,22 +83,6 @@ void Utf8Repair::AppendWide(std::string& text, std::wstring_view wide)
 {
     for (const wchar_t character : wide)
         AppendCodePoint(text, static_cast<std::uint32_t>(character));
-}
-
-std::size_t Utf8Repair::LengthOf(std::string_view text)
-{
-    const unsigned int first = ByteAt(text, 0);
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (first < 0xC2 || first > 0xF4 || text.size() < length)
-        return 0;
-    for (std::size_t i = 1; i < length; ++i)
-        if ((ByteAt(text, i) & 0xC0) != 0x80)
-            return 0;
-    // Overlong forms, surrogates and what lies above 10FFFF are told by the second byte.
-    const unsigned int second = ByteAt(text, 1);
-    const bool refused = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
-                         (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
-    return refused ? 0 : length;
 }
 
 } // namespace Toolkit

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/charsets/Utf8Scan.h"
+#include "toolkit/internal/text/Utf8Scan.h"
 
 #include <algorithm>
 
@@ -17,9 +17,10 @@ bool IsBetween(char byte, unsigned int least, unsigned int greatest)
     return value >= least && value <= greatest;
 }
 
-// The bytes of the character that the text begins with; 0 when it begins with none. The second byte tells
-// overlong forms, surrogates and values that are too great (RFC 3629, section 4).
-std::size_t CharacterLength(std::string_view text) noexcept
+} // namespace
+
+// The second byte tells overlong forms, surrogates and values that are too great (RFC 3629, section 4).
+std::size_t Utf8Scan::CharacterLength(std::string_view text) noexcept
 {
     const unsigned int lead = static_cast<unsigned char>(text[0]);
     if (lead < 0x80)
@@ -36,8 +37,6 @@ std::size_t CharacterLength(std::string_view text) noexcept
             return 0;
     return length;
 }
-
-} // namespace
 
 std::size_t Utf8Scan::FindBroken(std::string_view bytes) noexcept
 {

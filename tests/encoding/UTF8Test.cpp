@@ -302,7 +302,7 @@ TEST(UTF8, ConvertsRandomTextsOfAllLengthsAsThePlainFormDoes)
     std::mt19937 random(5);
     for (int round = 0; round < 6000; ++round)
     {
-        // From ASCII alone to hardly any; some with a zero or what is no character.
+        // From ASCII alone to hardly any; some with a NUL or what is no character.
         const std::size_t other = std::size_t{1} << random() % 12;
         const bool broken = random() % 8 == 0;
         std::wstring wide;

@@ -16,7 +16,7 @@ inline bool IsCharacter(std::uint32_t value)
     return value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
 }
 
-// Up to the first zero; empty when a character has no UTF-8 form.
+// Up to the first NUL; empty when a character has no UTF-8 form.
 inline std::string Encode(const std::wstring& text)
 {
     std::string bytes;
@@ -36,7 +36,7 @@ inline std::string Encode(const std::wstring& text)
     return bytes;
 }
 
-// Up to the first zero; empty when the bytes are not what a text encodes to.
+// Up to the first NUL; empty when the bytes are not what a text encodes to.
 inline std::wstring Decode(const std::string& bytes)
 {
     const std::string given = bytes.substr(0, bytes.find('\0'));

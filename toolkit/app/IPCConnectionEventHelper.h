@@ -22,7 +22,7 @@ public:
     ~IPCConnectionEventHelper() override;
 
     // Decodes the data by its format and size (wide text as such, everything else as UTF-8), up to its first
-    // zero, and sends it to the server's listeners, whose exceptions pass. True in any case. Quirk: what is
+    // NUL, and sends it to the server's listeners, whose exceptions pass. True in any case. Quirk: what is
     // no Unicode text is accepted, but is no event.
     bool OnExecute(const wxString& topic, const void* data, size_t size, wxIPCFormat format) override;
 

@@ -25,7 +25,7 @@ public:
     explicit IPCInternalServer(IPCServer& server);
     ~IPCInternalServer() override;
 
-    // What `IPCServer::Run` answers, for that service.
+    // What `IPCServer::Run` returns, for that service.
     bool Create(const wxString& service) override;
 
     // Accepts every topic: a new `IPCConnectionEventHelper`, which the caller owns. Its `OnExecute` gets the

@@ -12,7 +12,7 @@ namespace Toolkit
 {
 
 // The restart of the running application: the old process leaves a lock file and starts the executable again
-// with "-restart" behind its arguments; the new process sees the lock and removes it once it has taken over.
+// with "-restart" after its arguments; the new process sees the lock and removes it once it has taken over.
 // Every operation is static and driven by the host, with or without the instance, which the library's module
 // owns. Failures are not reported. A lock file that is no regular file of this user is left alone and does
 // not count.
@@ -48,15 +48,15 @@ public:
     static void RemoveLock();
 
     // Makes the lock file and starts the executable in the application's folder, without waiting, with the
-    // arguments behind the first one and "-restart". Left out are null and empty arguments, an earlier
+    // arguments after the first one and "-restart". Left out are null and empty arguments, an earlier
     // "-restart", and "-culture" with the argument that follows it; upper and lower case are alike. The
     // caller ends its own process.
     // Quirk: arguments are not quoted, so one with a space in it arrives as two. Quirk: the executable's
-    // extension is left out. Quirk: the answer is always true, and the lock file stays when nothing could be
+    // extension is left out. Quirk: the result is always true, and the lock file stays when nothing could be
     // started.
     static bool ActivateRestartProcess(int argc, const wchar_t** argv);
 
-    // Quirk: on this platform both only write to the log, and answer false at once.
+    // Quirk: on this platform both only write to the log, and return false at once.
     static bool WaitingForPreviousProcessFinish();
     static bool RestartProcessFinish();
 

@@ -33,7 +33,7 @@ public:
     SingleApplicationInstance& operator=(const SingleApplicationInstance&) = delete;
 
     // Quirk: the answer is that of the moment of construction, also when the other process has ended since.
-    // A forked copy of the first process answers true.
+    // In a forked copy of the first process it returns true.
     bool IsAlreadyRunning() const;
 
 private:

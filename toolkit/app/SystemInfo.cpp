@@ -31,7 +31,7 @@ utsname Kernel()
     return kernel;
 }
 
-// The answer in `cache`, which is found out first while the cache still holds `unknown`.
+// The value in `cache`, which is found out first while the cache still holds `unknown`.
 template <class T, class Find>
 T Cached(std::atomic<T>& cache, T unknown, Find find)
 {
@@ -54,7 +54,7 @@ const unsigned int s_uEndianness = wxENDIAN_BIG;
 const unsigned int s_uEndianness = wxENDIAN_PDP;
 #endif
 
-// As `waitpid` answers.
+// As `waitpid` tells it.
 int WaitFor(pid_t child, int& status)
 {
     pid_t answer = 0;

@@ -49,16 +49,16 @@ public:
     static Platform GetPlatform();
     static Endian GetEndian();
 
-    // Quirk: fixed answers on this platform: no, no, yes.
+    // Quirk: fixed results on this platform: no, no, yes.
     static bool HasAdministratorCredentials();
     static bool HasPowerUserCredentials();
     static bool CanElevateCredentialsUsingUAC();
 
     // Runs the executable at `path`, not searched for, with `path` and what `CmdLineParser::Tokenize` finds
-    // in `arguments` as its UTF-8 argument vector; each text is cut at its first zero. The answer is the
+    // in `arguments` as its UTF-8 argument vector; each text is cut at its first NUL. The result is the
     // child's process id; with `wait` the call blocks until the child ends, and -1 tells that it could not be
     // waited for; a trace then tells the child's exit code, or the signal that ended it. Without `wait` the
-    // caller reaps the child. Quirk: when no child can be made the answer is the positive error number.
+    // caller reaps the child. Quirk: when no child can be made the result is the positive error number.
     // Quirk: when the executable cannot be run, only the child's exit code tells the error number.
     static int StartProcess(const TString<wchar_t>& path, const TString<wchar_t>& arguments, bool wait);
 };

@@ -22,7 +22,7 @@ public:
             unsigned int revisionPart);
     // Decimal numbers with dots in between, read as a wide stream in the classic locale reads an unsigned
     // number: white space in front is skipped, what follows the digits is ignored. What is no number and what
-    // is missing is 0; empty parts and those behind the fourth are ignored.
+    // is missing is 0; empty parts and those after the fourth are ignored.
     // Quirk: "-1" is 4294967295, and so is a number that is too large.
     explicit Version(const TString<wchar_t>& text);
 

@@ -107,7 +107,7 @@ std::int64_t Duration(unsigned int hours, unsigned int minutes, unsigned int sec
     return (std::int64_t{hours} * 60 + minutes) * 60 + seconds;
 }
 
-// Space for the six fields, of which years take the most, and what stands between and behind them.
+// Space for the six fields, of which years take the most, and what stands between and after them.
 const std::size_t s_uMostText = 64;
 
 // At least two digits.

@@ -15,7 +15,7 @@ class TOOLKIT_API Locales
 {
 public:
     // The short date pattern, a space and the short time pattern, in Unicode date-pattern letters:
-    // "dd/MM/yyyy HH:mm". There is always one, so the answer is true. Neither holds more than DateTime
+    // "dd/MM/yyyy HH:mm". There is always one, so the result is true. Neither holds more than DateTime
     // can show: d, dd, M, MM, yy, yyyy; H, HH, h, hh, m, mm, a.
     // Quirk: a language without locale data counts as "C", whatever the country.
     // Quirk: a script that the language has no locale data in is left out.

@@ -9,7 +9,7 @@ namespace Toolkit
 {
 
 // An owned buffer of bytes that can be serialized. What callers are given are fresh arrays, which they free
-// with `delete[]`. One thread at a time; failures are answered, and leave the buffer and the outputs as they
+// with `delete[]`. One thread at a time; failures are returned, and leave the buffer and the outputs as they
 // were unless said otherwise.
 class TOOLKIT_API Bytes : public ISerialize
 {
@@ -23,7 +23,7 @@ public:
     Bytes& operator=(const Bytes&) = delete;
 
     // A count of 4 bytes, then the bytes. `Empty` for an empty buffer, of which nothing at all is written.
-    // Quirk: a failed write is `NotOpen`, whatever the stream answered.
+    // Quirk: a failed write is `NotOpen`, whatever the stream returned.
     StreamResult Serialize(IStream& stream) const override;
     // `Ok` or `ShortTransfer`. The buffer is unchanged when no count could be read. When the bytes end early
     // it is empty, but after a count of at most 1 MiB it is that long, with 0 for what did not come. Memory

@@ -13,7 +13,7 @@ extern "C" TOOLKIT_API const char* const HEX;
 
 // Quoted-printable (RFC 2045) of a text's UTF-8 bytes, with the set of escaped characters of encoded words in
 // mail headers: control characters, space and the specials; the result is safe in a header and in a body.
-// A text that has no UTF-8 form gives an empty one, and every text ends at its first zero, but for the narrow
+// A text that has no UTF-8 form gives an empty one, and every text ends at its first NUL, but for the narrow
 // HasToBeQP. Any thread may call it.
 class TOOLKIT_API QP
 {

@@ -8,7 +8,7 @@
 namespace Toolkit
 {
 
-// Conversion between wide text and single bytes. Each conversion ends at the first zero; any thread may call
+// Conversion between wide text and single bytes. Each conversion ends at the first NUL; any thread may call
 // it. Quirk: despite the name this is no UTF-7 but plain seven-bit ASCII; nothing is encoded or decoded.
 class TOOLKIT_API UTF7
 {

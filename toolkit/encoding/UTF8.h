@@ -10,7 +10,7 @@ namespace Toolkit
 
 // The library-wide conversion between wide text and UTF-8 bytes (RFC 3629), strict in both directions: a text
 // that holds an overlong form, a surrogate or a value above 10FFFF converts to an empty one. Each conversion
-// ends at the first zero. Any thread may call it.
+// ends at the first NUL. Any thread may call it.
 class TOOLKIT_API UTF8
 {
 public:
@@ -20,7 +20,7 @@ public:
     static void Encode(const TString<wchar_t>& text, TString<char>& bytes);
 
     // True when the UTF-8 form has another length than the text, as where a character needs more than one
-    // byte. Quirk: so it is without a UTF-8 form, and as a rule where the text holds a zero.
+    // byte. Quirk: so it is without a UTF-8 form, and as a rule where the text holds a NUL.
     static bool HasToBeUTF8(const TString<wchar_t>& text);
 };
 

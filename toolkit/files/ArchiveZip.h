@@ -34,7 +34,7 @@ public:
     // Gives up the archive. Streams that were handed out stay as they are.
     void Close();
 
-    // Replaces `entries` by the entries from where the listing stands to its end, and answers how many those
+    // Replaces `entries` by the entries from where the listing stands to its end, and returns how many those
     // are; -1, with a line in the log, when no archive is open, its listing is complete already, or the file
     // is no archive. A name is in the native format and stays as it is in the archive, ".." included; of two
     // equal ones the first is kept. It is decoded as UTF-8, by the local character set or byte by byte,
@@ -47,7 +47,7 @@ public:
     // Quirk: the line in the log names source line 106, or 99 for a file that is no archive, wherever this is
     // written.
     // Quirk: a second listing does not begin anew: it goes on where the first one ended. Behind a complete
-    // one it answers -1, but 0 after an `UnZip`.
+    // one it returns -1, but 0 after an `UnZip`.
     int EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>& entries,
                     const TString<wchar_t>& pattern, ArchiveEntriesFlags::ArchiveEntriesType type);
 
@@ -56,11 +56,11 @@ public:
     // this object: the next positioning moves it.
     smart_ptr<ZipInputStream> GetZipInputStream(smart_ptr<ArchiveZipEntry> entry);
 
-    // Writes the entry's content to the file `target`, which is made or emptied, and answers true when all of
+    // Writes the entry's content to the file `target`, which is made or emptied, and returns true when all of
     // it was there, its length and checksum were right, and the disk took it. After a failure the target is
     // empty; it is not touched when the entry's content cannot be found.
     // Quirk: the archive itself, by whatever path, and a FIFO, even one that is read, are refused untouched.
-    // Quirk: an entry without content answers false and leaves an empty target.
+    // Quirk: an entry without content returns false and leaves an empty target.
     bool UnZip(smart_ptr<ArchiveZipEntry> entry, TString<wchar_t>& target);
 
 private:

@@ -45,7 +45,7 @@ std::vector<TString<wchar_t>> List(const TString<wchar_t>& path, const TString<w
 {
     std::vector<TString<wchar_t>> names;
     const NativePath native(path);
-    // No name holds a zero, but the comparison would stop there.
+    // No name holds a NUL, but the comparison would stop there.
     if (!native.IsValid() || filter.find(L'\0') != filter.npos)
         return names;
     const FolderStream folder = OpenFolder(AT_FDCWD, native.c_str());

@@ -12,7 +12,7 @@ namespace Toolkit
 
 // One folder, named at construction, and what it holds; besides, operations on folders and files named by
 // their paths. A relative path counts from the working folder. Any thread may call any operation. Failures
-// are answered by false or by an empty list, and not logged.
+// are told by false or by an empty list, and not logged.
 class TOOLKIT_API Directory
 {
 public:

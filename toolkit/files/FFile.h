@@ -14,7 +14,7 @@ namespace Toolkit
 {
 
 // A buffered file. The object owns it, closes it when it goes, and belongs to one thread at a time. Failures
-// are answered, not logged; on a closed object every operation answers as it would for nothing.
+// are returned, not logged; on a closed object every operation returns what it would for nothing.
 class TOOLKIT_API FFile
 {
 public:
@@ -25,7 +25,7 @@ public:
     FFile& operator=(const FFile&) = delete;
 
     // True when the file was opened; a file opened before is closed first. `mode` is that of C's `fopen`, for
-    // instance "rb". A folder, a path that holds a zero, and a FIFO opened for reading answer false without
+    // instance "rb". A folder, a path that holds a NUL, and a FIFO opened for reading return false without
     // waiting. A read waits for nothing but the input of a terminal.
     bool Open(const TString<wchar_t>& path, const TString<wchar_t>& mode);
 
@@ -38,7 +38,7 @@ public:
     // The number of bytes read, at most `count`; 0 at the end, on an error and when closed.
     std::size_t Read(void* buffer, unsigned int count);
 
-    // Writes the text as UTF-8 without a byte-order mark, up to its first zero; a text that has no UTF-8 form
+    // Writes the text as UTF-8 without a byte-order mark, up to its first NUL; a text that has no UTF-8 form
     // writes nothing. An error is not reported.
     void Write(const TString<wchar_t>& text);
 

@@ -30,13 +30,13 @@ public:
         ModeWrite = 1,
         // An existing file, both ways.
         ModeReadWrite = 2,
-        // Written behind its end; created if absent.
+        // Written after its end; created if absent.
         ModeAppend = 3,
         // Created; must be absent.
         ModeCreate = 4
     };
 
-    // A new file has permissions 0666 before the umask. A folder, a path that holds a zero or has no UTF-8
+    // A new file has permissions 0666 before the umask. A folder, a path that holds a NUL or has no UTF-8
     // form, and an unknown mode do not open; a named pipe opens for writing only, and only while it is read.
     // Nothing is waited for but the input of a terminal and whoever reads a pipe: where a read would have to
     // wait for something else, it is a short transfer.
@@ -55,9 +55,9 @@ public:
     StreamResult Write(const void* data, unsigned int size) override;
 
     // `Ok`, `NotOpen`, `LengthReadFailed`, or `ShortTransfer` when the file ends before the text does: `text`
-    // is unchanged then, and no memory was taken for what is not there. The text ends at its first zero; a
+    // is unchanged then, and no memory was taken for what is not there. The text ends at its first NUL; a
     // count that is no multiple of 4 gives the whole characters and takes all its bytes.
-    // Quirk: a count of 0 answers `Empty` and leaves `text` as it was.
+    // Quirk: a count of 0 returns `Empty` and leaves `text` as it was.
     StreamResult Read(TString<wchar_t>& text) override;
     // `Ok`, `NotOpen`, or `ShortTransfer` with `value` unchanged.
     StreamResult Read(unsigned int& value) override;

@@ -11,7 +11,7 @@ namespace Toolkit
 class IStream;
 
 // An object that writes itself to a stream and reads itself back. `Deserialize` reads exactly the items that
-// `Serialize` wrote, in the same order; both answer the first failure that they meet.
+// `Serialize` wrote, in the same order; both return the first failure that they meet.
 class TOOLKIT_API ISerialize
 {
 public:

@@ -11,7 +11,7 @@ namespace Toolkit
 
 // A binary stream that objects are written to and read from, item by item in one order; the bytes of the
 // three kinds of item are described in docs/file-formats.md. There is no seek. A stream belongs to one thread
-// at a time. Failures are answered by the result and leave what was already transferred.
+// at a time. Failures are told by the result and leave what was already transferred.
 class TOOLKIT_API IStream
 {
 public:

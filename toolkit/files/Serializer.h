@@ -11,8 +11,8 @@ namespace Toolkit
 class ISerialize;
 class IStream;
 
-// Binds objects to one stream: each call hands the stream to the object, adds nothing and answers what the
-// object answers. Objects are read in the order in which they were written. One thread at a time.
+// Binds objects to one stream: each call hands the stream to the object, adds nothing and returns what the
+// object returns. Objects are read in the order in which they were written. One thread at a time.
 class TOOLKIT_API Serializer
 {
 public:

@@ -13,7 +13,7 @@ namespace Toolkit
 
 // A text file held in memory as lines, of which one is the current one. Lines may be added and removed
 // without a file; only `Open` and `Write` touch the disk, and the file is not held open in between. The
-// object belongs to one thread at a time. Failures are answered, not logged; without memory nothing is opened
+// object belongs to one thread at a time. Failures are returned, not logged; without memory nothing is opened
 // and nothing added.
 class TOOLKIT_API TextFile
 {

@@ -36,8 +36,8 @@ public:
 
     // Reads the next word, which ends at a space, a tab or a line's end; empty at the end of the entry. A
     // byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text is
-    // UTF-8. A word also ends at broken text, behind which no text is read.
-    // Quirk: a zero ends a word as well, and where a word should begin it makes an empty one.
+    // UTF-8. A word also ends at broken text, after which no text is read.
+    // Quirk: a NUL ends a word as well, and where a word should begin it makes an empty one.
     ZipInputStream& operator>>(TString<wchar_t>& word);
 
     // Reads the next line, decoded as a word is, without the "\n", "\r\n" or "\r" at its end; the last line
@@ -57,7 +57,7 @@ private:
     // True when the file is an archive.
     bool CanRead();
 
-    // An entry of the directory and its name in the native format; a null record behind the last one.
+    // An entry of the directory and its name in the native format; a null record after the last one.
     struct Listed
     {
         std::unique_ptr<wxZipEntry> record;
@@ -67,7 +67,7 @@ private:
     // The entry at which the directory stands, which then stands at the next one.
     Listed TakeNextEntry();
 
-    // Positions the stream at an entry's content and answers that, which stays this object's; null when it is
+    // Positions the stream at an entry's content and returns that, which stays this object's; null when it is
     // not found.
     ZipEntryStream* OpenEntry(const wxZipEntry& entry);
     void CloseEntry();

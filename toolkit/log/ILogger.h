@@ -43,7 +43,7 @@ public:
     void SetThreshold(LogSeverity threshold);
     LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
 
-    // All operators answer the installed logger. Quirk: so a chain continues there, not on the object that it
+    // All operators return the installed logger. Quirk: so a chain continues there, not on the object that it
     // began with.
     ILogger& operator<<(const SetSeverity& selection);
     ILogger& operator<<(const TString<wchar_t>& text);

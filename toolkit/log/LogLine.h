@@ -12,7 +12,7 @@ namespace Toolkit
 
 // The one place that knows how a log line is laid out: severity, " ", tick count, " : ", source line, " : ",
 // function, " : ", message, line feed; TOOLKIT_LOG makes such lines, too. An object collects one line and
-// writes it when it goes, with U+FFFD for zeros and for what is no Unicode character; it belongs to one
+// writes it when it goes, with U+FFFD for NULs and for what is no Unicode character; it belongs to one
 // thread and reports no failure. It leaves the severity selected in the sink alone.
 class TOOLKIT_API LogLine
 {

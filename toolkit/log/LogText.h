@@ -58,7 +58,7 @@ private:
     // A byte that is no character of the locale, widened, is left out as a stream leaves it out.
     static void AppendCharacter(TString<wchar_t>& text, wchar_t character);
     static void AppendNarrow(TString<wchar_t>& text, const char* bytes, std::size_t length);
-    // Up to the first zero, at most `limit` elements; a null pointer appends nothing.
+    // Up to the first NUL, at most `limit` elements; a null pointer appends nothing.
     static void AppendArray(TString<wchar_t>& text, const wchar_t* characters, std::size_t limit);
     static void AppendArray(TString<wchar_t>& text, const char* bytes, std::size_t limit);
 

@@ -11,7 +11,7 @@ namespace Toolkit
 
 struct RegExpCode;
 
-// The record of one compilation and execution: what was searched, what PCRE answered, and the groups. It
+// The record of one compilation and execution: what was searched, what PCRE returned, and the groups. It
 // lives on the heap behind a smart_ptr and owns the compiled pattern. RegExp::Match makes and fills one; a
 // host may also make its own for RegExp_compile and RegExp_exec. One thread at a time may change it.
 class TOOLKIT_API MatchResult : public GroupCollection
@@ -23,7 +23,7 @@ public:
     MatchResult(const MatchResult&) = delete;
     MatchResult& operator=(const MatchResult&) = delete;
 
-    // What the last execution answered, by PCRE's numbers: the number of pairs in GetOffsets(), -1 for no
+    // What the last execution returned, by PCRE's numbers: the number of pairs in GetOffsets(), -1 for no
     // match. 0 is a match in which a group took part that is numbered 20 or higher.
     int GetResult() const { return m_iResult; }
     // PCRE's static message when the last compilation failed, null otherwise.

@@ -10,7 +10,7 @@ namespace Toolkit
 {
 
 // A recursive mutex: the thread that holds it may lock it again and unlocks as often as it locked.
-// Any thread may use it; a time-out is kept by polling. Failures are answered, never thrown, and a caller
+// Any thread may use it; a time-out is kept by polling. Failures are returned, never thrown, and a caller
 // that got false goes on without the lock and does not unlock (see MutexLock).
 class TOOLKIT_API MutexInternal
 {

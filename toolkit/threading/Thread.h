@@ -35,10 +35,10 @@ private:
 
 // A joinable worker thread; a subclass puts its work into DoWork. Its owner constructs it, runs it and
 // destroys it, never the thread itself, and calls every operation but DoWork. The destructor asks the thread
-// to stop (TestDestroy answers true from then on) and waits for it, so DoWork must return by itself or watch
+// to stop (TestDestroy returns true from then on) and waits for it, so DoWork must return by itself or watch
 // TestDestroy; the work of a thread that was run is done even then. Each leaf class does the same in its own
 // destructor, with StopAndWait, while its DoWork and members still exist. In a host that ended an application
-// object of its own, it must be gone or finished by then. Failures are answered, not logged.
+// object of its own, it must be gone or finished by then. Failures are returned, not logged.
 class TOOLKIT_API Thread : private ThreadBaseLibraryHold, public wxThread
 {
 public:

@@ -29,7 +29,7 @@ TString<wchar_t> UserLocalData();
 TString<wchar_t> Resources();
 TString<wchar_t> Documents();
 
-// The path behind a link to a running executable that the kernel answers: the kernel marks the path of an
+// The target of a link to a running executable that the kernel gives: the kernel marks the path of an
 // executable that was deleted, and `isRealName` tells that the mark is a part of the file's name.
 std::string Unmark(const std::string& link, bool isRealName);
 

@@ -41,7 +41,7 @@ struct IPCMessage
 
     // The messages of a client, appended to `bytes`.
     static void AppendConnect(TString<char>& bytes, const TString<char>& topic);
-    // The text is sent with its terminating zero.
+    // The text is sent with its terminating NUL.
     static void AppendExecute(TString<char>& bytes, const TString<char>& text);
     // Poke or Advise of data to an item without a name.
     static void AppendItem(std::string& bytes, Code code, unsigned char format, std::string_view data);

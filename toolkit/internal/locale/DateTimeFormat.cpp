@@ -52,7 +52,7 @@ void AppendYear(Text& out, std::size_t run, std::int64_t year)
     out.append(run, L'y');
 }
 
-// A run of letters behind "%" of which the first one makes a token with it.
+// A run of letters after "%" of which the first one makes a token with it.
 void AppendBehindPercent(Text& out, std::size_t run, wchar_t letter, std::int64_t number, std::size_t width)
 {
     out.pop_back();

@@ -19,7 +19,7 @@ namespace Toolkit::DateTimeFormat
 // filled in. Quirk: "M" is filled with a zero, "d" is not.
 TString<wchar_t> Date(const TString<wchar_t>& pattern, const CivilTime& time);
 
-// What stands behind the first space, or all of a pattern without one. Where hours are those of half a
+// What stands after the first space, or all of a pattern without one. Where hours are those of half a
 // day, a, or tt if there is no a in the pattern, stands for `marker`; then HH, H, hh, h, mm and m are
 // filled in, :ss, .ss, a and tt removed, and %T, %R and %r filled in.
 // Quirk: seconds are never shown; %T, %R and %r are hours and minutes, without a marker.

@@ -74,7 +74,7 @@ bool IsModifier(View part)
     return Is(part, IsLetterOrDigit, 1, 32);
 }
 
-// Cuts `name` at the first `mark` and answers what stands behind it. False for a mark with something behind
+// Cuts `name` at the first `mark` and returns what stands after it. False for a mark with something after
 // it that is not of that kind; no mark is right.
 bool CutAt(View& name, char mark, bool (*kind)(View), View& behind)
 {

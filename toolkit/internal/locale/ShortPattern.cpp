@@ -63,7 +63,7 @@ bool IsPunctuation(wchar_t c)
     return c > L' ' && c < 0x7F && !IsLetter(c) && !(c >= L'0' && c <= L'9') && c != L'%';
 }
 
-// The position behind a quoted text that begins at `start`.
+// The position after a quoted text that begins at `start`.
 std::size_t EndOfQuotation(const std::wstring& pattern, std::size_t start)
 {
     return std::min(pattern.find(L'\'', start + 1), pattern.size() - 1) + 1;

@@ -28,7 +28,7 @@ bool IsNewTerminal(int descriptor)
     return ioctl(descriptor, TIOCGPTN, &number) == 0;
 }
 
-// 0, or the error that opening such a thing is answered with.
+// 0, or the error that opening such a thing fails with.
 int Refusal(int descriptor, const struct stat& status, int flags)
 {
     if (S_ISDIR(status.st_mode))

@@ -28,7 +28,7 @@ TString<wchar_t> MakeUniqueInstanceName(const TString<wchar_t>& folder, const TS
 void Join(TString<wchar_t>& result, const TString<wchar_t>& base, const TString<wchar_t>& name,
           wchar_t separator);
 
-// The path as the system takes it; empty when it can name nothing (an embedded zero, no UTF-8 form).
+// The path as the system takes it; empty when it can name nothing (an embedded NUL, no UTF-8 form).
 TString<char> ToNative(const TString<wchar_t>& path);
 
 } // namespace Toolkit::PathNames

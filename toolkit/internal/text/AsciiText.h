@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-// Narrow text that every conversion leaves as it is: ASCII without a zero, which may end one.
+// Narrow text that every conversion leaves as it is: ASCII without a NUL, which may end one.
 namespace Toolkit::AsciiText
 {
 

@@ -9,7 +9,7 @@ namespace Toolkit
 {
 
 // The first occurrence of one sequence in another, found in a time that is linear in both and without memory,
-// however much they repeat themselves: the two-way algorithm of Crochemore and Perrin. `Key` answers for an
+// however much they repeat themselves: the two-way algorithm of Crochemore and Perrin. `Key` tells of an
 // element what is compared in its place. For long sequences; it is no faster than a plain search elsewhere.
 template <class C, class Key>
 class LinearSearch

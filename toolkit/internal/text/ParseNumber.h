@@ -15,7 +15,7 @@ inline const wchar_t* SkipSpace(const wchar_t* text, const wchar_t* end)
     return text;
 }
 
-// What `>>` makes of [text, end), which afterwards begins behind the number. False where it fails:
+// What `>>` makes of [text, end), which afterwards begins after the number. False where it fails:
 // `value` stays as it was when there was nothing but white space, is 0 when there was no number, and the
 // largest or the smallest when it does not fit.
 template <class Number>

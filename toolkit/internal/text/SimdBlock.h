@@ -30,7 +30,7 @@ struct SimdBlock
         return elements;
     }
 
-    // A comparison answers all ones for each element of which it is true.
+    // A comparison gives all ones for each element of which it is true.
     static bool Any(Vector mask)
     {
 #ifdef __SSE2__

@@ -21,7 +21,7 @@ const std::size_t s_uBlock = 16;
 
 #ifdef __SSE2__
 
-// Widens a block that is ASCII; of any other it answers false and writes nothing.
+// Widens a block that is ASCII; of any other it returns false and writes nothing.
 inline bool WidenAscii(const char* text, wchar_t* to)
 {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
@@ -38,7 +38,7 @@ inline bool WidenAscii(const char* text, wchar_t* to)
     return true;
 }
 
-// Narrows a block that is ASCII without a zero; of any other it answers false and writes nothing.
+// Narrows a block that is ASCII without a NUL; of any other it returns false and writes nothing.
 inline bool NarrowAscii(const wchar_t* text, char* to)
 {
     const auto from = reinterpret_cast<const __m128i*>(text);
@@ -53,7 +53,7 @@ inline bool NarrowAscii(const wchar_t* text, char* to)
     return true;
 }
 
-// Narrows four blocks at a time while they are ASCII without a zero, and answers the elements.
+// Narrows four blocks at a time while they are ASCII without a NUL, and returns the elements.
 __attribute__((target("avx2"))) inline std::size_t NarrowAsciiFours(const wchar_t* text, std::size_t length,
                                                                     char* to)
 {
@@ -117,8 +117,8 @@ inline bool NarrowAscii(const wchar_t* text, char* to)
 
 #endif
 
-// Narrows what `text` begins with while it is ASCII without a zero, in whole blocks unless that is all of it,
-// and answers the elements.
+// Narrows what `text` begins with while it is ASCII without a NUL, in whole blocks unless that is all of it,
+// and returns the elements.
 inline std::size_t NarrowAsciiRun(const wchar_t* text, std::size_t length, char* to)
 {
     std::size_t i = 0;
@@ -132,7 +132,7 @@ inline std::size_t NarrowAsciiRun(const wchar_t* text, std::size_t length, char*
     return tail && NarrowAscii(text + length - s_uBlock, to + length - s_uBlock) ? length : i;
 }
 
-// True if the bytes are ASCII without a zero.
+// True if the bytes are ASCII without a NUL.
 inline bool IsAscii(const char* text, std::size_t length)
 {
     using Bytes = Detail::SimdBlock<char>;

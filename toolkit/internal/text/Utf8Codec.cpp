@@ -27,7 +27,7 @@ std::uint32_t Continued(char byte)
 }
 
 // Decodes the characters that begin in front of `stop`, one after the other, up to what is no UTF-8. The last
-// of them may go on behind `stop`, up to `end`.
+// of them may go on after `stop`, up to `end`.
 inline void DecodeEach(const char*& text, const char* stop, const char* end, wchar_t*& to)
 {
     while (text < stop)
@@ -70,7 +70,7 @@ inline void DecodeEach(const char*& text, const char* stop, const char* end, wch
     }
 }
 
-// Answers the place behind what it has written; null if the text is not UTF-8.
+// Returns the place after what it has written; null if the text is not UTF-8.
 wchar_t* DecodeAll(const char* text, const char* end, wchar_t* to)
 {
     const char* const begin = text;
@@ -101,7 +101,7 @@ char Continuation(std::uint32_t value, int shift)
     return static_cast<char>(0x80U | ((value >> shift) & 0x3FU));
 }
 
-// Encodes one character after the other up to a zero or what has no UTF-8 form.
+// Encodes one character after the other up to a NUL or what has no UTF-8 form.
 inline void EncodeEach(const wchar_t*& text, const wchar_t* end, char*& to)
 {
     for (; text != end; ++text)
@@ -138,7 +138,7 @@ inline void EncodeEach(const wchar_t*& text, const wchar_t* end, char*& to)
     }
 }
 
-// Encodes up to a zero or what has no UTF-8 form, at which `text` is left, and answers the place behind what
+// Encodes up to a NUL or what has no UTF-8 form, at which `text` is left, and returns the place after what
 // it has written.
 char* EncodeAll(const wchar_t*& text, const wchar_t* end, char* to)
 {
@@ -183,7 +183,7 @@ void Overwrite(TString<C>& text, std::size_t length, Write write)
 const std::size_t s_uPart = 256;
 using Part = char[4 * s_uPart];
 
-// Encodes the beginning of the text and answers its bytes. `rest` is where to go on; null if that was all.
+// Encodes the beginning of the text and returns its bytes. `rest` is where to go on; null if that was all.
 std::size_t EncodeBeginning(const TString<wchar_t>& text, Part& part, const wchar_t*& rest)
 {
     const wchar_t* next = text.data();
@@ -194,7 +194,7 @@ std::size_t EncodeBeginning(const TString<wchar_t>& text, Part& part, const wcha
     return valid ? bytes : 0;
 }
 
-// Encodes `rest` behind the bytes that are done.
+// Encodes `rest` after the bytes that are done.
 void EncodeBehind(const char* done, std::size_t count, const wchar_t* rest, const wchar_t* end,
                   TString<char>& bytes)
 {
@@ -209,7 +209,7 @@ void EncodeBehind(const char* done, std::size_t count, const wchar_t* rest, cons
         bytes.clear();
 }
 
-// The same behind a part that is ASCII: so the rest will be, in most texts.
+// The same after a part that is ASCII: so the rest will be, in most texts.
 void EncodeBehindAscii(const Part& part, const wchar_t* rest, const wchar_t* end, TString<char>& bytes)
 {
     const std::size_t left = static_cast<std::size_t>(end - rest);

@@ -66,7 +66,7 @@ std::vector<int> OpenDescriptors()
     return descriptors;
 }
 
-// The last answer as a rule.
+// The last result as a rule.
 int PollThatWatches(int watched)
 {
     if (Has(WatchedBy(s_iLastPoll), watched))

@@ -12,8 +12,8 @@ class wxInputStream;
 namespace Toolkit
 {
 
-// Decodes one text from a source of bytes, which it does not own. It never takes more than it answers: after
-// each operation the source stands right behind the word or line and what ended it. A byte-order mark counts
+// Decodes one text from a source of bytes, which it does not own. It never takes more than it returns: after
+// each operation the source stands right after the word or line and what ended it. A byte-order mark counts
 // only where the reader begins. Broken text, a source that cannot be read and no source at all are the end.
 class TextReader
 {
@@ -23,8 +23,8 @@ public:
     TextReader(const TextReader&) = delete;
     TextReader& operator=(const TextReader&) = delete;
 
-    // Both answer true when something was read, an empty line being something.
-    // A word ends at a space, a tab, a line's end or a zero.
+    // Both return true when something was read, an empty line being something.
+    // A word ends at a space, a tab, a line's end or a NUL.
     bool ReadWord(TString<wchar_t>& word);
     // A line ends at "\n", "\r\n" or "\r", which is not part of it, or at the end of the text.
     bool ReadLine(TString<wchar_t>& line);

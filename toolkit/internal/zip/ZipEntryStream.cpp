@@ -107,7 +107,7 @@ void ZipEntryStream::Verify()
     m_uEnd = 0;
 }
 
-// Decodes up to `count` bytes, fewer only where the content ends; 0 and an error behind it and in damage.
+// Decodes up to `count` bytes, fewer only where the content ends; 0 and an error after it and in damage.
 std::size_t ZipEntryStream::Decode(void* buffer, std::size_t count)
 {
     std::size_t decoded = 0;

@@ -15,7 +15,7 @@ class ZipFile;
 
 // The content of one entry, decoded block by block by a decoder of its own: wxWidgets' one keeps
 // traces of the entry before, even of a whole one. Nothing is yielded of a block in which damage, a wrong
-// length or a wrong checksum shows, nor behind it; a reader of small pieces, who cannot take back what he has
+// length or a wrong checksum shows, nor after it; a reader of small pieces, who cannot take back what he has
 // used, gets nothing at all of a damaged entry.
 class ZipEntryStream : public wxInputStream
 {

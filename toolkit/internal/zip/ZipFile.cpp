@@ -73,7 +73,7 @@ bool IsShort(long long length)
     return length >= 0 && length < 0xFFFFFFFF;
 }
 
-// Where the fields behind the name begin.
+// Where the fields after the name begin.
 long long ExtraOffset(const ZipFile::LocalRecord& record)
 {
     return record.offset + static_cast<long long>(record.bytes.size()) +

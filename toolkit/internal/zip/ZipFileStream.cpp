@@ -19,7 +19,7 @@ const std::size_t s_numbers[] = {16, 20, 38};
 
 } // namespace
 
-// What wxWidgets reads of a record at once, behind the signature, and where in it the length of the
+// What wxWidgets reads of a record at once, after the signature, and where in it the length of the
 // name lies.
 struct ZipFileStream::RecordRead
 {

@@ -29,7 +29,7 @@ public:
     void Replace(const ZipFile::LocalRecord& record);
 
     wxInputStream& Read(void* buffer, std::size_t count) override;
-    // Quirk: behind a record whose name is empty, the second question is answered with 0. wxWidgets
+    // Quirk: after a record whose name is empty, the second question is answered with 0. wxWidgets
     // asks twice there: whether the record came whole, and whether the name did, for which it reads nothing.
     std::size_t LastRead() const override;
 

@@ -57,7 +57,7 @@ ZipNameConverter& ZipNameConverter::Instance()
 std::size_t ZipNameConverter::ToWChar(wchar_t* to, std::size_t capacity, const char* from,
                                       std::size_t length) const
 {
-    // The terminating zero belongs to the text when no length is given.
+    // The terminating NUL belongs to the text when no length is given.
     const std::size_t bytes = length == wxNO_LEN ? std::strlen(from) + 1 : length;
     if (IsAscii({from, bytes}))
     {

@@ -23,7 +23,7 @@ const std::size_t s_uBlock = 1024 * Base64Codec::s_uGroupBytes;
 
 using Array = std::unique_ptr<unsigned char[]>;
 
-// Decodes the text, in which "=" stands at `pad` or, when `pad` is the text's size, nowhere. Answers the
+// Decodes the text, in which "=" stands at `pad` or, when `pad` is the text's size, nowhere. Returns the
 // number of bytes that count.
 std::size_t Decode(const unsigned char* text, std::size_t size, std::size_t pad, unsigned char* to)
 {

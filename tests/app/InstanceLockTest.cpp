@@ -19,6 +19,7 @@
 #include <unistd.h>
 
 #include "tests/support/ForkedCopy.h"
+#include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
 #include "toolkit/app/PathManager.h"
@@ -81,11 +82,11 @@ protected:
     static bool IsFirst() { return !SingleApplicationInstance().IsAlreadyRunning(); }
 
     // What several processes find that make, ask and drop an instance over and over.
-    void ComeAndGo(int processes, int rounds) const
+    void ComeAndGo(int processes, unsigned long rounds) const
     {
         const auto work = [this, rounds]() -> ChildAnswer
         {
-            for (int i = 0; i < rounds; ++i)
+            for (unsigned long i = 0; i < rounds; ++i)
             {
                 const SingleApplicationInstance instance;
                 if (instance.IsAlreadyRunning())
@@ -113,7 +114,13 @@ protected:
 
 TEST_F(InstanceLock, ProcessesThatComeAndGoAreNeverFirstAtOnce)
 {
-    ComeAndGo(4, 4000);
+    ToolkitTest::Rounds rounds("looks for the first instance", "TOOLKIT_TEST_LOOKS", 16000);
+    while (rounds.GoOn())
+    {
+        const unsigned long looks = rounds.Size(80000);
+        ComeAndGo(8, looks / 8);
+        rounds.Did(looks);
+    }
     EXPECT_FALSE(std::filesystem::exists(LockPath()));
 }
 

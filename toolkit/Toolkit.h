@@ -2,7 +2,8 @@
 #ifndef TOOLKIT_TOOLKIT_H
 #define TOOLKIT_TOOLKIT_H
 
-// Everything that a host needs, in one header. The library itself never includes it.
+// The classic classes in one header; those for new code are included one by one. The library itself never
+// includes it.
 
 #include "toolkit/app/CmdLineOption.h"
 #include "toolkit/app/CmdLineParser.h"

@@ -397,6 +397,7 @@ TEST(Process, WaitingEndsInTimeAndMayGoOn)
     EXPECT_EQ("/bin/sh has not written a line in time", none.error().Message());
     EXPECT_EQ(Errc::NotAnswered, process.Wait(0s).error().Code());
     EXPECT_EQ(Errc::NotAnswered, process.Wait(-1s).error().Code());
+    EXPECT_EQ(Errc::NotAnswered, process.Wait(std::chrono::nanoseconds::min()).error().Code());
     EXPECT_TRUE(process.Write("line\n"));
     EXPECT_EQ("line", *process.ReadLine(std::chrono::nanoseconds::max()));
     EXPECT_EQ(6, process.Wait()->ExitCode()) << "waiting for ever closes the input";
@@ -491,7 +492,9 @@ TEST(Process, TimeoutCountsFromTheStartOfOneThatIsTalkedWith)
     EXPECT_TRUE(process.Wait()->TimedOut());
     EXPECT_EQ(
         0, StartSh("exit 0", ProcessOptions().Timeout(std::chrono::nanoseconds::max())).Wait()->ExitCode());
-    EXPECT_TRUE(StartSh(c_strForEver, ProcessOptions().Timeout(-1s)).Wait()->TimedOut());
+    for (const std::chrono::nanoseconds past :
+         {std::chrono::nanoseconds(-1), std::chrono::nanoseconds::min()})
+        EXPECT_TRUE(StartSh(c_strForEver, ProcessOptions().Timeout(past)).Wait()->TimedOut());
 }
 
 TEST(Process, ForkedCopyOfTheHostHasNoPartInIt)

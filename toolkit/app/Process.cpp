@@ -29,12 +29,6 @@ const Clock::time_point s_never = Clock::time_point::max();
 const std::string_view c_strDeleted = " (deleted)";
 const char* const c_strSelf = "/proc/self/exe";
 
-Clock::time_point After(std::chrono::nanoseconds time)
-{
-    const Clock::time_point now = Clock::now();
-    return time < s_never - now ? now + time : s_never;
-}
-
 Failure NotAnswered(const ChildTalk& talk, const char* what)
 {
     return Failure(Errc::NotAnswered, talk.Name() + " has not " + what + " in time");
@@ -142,7 +136,7 @@ Result<void> Process::Write(std::string_view text)
 
 Result<void> Process::Write(std::string_view text, std::chrono::nanoseconds timeout)
 {
-    return Toolkit::Write(*m_pTalk, text, After(timeout));
+    return Toolkit::Write(*m_pTalk, text, ChildTalk::After(timeout));
 }
 
 void Process::CloseInput()
@@ -157,7 +151,7 @@ Result<std::string> Process::ReadLine()
 
 Result<std::string> Process::ReadLine(std::chrono::nanoseconds timeout)
 {
-    return Toolkit::ReadLine(*m_pTalk, After(timeout));
+    return Toolkit::ReadLine(*m_pTalk, ChildTalk::After(timeout));
 }
 
 Result<ProcessResult> Process::Wait()
@@ -169,7 +163,7 @@ Result<ProcessResult> Process::Wait()
 
 Result<ProcessResult> Process::Wait(std::chrono::nanoseconds timeout)
 {
-    if (!m_pTalk->AwaitEnd(After(timeout)))
+    if (!m_pTalk->AwaitEnd(ChildTalk::After(timeout)))
         return NotAnswered(*m_pTalk, "ended");
     return ProcessResult(m_pTalk->TakeOutcome());
 }
@@ -181,7 +175,7 @@ void Process::Terminate()
 
 void Process::Terminate(std::chrono::nanoseconds patience)
 {
-    m_pTalk->Terminate(After(patience));
+    m_pTalk->Terminate(ChildTalk::After(patience));
 }
 
 } // namespace Toolkit

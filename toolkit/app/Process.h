@@ -76,7 +76,7 @@ public:
 
     /// Waits for its end. Without a time-out this closes its input first, as nothing will be written any
     /// more. `Errc::NotAnswered` when it still runs after that time. The output of the result is what was not
-    /// read as lines. It may be called again.
+    /// read as lines before. Another call gives the same result again.
     Result<ProcessResult> Wait();
     Result<ProcessResult> Wait(std::chrono::nanoseconds timeout);
 

@@ -30,12 +30,6 @@ const std::chrono::milliseconds s_lookPause(5);
 
 using Clock = ChildTalk::Clock;
 
-Clock::time_point After(const std::optional<std::chrono::nanoseconds>& time)
-{
-    const Clock::time_point now = Clock::now();
-    return time && *time < Clock::time_point::max() - now ? now + *time : Clock::time_point::max();
-}
-
 void PollUntil(pollfd* polled, nfds_t count, Clock::time_point end)
 {
     if (end == Clock::time_point::max())
@@ -52,11 +46,19 @@ void PollUntil(pollfd* polled, nfds_t count, Clock::time_point end)
 
 } // namespace
 
+Clock::time_point ChildTalk::After(std::chrono::nanoseconds time)
+{
+    const Clock::time_point now = Clock::now();
+    if (time >= Clock::time_point::max() - now)
+        return Clock::time_point::max();
+    return now + std::max(time, std::chrono::nanoseconds(0));
+}
+
 ChildTalk::ChildTalk(const std::string& name, const ChildSettings& settings)
     : m_strName(name),
       m_uMost(settings.m_uMaxOutput),
       m_host(getpid()),
-      m_deadline(After(settings.m_timeout)),
+      m_deadline(settings.m_timeout ? After(*settings.m_timeout) : Clock::time_point::max()),
       m_pOutcome(std::make_shared<ChildOutcome>()),
       m_output{Descriptor(), m_pOutcome->m_strOutput},
       m_errors{Descriptor(), m_pOutcome->m_strErrors}

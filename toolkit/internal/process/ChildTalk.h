@@ -31,6 +31,10 @@ class ChildTalk
 public:
     using Clock = std::chrono::steady_clock;
 
+    // The moment when that time is over: now where it is negative, and the end of the clock where it is too
+    // long.
+    static Clock::time_point After(std::chrono::nanoseconds time);
+
     static Result<std::unique_ptr<ChildTalk>> Start(const std::vector<std::string>& arguments,
                                                     const ChildSettings& settings);
 

@@ -19,6 +19,12 @@ namespace Toolkit
 namespace
 {
 
+bool IsInherited(int number)
+{
+    const int flags = number > STDERR_FILENO ? fcntl(number, F_GETFD) : -1;
+    return flags != -1 && (flags & FD_CLOEXEC) == 0;
+}
+
 // Those that a new image would get, but for the standard streams.
 std::vector<int> InheritedDescriptors()
 {
@@ -28,10 +34,14 @@ std::vector<int> InheritedDescriptors()
     {
         int number = -1;
         std::from_chars(entry->d_name, entry->d_name + std::strlen(entry->d_name), number);
-        const int flags = number > STDERR_FILENO ? fcntl(number, F_GETFD) : -1;
-        if (flags != -1 && (flags & FD_CLOEXEC) == 0)
+        if (IsInherited(number))
             inherited.push_back(number);
     }
+    // Without a descriptor for the folder each number is tried.
+    const int most = folder == nullptr ? getdtablesize() : 0;
+    for (int number = 0; number < most; ++number)
+        if (IsInherited(number))
+            inherited.push_back(number);
     return inherited;
 }
 

@@ -94,6 +94,22 @@ TEST_F(PluginLives, ModulesOfAPluginThatIsStillHeldStay)
     EXPECT_THAT(m_notes.events, ElementsAre(">a.lost", ">a.static", "-a", "~a"));
 }
 
+TEST_F(PluginLives, ModulesAreNotTakenFromThoseWhoShareTheirCode)
+{
+    const ToolkitSession session;
+    auto first = Loaded();
+    auto second = Loaded();
+    m_notes.events.clear();
+    EXPECT_FALSE(first->Load(first->Find("a")->Info().File()));
+    EXPECT_THAT(m_notes.events, testing::IsEmpty()) << "refused, as it is loaded";
+    first.reset();
+    EXPECT_THAT(m_notes.events, ElementsAre("-b", "-a"));
+    m_notes.events.clear();
+    second.reset();
+    EXPECT_THAT(m_notes.events,
+                ElementsAre(">b.lost", ">b.static", "-b", "~b", ">a.lost", ">a.static", "-a", "~a"));
+}
+
 TEST_F(PluginLives, ModuleOfTheHostMayUnloadThemWhenItIsReleased)
 {
     // A host's module is released after those of the plug-ins when it was registered before them.

@@ -348,6 +348,9 @@ TEST(Pattern, FindsAllMatches)
         {"a\\K", "aab", {"@1", "@2"}},
         {".", "\xE2\x82\xAC\xF0\x9F\x98\x80", {"\xE2\x82\xAC@0", "\xF0\x9F\x98\x80@3"}},
         {"\\d+(?=x)", "12x34 5x", {"12@0", "5@6"}},
+        // "\\K" beyond the end, and into the match before.
+        {"(?(DEFINE)(ab\\K))(?=(?1))", "xabcdabcd", {"@1", "@5"}},
+        {"(?(DEFINE)(\\Kb))(?:(?<=(?1)).|b)", "abcbbd", {"b@1", "c@2", "b@3", "b@4", "d@5"}},
     };
     for (const auto& row : rows)
         EXPECT_EQ(row.matches, AllOf(Compiled(row.pattern), row.text)) << row.pattern << " " << row.text;

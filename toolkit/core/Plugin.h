@@ -60,7 +60,8 @@ public:
     Plugin& operator=(const Plugin&) = delete;
     virtual ~Plugin();
 
-    /// Known from the constructor on; it knows nothing of an object that was not made by `Plugins`.
+    /// Known from the constructor on; of an object that the program makes itself it knows nothing,
+    /// and of one that a plug-in's constructor makes it knows what it knows of that plug-in.
     const PluginInfo& Info() const noexcept;
 
 protected:

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 #include <cxxabi.h>
 #include <dlfcn.h>
@@ -127,18 +128,60 @@ struct PluginsBase::State
     std::vector<std::shared_ptr<Plugin>> m_plugins;
 };
 
-// A plug-in's library, and what its object is told of it.
+// A plug-in's library, and what its object is told of it. Several of them may own the same library, which the
+// system has loaded once: its modules are those of all of them.
 struct PluginsBase::Code
 {
-    explicit Code(SharedLibrary library) noexcept : m_library(std::move(library)) {}
-    ~Code() { TakeBackModules(); }
+    explicit Code(SharedLibrary library) noexcept : m_library(std::move(library))
+    {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        m_pNext = std::exchange(s_pFirst, this);
+    }
+    ~Code()
+    {
+        TakeBackModules();
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        Code** place = &s_pFirst;
+        while (*place != this)
+            place = &(*place)->m_pNext;
+        *place = m_pNext;
+    }
 
-    // Nothing may call into the code any more.
-    void TakeBackModules() { LibModuleManager::TakeBackModulesOf(m_library); }
+    Code(const Code&) = delete;
+    Code& operator=(const Code&) = delete;
+
+    // Takes back the library's modules, unless somebody else still needs them.
+    void TakeBackModules()
+    {
+        if (Leave())
+            LibModuleManager::TakeBackModulesOf(m_library);
+    }
 
     const SharedLibrary m_library;
     PluginInfo m_info;
+
+private:
+    // Needs the modules no more; true when nobody else does.
+    bool Leave()
+    {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        m_bHasLeft = true;
+        for (const Code* code = s_pFirst; code != nullptr; code = code->m_pNext)
+            if (!code->m_bHasLeft && code->m_library.IsSame(m_library))
+                return false;
+        return true;
+    }
+
+    // All that there are, in no order.
+    static std::mutex s_mutex;
+    static Code* s_pFirst;
+
+    Code* m_pNext = nullptr;
+    bool m_bHasLeft = false;
 };
+
+std::mutex PluginsBase::Code::s_mutex;
+PluginsBase::Code* PluginsBase::Code::s_pFirst = nullptr;
 
 // How a plug-in that nobody holds any more is destroyed.
 class PluginsBase::Destroy
@@ -216,7 +259,8 @@ Result<void> PluginsBase::Load(const std::filesystem::path& file)
         return library.error();
     const auto code = std::make_shared<Code>(*std::move(library));
     const auto* const entry = static_cast<const PluginEntry*>(code->m_library.Find(c_strEntry));
-    if (entry == nullptr)
+    // The loader finds that of a library that this one needs, too.
+    if (entry == nullptr || !code->m_library.Contains(entry))
         return LibraryFailure(Errc::Malformed, path.native(), "it is no plug-in, as it has no entry");
     if (const std::string reason = Mismatch(*entry, m_pState->m_interface); !reason.empty())
         return LibraryFailure(Errc::WrongInterface, path.native(), reason);

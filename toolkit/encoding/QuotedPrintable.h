@@ -26,10 +26,10 @@ public:
     /// these bytes again.
     static std::string Encode(std::string_view bytes);
 
-    /// Decodes as Python does: escapes in either case, and "=" at the end of a line joins it with the next
-    /// one. What is no escape stays as it is, but for "==", which is one "=", "=" at the end of the text,
-    /// which is nothing, and "=" before a carriage return, which takes everything up to the line feed with
-    /// it.
+    /// Decodes as Python does, which keeps the blanks that a transport put at a line's end: escapes in either
+    /// case, and "=" at the end of a line joins it with the next one. What is no escape stays as it is, but
+    /// for "==", which is one "=", "=" at the end of the text, which is nothing, and "=" before a carriage
+    /// return, which takes everything up to the line feed with it.
     static std::string Decode(std::string_view text);
 };
 

@@ -13,7 +13,9 @@ namespace Toolkit
 {
 
 /// How far one search of a `Pattern` may go before it ends with an error: a pattern such as "(a+)+$" would
-/// otherwise take for ever on some texts. A value; the defaults end such a search within seconds.
+/// otherwise take for ever on some texts. A value. PCRE2 counts anew at each place of the text
+/// that it tries, so that what a search takes at most grows with the text: with the defaults some seconds for
+/// each ten thousand characters.
 ///
 ///     auto pattern = Toolkit::Pattern::Compile("(a+)+$", Toolkit::Pattern::Default,
 ///                                              Toolkit::PatternLimits().Steps(100000));

@@ -14,6 +14,8 @@ namespace
 {
 
 const std::size_t s_uFirstJitStack = std::size_t{32} << 10;
+// Its addresses are taken at once, however little of it is used.
+const std::size_t s_uMostJitStack = std::size_t{1} << 30;
 
 template <class T>
 T* NeedMemory(T* memory)
@@ -164,7 +166,8 @@ void CompiledPattern::FindNext(PatternSearch& search) const
 {
     const std::size_t length = search.subject.size();
     const bool wasEmpty = search.offsets[0] == search.offsets[1];
-    std::size_t start = search.offsets[1];
+    const std::size_t end = search.offsets[1];
+    std::size_t start = end;
     // "\\K" may have put the match before the place where it was found: it would be found again.
     if (!wasEmpty && start <= search.place)
         start = NextCharacter(search.subject, search.place);
@@ -174,8 +177,15 @@ void CompiledPattern::FindNext(PatternSearch& search) const
         return;
     }
     Find(search, start, PCRE2_NO_UTF_CHECK | (wasEmpty ? PCRE2_NOTEMPTY_ATSTART | PCRE2_ANCHORED : 0));
-    if (wasEmpty && search.result == PCRE2_ERROR_NOMATCH)
+    // With "\K" what goes no further need not be empty for PCRE2.
+    if (wasEmpty && (search.result == PCRE2_ERROR_NOMATCH || (search.result > 0 && search.offsets[1] <= end)))
         Find(search, NextCharacter(search.subject, start), PCRE2_NO_UTF_CHECK);
+    // It may also put the beginning into the match before.
+    if (search.result > 0)
+    {
+        search.offsets[0] = std::max(search.offsets[0], end);
+        search.offsets[1] = std::max(search.offsets[1], end);
+    }
 }
 
 std::size_t CompiledPattern::NextCharacter(std::string_view subject, std::size_t index) const
@@ -195,6 +205,9 @@ void CompiledPattern::Find(PatternSearch& search, std::size_t start, std::uint32
     if (search.result == PCRE2_ERROR_JIT_STACKLIMIT)
         search.result = FindOnLargerStack(search, start, options);
     search.place = pcre2_get_startchar(search.data.get());
+    // "\K" in a look-around may put the beginning after the end.
+    if (search.result > 0)
+        search.offsets[0] = std::min(search.offsets[0], search.offsets[1]);
     if (search.result == PCRE2_ERROR_NOMEMORY)
         throw std::bad_alloc();
 }
@@ -217,8 +230,8 @@ int CompiledPattern::FindOnLargerStack(PatternSearch& search, std::size_t start,
     if (m_uMemory <= s_uFirstJitStack)
         return PCRE2_ERROR_JIT_STACKLIMIT;
     const Pcre2Ptr<pcre2_match_context> context(NeedMemory(pcre2_match_context_copy(m_pContext.get())));
-    const Pcre2Ptr<pcre2_jit_stack> stack(
-        NeedMemory(pcre2_jit_stack_create(s_uFirstJitStack, m_uMemory, Pcre2Contexts::Get().General())));
+    const Pcre2Ptr<pcre2_jit_stack> stack(NeedMemory(pcre2_jit_stack_create(
+        s_uFirstJitStack, std::min(m_uMemory, s_uMostJitStack), Pcre2Contexts::Get().General())));
     pcre2_jit_stack_assign(context.get(), nullptr, stack.get());
     return Execute(search, start, options, context.get());
 }

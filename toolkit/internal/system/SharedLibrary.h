@@ -35,6 +35,9 @@ public:
     // True when what lies at the address was loaded with this library.
     bool Contains(const void* address) const;
 
+    // True when both own the same library, which the system has loaded once.
+    bool IsSame(const SharedLibrary& other) const noexcept { return m_pHandle == other.m_pHandle; }
+
     // The system's handle, which is the caller's from now on.
     void* Release() { return std::exchange(m_pHandle, nullptr); }
 

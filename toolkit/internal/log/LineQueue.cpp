@@ -3,9 +3,9 @@
 
 #include <utility>
 
-#include <pthread.h>
-#include <signal.h>
 #include <unistd.h>
+
+#include "toolkit/internal/system/SignalMask.h"
 
 namespace Toolkit
 {
@@ -14,24 +14,6 @@ namespace
 {
 
 const std::chrono::milliseconds s_rest(1);
-
-// Keeps signals from the threads that are started in a scope: they are the host's.
-class NoSignals
-{
-public:
-    NoSignals()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    NoSignals(const NoSignals&) = delete;
-    NoSignals& operator=(const NoSignals&) = delete;
-
-private:
-    sigset_t m_before;
-};
 
 } // namespace
 
@@ -56,7 +38,7 @@ const LineQueue::AtEnd LineQueue::s_atEnd;
 LineQueue::LineQueue(std::size_t capacity, Drain drain)
     : m_uCapacity(capacity), m_drain(std::move(drain)), m_iProcess(getpid())
 {
-    const NoSignals none;
+    const SignalMask none;
     m_thread = std::thread([this] { Run(); });
     const std::lock_guard<std::mutex> lock(s_listMutex);
     m_pNext = std::exchange(s_pFirst, this);

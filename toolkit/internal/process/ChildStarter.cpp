@@ -12,6 +12,7 @@
 
 #include "toolkit/internal/process/Pipe.h"
 #include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/SignalMask.h"
 
 namespace Toolkit
 {
@@ -25,31 +26,6 @@ using Trouble = ChildStarter::Trouble;
 // Where a fresh child tells of its trouble, which closes when its image is replaced.
 const int s_iReport = 3;
 const int s_iNone = -1;
-
-// Blocks all signals of the thread for a scope, so that no handler of the host runs in the child.
-class BlockedSignals
-{
-public:
-    BlockedSignals()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~BlockedSignals()
-    {
-        const int error = errno;
-        pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-        errno = error;
-    }
-    BlockedSignals(const BlockedSignals&) = delete;
-    BlockedSignals& operator=(const BlockedSignals&) = delete;
-
-    const sigset_t& Before() const { return m_before; }
-
-private:
-    sigset_t m_before;
-};
 
 // What follows runs in the child, which may call nothing but what a signal handler may.
 
@@ -133,7 +109,7 @@ Trouble BecomeFresh(const ChildPlan& plan, int report)
 
 // -1 without a child. `waited` tells that this process was held until the child had replaced its image or
 // ended: not so where tools for debugging make a copy of the memory instead of lending it.
-[[gnu::noinline]] pid_t Lend(const ChildPlan& plan, const BlockedSignals& blocked, int report,
+[[gnu::noinline]] pid_t Lend(const ChildPlan& plan, const SignalMask& blocked, int report,
                              volatile bool& waited)
 {
     const pid_t child = vfork();
@@ -154,9 +130,10 @@ void Reap(pid_t child)
 
 } // namespace
 
+// All signals are blocked until the child has its own image, so that no handler of the host runs in it.
 pid_t ChildStarter::Start(const ChildPlan& plan, int& error)
 {
-    const BlockedSignals blocked;
+    const SignalMask blocked;
     volatile bool waited = false;
     const pid_t child = Lend(plan, blocked, s_iNone, waited);
     error = errno;
@@ -168,7 +145,7 @@ pid_t ChildStarter::Start(const ChildPlan& plan, int& error)
 pid_t ChildStarter::StartOrTell(const ChildPlan& plan, Trouble& trouble)
 {
     const NoCancellation whole;
-    const BlockedSignals blocked;
+    const SignalMask blocked;
     Pipe report;
     volatile bool waited = false;
     pid_t child = -1;

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <memory>
@@ -17,8 +18,11 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -51,6 +55,10 @@ namespace
 {
 
 const char* const c_strKey = "org.example.watch";
+
+// What is told at once, whatever the time-out.
+const char* const c_strNotTaken =
+    "cannot ask org.example.watch: the first instance has ended or did not take the command";
 
 using Arguments = std::vector<std::string>;
 
@@ -117,6 +125,45 @@ private:
     bool m_bOpen = false;
     int m_iArrived = 0;
 };
+
+// No thread has as much room as it shall have, for a scope.
+class NoNewThreads
+{
+public:
+    NoNewThreads()
+    {
+        pthread_getattr_default_np(&m_before);
+        pthread_attr_t huge;
+        pthread_attr_init(&huge);
+        pthread_attr_setstacksize(&huge, std::size_t{1} << 47);
+        pthread_setattr_default_np(&huge);
+        pthread_attr_destroy(&huge);
+    }
+    ~NoNewThreads()
+    {
+        pthread_setattr_default_np(&m_before);
+        pthread_attr_destroy(&m_before);
+    }
+    NoNewThreads(const NoNewThreads&) = delete;
+    NoNewThreads& operator=(const NoNewThreads&) = delete;
+
+private:
+    pthread_attr_t m_before;
+};
+
+// Stacks of threads among them.
+std::size_t Mappings()
+{
+    std::ifstream file("/proc/self/maps");
+    std::size_t lines = 0;
+    for (std::string line; std::getline(file, line);)
+        ++lines;
+    return lines;
+}
+
+// Poked: a folder without a name, and no arguments.
+const std::string c_strEmptyCommand =
+    std::string("\x03") + ToolkitTest::Sized("") + "\x02" + ToolkitTest::Sized(std::string(8, '\0'));
 
 } // namespace
 
@@ -425,12 +472,61 @@ TEST_F(InstanceTest, EndWaitsForTheRunningHandlerAndFailsTheRest)
     std::thread end([&first] { first.reset(); });
     for (auto& each : rest)
         EXPECT_EQ(Errc::NotAnswered, each.get().error().Code());
+    // It has no place any more for one that asks only now, while the handler still runs.
+    EXPECT_EQ(c_strNotTaken, second.Ask({"x"}, 60s).error().Message());
     gate.Open();
     const Result<Instance::Answer> answer = running.get();
     end.join();
     ASSERT_TRUE(answer) << answer.error().Message();
     EXPECT_EQ("x", answer->Text());
     EXPECT_EQ(1, executed);
+}
+
+// As a command "quit" does.
+TEST_F(InstanceTest, AnswerOfTheHandlerThatHasTheHostEndIsSent)
+{
+    for (int round = 0; round < 100; ++round)
+    {
+        auto first = std::make_unique<Instance>(Claim());
+        std::promise<void> quit;
+        first->Serve(
+            [&quit](const Instance::Command& command)
+            {
+                quit.set_value();
+                return Echo(command);
+            },
+            round % 2 == 0 ? Instance::Mode() : Instance::Parallel);
+        const Instance second = Claim();
+        std::future<Result<Instance::Answer>> asked =
+            std::async(std::launch::async, [&second] { return second.Ask({"quit"}, 60s); });
+        quit.get_future().wait();
+        first.reset();
+        const Result<Instance::Answer> answer = asked.get();
+        ASSERT_TRUE(answer) << answer.error().Message();
+        EXPECT_EQ("quit", answer->Text());
+    }
+}
+
+TEST_F(InstanceTest, EndWaitsUntilAnAnswerThatIsUnderwayHasBeenRead)
+{
+    auto first = std::make_unique<Instance>(Claim());
+    static constexpr std::size_t size = 1024 * 1024;
+    first->Serve([](const Instance::Command&) { return Instance::Answer(0, std::string(size, 'x')); });
+    ToolkitTest::RawClient client(SocketPath());
+    ASSERT_TRUE(client.Send(ToolkitTest::ConnectBytes("t") + c_strEmptyCommand));
+    std::string bytes;
+    // More than the acceptance of the connection, and less than all, as nobody reads on.
+    ASSERT_TRUE(ToolkitTest::WaitUntil([&] { return (bytes += client.Receive()).size() > 1; }));
+    std::thread end([&first] { first.reset(); });
+    EXPECT_TRUE(ToolkitTest::WaitUntil(
+        [&]
+        {
+            for (std::string more; !(more = client.Receive()).empty();)
+                bytes += more;
+            return bytes.size() > size || client.IsClosed();
+        }));
+    EXPECT_LT(size, bytes.size());
+    end.join();
 }
 
 TEST_F(InstanceTest, CallOfAnExecutorThatComesTooLateDoesNothing)
@@ -457,6 +553,208 @@ TEST_F(InstanceTest, CallOfAnExecutorThatComesTooLateDoesNothing)
     EXPECT_EQ(Errc::NotAnswered, asked.get());
     call();
     EXPECT_FALSE(executed);
+}
+
+TEST_F(InstanceTest, ExecutorThatThrowsFailsAllAskers)
+{
+    Instance first = Claim();
+    int calls = 0;
+    first.Serve(Echo,
+                [&calls](std::function<void()>)
+                {
+                    ++calls;
+                    throw std::runtime_error("no loop");
+                });
+    const Instance second = Claim();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(c_strNotTaken, second.Ask({"x"}, 60s).error().Message());
+    EXPECT_EQ(1, calls);
+}
+
+TEST_F(InstanceTest, FirstWithoutThreadsFailsAllAskersAndStaysTheFirst)
+{
+    Instance first = Claim();
+    const Instance second = Claim();
+    {
+        const NoNewThreads none;
+        first.Serve(Echo);
+    }
+    EXPECT_EQ("cannot ask org.example.watch: the first instance has ended",
+              second.Ask({"x"}, 60s).error().Message());
+    EXPECT_EQ("cannot ask org.example.watch: this instance cannot serve",
+              first.Ask({"x"}, 60s).error().Message());
+    EXPECT_FALSE(Claim().IsFirst());
+}
+
+TEST_F(InstanceTest, ExecutesInParallelWithoutThreads)
+{
+    Instance first = Claim();
+    std::atomic<int> calls{0};
+    first.Serve(
+        [&calls](const Instance::Command& command)
+        {
+            ++calls;
+            return Echo(command);
+        },
+        Instance::Parallel);
+    const Instance second = Claim();
+    const NoNewThreads none;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(second.Ask({"x"}, 60s));
+    EXPECT_EQ(3, calls);
+}
+
+TEST_F(InstanceTest, KeepsNoThreadOfACommandThatIsDone)
+{
+    Instance first = Claim();
+    first.Serve(Echo, Instance::Parallel);
+    const auto askMuch = [&first]
+    {
+        std::vector<std::future<void>> askers;
+        for (int i = 0; i < 8; ++i)
+            askers.push_back(std::async(std::launch::async,
+                                        [&first]
+                                        {
+                                            for (int j = 0; j < 50; ++j)
+                                                EXPECT_TRUE(first.Ask({"x"}, 60s));
+                                        }));
+        for (std::future<void>& asker : askers)
+            asker.get();
+    };
+    askMuch();
+    const std::size_t before = Mappings();
+    askMuch();
+    EXPECT_GT(before + 60, Mappings());
+}
+
+TEST_F(InstanceTest, HandlerThatEndsItsThreadFailsItsAskerAlone)
+{
+    for (const Instance::Mode mode : {Instance::Mode(), Instance::Parallel})
+    {
+        Instance first = Claim();
+        first.Serve(
+            [](const Instance::Command& command)
+            {
+                if (command.Arguments().empty())
+                    pthread_exit(nullptr);
+                return Echo(command);
+            },
+            mode);
+        const Instance second = Claim();
+        for (int i = 0; i < 3; ++i)
+        {
+            EXPECT_EQ(c_strNotTaken, second.Ask({}, 60s).error().Message());
+            EXPECT_TRUE(second.Ask({"x"}, 60s));
+        }
+    }
+}
+
+// They wait for longer than a client may be silent that waits for nothing.
+TEST_F(InstanceTest, AnswersMoreAskersThanItHasDescriptors)
+{
+    const int askers = 20;
+    int ready[2] = {};
+    ASSERT_EQ(0, pipe(ready));
+    ForkedCopy host(
+        [&ready]() -> ChildAnswer
+        {
+            Instance first = Claim();
+            first.Serve(
+                [](const Instance::Command& command)
+                {
+                    std::this_thread::sleep_for(50ms);
+                    return Echo(command);
+                });
+            // A sanitizer takes a descriptor for its first look at a type.
+            EXPECT_TRUE(first.Ask({"x"}, 60s));
+            const int lowest = fcntl(0, F_DUPFD_CLOEXEC, 0);
+            const rlimit limit = {static_cast<rlim_t>(lowest) + 8, static_cast<rlim_t>(lowest) + 8};
+            setrlimit(RLIMIT_NOFILE, &limit);
+            static_cast<void>(write(ready[1], "x", 1));
+            for (;;)
+                pause();
+        });
+    char byte = 0;
+    ASSERT_EQ(1, read(ready[0], &byte, 1));
+    close(ready[0]);
+    close(ready[1]);
+    const Instance second = Claim();
+    std::vector<std::future<Result<Instance::Answer>>> asked;
+    for (int i = 0; i < askers; ++i)
+        asked.push_back(std::async(std::launch::async, [&second] { return second.Ask({"x"}, 60s); }));
+    for (auto& each : asked)
+    {
+        const Result<Instance::Answer> answer = each.get();
+        EXPECT_TRUE(answer) << answer.error().Message();
+    }
+}
+
+// One that sends a command without an end is dropped for it, and nobody else is.
+TEST_F(InstanceTest, AnswersAskersThatWaitWhenTheMemoryIsUsedUp)
+{
+    Instance first = Claim();
+    Gate gate;
+    first.Serve(
+        [&gate](const Instance::Command& command)
+        {
+            gate.Pass();
+            return Echo(command);
+        });
+    const Instance second = Claim();
+    std::future<bool> waits = std::async(std::launch::async, [&second]
+                                         { return second.Ask({std::string(100000, 'x')}, 60s).has_value(); });
+    gate.AwaitArrivals(1);
+    ToolkitTest::RawClient client(SocketPath());
+    ASSERT_TRUE(client.Send(ToolkitTest::ConnectBytes("t")));
+    const std::string piece = std::string("\x03") + ToolkitTest::Sized("") + "\x01" +
+                              ToolkitTest::Sized(std::string(8 * 1024 * 1024, 'x'));
+    bool isTaken = true;
+    for (int i = 0; i < 64 && isTaken; ++i)
+        isTaken = client.SendAll(piece);
+    EXPECT_FALSE(isTaken);
+    gate.Open();
+    EXPECT_TRUE(waits.get());
+}
+
+TEST_F(InstanceTest, ItsThreadsTakeNoSignalsOfTheHost)
+{
+    EXPECT_TRUE(InChild(
+        []() -> ChildAnswer
+        {
+            static std::atomic<int> s_iTaken;
+            signal(SIGUSR1, [](int) { ++s_iTaken; });
+            Instance first = Claim();
+            sigset_t inHandler;
+            first.Serve(
+                [&inHandler](const Instance::Command& command)
+                {
+                    pthread_sigmask(SIG_SETMASK, nullptr, &inHandler);
+                    return Echo(command);
+                });
+            if (!first.Ask({"x"}, 60s) || sigismember(&inHandler, SIGUSR1) != 0)
+                return "the handler is without the host's signals";
+            sigset_t one;
+            sigemptyset(&one);
+            sigaddset(&one, SIGUSR1);
+            pthread_sigmask(SIG_BLOCK, &one, nullptr);
+            kill(getpid(), SIGUSR1);
+            const timespec none = {};
+            bool left = false;
+            ToolkitTest::WaitUntil(
+                [&] { return (left = sigtimedwait(&one, nullptr, &none) == SIGUSR1) || s_iTaken > 0; });
+            return left;
+        }));
+}
+
+TEST_F(InstanceTest, AssignmentEndsTheOneBefore)
+{
+    Instance one = Claim("a");
+    one.Serve(Echo);
+    Instance other = Claim("b");
+    one = std::move(other);
+    EXPECT_TRUE(one.IsFirst());
+    EXPECT_TRUE(Claim("a").IsFirst());
+    EXPECT_FALSE(Claim("b").IsFirst());
 }
 
 TEST_F(InstanceTest, KilledFirstFailsItsAskersAndFreesTheWay)

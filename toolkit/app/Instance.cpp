@@ -2,11 +2,14 @@
 #include "toolkit/app/Instance.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <exception>
 #include <optional>
 #include <system_error>
 #include <utility>
 
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -71,10 +74,10 @@ Result<Descriptor> OpenFolder()
     return Result<Descriptor>(std::move(folder));
 }
 
-struct flock WholeFile()
+struct flock WholeFile(short type = F_WRLCK)
 {
     struct flock lock = {};
-    lock.l_type = F_WRLCK;
+    lock.l_type = type;
     lock.l_whence = SEEK_SET;
     return lock;
 }
@@ -95,6 +98,11 @@ InstanceWire::Answer Execute(const Instance::Handler& handler, InstanceWire::Com
     catch (const std::exception& failure)
     {
         return {1, failure.what()};
+    }
+    catch (const abi::__forced_unwind&)
+    {
+        // The handler ends its thread.
+        throw;
     }
     catch (...)
     {
@@ -229,11 +237,20 @@ struct Instance::Content
 
     bool IsFirst() const { return m_pServer != nullptr; }
 
-    // False once the first instance has ended.
+    // False once the first instance has ended or cannot serve.
     bool HasFirst() const
     {
         struct flock lock = WholeFile();
-        return IsFirst() || fcntl(m_lock.Get(), F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
+        return IsFirst() ? !m_bServesNobody
+                         : fcntl(m_lock.Get(), F_OFD_GETLK, &lock) != 0 || lock.l_type == F_WRLCK;
+    }
+
+    // The first instance stays the first; those who ask see by the weaker lock that they wait in vain.
+    void ServeNobody()
+    {
+        struct flock lock = WholeFile(F_RDLCK);
+        fcntl(m_lock.Get(), F_OFD_SETLK, &lock);
+        m_bServesNobody = true;
     }
 
     const std::string m_strKey;
@@ -243,6 +260,7 @@ struct Instance::Content
     std::unique_ptr<InstanceServer> m_pServer;
     pid_t m_process = 0;
     bool m_bServes = false;
+    std::atomic<bool> m_bServesNobody{false};
 };
 
 Result<Instance> Instance::Claim(std::string_view key)
@@ -260,7 +278,7 @@ Instance::Instance(Instance&& other) noexcept = default;
 
 Instance& Instance::operator=(Instance&& other) noexcept
 {
-    std::swap(m_pContent, other.m_pContent);
+    const Instance before(std::exchange(m_pContent, std::move(other.m_pContent)));
     return *this;
 }
 
@@ -296,7 +314,8 @@ Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments
         if (opened == IPCConversation::Opened::Stranger)
             return Failure(Errc::Refused, "cannot ask " + key + ": another user listens");
         if (!m_pContent->HasFirst())
-            return NotAnswered(key, "the first instance has ended");
+            return NotAnswered(key, m_pContent->IsFirst() ? "this instance cannot serve"
+                                                          : "the first instance has ended");
         if (!conversation.IsTimeLeft())
             return NotAnswered(key, "no answer in time");
         conversation.Pause(s_iLookPause);
@@ -333,9 +352,10 @@ void Instance::Serve(Handler handler, Executor executor, bool isParallel)
 {
     if (!IsFirst() || m_pContent->m_process != getpid() || std::exchange(m_pContent->m_bServes, true))
         return;
-    m_pContent->m_pServer->Serve([handler = std::move(handler)](InstanceWire::Command command)
-                                 { return Execute(handler, std::move(command)); },
-                                 std::move(executor), isParallel);
+    if (!m_pContent->m_pServer->Serve([handler = std::move(handler)](InstanceWire::Command command)
+                                      { return Execute(handler, std::move(command)); },
+                                      std::move(executor), isParallel))
+        m_pContent->ServeNobody();
 }
 
 } // namespace Toolkit

@@ -86,6 +86,7 @@ public:
     static Result<Instance> Claim(std::string_view key);
 
     Instance(Instance&& other) noexcept;
+    /// Ends the instance that was here, as its destructor does.
     Instance& operator=(Instance&& other) noexcept;
     /// Waits for the handlers that run and sends their answers; everyone else who asks gets a failure at
     /// once. Never within a handler.
@@ -102,8 +103,10 @@ public:
 
     /// Executes what is asked for from now on, in the first instance; elsewhere, and the second time, it does
     /// nothing. One command after the other, in the order in which they come, on a thread of its own or by
-    /// the executor; or each at once. What a handler throws is an answer of code 1 with its `what()`. Where
-    /// there are no threads to be had, askers get a failure.
+    /// the executor; or each at once. What a handler throws is an answer of code 1 with its `what()`; one
+    /// that ends its thread gives its asker a failure. Where there are no threads to be had, or the executor
+    /// throws, askers get a failure. Handlers block the signals that the caller of this blocks, and the other
+    /// threads all.
     void Serve(Handler handler);
     void Serve(Handler handler, Executor executor);
     void Serve(Handler handler, Mode mode);

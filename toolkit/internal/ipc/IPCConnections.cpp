@@ -60,17 +60,17 @@ bool IPCConnections::Open(const IPCAddress& address)
 void IPCConnections::Close()
 {
     m_listener.Close();
-    m_connections.clear();
-    m_places.clear();
-    m_uHeld = 0;
-    m_uUnsent = 0;
+    DropAll();
     m_poll.Close();
     m_timer.Close();
 }
 
-void IPCConnections::StopListening()
+void IPCConnections::DropAll()
 {
-    m_listener.Close();
+    m_connections.clear();
+    m_places.clear();
+    m_uHeld = 0;
+    m_uUnsent = 0;
 }
 
 void IPCConnections::Serve()
@@ -112,6 +112,12 @@ bool IPCConnections::SendCode(Id client, unsigned char code)
 {
     const char byte = static_cast<char>(code);
     return Send(client, std::string_view(&byte, 1));
+}
+
+bool IPCConnections::HasUnsent(Id client) const
+{
+    const auto place = m_places.find(client);
+    return place != m_places.end() && !place->second->m_strUnsent.empty();
 }
 
 void IPCConnections::Drop(Id client)
@@ -195,7 +201,9 @@ bool IPCConnections::MakeRoom()
 {
     if (m_connections.empty())
         return m_listener.RefuseOne();
-    if (std::chrono::steady_clock::now() - m_connections.front().m_lastHeard < s_quiet)
+    const auto quietest = std::find_if(m_connections.begin(), m_connections.end(),
+                                       [this](const Connection& connection) { return MayDrop(connection); });
+    if (quietest == m_connections.end() || std::chrono::steady_clock::now() - quietest->m_lastHeard < s_quiet)
         return false;
     DropIdlest();
     return true;
@@ -317,25 +325,34 @@ void IPCConnections::MoveToEnd(Connection& connection)
     m_connections.splice(m_connections.end(), m_connections, m_places[connection.m_uId]);
 }
 
-// Those that hold nothing are not worth dropping while there is one that does.
+// Those that hold nothing are not worth dropping while there is one that does, be it one that has to stay.
 void IPCConnections::KeepWithinMemory()
 {
+    const auto mayDrop = [this](const Connection& connection) { return MayDrop(connection); };
     while (m_uHeld > s_uMostHeld && !m_connections.empty())
     {
         const auto holder =
             std::find_if(m_connections.begin(), m_connections.end(),
-                         [](const Connection& connection) { return connection.m_uHeld > 2 * s_uReadAtOnce; });
+                         [&mayDrop](const Connection& connection)
+                         { return connection.m_uHeld > 2 * s_uReadAtOnce && mayDrop(connection); });
+        if (holder == m_connections.end() &&
+            !std::all_of(m_connections.begin(), m_connections.end(), mayDrop))
+            return;
         DropWhole(holder != m_connections.end() ? *holder : m_connections.front());
     }
 }
 
-// Of at least one, rather one that has said nothing new than one that waits to be read.
+// Of at least one that may be dropped, rather one that has said nothing new than one that waits to be read.
 void IPCConnections::DropIdlest()
 {
     const auto idle =
         std::find_if(m_connections.begin(), m_connections.end(),
-                     [](const Connection& connection) { return WaitingOn(connection.m_socket.Get()) == 0; });
-    DropWhole(idle != m_connections.end() ? *idle : m_connections.front());
+                     [this](const Connection& connection)
+                     { return MayDrop(connection) && WaitingOn(connection.m_socket.Get()) == 0; });
+    DropWhole(idle != m_connections.end()
+                  ? *idle
+                  : *std::find_if(m_connections.begin(), m_connections.end(),
+                                  [this](const Connection& connection) { return MayDrop(connection); }));
 }
 
 // A client may have been told already that its command was sent: what waits there is taken before. Once the

@@ -22,8 +22,9 @@ class IPCAddress;
 // The clients of a service: takes them, reads from all of them without ever waiting for one, and hands each
 // message over. To whoever drives it, a loop of wxWidgets or a thread, it is one descriptor that becomes
 // readable when there is something to serve. A client stays until it leaves, whatever it does not say; only
-// when descriptors or memory really run out, those are dropped that were silent for longest, and what they
-// have sent whole is handed over all the same. One thread at a time uses it.
+// when descriptors or memory really run out, those are dropped that were silent for longest, unless the owner
+// keeps them, and what they have sent whole is handed over all the same. Where none may be dropped, new ones
+// wait until a descriptor is free. One thread at a time uses it.
 class IPCConnections
 {
 public:
@@ -38,6 +39,8 @@ public:
         virtual bool OnMessage(Id client, const IPCMessage& message) = 0;
         // After its last message, when the client has left or was dropped; not after `Close`.
         virtual void OnGone(Id client) = 0;
+        // False for one that stays even when descriptors or memory run out.
+        virtual bool MayDrop(Id) const { return true; }
     };
 
     explicit IPCConnections(Owner& owner) : m_owner(owner), m_listener() {}
@@ -48,8 +51,8 @@ public:
     // False when it cannot listen there. On closed ones only.
     bool Open(const IPCAddress& address);
     void Close();
-    // Takes no more clients; those that are there stay.
-    void StopListening();
+    // Ends all connections without telling the owner, whatever state an exception left them in.
+    void DropAll();
     bool IsInPlace(const IPCAddress& address) const { return m_listener.IsInPlace(address); }
 
     // Readable when there is something to serve; -1 while closed.
@@ -64,6 +67,7 @@ public:
     bool SendCode(Id client, unsigned char code);
     // True while something that was sent is not on its way yet.
     bool HasUnsent() const { return m_uUnsent > 0; }
+    bool HasUnsent(Id client) const;
     // Has the owner told of it.
     void Drop(Id client);
 
@@ -105,6 +109,7 @@ private:
     void DropWhole(Connection& connection);
     void Remove(Connection& connection);
     Connection* Find(Id id);
+    bool MayDrop(const Connection& connection) const { return m_owner.MayDrop(connection.m_uId); }
 
     Owner& m_owner;
     IPCListener m_listener;

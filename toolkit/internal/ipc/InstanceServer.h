@@ -36,25 +36,36 @@ public:
     bool Open(const IPCAddress& address);
 
     // Once. Commands are executed one at a time, on a thread of the server's own or by the executor, or each
-    // on a thread of its own at once. False when there are no threads to be had.
+    // on a thread of its own at once; handlers and the executor are called with the signal mask of the
+    // caller. False when there are no threads to be had; nobody listens then.
     bool Serve(Handler handler, Executor executor, bool isParallel);
 
 private:
     struct Client;
+    struct Job;
+    using Jobs = std::list<Job>;
     struct Work;
+    class Execution;
 
     bool OnMessage(IPCConnections::Id id, const IPCMessage& message) override;
     void OnGone(IPCConnections::Id id) override;
+    bool MayDrop(IPCConnections::Id id) const override;
     bool TakePiece(IPCConnections::Id id, Client& client, const IPCMessage& message);
 
     void Loop();
     bool ServeOnce();
-    void WaitForEvents(bool isStopping) const;
+    void DropEveryone();
+    void WaitForEvents() const;
     void SendAnswers();
+    void SendAnswer(const Job& job);
+    void JoinThread(const Job& job);
+    void StartWorker();
     void StartWaiting();
-    void StartThread();
+    void StartThreads();
+    void Post();
     void FailTheRest();
-    void JoinThreads();
+    void Refuse(IPCConnections::Id id);
+    static void RunAtOnce(Work& work, Jobs::iterator job);
     static void RunNext(const std::shared_ptr<Work>& work);
     static void RunAll(const std::shared_ptr<Work>& work);
 
@@ -63,7 +74,9 @@ private:
     const std::shared_ptr<Work> m_pWork;
     std::thread m_loop;
     std::list<std::thread> m_threads;
-    bool m_bFailedTheRest = false;
+    // No command is taken any more.
+    bool m_bRefuses = false;
+    bool m_bEnds = false;
 };
 
 } // namespace Toolkit

@@ -172,9 +172,9 @@ private:
         return true;
     }
 
-    // All that there are, in no order.
-    static std::mutex s_mutex;
-    static Code* s_pFirst;
+    // All that there are, in no order. Nobody else's, although the class around is exported.
+    [[gnu::visibility("hidden")]] static std::mutex s_mutex;
+    [[gnu::visibility("hidden")]] static Code* s_pFirst;
 
     Code* m_pNext = nullptr;
     bool m_bHasLeft = false;

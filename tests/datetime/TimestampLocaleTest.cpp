@@ -2,7 +2,9 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 #include <unicode/udat.h>
@@ -137,8 +139,12 @@ TEST(TimestampLocale, ShowsTheClocksOfTheCLibraryInEveryKindOfZone)
         {"GMT+3", u"GMT-03:00"},
         {"No/Such_Zone", u"No/Such_Zone"},
     };
+    // Debian 13 has no such folder.
+    const bool hasPosix = std::filesystem::exists("/usr/share/zoneinfo/posix");
     for (const auto& row : rows)
     {
+        if (!hasPosix && std::string_view(row.zone).substr(0, 6) == "posix/")
+            continue;
         const LocalZone zone(row.zone);
         for (const Timestamp::Style style : s_styles)
             EXPECT_EQ(At(1772460309).Format(style, "en_US"), Directly(style, "en_US", 1772460309, row.icus))

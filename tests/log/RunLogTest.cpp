@@ -149,7 +149,7 @@ int LinesOfAThread()
 
 TEST_F(RunLogTest, LineHasItsFieldsAndIsThereBeforeTheStatementEnds)
 {
-    const ScopedEnvironment zone("TZ", "XXX-5:30");
+    const ScopedEnvironment zone("TZ", "IST-5:30");
     const std::shared_ptr<RunLog> log = OpenLog(Options());
     const InstalledSinks installed({log});
     TOOLKIT_LOG(LogSeverity::Warning) << "gr\xC3\xBC" << 7;
@@ -170,7 +170,7 @@ TEST_F(RunLogTest, LineHasItsFieldsAndIsThereBeforeTheStatementEnds)
 
 TEST_F(RunLogTest, TimeIsThatOfTheRecordInTheLocalZone)
 {
-    const ScopedEnvironment zone("TZ", "XXX3");
+    const ScopedEnvironment zone("TZ", "BRT3");
     const std::shared_ptr<RunLog> log = OpenLog(Options());
     LogRecord record = RecordOf("m");
     record.thread = 12;

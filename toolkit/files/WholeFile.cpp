@@ -18,8 +18,7 @@ namespace Toolkit
 namespace
 {
 
-// What the base directory specification of freedesktop.org asks for: who shares a folder says so by making
-// it.
+// For the user alone, as a new folder for settings or data must be: who shares a folder says so by making it.
 const mode_t s_uFolderMode = 0700;
 
 bool HoldsNul(const std::filesystem::path& path)

@@ -7,7 +7,7 @@
 
 #include "toolkit/core/Result.h"
 
-// The base directories of the user, by the specification of freedesktop.org. A relative value of a variable
+// The base directories of the user, which XDG_CONFIG_HOME and its like name. A relative value of a variable
 // is ignored, and so is the whole environment in a process that has more rights than its user. Nothing is
 // made.
 namespace Toolkit::BaseDirectories

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#ifndef TOOLKIT_INTERNAL_ZIP_ZIPCONTENT_H
+#define TOOLKIT_INTERNAL_ZIP_ZIPCONTENT_H
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "toolkit/core/Result.h"
+
+class wxZipEntry;
+
+namespace Toolkit
+{
+class ZipFile;
+}
+
+// The content of an entry, with the reason where there is none.
+namespace Toolkit::ZipContent
+{
+
+// What takes content block by block; false, and the reason in errno, when it cannot.
+using Take = std::function<bool(const char*, std::size_t)>;
+
+// Decodes block by block: memory follows neither the declared length nor the real one. A failure begins with
+// the attempt and the name.
+Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
+                    const std::string& attempt, const std::string& name, const Take& take);
+
+} // namespace Toolkit::ZipContent
+
+#endif

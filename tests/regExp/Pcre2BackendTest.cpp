@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
+#include <atomic>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
 #include "tests/support/RegExpSupport.h"
+#include "tests/support/RunOnStack.h"
 #include "toolkit/regExp/RegExp.h"
 
 using namespace Toolkit;
@@ -34,7 +34,7 @@ std::vector<std::uint32_t> s_compilations;
 std::vector<Execution> s_executions;
 bool s_bRecord = false;
 std::uint32_t s_uFailingInfo = 0xFFFFFFFFU;
-int s_iCodes = 0;
+std::atomic<int> s_iCodes{0};
 
 template <class Function>
 Function* Real(const char* name)
@@ -60,23 +60,6 @@ public:
     explicit FailingInfo(std::uint32_t what) { s_uFailingInfo = what; }
     ~FailingInfo() { s_uFailingInfo = 0xFFFFFFFFU; }
 };
-
-// Runs `work` on a thread with a stack of that size.
-void RunOnStack(std::size_t size, const std::function<void()>& work)
-{
-    pthread_attr_t attributes;
-    ASSERT_EQ(0, pthread_attr_init(&attributes));
-    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, size));
-    pthread_t thread;
-    const auto entry = [](void* argument) -> void*
-    {
-        (*static_cast<const std::function<void()>*>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(0, pthread_create(&thread, &attributes, entry, const_cast<std::function<void()>*>(&work)));
-    ASSERT_EQ(0, pthread_join(thread, nullptr));
-    pthread_attr_destroy(&attributes);
-}
 
 smart_ptr<MatchResult, smart_ptr_policy> Executed(const std::string& pattern, const std::string& subject,
                                                   unsigned short start, int options)

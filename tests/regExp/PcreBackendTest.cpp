@@ -14,6 +14,7 @@
 #include <ucontext.h>
 
 #include "tests/support/RegExpSupport.h"
+#include "tests/support/RunOnStack.h"
 #include "toolkit/regExp/RegExp.h"
 
 using namespace Toolkit;
@@ -110,23 +111,6 @@ private:
 int CountedMemory::s_iHeld = 0;
 void* (*CountedMemory::s_malloc)(std::size_t) = nullptr;
 void (*CountedMemory::s_free)(void*) = nullptr;
-
-// Runs `work` on a thread whose stack has that many bytes.
-void RunOnStack(std::size_t size, const std::function<void()>& work)
-{
-    pthread_attr_t attributes;
-    ASSERT_EQ(0, pthread_attr_init(&attributes));
-    ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, size));
-    pthread_t thread;
-    const auto entry = [](void* argument) -> void*
-    {
-        (*static_cast<const std::function<void()>*>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(0, pthread_create(&thread, &attributes, entry, const_cast<std::function<void()>*>(&work)));
-    ASSERT_EQ(0, pthread_join(thread, nullptr));
-    pthread_attr_destroy(&attributes);
-}
 
 // Runs `work` on memory that the system does not know as a stack, as a coroutine is run.
 void RunOnUnknownStack(const std::function<void()>& work)

@@ -5,7 +5,7 @@
 /// \file
 /// Declares the library's classes for headers that only name them.
 
-// All classes of the library. The guide to new code says which of them are made for it.
+/// All classes of the library. The guide to new code says which of them are made for it.
 namespace Toolkit
 {
 

@@ -8,21 +8,21 @@
 namespace Toolkit
 {
 
-// An option that a command line may carry, and what `CmdLineParser::Parse` found of it. The caller and the
-// parser share it through a smart pointer; it belongs to one thread at a time.
+/// An option that a command line may carry, and what `CmdLineParser::Parse` found of it. The caller and the
+/// parser share it through a smart pointer; it belongs to one thread at a time.
 class TOOLKIT_API CmdLineOption
 {
 public:
-    // `name` is without the dash; each of its characters goes through the narrow `tolower`.
+    /// `name` is without the dash; each of its characters goes through the narrow `tolower`.
     CmdLineOption(const TString<wchar_t>& name, bool required);
     virtual ~CmdLineOption();
 
     CmdLineOption(const CmdLineOption&) = default;
     CmdLineOption& operator=(const CmdLineOption&) = default;
 
-    // In lower case.
+    /// In lower case.
     const TString<wchar_t>& GetName() const { return m_strName; }
-    // Empty when no value followed the option.
+    /// Empty when no value followed the option.
     const TString<wchar_t>& GetValue() const { return m_strValue; }
     bool IsFound() const { return m_bFound; }
     bool IsRequired() const { return m_bRequired; }

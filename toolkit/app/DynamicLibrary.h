@@ -10,32 +10,32 @@ class wxDynamicLibrary;
 namespace Toolkit
 {
 
-// A shared library loaded at run time. The object owns it and unloads it when it goes, unless it was
-// detached. One thread at a time may use it; a library that cannot be loaded leaves the object without one,
-// in which nothing is found, and nothing is logged.
+/// A shared library loaded at run time. The object owns it and unloads it when it goes, unless it was
+/// detached. One thread at a time may use it; a library that cannot be loaded leaves the object without one,
+/// in which nothing is found, and nothing is logged.
 class TOOLKIT_API DynamicLibrary
 {
 public:
     DynamicLibrary();
-    // Loads the library at once, resolves all of its symbols and offers its own to libraries loaded later.
-    // Quirk: ".so" is added to a name without an extension. A name without a folder is searched for as the
-    // system does.
+    /// Loads the library at once, resolves all of its symbols and offers its own to libraries loaded later.
+    /// Quirk: ".so" is added to a name without an extension. A name without a folder is searched for as the
+    /// system does.
     explicit DynamicLibrary(const TString<wchar_t>& path);
     ~DynamicLibrary();
 
     DynamicLibrary(const DynamicLibrary&) = delete;
     DynamicLibrary& operator=(const DynamicLibrary&) = delete;
 
-    // As given to the constructor.
+    /// As given to the constructor.
     const TString<wchar_t>& GetPath() const { return m_strPath; }
 
-    // The symbol's address, valid while the library is loaded; null when there is none.
+    /// The symbol's address, valid while the library is loaded; null when there is none.
     void* GetSymbol(const TString<wchar_t>& name) const;
 
-    // The system's handle, which the caller now owns and gives to `Unload`; null when nothing is loaded.
+    /// The system's handle, which the caller now owns and gives to `Unload`; null when nothing is loaded.
     void* Detach();
 
-    // Unloads a library that was detached; null is ignored.
+    /// Unloads a library that was detached; null is ignored.
     static void Unload(void* handle);
 
 private:

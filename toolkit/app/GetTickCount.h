@@ -7,8 +7,8 @@
 namespace Toolkit
 {
 
-// Milliseconds since an arbitrary moment, wrapping at 2^32. Any thread may ask.
-// Quirk: it advances in clock ticks, of 10 ms as a rule. Quirk: their length is spelled `uMsMulitplier`.
+/// Milliseconds since an arbitrary moment, wrapping at 2^32. Any thread may ask.
+/// Quirk: it advances in clock ticks, of 10 ms as a rule. Quirk: their length is spelled `uMsMulitplier`.
 TOOLKIT_API unsigned int GetTickCount();
 
 } // namespace Toolkit

@@ -8,22 +8,22 @@
 namespace Toolkit
 {
 
-// Sends a command to an `IPCServer`, or to any server of wxWidgets, of this machine. Any thread may
-// call it. On the main thread the process's own servers take clients while it waits, so that two programs may
-// connect to each other at the same time. Failures are told by the result; nothing is logged. Over a
-// local socket it talks to a server of this user alone. Over a port it trusts whoever listens there: any user
-// of this machine may have taken the port first, and reads the command then. Prefer a local socket.
+/// Sends a command to an `IPCServer`, or to any server of wxWidgets, of this machine. Any thread may call it.
+/// On the main thread the process's own servers take clients while it waits, so that two programs may connect
+/// to each other at the same time. Failures are told by the result; nothing is logged. Over a local socket it
+/// talks to a server of this user alone. Over a port it trusts whoever listens there: any user of this
+/// machine may have taken the port first, and reads the command then. Prefer a local socket.
 class TOOLKIT_API IPCClient
 {
 public:
-    // Connects to the service with that topic and has it execute the topic's text, up to its first NUL. The
-    // service is named as for `IPCServer`; an empty one is the same default channel. Quirk: true when the
-    // server accepted the topic and the same text was sent again as the command; nobody waits for its
-    // listeners. False when there is no such server, for a socket file of another user, for a topic that has
-    // no UTF-8 form or more than 64 MiB of it, and after ten seconds.
+    /// Connects to the service with that topic and has it execute the topic's text, up to its first NUL. The
+    /// service is named as for `IPCServer`; an empty one is the same default channel. Quirk: true when the
+    /// server accepted the topic and the same text was sent again as the command; nobody waits for its
+    /// listeners. False when there is no such server, for a socket file of another user, for a topic that has
+    /// no UTF-8 form or more than 64 MiB of it, and after ten seconds.
     static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic);
 
-    // The same, giving up after that many milliseconds; 4294967295 waits without a limit.
+    /// The same, giving up after that many milliseconds; 4294967295 waits without a limit.
     static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic,
                         unsigned int timeoutMilliseconds);
 };

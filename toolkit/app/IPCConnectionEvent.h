@@ -8,14 +8,14 @@
 namespace Toolkit
 {
 
-// A listener of an IPCServer. The server shares it and calls it on the thread on which wxWidgets
-// delivers its events, with the server's list of listeners held: it returns quickly.
+/// A listener of an IPCServer. The server shares it and calls it on the thread on which wxWidgets
+/// delivers its events, with the server's list of listeners held: it returns quickly.
 class TOOLKIT_API IPCConnectionEvent
 {
 public:
     virtual ~IPCConnectionEvent() = default;
 
-    // A client sent `command`.
+    /// A client sent `command`.
     virtual void OnExecuteEvent(const TString<wchar_t>& command) = 0;
 };
 

@@ -13,20 +13,20 @@ namespace Toolkit
 
 class IPCServer;
 
-// One client's connection to an `IPCServer`: turns each execute request into an event of the server. It
-// deletes itself when the client disconnects, and is deleted with its server before.
+/// One client's connection to an `IPCServer`: turns each execute request into an event of the server. It
+/// deletes itself when the client disconnects, and is deleted with its server before.
 class TOOLKIT_API IPCConnectionEventHelper : public wxTCPConnection
 {
 public:
     explicit IPCConnectionEventHelper(IPCServer& server);
     ~IPCConnectionEventHelper() override;
 
-    // Decodes the data by its format and size (wide text as such, everything else as UTF-8), up to its first
-    // NUL, and sends it to the server's listeners, whose exceptions pass. True in any case. Quirk: what is
-    // no Unicode text is accepted, but is no event.
+    /// Decodes the data by its format and size (wide text as such, everything else as UTF-8), up to its first
+    /// NUL, and sends it to the server's listeners, whose exceptions pass. True in any case. Quirk: what is
+    /// no Unicode text is accepted, but is no event.
     bool OnExecute(const wxString& topic, const void* data, size_t size, wxIPCFormat format) override;
 
-    // A server sends nothing to its clients: null and false.
+    /// A server sends nothing to its clients: null and false.
     const void* Request(const wxString& item, size_t* size = nullptr,
                         wxIPCFormat format = wxIPC_TEXT) override;
     bool StartAdvise(const wxString& item) override;

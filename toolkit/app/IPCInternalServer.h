@@ -16,20 +16,20 @@ namespace Toolkit
 class IPCEndpoint;
 class IPCServer;
 
-// The listening end of an `IPCServer`, which owns it. To its clients it is a server of wxWidgets, and
-// takes any client of wxWidgets; it listens by itself, as wxWidgets' own listening deletes
-// what lies at its path and waits for each client in turn.
+/// The listening end of an `IPCServer`, which owns it. To its clients it is a server of wxWidgets, and
+/// takes any client of wxWidgets; it listens by itself, as wxWidgets' own listening deletes
+/// what lies at its path and waits for each client in turn.
 class TOOLKIT_API IPCInternalServer : public wxTCPServer
 {
 public:
     explicit IPCInternalServer(IPCServer& server);
     ~IPCInternalServer() override;
 
-    // What `IPCServer::Run` returns, for that service.
+    /// What `IPCServer::Run` returns, for that service.
     bool Create(const wxString& service) override;
 
-    // Accepts every topic: a new `IPCConnectionEventHelper`, which the caller owns. Its `OnExecute` gets the
-    // topic with each command, but an empty text for one of more than 16 KiB.
+    /// Accepts every topic: a new `IPCConnectionEventHelper`, which the caller owns. Its `OnExecute` gets the
+    /// topic with each command, but an empty text for one of more than 16 KiB.
     wxConnectionBase* OnAcceptConnection(const wxString& topic) override;
 
 private:

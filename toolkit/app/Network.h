@@ -8,15 +8,15 @@
 namespace Toolkit
 {
 
-// Tells whether the internet can be reached. Any thread may ask.
+/// Tells whether the internet can be reached. Any thread may ask.
 class TOOLKIT_API Network
 {
 public:
-    // The public web host that is probed, on port 80.
+    /// The public web host that is probed, on port 80.
     static const TString<wchar_t> c_strProbedHost;
 
-    // True when a connection to the probed host could be made; nothing is sent over it. Blocks for the name
-    // resolution and then for at most `timeoutSeconds`; a negative time-out counts as 0.
+    /// True when a connection to the probed host could be made; nothing is sent over it. Blocks for the name
+    /// resolution and then for at most `timeoutSeconds`; a negative time-out counts as 0.
     static bool TestNetwork(int timeoutSeconds);
 };
 

@@ -9,79 +9,79 @@
 namespace Toolkit
 {
 
-// Where the running application and its files live: its folders, the native path separator, and a key that
-// names this installation as run by this user. The library's module owns the one instance, reached through
-// `s_pInstance`; callers copy that smart pointer for the length of their call. The fields carry no lock: they
-// change only through the four setters, which the host keeps apart from readers. Nothing here reports a
-// failure.
+/// Where the running application and its files live: its folders, the native path separator, and a key that
+/// names this installation as run by this user. The library's module owns the one instance, reached through
+/// `s_pInstance`; callers copy that smart pointer for the length of their call. The fields carry no lock:
+/// they change only through the four setters, which the host keeps apart from readers. Nothing here reports a
+/// failure.
 class TOOLKIT_API PathManager
 {
 public:
-    // Null before the modules are initialised and after they are released.
+    /// Null before the modules are initialised and after they are released.
     static smart_ptr<PathManager, smart_ptr_policy>* s_pInstance;
 
     static const TString<wchar_t> c_strConfigurationFolderName;
-    // Quirk: the folder is called "ressources".
+    /// Quirk: the folder is called "ressources".
     static const TString<wchar_t> c_strRessourcesFolderName;
-    // Quirk: appearances live in the resources folder, so this is the same name.
+    /// Quirk: appearances live in the resources folder, so this is the same name.
     static const TString<wchar_t> c_strAppearancesFolderName;
     static const TString<wchar_t> c_strPluginsFolderName;
     static const TString<wchar_t> c_strCacheFolderName;
 
-    // Asks the platform for every folder and creates the application data folder.
+    /// Asks the platform for every folder and creates the application data folder.
     PathManager();
     ~PathManager();
 
     PathManager(const PathManager&) = delete;
     PathManager& operator=(const PathManager&) = delete;
 
-    // The executable's file name without its last extension.
+    /// The executable's file name without its last extension.
     const TString<wchar_t>& GetApplicationName() const { return m_strApplicationName; }
     const TString<wchar_t>& GetConfigurationPath() const { return m_strConfigurationPath; }
     const TString<wchar_t>& GetApplicationDataPath() const { return m_strApplicationDataPath; }
-    // The folder of the executable.
+    /// The folder of the executable.
     const TString<wchar_t>& GetApplicationPath() const { return m_strApplicationPath; }
     const TString<wchar_t>& GetApplicationRessourcesPath() const { return m_strApplicationRessourcesPath; }
     const TString<wchar_t>& GetAppearancesPath() const { return m_strAppearancesPath; }
     const TString<wchar_t>& GetPluginsPath() const { return m_strPluginsPath; }
     const TString<wchar_t>& GetDocumentsPath() const { return m_strDocumentsPath; }
-    // One character.
+    /// One character.
     const TString<wchar_t>& GetPathSeparator() const { return m_strPathSeparator; }
-    // Empty until set.
+    /// Empty until set.
     const TString<wchar_t>& GetMassStorageDataPath() const { return m_strMassStorageDataPath; }
-    // Application folder, application name and user, without separators and colons, in lower case.
+    /// Application folder, application name and user, without separators and colons, in lower case.
     const TString<wchar_t>& GetUniqueInstanceName() const { return m_strUniqueInstanceName; }
-    // Empty until set.
+    /// Empty until set.
     const TString<wchar_t>& GetCdRomPath() const { return m_strCdRomPath; }
 
-    // Also creates the folder with its parents (permissions 0777 before the umask); a failure is ignored.
+    /// Also creates the folder with its parents (permissions 0777 before the umask); a failure is ignored.
     void SetApplicationDataPath(const TString<wchar_t>& path);
-    // Also rebuilds the dependent path. Quirk: the appearances path stays as it is.
+    /// Also rebuilds the dependent path. Quirk: the appearances path stays as it is.
     void SetApplicationRessourcesPath(const TString<wchar_t>& path);
     void SetMassStorageDataPath(const TString<wchar_t>& path);
     void SetCdRomPath(const TString<wchar_t>& path);
 
-    // Makes the plug-ins path anew from the resources path.
+    /// Makes the plug-ins path anew from the resources path.
     void RebuildDependentPathes();
 
-    // The platform's data folder and per-user local data folder, asked for at each call.
+    /// The platform's data folder and per-user local data folder, asked for at each call.
     TString<wchar_t> GetDataDir() const;
     TString<wchar_t> GetUserLocalDataDir() const;
-    // Quirk: always "/tmp", whatever the environment says.
+    /// Quirk: always "/tmp", whatever the environment says.
     TString<wchar_t> GetTempDir() const;
 
-    // Appends `name` to `path` with one separator in between, unless `path` is empty or ends with one. Needs
-    // the instance. Quirk: a separator at the beginning of `name` is kept: "/a//b".
+    /// Appends `name` to `path` with one separator in between, unless `path` is empty or ends with one. Needs
+    /// the instance. Quirk: a separator at the beginning of `name` is kept: "/a//b".
     static void AppendPath(TString<wchar_t>& path, const TString<wchar_t>& name);
-    // The same into `result`, which may be `base` or `name` itself.
+    /// The same into `result`, which may be `base` or `name` itself.
     static void AppendPath(TString<wchar_t>& result, const TString<wchar_t>& base,
                            const TString<wchar_t>& name);
 
-    // Volume (empty on this platform), folder, name, and extension without its dot.
+    /// Volume (empty on this platform), folder, name, and extension without its dot.
     static void SplitPath(const TString<wchar_t>& fullPath, TString<wchar_t>& volume, TString<wchar_t>& path,
                           TString<wchar_t>& name, TString<wchar_t>& extension);
 
-    // A folder or a regular file.
+    /// A folder or a regular file.
     static bool Exists(const TString<wchar_t>& path);
     static bool FileExists(const TString<wchar_t>& path);
     static bool DirExists(const TString<wchar_t>& path);

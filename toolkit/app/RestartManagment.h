@@ -11,22 +11,22 @@
 namespace Toolkit
 {
 
-// The restart of the running application: the old process leaves a lock file and starts the executable again
-// with "-restart" after its arguments; the new process sees the lock and removes it once it has taken over.
-// Every operation is static and driven by the host, with or without the instance, which the library's module
-// owns. Failures are not reported. A lock file that is no regular file of this user is left alone and does
-// not count.
+/// The restart of the running application: the old process leaves a lock file and starts the executable again
+/// with "-restart" after its arguments; the new process sees the lock and removes it once it has taken over.
+/// Every operation is static and driven by the host, with or without the instance, which the library's module
+/// owns. Failures are not reported. A lock file that is no regular file of this user is left alone and does
+/// not count.
 class TOOLKIT_API RestartManagment
 {
 public:
-    // Null before the modules are initialised and after they are released.
+    /// Null before the modules are initialised and after they are released.
     static smart_ptr<RestartManagment, smart_ptr_policy>* s_pInstance;
 
-    // The path or the name of the host's executable, from which the lock file has its name. The host sets it,
-    // alike in the old process and the new one; empty at first.
+    /// The path or the name of the host's executable, from which the lock file has its name. The host sets
+    /// it, alike in the old process and the new one; empty at first.
     static TString<wchar_t> s_strExecutableFilename;
 
-    // For the host's use. Quirk: it is spelled so.
+    /// For the host's use. Quirk: it is spelled so.
     static const TString<wchar_t> c_strUniqueIdentifer;
 
     RestartManagment();
@@ -35,28 +35,28 @@ public:
     RestartManagment(const RestartManagment&) = delete;
     RestartManagment& operator=(const RestartManagment&) = delete;
 
-    // The name in `s_strExecutableFilename`, without folder and extension.
+    /// The name in `s_strExecutableFilename`, without folder and extension.
     static TString<wchar_t> GetAppName();
-    // The first of the variables TMPDIR, TMP and TEMP that is not empty; "/tmp" if there is none. Quirk: one
-    // whose value is no UTF-8 is passed over. Quirk: the path manager's temporary folder is another matter.
+    /// The first of the variables TMPDIR, TMP and TEMP that is not empty; "/tmp" if there is none. Quirk: one
+    /// whose value is no UTF-8 is passed over. Quirk: the path manager's temporary folder is another matter.
     static TString<wchar_t> GetTempDir();
-    // "<temporary folder>/<application><user>.restart".
+    /// "<temporary folder>/<application><user>.restart".
     static TString<wchar_t> GetLockFileName();
 
-    // True while the lock file exists.
+    /// True while the lock file exists.
     static bool IsLocked();
     static void RemoveLock();
 
-    // Makes the lock file and starts the executable in the application's folder, without waiting, with the
-    // arguments after the first one and "-restart". Left out are null and empty arguments, an earlier
-    // "-restart", and "-culture" with the argument that follows it; upper and lower case are alike. The
-    // caller ends its own process.
-    // Quirk: arguments are not quoted, so one with a space in it arrives as two. Quirk: the executable's
-    // extension is left out. Quirk: the result is always true, and the lock file stays when nothing could be
-    // started.
+    /// Makes the lock file and starts the executable in the application's folder, without waiting, with the
+    /// arguments after the first one and "-restart". Left out are null and empty arguments, an earlier
+    /// "-restart", and "-culture" with the argument that follows it; upper and lower case are alike. The
+    /// caller ends its own process.
+    /// Quirk: arguments are not quoted, so one with a space in it arrives as two. Quirk: the executable's
+    /// extension is left out. Quirk: the result is always true, and the lock file stays when nothing could be
+    /// started.
     static bool ActivateRestartProcess(int argc, const wchar_t** argv);
 
-    // Quirk: on this platform both only write to the log, and return false at once.
+    /// Quirk: on this platform both only write to the log, and return false at once.
     static bool WaitingForPreviousProcessFinish();
     static bool RestartProcessFinish();
 

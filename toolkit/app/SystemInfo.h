@@ -9,9 +9,9 @@
 namespace Toolkit
 {
 
-// What system the library runs on, and the start of child processes. Every operation is static and may be
-// called on any thread, with or without the instance, which the library's module owns. The answers about the
-// system cannot fail; each is found out once.
+/// What system the library runs on, and the start of child processes. Every operation is static and may be
+/// called on any thread, with or without the instance, which the library's module owns. The answers about the
+/// system cannot fail; each is found out once.
 class TOOLKIT_API SystemInfo
 {
 public:
@@ -31,7 +31,7 @@ public:
         EndianMiddle = 3
     };
 
-    // Null before the modules are initialised and after they are released.
+    /// Null before the modules are initialised and after they are released.
     static smart_ptr<SystemInfo, smart_ptr_policy>* s_pInstance;
 
     SystemInfo();
@@ -40,26 +40,26 @@ public:
     SystemInfo(const SystemInfo&) = delete;
     SystemInfo& operator=(const SystemInfo&) = delete;
 
-    // The first two numbers of the kernel's release; 0 when unknown.
+    /// The first two numbers of the kernel's release; 0 when unknown.
     static unsigned int GetOSMajorVersion();
     static unsigned int GetOSMinorVersion();
-    // Major * 100 + minor * 10. Quirk: a minor version of ten reads as the next major one.
+    /// Major * 100 + minor * 10. Quirk: a minor version of ten reads as the next major one.
     static unsigned int GetOperatingSystemId();
-    // Quirk: wxWidgets' ids of the two small Windows variants count as unknown.
+    /// Quirk: wxWidgets' ids of the two small Windows variants count as unknown.
     static Platform GetPlatform();
     static Endian GetEndian();
 
-    // Quirk: fixed results on this platform: no, no, yes.
+    /// Quirk: fixed results on this platform: no, no, yes.
     static bool HasAdministratorCredentials();
     static bool HasPowerUserCredentials();
     static bool CanElevateCredentialsUsingUAC();
 
-    // Runs the executable at `path`, not searched for, with `path` and what `CmdLineParser::Tokenize` finds
-    // in `arguments` as its UTF-8 argument vector; each text is cut at its first NUL. The result is the
-    // child's process id; with `wait` the call blocks until the child ends, and -1 tells that it could not be
-    // waited for; a trace then tells the child's exit code, or the signal that ended it. Without `wait` the
-    // caller reaps the child. Quirk: when no child can be made the result is the positive error number.
-    // Quirk: when the executable cannot be run, only the child's exit code tells the error number.
+    /// Runs the executable at `path`, not searched for, with `path` and what `CmdLineParser::Tokenize` finds
+    /// in `arguments` as its UTF-8 argument vector; each text is cut at its first NUL. The result is the
+    /// child's process id; with `wait` the call blocks until the child ends, and -1 tells that it could not
+    /// be waited for; a trace then tells the child's exit code, or the signal that ended it. Without `wait`
+    /// the caller reaps the child. Quirk: when no child can be made the result is the positive error number.
+    /// Quirk: when the executable cannot be run, only the child's exit code tells the error number.
     static int StartProcess(const TString<wchar_t>& path, const TString<wchar_t>& arguments, bool wait);
 };
 

@@ -9,21 +9,21 @@
 namespace Toolkit
 {
 
-// A version number of four parts: major, minor, build and revision. A plain value; nothing fails.
+/// A version number of four parts: major, minor, build and revision. A plain value; nothing fails.
 class TOOLKIT_API Version
 {
 public:
-    // The library's own version; null before the modules are initialised and after they are released.
+    /// The library's own version; null before the modules are initialised and after they are released.
     static smart_ptr<Version>* s_pInstance;
 
-    // 0.0.0.0.
+    /// 0.0.0.0.
     Version();
     Version(unsigned int majorPart, unsigned int minorPart, unsigned int buildPart,
             unsigned int revisionPart);
-    // Decimal numbers with dots in between, read as a wide stream in the classic locale reads an unsigned
-    // number: white space in front is skipped, what follows the digits is ignored. What is no number and what
-    // is missing is 0; empty parts and those after the fourth are ignored.
-    // Quirk: "-1" is 4294967295, and so is a number that is too large.
+    /// Decimal numbers with dots in between, read as a wide stream in the classic locale reads an unsigned
+    /// number: white space in front is skipped, what follows the digits is ignored. What is no number and
+    /// what is missing is 0; empty parts and those after the fourth are ignored.
+    /// Quirk: "-1" is 4294967295, and so is a number that is too large.
     explicit Version(const TString<wchar_t>& text);
 
     unsigned int GetMajor() const { return m_uMajor; }
@@ -31,19 +31,19 @@ public:
     unsigned int GetBuild() const { return m_uBuild; }
     unsigned int GetRevision() const { return m_uRevision; }
 
-    // The first part that differs decides.
+    /// The first part that differs decides.
     bool operator>(const Version& other) const;
     bool operator<(const Version& other) const;
     bool operator==(const Version& other) const;
 
-    // 0 when equal, 1 when this version is greater, -1 otherwise.
+    /// 0 when equal, 1 when this version is greater, -1 otherwise.
     int CompareVersion(const Version& other) const;
     int CompareVersion(const TString<wchar_t>& text) const;
 
-    // The four parts with dots in between.
+    /// The four parts with dots in between.
     TString<wchar_t> ToString() const;
 
-    // The library's own version, a new object that the caller owns.
+    /// The library's own version, a new object that the caller owns.
     static Version* Create();
 
 private:

@@ -4,19 +4,19 @@
 
 #include "toolkit/core/Export.h"
 
-// The entry points through which a host brings the library's own module up and down; a host that opens the
-// library at run time looks them up by these names. Both belong to the host's main thread.
+/// The entry points through which a host brings the library's own module up and down; a host that opens the
+/// library at run time looks them up by these names. Both belong to the host's main thread.
 extern "C"
 {
-    // Makes the module manager if there is none, and the library's module, and registers that one. It is
-    // initialised with the others, or at once if the manager is initialised already. Loading again before an
-    // unload only adds a registration of the same module.
+    /// Makes the module manager if there is none, and the library's module, and registers that one. It is
+    /// initialised with the others, or at once if the manager is initialised already. Loading again before an
+    /// unload only adds a registration of the same module.
     TOOLKIT_API void DllToolkitLoad();
 
-    // Unregisters the library's module, which releases it if the manager is still initialised, then destroys
-    // the manager and the module. Without a load it does nothing.
-    // Quirk: one unload does so however often they were loaded; the modules of others are forgotten, not
-    // released.
+    /// Unregisters the library's module, which releases it if the manager is still initialised, then destroys
+    /// the manager and the module. Without a load it does nothing.
+    /// Quirk: one unload does so however often they were loaded; the modules of others are forgotten, not
+    /// released.
     TOOLKIT_API void DllToolkitUnload();
 }
 

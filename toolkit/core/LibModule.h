@@ -7,10 +7,10 @@
 namespace Toolkit
 {
 
-// What the library, and every plug-in library built on it, registers with LibModuleManager to be brought up
-// and down with all the others. Its creator owns it and unregisters it before it destroys it;
-// what is destroyed while it is registered is removed then, and not released. Both operations are
-// called with the manager locked, on the thread that calls the manager; an exception passes to that caller.
+/// What the library, and every plug-in library built on it, registers with LibModuleManager to be brought up
+/// and down with all the others. Its creator owns it and unregisters it before it destroys it;
+/// what is destroyed while it is registered is removed then, and not released. Both operations are
+/// called with the manager locked, on the thread that calls the manager; an exception passes to that caller.
 class TOOLKIT_API LibModule
 {
 public:

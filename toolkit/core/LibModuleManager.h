@@ -14,18 +14,18 @@ namespace Toolkit
 class LibModule;
 class SharedLibrary;
 
-// The process-wide registry of modules: brings them up in the order of their registration and down in the
-// reverse one. DllToolkitLoad makes the one instance, DllToolkitUnload destroys it; the modules belong to
-// whoever registered them. Any thread may call; a recursive mutex is held while modules are called, so a
-// module may call back into the manager. Nothing is reported: an exception that a module throws passes to the
-// caller, with the mutex unlocked and the manager's state as it was at that point.
+/// The process-wide registry of modules: brings them up in the order of their registration and down in the
+/// reverse one. DllToolkitLoad makes the one instance, DllToolkitUnload destroys it; the modules belong to
+/// whoever registered them. Any thread may call; a recursive mutex is held while modules are called, so a
+/// module may call back into the manager. Nothing is reported: an exception that a module throws passes to
+/// the caller, with the mutex unlocked and the manager's state as it was at that point.
 class TOOLKIT_API LibModuleManager
 {
 public:
-    // Null before the first DllToolkitLoad and after DllToolkitUnload.
+    /// Null before the first DllToolkitLoad and after DllToolkitUnload.
     static LibModuleManager* s_pInstance;
 
-    // A registered module, not owned, and how often it is registered.
+    /// A registered module, not owned, and how often it is registered.
     struct LibModuleContainer
     {
         LibModule* m_pModule;
@@ -33,34 +33,34 @@ public:
     };
 
     LibModuleManager();
-    // Forgets the modules that are still registered; none of them is released.
+    /// Forgets the modules that are still registered; none of them is released.
     ~LibModuleManager();
 
     LibModuleManager(const LibModuleManager&) = delete;
     LibModuleManager& operator=(const LibModuleManager&) = delete;
 
-    // Appends `module`, and initialises it at once if the manager is initialised. A module that is registered
-    // already is only counted. Null is ignored.
+    /// Appends `module`, and initialises it at once if the manager is initialised. A module that is
+    /// registered already is only counted. Null is ignored.
     void Register(LibModule* module);
 
-    // Takes back one registration. The last one releases the module, if the manager is initialised, and
-    // removes it; while `Release` walks the modules the removal waits for its end. A module that is not
-    // registered is ignored. An exception of the module leaves it registered.
-    // Quirk: a module registered again while its removal waits is removed all the same.
+    /// Takes back one registration. The last one releases the module, if the manager is initialised, and
+    /// removes it; while `Release` walks the modules the removal waits for its end. A module that is not
+    /// registered is ignored. An exception of the module leaves it registered.
+    /// Quirk: a module registered again while its removal waits is removed all the same.
     void Unregister(LibModule* module);
 
-    // Starts wxWidgets if asked to, then initialises every module, those included that are registered
-    // meanwhile. Quirk: a second call initialises every module again.
+    /// Starts wxWidgets if asked to, then initialises every module, those included that are registered
+    /// meanwhile. Quirk: a second call initialises every module again.
     void Initialize(bool initializeBaseLibrary);
 
-    // Releases every module; they stay registered. Then stops wxWidgets if asked to, unless no
-    // `Initialize` started it; on another thread than the one that started it, that is put off until a later
-    // start or stop on that one.
-    // Quirk: modules that were never initialised are released too.
-    // Quirk: after a module's exception the manager stays releasing: removals wait for the next `Release`.
+    /// Releases every module; they stay registered. Then stops wxWidgets if asked to, unless no
+    /// `Initialize` started it; on another thread than the one that started it, that is put off until a later
+    /// start or stop on that one.
+    /// Quirk: modules that were never initialised are released too.
+    /// Quirk: after a module's exception the manager stays releasing: removals wait for the next `Release`.
     void Release(bool uninitializeBaseLibrary);
 
-    // True from the end of `Initialize` to the end of the next `Release`.
+    /// True from the end of `Initialize` to the end of the next `Release`.
     bool IsInitialized() const;
 
 private:

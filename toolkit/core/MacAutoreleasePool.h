@@ -4,8 +4,8 @@
 
 #include "toolkit/core/Export.h"
 
-// An autorelease pool of the desktop's object runtime for a scope, put around work on threads that the
-// runtime does not manage. This platform has no such runtime: the guard does nothing.
+/// An autorelease pool of the desktop's object runtime for a scope, put around work on threads that the
+/// runtime does not manage. This platform has no such runtime: the guard does nothing.
 class TOOLKIT_API MacAutoreleasePool
 {
 public:

@@ -27,9 +27,9 @@ TOOLKIT_API int CompareNoCase(const char* a, std::size_t aLength, const char* b,
 TOOLKIT_API void Replace(std::wstring& text, const std::wstring& what, const std::wstring& with);
 } // namespace Detail
 
-// The library's string: a standard string of C with a few operations more and no data of its own.
-// TString<wchar_t> holds text, one code point per element; TString<char> holds bytes, as a rule UTF-8.
-// It converts to and from the standard string freely, and is as safe across threads as that is.
+/// The library's string: a standard string of C with a few operations more and no data of its own.
+/// TString<wchar_t> holds text, one code point per element; TString<char> holds bytes, as a rule UTF-8.
+/// It converts to and from the standard string freely, and is as safe across threads as that is.
 template <class C>
 class TString : public std::basic_string<C>
 {
@@ -37,40 +37,40 @@ class TString : public std::basic_string<C>
 
 public:
     using Base = std::basic_string<C>;
-    // Those of the standard string.
+    /// Those of the standard string.
     using Base::Base;
 
     TString() = default;
-    // A null pointer gives an empty string.
+    /// A null pointer gives an empty string.
     TString(const C* text) : Base(text != nullptr ? Base(text) : Base()) {}
     TString(const Base& text) : Base(text) {}
     TString(Base&& text) noexcept : Base(std::move(text)) {}
 
-    // One empty instance per character type, the same object in every library of the process.
+    /// One empty instance per character type, the same object in every library of the process.
     static const TString& Empty();
 
-    // True when `text` occurs in this string exactly as it is; an empty `text` always does.
+    /// True when `text` occurs in this string exactly as it is; an empty `text` always does.
     bool Contains(const TString& text) const
     {
         return Detail::Contains(this->data(), this->size(), text.data(), text.size());
     }
 
-    // `Contains` without regard to case. Both character types fold through the narrow `tolower` of the
-    // current locale. Quirk: wide letters beyond it compare exactly.
+    /// `Contains` without regard to case. Both character types fold through the narrow `tolower` of the
+    /// current locale. Quirk: wide letters beyond it compare exactly.
     bool HasSubstring(const TString& text) const
     {
         return Detail::HasSubstring(this->data(), this->size(), text.data(), text.size());
     }
 
-    // -1, 0 or 1: three-way comparison without regard to case. Wide elements fold through `towlower`, bytes,
-    // taken as signed, through `tolower`; a string that another one continues comes before it.
+    /// -1, 0 or 1: three-way comparison without regard to case. Wide elements fold through `towlower`, bytes,
+    /// taken as signed, through `tolower`; a string that another one continues comes before it.
     int compareNoCase(const TString& other) const
     {
         return Detail::CompareNoCase(this->data(), this->size(), other.data(), other.size());
     }
 
-    // Replaces every occurrence of `what` by `with`, those that a replacement creates included (wide text
-    // only). Quirk: a `with` that contains `what`, or an empty `what`, never ends.
+    /// Replaces every occurrence of `what` by `with`, those that a replacement creates included (wide text
+    /// only). Quirk: a `with` that contains `what`, or an empty `what`, never ends.
     template <class D = C, class = std::enable_if_t<std::is_same_v<D, wchar_t>>>
     void Replace(const TString& what, const TString& with)
     {
@@ -88,7 +88,7 @@ TOOLKIT_API const TString<wchar_t>& TString<wchar_t>::Empty();
 namespace std
 {
 
-// Keys of unordered containers; equal to the hash of the standard string with the same elements.
+/// Keys of unordered containers; equal to the hash of the standard string with the same elements.
 template <class C>
 struct hash<Toolkit::TString<C>>
 {

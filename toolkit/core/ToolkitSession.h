@@ -7,11 +7,11 @@
 namespace Toolkit
 {
 
-// The library, up and running for a scope: load, `Initialize(true)` ... `Release(true)`, unload. It belongs
-// to the host's main thread. A session does only what is not done yet and takes back only what it did, so one
-// inside another, or inside a host that loaded or initialised the library itself, leaves the outer state
-// alone. When the constructor throws, because a module did, all is taken back. An exception of a module at
-// the end is swallowed; the modules that it kept from being released stay as they are.
+/// The library, up and running for a scope: load, `Initialize(true)` ... `Release(true)`, unload. It belongs
+/// to the host's main thread. A session does only what is not done yet and takes back only what it did, so
+/// one inside another, or inside a host that loaded or initialised the library itself, leaves the outer state
+/// alone. When the constructor throws, because a module did, all is taken back. An exception of a module at
+/// the end is swallowed; the modules that it kept from being released stay as they are.
 class TOOLKIT_API ToolkitSession
 {
 public:

@@ -12,7 +12,7 @@
 namespace Toolkit
 {
 
-// Destroys the held object with `delete`.
+/// Destroys the held object with `delete`.
 struct smart_ptr_policy
 {
     template <class T>
@@ -22,7 +22,7 @@ struct smart_ptr_policy
     }
 };
 
-// Destroys the held array with `delete[]`.
+/// Destroys the held array with `delete[]`.
 struct smart_ptr_array_policy
 {
     template <class T>
@@ -35,16 +35,16 @@ struct smart_ptr_array_policy
 namespace Detail
 {
 
-// What the owners of one object share. The type of the pointer is no part of it, so that a pointer to a base
-// class shares the block of a pointer to a derived one.
+/// What the owners of one object share. The type of the pointer is no part of it, so that a pointer to a base
+/// class shares the block of a pointer to a derived one.
 struct SharedBlock
 {
     std::int32_t m_iCount = 1;
     MutexInternal m_mutex{false};
 };
 
-// True where an owner of U may become an owner of T: T is U with more qualifiers, or a base class whose
-// destructor is virtual; an array has no base class.
+/// True where an owner of U may become an owner of T: T is U with more qualifiers, or a base class whose
+/// destructor is virtual; an array has no base class.
 template <class U, class T, class Policy>
 using MayOwnAs = std::conjunction<
     std::is_convertible<U*, T*>,
@@ -54,29 +54,29 @@ using MayOwnAs = std::conjunction<
 
 } // namespace Detail
 
-// Shared ownership of an object: a pointer and a counted block on the heap; the last owner destroys the
-// object through Policy. Every smart_ptr has a block, a null one too, but for one that was moved from, which
-// is null and can be used again. The count is guarded by a recursive mutex, so copies of one smart_ptr may be
-// made and dropped on different threads; the object itself is not protected.
+/// Shared ownership of an object: a pointer and a counted block on the heap; the last owner destroys the
+/// object through Policy. Every smart_ptr has a block, a null one too, but for one that was moved from, which
+/// is null and can be used again. The count is guarded by a recursive mutex, so copies of one smart_ptr may
+/// be made and dropped on different threads; the object itself is not protected.
 template <class T, class Policy = smart_ptr_policy>
 class smart_ptr
 {
 public:
     smart_ptr() : m_pObject(nullptr), m_pBlock(new Block) {}
 
-    // Takes ownership of `object`, which is destroyed if there is no memory for the block.
+    /// Takes ownership of `object`, which is destroyed if there is no memory for the block.
     smart_ptr(T* object) : m_pObject(object), m_pBlock(NewBlockFor(object)) {}
 
-    // Quirk: a copy taken while the object is being destroyed is not counted.
+    /// Quirk: a copy taken while the object is being destroyed is not counted.
     smart_ptr(const smart_ptr& other) : m_pObject(other.m_pObject), m_pBlock(Shared(other.m_pBlock)) {}
 
-    // Takes over the share of `other`, which is null then.
+    /// Takes over the share of `other`, which is null then.
     smart_ptr(smart_ptr&& other) noexcept
         : m_pObject(std::exchange(other.m_pObject, nullptr)), m_pBlock(std::exchange(other.m_pBlock, nullptr))
     {
     }
 
-    // From a pointer to a derived class, or to what is less constant: an owner of the same group.
+    /// From a pointer to a derived class, or to what is less constant: an owner of the same group.
     template <class U, class = std::enable_if_t<Detail::MayOwnAs<U, T, Policy>::value>>
     smart_ptr(const smart_ptr<U, Policy>& other)
         : m_pObject(other.m_pObject), m_pBlock(Shared(other.m_pBlock))
@@ -90,8 +90,8 @@ public:
 
     ~smart_ptr() { GiveUp(); }
 
-    // The share of `other` is taken first, for `other` may live inside the object that is released. Both
-    // fields stay as they were until that object is destroyed: its destructor finds itself here.
+    /// The share of `other` is taken first, for `other` may live inside the object that is released. Both
+    /// fields stay as they were until that object is destroyed: its destructor finds itself here.
     smart_ptr& operator=(const smart_ptr& other)
     {
         if (this != &other)
@@ -111,20 +111,20 @@ public:
         return *this;
     }
 
-    // Gives up what is held and takes ownership of `object`.
-    // Quirk: `object` is not compared with the pointer already held; assigning that one again destroys it
-    // first.
+    /// Gives up what is held and takes ownership of `object`.
+    /// Quirk: `object` is not compared with the pointer already held; assigning that one again destroys it
+    /// first.
     smart_ptr& operator=(T* object)
     {
         Replace(object, NewBlockFor(object));
         return *this;
     }
 
-    // Gives up this owner's share and leaves the fields as they were: the caller stores new ones or destroys
-    // the object.
+    /// Gives up this owner's share and leaves the fields as they were: the caller stores new ones or destroys
+    /// the object.
     void ReleaseRef() { Release(m_pObject, m_pBlock); }
 
-    // Gives up what is held and becomes null.
+    /// Gives up what is held and becomes null.
     void Reset() { *this = static_cast<T*>(nullptr); }
 
     T* operator->() const { return m_pObject; }
@@ -137,7 +137,7 @@ public:
     friend bool operator!=(const smart_ptr& a, const smart_ptr& b) { return a.m_pObject != b.m_pObject; }
     friend bool operator==(const smart_ptr& a, const T* b) { return a.m_pObject == b; }
     friend bool operator!=(const smart_ptr& a, const T* b) { return a.m_pObject != b; }
-    // Without these a plain pointer on the left would become an owner of its own.
+    /// Without these a plain pointer on the left would become an owner of its own.
     friend bool operator==(const T* a, const smart_ptr& b) { return a == b.m_pObject; }
     friend bool operator!=(const T* a, const smart_ptr& b) { return a != b.m_pObject; }
 

@@ -8,8 +8,8 @@
 namespace Toolkit
 {
 
-// A culture as a host lists it: its name and the text that the user sees for it. A plain record, which the
-// library only keeps.
+/// A culture as a host lists it: its name and the text that the user sees for it. A plain record, which the
+/// library only keeps.
 class TOOLKIT_API CultureInfo
 {
 public:

@@ -8,21 +8,21 @@
 namespace Toolkit
 {
 
-// What the user's locale says of dates and numbers. The locale is named by the first of the environment
-// variables LC_ALL, LC_TIME and LANG that is not empty, and looked at anew by each call; what is no name of a
-// locale counts as the locale "C". Any thread may ask, as long as none changes the environment.
+/// What the user's locale says of dates and numbers. The locale is named by the first of the environment
+/// variables LC_ALL, LC_TIME and LANG that is not empty, and looked at anew by each call; what is no name of
+/// a locale counts as the locale "C". Any thread may ask, as long as none changes the environment.
 class TOOLKIT_API Locales
 {
 public:
-    // The short date pattern, a space and the short time pattern, in Unicode date-pattern letters:
-    // "dd/MM/yyyy HH:mm". There is always one, so the result is true. Neither holds more than DateTime
-    // can show: d, dd, M, MM, yy, yyyy; H, HH, h, hh, m, mm, a.
-    // Quirk: a language without locale data counts as "C", whatever the country.
-    // Quirk: a script that the language has no locale data in is left out.
-    // Quirk: words, and spaces in dates, are left out, and months are never in Roman numerals.
+    /// The short date pattern, a space and the short time pattern, in Unicode date-pattern letters:
+    /// "dd/MM/yyyy HH:mm". There is always one, so the result is true. Neither holds more than DateTime
+    /// can show: d, dd, M, MM, yy, yyyy; H, HH, h, hh, m, mm, a.
+    /// Quirk: a language without locale data counts as "C", whatever the country.
+    /// Quirk: a script that the language has no locale data in is left out.
+    /// Quirk: words, and spaces in dates, are left out, and months are never in Roman numerals.
     static bool GetCurrentDateFormat(TString<wchar_t>& out);
 
-    // Quirk: always "." and false, which says that the text does not come from the locale.
+    /// Quirk: always "." and false, which says that the text does not come from the locale.
     static bool GetDecimalSeparator(TString<wchar_t>& out);
 };
 

@@ -8,14 +8,14 @@
 namespace Toolkit
 {
 
-// Conversion between wide text and single bytes. Each conversion ends at the first NUL; any thread may call
-// it. Quirk: despite the name this is no UTF-7 but plain seven-bit ASCII; nothing is encoded or decoded.
+/// Conversion between wide text and single bytes. Each conversion ends at the first NUL; any thread may call
+/// it. Quirk: despite the name this is no UTF-7 but plain seven-bit ASCII; nothing is encoded or decoded.
 class TOOLKIT_API UTF7
 {
 public:
-    // Each byte becomes the character of the same value, 0 to 255.
+    /// Each byte becomes the character of the same value, 0 to 255.
     static TString<wchar_t> ToUNICODE(const TString<char>& text);
-    // Each character up to 127 becomes that byte, every other one "_".
+    /// Each character up to 127 becomes that byte, every other one "_".
     static TString<char> ToUTF7(const TString<wchar_t>& text);
 };
 

@@ -8,19 +8,19 @@
 namespace Toolkit
 {
 
-// The library-wide conversion between wide text and UTF-8 bytes (RFC 3629), strict in both directions: a text
-// that holds an overlong form, a surrogate or a value above 10FFFF converts to an empty one. Each conversion
-// ends at the first NUL. Any thread may call it.
+/// The library-wide conversion between wide text and UTF-8 bytes (RFC 3629), strict in both directions: a
+/// text that holds an overlong form, a surrogate or a value above 10FFFF converts to an empty one. Each
+/// conversion ends at the first NUL. Any thread may call it.
 class TOOLKIT_API UTF8
 {
 public:
     static TString<wchar_t> ToUNICODE(const TString<char>& text);
     static TString<char> ToUTF8(const TString<wchar_t>& text);
-    // ToUTF8 into `bytes`, whose memory is used again.
+    /// ToUTF8 into `bytes`, whose memory is used again.
     static void Encode(const TString<wchar_t>& text, TString<char>& bytes);
 
-    // True when the UTF-8 form has another length than the text, as where a character needs more than one
-    // byte. Quirk: so it is without a UTF-8 form, and as a rule where the text holds a NUL.
+    /// True when the UTF-8 form has another length than the text, as where a character needs more than one
+    /// byte. Quirk: so it is without a UTF-8 form, and as a rule where the text holds a NUL.
     static bool HasToBeUTF8(const TString<wchar_t>& text);
 };
 

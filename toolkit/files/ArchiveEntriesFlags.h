@@ -7,7 +7,7 @@
 namespace Toolkit
 {
 
-// Which entries of an archive are listed.
+/// Which entries of an archive are listed.
 struct ArchiveEntriesFlags
 {
     enum ArchiveEntriesType : std::uint32_t

@@ -14,53 +14,54 @@
 namespace Toolkit
 {
 
-// A ZIP file, read only: its entries, their content, and their extraction. An object and the streams that it
-// gives away belong to one thread at a time. What cannot be opened shows at the first use. Entries may also
-// come from another object that has the same file open. An archive is never trusted: what it declares is
-// neither allocated nor taken for its content.
+/// A ZIP file, read only: its entries, their content, and their extraction. An object and the streams that it
+/// gives away belong to one thread at a time. What cannot be opened shows at the first use. Entries may also
+/// come from another object that has the same file open. An archive is never trusted: what it declares is
+/// neither allocated nor taken for its content.
 class TOOLKIT_API ArchiveZip
 {
 public:
     ArchiveZip();
     virtual ~ArchiveZip();
 
-    // A copy has the same archive open, with one stream and one listing for both, until either opens another.
+    /// A copy has the same archive open, with one stream and one listing for both, until either opens
+    /// another.
     ArchiveZip(const ArchiveZip&) = default;
     ArchiveZip& operator=(const ArchiveZip&) = default;
 
-    // Opens the archive at `path` in place of the one opened before. A FIFO is never waited for.
+    /// Opens the archive at `path` in place of the one opened before. A FIFO is never waited for.
     void Open(const TString<wchar_t>& path);
 
-    // Gives up the archive. Streams that were handed out stay as they are.
+    /// Gives up the archive. Streams that were handed out stay as they are.
     void Close();
 
-    // Replaces `entries` by the entries from where the listing stands to its end, and returns how many those
-    // are; -1, with a line in the log, when no archive is open, its listing is complete already, or the file
-    // is no archive. A name is in the native format and stays as it is in the archive, ".." included; of two
-    // equal ones the first is kept. It is decoded as UTF-8, by the local character set or byte by byte,
-    // whichever is the first that fits.
-    //
-    // `pattern` keeps the names that begin, without regard to case, with its text before its last "*", or
-    // with all of it if it has none; an empty one and "*.*" keep all names.
-    //
-    // Quirk: "/" and "./" in front of a name are dropped, unless nothing else would be left.
-    // Quirk: the line in the log names source line 106, or 99 for a file that is no archive, wherever this is
-    // written.
-    // Quirk: a second listing does not begin anew: it goes on where the first one ended. Behind a complete
-    // one it returns -1, but 0 after an `UnZip`.
+    /// Replaces `entries` by the entries from where the listing stands to its end, and returns how many those
+    /// are; -1, with a line in the log, when no archive is open, its listing is complete already, or the file
+    /// is no archive. A name is in the native format and stays as it is in the archive, ".." included; of two
+    /// equal ones the first is kept. It is decoded as UTF-8, by the local character set or byte by byte,
+    /// whichever is the first that fits.
+    ///
+    /// `pattern` keeps the names that begin, without regard to case, with its text before its last "*", or
+    /// with all of it if it has none; an empty one and "*.*" keep all names.
+    ///
+    /// Quirk: "/" and "./" in front of a name are dropped, unless nothing else would be left.
+    /// Quirk: the line in the log names source line 106, or 99 for a file that is no archive, wherever this
+    /// is written.
+    /// Quirk: a second listing does not begin anew: it goes on where the first one ended. Behind a complete
+    /// one it returns -1, but 0 after an `UnZip`.
     int EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>& entries,
                     const TString<wchar_t>& pattern, ArchiveEntriesFlags::ArchiveEntriesType type);
 
-    // The archive's one stream, which now stands at the beginning of the entry's content; it yields nothing
-    // if that cannot be found. Null for a null entry and when no archive is open. The stream is shared with
-    // this object: the next positioning moves it.
+    /// The archive's one stream, which now stands at the beginning of the entry's content; it yields nothing
+    /// if that cannot be found. Null for a null entry and when no archive is open. The stream is shared with
+    /// this object: the next positioning moves it.
     smart_ptr<ZipInputStream> GetZipInputStream(smart_ptr<ArchiveZipEntry> entry);
 
-    // Writes the entry's content to the file `target`, which is made or emptied, and returns true when all of
-    // it was there, its length and checksum were right, and the disk took it. After a failure the target is
-    // empty; it is not touched when the entry's content cannot be found.
-    // Quirk: the archive itself, by whatever path, and a FIFO, even one that is read, are refused untouched.
-    // Quirk: an entry without content returns false and leaves an empty target.
+    /// Writes the entry's content to the file `target`, which is made or emptied, and returns true when all
+    /// of it was there, its length and checksum were right, and the disk took it. After a failure the target
+    /// is empty; it is not touched when the entry's content cannot be found.
+    /// Quirk: the archive itself, by whatever path, and a FIFO, even one that is read, are refused untouched.
+    /// Quirk: an entry without content returns false and leaves an empty target.
     bool UnZip(smart_ptr<ArchiveZipEntry> entry, TString<wchar_t>& target);
 
 private:

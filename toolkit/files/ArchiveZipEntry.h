@@ -11,9 +11,9 @@
 namespace Toolkit
 {
 
-// What an archive says of one of its entries: name, length, date, whether it is a folder, and where its
-// content lies. A copy of its own, held by a smart_ptr, which stays valid when the archive is closed. Nothing
-// in it is verified: an archive may declare what it likes.
+/// What an archive says of one of its entries: name, length, date, whether it is a folder, and where its
+/// content lies. A copy of its own, held by a smart_ptr, which stays valid when the archive is closed.
+/// Nothing in it is verified: an archive may declare what it likes.
 class TOOLKIT_API ArchiveZipEntry : public wxZipEntry
 {
 public:

@@ -10,31 +10,31 @@
 namespace Toolkit
 {
 
-// One folder, named at construction, and what it holds; besides, operations on folders and files named by
-// their paths. A relative path counts from the working folder. Any thread may call any operation. Failures
-// are told by false or by an empty list, and not logged.
+/// One folder, named at construction, and what it holds; besides, operations on folders and files named by
+/// their paths. A relative path counts from the working folder. Any thread may call any operation. Failures
+/// are told by false or by an empty list, and not logged.
 class TOOLKIT_API Directory
 {
 public:
-    // An empty path stands for the application's folder, and for none at all while there is no path manager.
+    /// An empty path stands for the application's folder, and for none at all while there is no path manager.
     explicit Directory(const TString<wchar_t>& path);
 
-    // True when a folder lies at `path`.
+    /// True when a folder lies at `path`.
     static bool Exist(const TString<wchar_t>& path);
-    // Makes the folder and every missing parent, with permissions 0777 before the umask; true when the folder
-    // is there in the end.
+    /// Makes the folder and every missing parent, with permissions 0777 before the umask; true when the
+    /// folder is there in the end.
     static bool Create(const TString<wchar_t>& path);
-    // Removes one file; a link goes itself. False for a folder.
+    /// Removes one file; a link goes itself. False for a folder.
     static bool RemoveFile(const TString<wchar_t>& path);
 
-    // A listing replaces `names` by bare names in the system's order, never of entries that begin with ".".
-    // "*" in a filter stands for any characters and "?" for one; an empty filter matches everything, "*.*"
-    // only what has a dot. Links are what they lead to. A name that is not UTF-8 is left out.
-    // Quirk: a backslash in a filter makes the next character an ordinary one.
-    // Quirk: everything that is no folder is a file, dangling links and FIFOs too.
+    /// A listing replaces `names` by bare names in the system's order, never of entries that begin with ".".
+    /// "*" in a filter stands for any characters and "?" for one; an empty filter matches everything, "*.*"
+    /// only what has a dot. Links are what they lead to. A name that is not UTF-8 is left out.
+    /// Quirk: a backslash in a filter makes the next character an ordinary one.
+    /// Quirk: everything that is no folder is a file, dangling links and FIFOs too.
     void GetFiles(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
     void GetDirectories(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
-    // Files and folders; nothing for an empty folder name.
+    /// Files and folders; nothing for an empty folder name.
     static void EnumFilePaths(std::vector<TString<wchar_t>>& names, const TString<wchar_t>& folder,
                               const TString<wchar_t>& filter);
 

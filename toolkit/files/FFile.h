@@ -13,8 +13,8 @@ class wxFFile;
 namespace Toolkit
 {
 
-// A buffered file. The object owns it, closes it when it goes, and belongs to one thread at a time. Failures
-// are returned, not logged; on a closed object every operation returns what it would for nothing.
+/// A buffered file. The object owns it, closes it when it goes, and belongs to one thread at a time. Failures
+/// are returned, not logged; on a closed object every operation returns what it would for nothing.
 class TOOLKIT_API FFile
 {
 public:
@@ -24,42 +24,42 @@ public:
     FFile(const FFile&) = delete;
     FFile& operator=(const FFile&) = delete;
 
-    // True when the file was opened; a file opened before is closed first. `mode` is that of C's `fopen`, for
-    // instance "rb". A folder, a path that holds a NUL, and a FIFO opened for reading return false without
-    // waiting. A read waits for nothing but the input of a terminal.
+    /// True when the file was opened; a file opened before is closed first. `mode` is that of C's `fopen`,
+    /// for instance "rb". A folder, a path that holds a NUL, and a FIFO opened for reading return false
+    /// without waiting. A read waits for nothing but the input of a terminal.
     bool Open(const TString<wchar_t>& path, const TString<wchar_t>& mode);
 
-    // Takes over an open stream instead; a file opened before is closed first. What is written to a stream
-    // without a buffer reaches the system at once, each text in one write.
+    /// Takes over an open stream instead; a file opened before is closed first. What is written to a stream
+    /// without a buffer reaches the system at once, each text in one write.
     void Attach(std::FILE* stream);
 
     bool IsOpened() const;
 
-    // The number of bytes read, at most `count`; 0 at the end, on an error and when closed.
+    /// The number of bytes read, at most `count`; 0 at the end, on an error and when closed.
     std::size_t Read(void* buffer, unsigned int count);
 
-    // Writes the text as UTF-8 without a byte-order mark, up to its first NUL; a text that has no UTF-8 form
-    // writes nothing. An error is not reported.
+    /// Writes the text as UTF-8 without a byte-order mark, up to its first NUL; a text that has no UTF-8 form
+    /// writes nothing. An error is not reported.
     void Write(const TString<wchar_t>& text);
 
-    // True when what was written has reached the system; false when closed.
+    /// True when what was written has reached the system; false when closed.
     bool Flush();
-    // True when nothing was lost; true when closed.
+    /// True when nothing was lost; true when closed.
     bool Close();
 
-    // In bytes; -1 when closed.
+    /// In bytes; -1 when closed.
     long long GetLength() const;
     long long GetOffset() const;
 
-    // Moves to `offset` from the start, or by `offset` from where the file stands; false when closed.
+    /// Moves to `offset` from the start, or by `offset` from where the file stands; false when closed.
     bool Seek(long long offset, bool fromStart);
-    // Moves to `offset` from the end; false when closed.
+    /// Moves to `offset` from the end; false when closed.
     bool SeekEnd(long long offset);
 
-    // True when a read has met the end of the file; true when closed.
+    /// True when a read has met the end of the file; true when closed.
     bool IsEOF() const;
 
-    // True when a regular file lies at `path`.
+    /// True when a regular file lies at `path`.
     static bool Exists(const TString<wchar_t>& path);
 
 private:

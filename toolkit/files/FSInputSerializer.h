@@ -7,7 +7,7 @@
 namespace Toolkit
 {
 
-// Reads objects from an existing file, from its start.
+/// Reads objects from an existing file, from its start.
 class TOOLKIT_API FSInputSerializer : public FSSerializer
 {
 public:

@@ -7,7 +7,7 @@
 namespace Toolkit
 {
 
-// Writes objects into a file, which is created or emptied at construction.
+/// Writes objects into a file, which is created or emptied at construction.
 class TOOLKIT_API FSOutputSerializer : public FSSerializer
 {
 public:

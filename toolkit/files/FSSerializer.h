@@ -10,13 +10,13 @@
 namespace Toolkit
 {
 
-// A serializer over a file, which is open exactly as long as the serializer lives. A file that cannot be
-// opened is not reported by the constructor: every operation that transfers something then fails. One thread
-// at a time.
+/// A serializer over a file, which is open exactly as long as the serializer lives. A file that cannot be
+/// opened is not reported by the constructor: every operation that transfers something then fails. One thread
+/// at a time.
 class TOOLKIT_API FSSerializer : public Serializer
 {
 public:
-    // Those of FSStream.
+    /// Those of FSStream.
     enum OpenMode : std::uint32_t
     {
         ModeRead = FSStream::ModeRead,

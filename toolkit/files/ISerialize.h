@@ -10,8 +10,8 @@ namespace Toolkit
 
 class IStream;
 
-// An object that writes itself to a stream and reads itself back. `Deserialize` reads exactly the items that
-// `Serialize` wrote, in the same order; both return the first failure that they meet.
+/// An object that writes itself to a stream and reads itself back. `Deserialize` reads exactly the items that
+/// `Serialize` wrote, in the same order; both return the first failure that they meet.
 class TOOLKIT_API ISerialize
 {
 public:

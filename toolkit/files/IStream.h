@@ -9,27 +9,27 @@
 namespace Toolkit
 {
 
-// A binary stream that objects are written to and read from, item by item in one order; the bytes of the
-// three kinds of item are described in docs/file-formats.md. There is no seek. A stream belongs to one thread
-// at a time. Failures are told by the result and leave what was already transferred.
+/// A binary stream that objects are written to and read from, item by item in one order; the bytes of the
+/// three kinds of item are described in docs/file-formats.md. There is no seek. A stream belongs to one
+/// thread at a time. Failures are told by the result and leave what was already transferred.
 class TOOLKIT_API IStream
 {
 public:
     virtual ~IStream() = default;
 
-    // A string: its count of bytes, then its characters of 4 bytes each.
+    /// A string: its count of bytes, then its characters of 4 bytes each.
     virtual StreamResult Write(const TString<wchar_t>& text) = 0;
-    // A value of 4 bytes in the host's order.
+    /// A value of 4 bytes in the host's order.
     virtual StreamResult Write(unsigned int value) = 0;
-    // A raw block of `size` bytes with no count in front.
+    /// A raw block of `size` bytes with no count in front.
     virtual StreamResult Write(const void* data, unsigned int size) = 0;
 
-    // The counterparts.
+    /// The counterparts.
     virtual StreamResult Read(TString<wchar_t>& text) = 0;
     virtual StreamResult Read(unsigned int& value) = 0;
     virtual StreamResult Read(void* data, unsigned int size) = 0;
 
-    // The stream's size in bytes, 0 when it is not open.
+    /// The stream's size in bytes, 0 when it is not open.
     virtual unsigned int Length() const = 0;
 };
 

@@ -11,12 +11,12 @@ class wxInputStream;
 namespace Toolkit
 {
 
-// Owns a source of bytes of any kind, and deletes it when it goes. What is read from it, and how, is the
-// matter of the derived classes. It belongs to one thread at a time.
+/// Owns a source of bytes of any kind, and deletes it when it goes. What is read from it, and how, is the
+/// matter of the derived classes. It belongs to one thread at a time.
 class TOOLKIT_API InputStream
 {
 public:
-    // Takes ownership of `stream`; null stands for a stream without anything in it.
+    /// Takes ownership of `stream`; null stands for a stream without anything in it.
     explicit InputStream(wxInputStream* stream);
     virtual ~InputStream();
 
@@ -24,7 +24,7 @@ public:
     InputStream& operator=(const InputStream&) = delete;
 
 protected:
-    // The owned stream, null if there is none; it stays this object's.
+    /// The owned stream, null if there is none; it stays this object's.
     wxInputStream* GetStream() const { return m_pStream.get(); }
 
 private:

@@ -11,14 +11,14 @@ namespace Toolkit
 class ISerialize;
 class IStream;
 
-// Binds objects to one stream: each call hands the stream to the object, adds nothing and returns what the
-// object returns. Objects are read in the order in which they were written. One thread at a time.
+/// Binds objects to one stream: each call hands the stream to the object, adds nothing and returns what the
+/// object returns. Objects are read in the order in which they were written. One thread at a time.
 class TOOLKIT_API Serializer
 {
 public:
     virtual ~Serializer();
 
-    // The stream, which belongs to the serializer.
+    /// The stream, which belongs to the serializer.
     virtual IStream& GetStream() const = 0;
 
     StreamResult Serialize(const ISerialize& object) const;

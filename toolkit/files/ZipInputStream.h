@@ -19,29 +19,29 @@ class TextReader;
 class ZipEntryStream;
 class ZipFile;
 
-// The stream of an open archive: it walks through the archive's directory and yields the content of the entry
-// at which ArchiveZip has positioned it. It is shared by its archive and everyone that got it from there, and
-// stays usable when the archive is closed. It belongs to one thread at a time. Content is verified while it
-// is read: a block in which damage shows is not yielded, and nothing behind it.
+/// The stream of an open archive: it walks through the archive's directory and yields the content of the
+/// entry at which ArchiveZip has positioned it. It is shared by its archive and everyone that got it from
+/// there, and stays usable when the archive is closed. It belongs to one thread at a time. Content is
+/// verified while it is read: a block in which damage shows is not yielded, and nothing behind it.
 class TOOLKIT_API ZipInputStream : public InputStream
 {
 public:
-    // Opens the archive at `path`; a failure shows at the first use.
+    /// Opens the archive at `path`; a failure shows at the first use.
     explicit ZipInputStream(const TString<wchar_t>& path);
     ~ZipInputStream() override;
 
-    // Quirk: all three readers give nothing of a damaged entry, not even what lies before the damage.
-    // Appends every remaining byte of the entry; nothing when the entry is damaged or its checksum is wrong.
+    /// Quirk: all three readers give nothing of a damaged entry, not even what lies before the damage.
+    /// Appends every remaining byte of the entry; nothing when the entry is damaged or its checksum is wrong.
     ZipInputStream& operator>>(std::vector<unsigned char>& bytes);
 
-    // Reads the next word, which ends at a space, a tab or a line's end; empty at the end of the entry. A
-    // byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text is
-    // UTF-8. A word also ends at broken text, after which no text is read.
-    // Quirk: a NUL ends a word as well, and where a word should begin it makes an empty one.
+    /// Reads the next word, which ends at a space, a tab or a line's end; empty at the end of the entry. A
+    /// byte-order mark at the entry's beginning selects UTF-32, UTF-16 or UTF-8; without one the text is
+    /// UTF-8. A word also ends at broken text, after which no text is read.
+    /// Quirk: a NUL ends a word as well, and where a word should begin it makes an empty one.
     ZipInputStream& operator>>(TString<wchar_t>& word);
 
-    // Reads the next line, decoded as a word is, without the "\n", "\r\n" or "\r" at its end; the last line
-    // may lack one. False, and an empty line, at the end of the entry and where it is damaged.
+    /// Reads the next line, decoded as a word is, without the "\n", "\r\n" or "\r" at its end; the last line
+    /// may lack one. False, and an empty line, at the end of the entry and where it is damaged.
     bool ReadLine(TString<wchar_t>& line);
 
 private:

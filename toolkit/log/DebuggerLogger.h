@@ -7,9 +7,9 @@
 namespace Toolkit
 {
 
-// A sink for debugging hosts.
-// Quirk: it has no debugger channel of its own; it writes to the standard wide output stream as ConsoleLogger
-// does.
+/// A sink for debugging hosts.
+/// Quirk: it has no debugger channel of its own; it writes to the standard wide output stream as
+/// ConsoleLogger does.
 class TOOLKIT_API DebuggerLogger : public ILogger
 {
 public:

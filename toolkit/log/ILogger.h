@@ -14,40 +14,40 @@
 namespace Toolkit
 {
 
-// The process-wide logger: the interface of every sink, and the stream through which text reaches the
-// installed one. Each streamed value is one piece, written at once by one `Write` when the selected severity
-// is at most the sink's threshold; the selected severity stays until the next SetSeverity. The stream takes
-// no lock: pieces that several threads stream at once interleave, while TOOLKIT_LOG writes whole lines.
-// Failures of a sink are not reported.
+/// The process-wide logger: the interface of every sink, and the stream through which text reaches the
+/// installed one. Each streamed value is one piece, written at once by one `Write` when the selected severity
+/// is at most the sink's threshold; the selected severity stays until the next SetSeverity. The stream takes
+/// no lock: pieces that several threads stream at once interleave, while TOOLKIT_LOG writes whole lines.
+/// Failures of a sink are not reported.
 class TOOLKIT_API ILogger
 {
 public:
     virtual ~ILogger();
 
-    // The sink's output of one piece. A sink that several threads use protects its own output.
+    /// The sink's output of one piece. A sink that several threads use protects its own output.
     virtual void Write(const TString<wchar_t>& text) = 0;
 
     ILogger(const ILogger&) = delete;
     ILogger& operator=(const ILogger&) = delete;
 
-    // A new NullLogger.
+    /// A new NullLogger.
     static smart_ptr<ILogger> Create();
 
-    // Installs `logger`, shared with the caller, or a new NullLogger for a null one, and gives up the
-    // previous sink. For start-up and shutdown: nothing may be logged at the same time. Does nothing while no
-    // logger exists.
+    /// Installs `logger`, shared with the caller, or a new NullLogger for a null one, and gives up the
+    /// previous sink. For start-up and shutdown: nothing may be logged at the same time. Does nothing while
+    /// no logger exists.
     static void SetLogger(smart_ptr<ILogger> logger);
 
     LogSeverity GetThreshold() const { return m_threshold.load(std::memory_order_relaxed); }
-    // Any thread may change the threshold at any time.
+    /// Any thread may change the threshold at any time.
     void SetThreshold(LogSeverity threshold);
     LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
 
-    // All operators return the installed logger. Quirk: so a chain continues there, not on the object that it
-    // began with.
+    /// All operators return the installed logger. Quirk: so a chain continues there, not on the object that
+    /// it began with.
     ILogger& operator<<(const SetSeverity& selection);
     ILogger& operator<<(const TString<wchar_t>& text);
-    // `text` is UTF-8.
+    /// `text` is UTF-8.
     ILogger& operator<<(const TString<char>& text);
     ILogger& operator<<(short value);
     ILogger& operator<<(int value);
@@ -55,7 +55,7 @@ public:
     ILogger& operator<<(unsigned short value);
     ILogger& operator<<(unsigned int value);
     ILogger& operator<<(unsigned long long value);
-    // Everything else, in the form that LogText gives it.
+    /// Everything else, in the form that LogText gives it.
     template <class T>
     ILogger& operator<<(const T& value)
     {
@@ -64,11 +64,11 @@ public:
         return Installed();
     }
 
-    // The installed sink; null before the modules are initialised and after they are released. Never holds
-    // null.
+    /// The installed sink; null before the modules are initialised and after they are released. Never holds
+    /// null.
     static smart_ptr<ILogger>* s_pInstance;
 
-    // The separators of a log line: " ", " : " and a line feed.
+    /// The separators of a log line: " ", " : " and a line feed.
     static const TString<wchar_t> c_strLogToken1;
     static const TString<wchar_t> c_strLogToken2;
     static const TString<wchar_t> c_strLogToken3;

@@ -10,21 +10,21 @@
 namespace Toolkit
 {
 
-// The one place that knows how a log line is laid out: severity, " ", tick count, " : ", source line, " : ",
-// function, " : ", message, line feed; TOOLKIT_LOG makes such lines, too. An object collects one line and
-// writes it when it goes, with U+FFFD for NULs and for what is no Unicode character; it belongs to one
-// thread and reports no failure. It leaves the severity selected in the sink alone.
+/// The one place that knows how a log line is laid out: severity, " ", tick count, " : ", source line, " : ",
+/// function, " : ", message, line feed; TOOLKIT_LOG makes such lines, too. An object collects one line and
+/// writes it when it goes, with U+FFFD for NULs and for what is no Unicode character; it belongs to one
+/// thread and reports no failure. It leaves the severity selected in the sink alone.
 class TOOLKIT_API LogLine
 {
 public:
-    // True when the installed sink passes lines of this severity.
+    /// True when the installed sink passes lines of this severity.
     static bool IsWanted(LogSeverity severity)
     {
         return ILogger::s_pInstance != nullptr && severity <= (*ILogger::s_pInstance)->GetThreshold();
     }
 
-    // Quirk: these and the object itself stay for programs that were built when TOOLKIT_LOG was made of them;
-    // LogStatement took their place.
+    /// Quirk: these and the object itself stay for programs that were built when TOOLKIT_LOG was made of
+    /// them; LogStatement took their place.
     static bool Begins(LogSeverity severity)
     {
         if (!IsWanted(severity))
@@ -34,18 +34,18 @@ public:
     }
     static LogSeverity BegunSeverity();
 
-    // Gives both branches of the macro one type, which is none.
+    /// Gives both branches of the macro one type, which is none.
     struct End
     {
         void operator&(const LogLine&) const {}
     };
 
-    // The library's own lines: hands the line to the sinks of the Log, and streams it piece by piece into the
-    // installed logger. `function` is narrow text.
+    /// The library's own lines: hands the line to the sinks of the Log, and streams it piece by piece into
+    /// the installed logger. `function` is narrow text.
     static void Stream(LogSeverity severity, unsigned int line, const TString<char>& function,
                        const TString<wchar_t>& message);
 
-    // Writes a whole line into `sink`. `message` is well-formed UTF-8.
+    /// Writes a whole line into `sink`. `message` is well-formed UTF-8.
     static void Write(ILogger& sink, LogSeverity severity, unsigned int line, const char* function,
                       std::string_view message);
 

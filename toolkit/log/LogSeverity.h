@@ -7,13 +7,13 @@
 namespace Toolkit
 {
 
-// Holds the unscoped enumerations, so that `using namespace Toolkit;` brings none of their enumerators into
-// scope.
+/// Holds the unscoped enumerations, so that `using namespace Toolkit;` brings none of their enumerators into
+/// scope.
 namespace Enumerations
 {
 
-// How serious a log line is; lower is more serious. A sink passes what is at most its threshold. Its values
-// are written qualified (`LogSeverity::Info`) and convert to numbers.
+/// How serious a log line is; lower is more serious. A sink passes what is at most its threshold. Its values
+/// are written qualified (`LogSeverity::Info`) and convert to numbers.
 enum LogSeverity : std::uint32_t
 {
     Error = 0,

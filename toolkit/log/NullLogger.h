@@ -7,8 +7,8 @@
 namespace Toolkit
 {
 
-// The sink that discards everything: installed until the host sets its own, and again during the teardown.
-// Its threshold is Error. Any thread may use it.
+/// The sink that discards everything: installed until the host sets its own, and again during the teardown.
+/// Its threshold is Error. Any thread may use it.
 class TOOLKIT_API NullLogger : public ILogger
 {
 public:

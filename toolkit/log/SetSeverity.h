@@ -8,7 +8,7 @@
 namespace Toolkit
 {
 
-// Streamed into a logger, selects the severity of the pieces that follow.
+/// Streamed into a logger, selects the severity of the pieces that follow.
 struct TOOLKIT_API SetSeverity
 {
     explicit SetSeverity(LogSeverity value) : severity(value) {}

@@ -13,25 +13,25 @@
 namespace Toolkit
 {
 
-// A log target of wxWidgets that turns each of its messages into one line of the installed logger. The
-// host creates it once the logger exists, owns it, and destroys it before the logger goes; without a logger
-// messages are lost. wxWidgets delivers at once what its main thread logs and what a thread logs that
-// called wxLog::SetThreadActiveTarget with the forwarder; it keeps back what any other thread logs until its
-// main thread calls wxLog::FlushActive or destroys the forwarder. Nothing fails.
+/// A log target of wxWidgets that turns each of its messages into one line of the installed logger. The
+/// host creates it once the logger exists, owns it, and destroys it before the logger goes; without a logger
+/// messages are lost. wxWidgets delivers at once what its main thread logs and what a thread logs that
+/// called wxLog::SetThreadActiveTarget with the forwarder; it keeps back what any other thread logs until its
+/// main thread calls wxLog::FlushActive or destroys the forwarder. Nothing fails.
 class TOOLKIT_API WxLogForwarder : public wxLog
 {
 public:
-    // Becomes wxWidgets' active target. Quirk: the one before is neither kept nor deleted.
+    /// Becomes wxWidgets' active target. Quirk: the one before is neither kept nor deleted.
     WxLogForwarder();
-    // Forwards what was kept back, and leaves wxWidgets without a target.
+    /// Forwards what was kept back, and leaves wxWidgets without a target.
     ~WxLogForwarder() override;
 
-    // Forwards one message; a null one is empty. `timestamp` is in seconds since 1970.
-    // Quirk: the line is not laid out as other log lines are: the tick count is missing, "wx" stands for the
-    // source line and the time stamp for the function.
+    /// Forwards one message; a null one is empty. `timestamp` is in seconds since 1970.
+    /// Quirk: the line is not laid out as other log lines are: the tick count is missing, "wx" stands for the
+    /// source line and the time stamp for the function.
     virtual void DoLog(wxLogLevel level, const wchar_t* message, std::time_t timestamp);
 
-    // Does nothing: every message arrives through DoLog.
+    /// Does nothing: every message arrives through DoLog.
     virtual void DoLogString(const wchar_t* message, std::time_t timestamp);
 
 protected:

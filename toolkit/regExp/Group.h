@@ -8,20 +8,20 @@
 namespace Toolkit
 {
 
-// One captured piece of a text: its bytes, the name that the pattern gives it, and its number. Groups are
-// made by RegExp::Match and shared through smart_ptr; afterwards nothing changes them, so any thread may read
-// one.
+/// One captured piece of a text: its bytes, the name that the pattern gives it, and its number. Groups are
+/// made by RegExp::Match and shared through smart_ptr; afterwards nothing changes them, so any thread may
+/// read one.
 class TOOLKIT_API Group
 {
 public:
     Group(const TString<char>& value, const TString<char>& name, unsigned short index);
     virtual ~Group();
 
-    // Empty for a group that took no part in the match.
+    /// Empty for a group that took no part in the match.
     const TString<char>& GetValue() const { return m_strValue; }
-    // Empty for a group without a name.
+    /// Empty for a group without a name.
     const TString<char>& GetName() const { return m_strName; }
-    // 0 is the whole match.
+    /// 0 is the whole match.
     unsigned short GetIndex() const { return m_uIndex; }
 
 private:

@@ -14,8 +14,8 @@
 namespace Toolkit
 {
 
-// The groups of one match in the order of their numbers, and the numbers of the named ones. It is filled by
-// RegExp::Match; afterwards nothing changes it, so any thread may read it.
+/// The groups of one match in the order of their numbers, and the numbers of the named ones. It is filled by
+/// RegExp::Match; afterwards nothing changes it, so any thread may read it.
 class TOOLKIT_API GroupCollection
 {
 public:
@@ -24,21 +24,22 @@ public:
 
     std::size_t GetCount() const { return m_groups.size(); }
 
-    // The group numbered `index`, which must be below GetCount().
+    /// The group numbered `index`, which must be below GetCount().
     const smart_ptr<Group, smart_ptr_policy>& operator[](std::size_t index) const { return m_groups[index]; }
 
-    // From name to number. A name that the pattern gives to several groups stands for the first of them.
-    // Quirk: groups numbered 128 to 255 are listed with that number less 256, although they are not reported.
+    /// From name to number. A name that the pattern gives to several groups stands for the first of them.
+    /// Quirk: groups numbered 128 to 255 are listed with that number less 256, although they are not
+    /// reported.
     const std::map<TString<char>, int>& GetNames() const { return m_names; }
 
-    // The group of that name; null if there is none or if it was not reported.
+    /// The group of that name; null if there is none or if it was not reported.
     smart_ptr<Group, smart_ptr_policy> Find(const TString<char>& name) const;
 
 protected:
     void Clear();
     void Reserve(std::size_t count);
     void AddGroup(const TString<char>& value);
-    // Lists the name and gives it to the group of that number, where there is one.
+    /// Lists the name and gives it to the group of that number, where there is one.
     void AddName(const TString<char>& name, int number);
 
 private:

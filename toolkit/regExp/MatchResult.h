@@ -11,9 +11,9 @@ namespace Toolkit
 
 struct RegExpCode;
 
-// The record of one compilation and execution: what was searched, what PCRE returned, and the groups. It
-// lives on the heap behind a smart_ptr and owns the compiled pattern. RegExp::Match makes and fills one; a
-// host may also make its own for RegExp_compile and RegExp_exec. One thread at a time may change it.
+/// The record of one compilation and execution: what was searched, what PCRE returned, and the groups. It
+/// lives on the heap behind a smart_ptr and owns the compiled pattern. RegExp::Match makes and fills one; a
+/// host may also make its own for RegExp_compile and RegExp_exec. One thread at a time may change it.
 class TOOLKIT_API MatchResult : public GroupCollection
 {
 public:
@@ -23,23 +23,23 @@ public:
     MatchResult(const MatchResult&) = delete;
     MatchResult& operator=(const MatchResult&) = delete;
 
-    // What the last execution returned, by PCRE's numbers: the number of pairs in GetOffsets(), -1 for no
-    // match. 0 is a match in which a group took part that is numbered 20 or higher.
+    /// What the last execution returned, by PCRE's numbers: the number of pairs in GetOffsets(), -1 for no
+    /// match. 0 is a match in which a group took part that is numbered 20 or higher.
     int GetResult() const { return m_iResult; }
-    // PCRE's static message when the last compilation failed, null otherwise.
+    /// PCRE's static message when the last compilation failed, null otherwise.
     const char* GetErrorText() const { return m_pErrorText; }
-    // The byte of the pattern where the compilation failed.
+    /// The byte of the pattern where the compilation failed.
     int GetErrorOffset() const { return m_iErrorOffset; }
 
     const TString<char>& GetSubject() const { return m_strSubject; }
     const TString<char>& GetPattern() const { return m_strPattern; }
-    // PCRE's execution options (PCRE_NOTBOL is 128, for instance).
+    /// PCRE's execution options (PCRE_NOTBOL is 128, for instance).
     int GetExecOptions() const { return m_iExecOptions; }
 
-    // The elements of GetOffsets(), always 60.
+    /// The elements of GetOffsets(), always 60.
     int GetVectorSize() const { return m_iVectorSize; }
-    // Start and end of the whole match and of each group in bytes of the subject, -1 and -1 for a group that
-    // took no part; the last third is PCRE's own.
+    /// Start and end of the whole match and of each group in bytes of the subject, -1 and -1 for a group that
+    /// took no part; the last third is PCRE's own.
     const int* GetOffsets() const { return m_offsets; }
 
     void SetSubject(const TString<char>& subject) { m_strSubject = subject; }

@@ -62,7 +62,7 @@ public:
         return static_cast<Options>(static_cast<std::uint32_t>(left) | static_cast<std::uint32_t>(right));
     }
 
-    // A pattern is never empty: to move one is to copy it.
+    /// A pattern is never empty: to move one is to copy it.
     Pattern(const Pattern& other) = default;
     Pattern& operator=(const Pattern& other) = default;
     ~Pattern() = default;

@@ -5,11 +5,11 @@
 namespace Toolkit
 {
 
-// What a host may say about a pattern when it makes a RegExp.
+/// What a host may say about a pattern when it makes a RegExp.
 struct RegExpOptions
 {
-    // Quirk: every value is kept with the pattern and none changes a result; options are written into the
-    // pattern itself, "(?i)" for instance.
+    /// Quirk: every value is kept with the pattern and none changes a result; options are written into the
+    /// pattern itself, "(?i)" for instance.
     enum Modifiers : unsigned int
     {
         Default = 0

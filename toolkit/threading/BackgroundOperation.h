@@ -12,44 +12,44 @@
 namespace Toolkit
 {
 
-// A long-running operation that announces its start and its end to its listeners and lets other threads wait
-// for the end. A subclass supplies the work; whoever runs it, on a thread of its own or not, announces before
-// and after. Any thread may announce, wait and ask. The owner destroys it when no thread is inside it any
-// more but in Wait.
+/// A long-running operation that announces its start and its end to its listeners and lets other threads wait
+/// for the end. A subclass supplies the work; whoever runs it, on a thread of its own or not, announces
+/// before and after. Any thread may announce, wait and ask. The owner destroys it when no thread is inside it
+/// any more but in Wait.
 class TOOLKIT_API BackgroundOperation : public EventNotifier<BackgroundOperationHandler>
 {
 public:
-    // `value` is the subclass's own and never changes.
+    /// `value` is the subclass's own and never changes.
     explicit BackgroundOperation(unsigned int value);
-    // Ends every wait and releases the listeners.
+    /// Ends every wait and releases the listeners.
     ~BackgroundOperation() override;
 
-    // The operation's work. The class itself never calls it.
+    /// The operation's work. The class itself never calls it.
     virtual void DoOperation() = 0;
 
-    // Makes `Wait` block from now on; then calls OnOperationStarted of the operation itself and of each
-    // listener.
+    /// Makes `Wait` block from now on; then calls OnOperationStarted of the operation itself and of each
+    /// listener.
     void SendOperationStarted();
-    // Ends every wait; then calls OnOperationEnded of the operation itself and of each listener.
+    /// Ends every wait; then calls OnOperationEnded of the operation itself and of each listener.
     void SendOperationEnded();
 
-    // Blocks until the end is announced, and on an operation that was never started too; then true. Quirk: it
-    // sees the end up to 200 ms late, and none that a start follows within that time.
+    /// Blocks until the end is announced, and on an operation that was never started too; then true. Quirk:
+    /// it sees the end up to 200 ms late, and none that a start follows within that time.
     bool Wait() const;
 
     unsigned int GetValue() const { return m_uValue; }
 
-    // Sets the date of the last activity to the current tick count.
+    /// Sets the date of the last activity to the current tick count.
     void UpdateLastOperationDate();
-    // In milliseconds of GetTickCount; 0 before the first update.
+    /// In milliseconds of GetTickCount; 0 before the first update.
     unsigned int GetLastOperationDate() const;
 
 protected:
-    // What an operation does itself at its start and its end, before its listeners are told: nothing.
+    /// What an operation does itself at its start and its end, before its listeners are told: nothing.
     virtual void OnOperationStarted();
     virtual void OnOperationEnded();
 
-    // An event with manual reset for the subclass's own use, not signalled at first.
+    /// An event with manual reset for the subclass's own use, not signalled at first.
     const smart_ptr<EventObject>& GetOwnEvent() const { return m_pOwnEvent; }
 
 private:

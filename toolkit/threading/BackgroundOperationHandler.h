@@ -7,9 +7,9 @@
 namespace Toolkit
 {
 
-// A listener of a BackgroundOperation, which shares it and calls it on the thread that announces, with the
-// list of listeners held: it returns quickly. A handler of several operations keeps its own reference to the
-// one it watches.
+/// A listener of a BackgroundOperation, which shares it and calls it on the thread that announces, with the
+/// list of listeners held: it returns quickly. A handler of several operations keeps its own reference to the
+/// one it watches.
 class TOOLKIT_API BackgroundOperationHandler
 {
 public:

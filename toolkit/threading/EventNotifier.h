@@ -13,19 +13,19 @@
 namespace Toolkit
 {
 
-// A list of listeners of interface T, in the order in which they were added; a class that announces events
-// derives from it and shares the ownership of its listeners. Any thread may add and remove. Listeners are
-// told on the announcing thread with the list's mutex held: one that waits for another thread which needs the
-// same list blocks for ever. A listener may add and remove listeners and announce anew from inside its call,
-// but it may not destroy the notifier. Its exception ends the announcement, releases the mutex and reaches
-// the caller.
+/// A list of listeners of interface T, in the order in which they were added; a class that announces events
+/// derives from it and shares the ownership of its listeners. Any thread may add and remove. Listeners are
+/// told on the announcing thread with the list's mutex held: one that waits for another thread which needs
+/// the same list blocks for ever. A listener may add and remove listeners and announce anew from inside its
+/// call, but it may not destroy the notifier. Its exception ends the announcement, releases the mutex and
+/// reaches the caller.
 template <class T>
 class EventNotifier
 {
 public:
     EventNotifier() = default;
 
-    // Releases every listener.
+    /// Releases every listener.
     virtual ~EventNotifier()
     {
         // Emptied before anybody is released: a listener that goes may still remove itself here.
@@ -37,7 +37,7 @@ public:
     EventNotifier(const EventNotifier&) = delete;
     EventNotifier& operator=(const EventNotifier&) = delete;
 
-    // Adds the listener at the end; null is ignored. One that is added twice is told twice.
+    /// Adds the listener at the end; null is ignored. One that is added twice is told twice.
     void AddListener(const smart_ptr<T>& listener)
     {
         if (listener.IsNull())
@@ -46,8 +46,8 @@ public:
         m_listeners.push_back(listener);
     }
 
-    // Removes the listener, as often as it was added; one that is not in the list changes nothing. If the
-    // list was its last owner, it is destroyed here, but not while it is being called.
+    /// Removes the listener, as often as it was added; one that is not in the list changes nothing. If the
+    /// list was its last owner, it is destroyed here, but not while it is being called.
     void RemoveListener(const smart_ptr<T>& listener)
     {
         // Released after the mutex: the destructor of a listener is foreign code. The pointer is read once,
@@ -73,9 +73,9 @@ public:
     }
 
 protected:
-    // Calls `call(T&)` for each listener, front to back, with the mutex held. Told are those that were in the
-    // list at the start and have not been removed before their turn; those that are added meanwhile are told
-    // from the next announcement on, a nested one included.
+    /// Calls `call(T&)` for each listener, front to back, with the mutex held. Told are those that were in
+    /// the list at the start and have not been removed before their turn; those that are added meanwhile are
+    /// told from the next announcement on, a nested one included.
     template <class Call>
     void Notify(const Call& call)
     {

@@ -8,13 +8,13 @@
 namespace Toolkit
 {
 
-// A flag that one thread sets and others wait for, with manual or automatic reset. Any thread may call
-// anything. Quirk: waiting polls in slices of `s_uMinSlice`, so a waiter sees a signal up to 200 ms late.
-// With automatic reset one waiter consumes each signal; a signal that nobody waits for stays set.
+/// A flag that one thread sets and others wait for, with manual or automatic reset. Any thread may call
+/// anything. Quirk: waiting polls in slices of `s_uMinSlice`, so a waiter sees a signal up to 200 ms late.
+/// With automatic reset one waiter consumes each signal; a signal that nobody waits for stays set.
 class TOOLKIT_API EventObject
 {
 public:
-    // The polling slice of `Wait`, in milliseconds.
+    /// The polling slice of `Wait`, in milliseconds.
     static const unsigned int s_uMinSlice = 200;
 
     EventObject(bool autoReset, bool signalled);
@@ -22,8 +22,8 @@ public:
     EventObject(const EventObject&) = delete;
     EventObject& operator=(const EventObject&) = delete;
 
-    // True when the event was seen signalled, which automatic reset then clears; false on time-out. `timeout`
-    // is in milliseconds; 4294967295 waits without limit.
+    /// True when the event was seen signalled, which automatic reset then clears; false on time-out.
+    /// `timeout` is in milliseconds; 4294967295 waits without limit.
     bool Wait(unsigned int timeout);
 
     void Signal();

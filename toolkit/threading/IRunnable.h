@@ -4,15 +4,15 @@
 
 #include "toolkit/core/Export.h"
 
-// Work that a thread of its own runs, whatever it derives from.
+/// Work that a thread of its own runs, whatever it derives from.
 namespace Toolkit::Threading
 {
 
-// A task that a Threadable runs on its thread. It is shared between the thread and whoever made it.
+/// A task that a Threadable runs on its thread. It is shared between the thread and whoever made it.
 class TOOLKIT_API IRunnable
 {
 public:
-    // The task; called once, on the worker thread.
+    /// The task; called once, on the worker thread.
     virtual void Run() = 0;
     virtual ~IRunnable() = default;
 };

@@ -7,18 +7,18 @@
 namespace Toolkit
 {
 
-// The public name of the recursive mutex; see MutexInternal. With the standard's names for its operations it
-// works with std::lock_guard, std::unique_lock, std::scoped_lock and std::lock.
+/// The public name of the recursive mutex; see MutexInternal. With the standard's names for its operations it
+/// works with std::lock_guard, std::unique_lock, std::scoped_lock and std::lock.
 class TOOLKIT_API Mutex : public MutexInternal
 {
 public:
     explicit Mutex(bool lockNow = false);
     ~Mutex() override;
 
-    // Waits without limit. Throws std::system_error when the system refuses the lock, as it does when one
-    // thread has locked the mutex more often than can be counted.
+    /// Waits without limit. Throws std::system_error when the system refuses the lock, as it does when one
+    /// thread has locked the mutex more often than can be counted.
     void lock();
-    // One try, which never waits; true when the caller holds the mutex now.
+    /// One try, which never waits; true when the caller holds the mutex now.
     bool try_lock() { return TryLock(); }
     void unlock() { Unlock(); }
 };

@@ -8,8 +8,8 @@
 namespace Toolkit
 {
 
-// Holds a mutex for a scope: locks it without a limit, remembers the result and unlocks only if the lock was
-// taken, also when an exception passes.
+/// Holds a mutex for a scope: locks it without a limit, remembers the result and unlocks only if the lock was
+/// taken, also when an exception passes.
 class TOOLKIT_API MutexLock
 {
 public:

@@ -111,7 +111,7 @@ protected:
     TaskBase& operator=(TaskBase&& other) noexcept;
     ~TaskBase();
 
-    // Waits for the end and rethrows what the work threw; what the work stored else.
+    /// Waits for the end and rethrows what the work threw; what the work stored else.
     std::shared_ptr<void> Take();
 
 private:

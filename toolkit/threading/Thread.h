@@ -15,8 +15,8 @@
 namespace Toolkit
 {
 
-// Keeps wxWidgets running for as long as a thread object exists; destroyed after everything that needs
-// it.
+/// Keeps wxWidgets running for as long as a thread object exists; destroyed after everything that needs
+/// it.
 class TOOLKIT_API ThreadBaseLibraryHold
 {
 protected:
@@ -26,83 +26,83 @@ protected:
     ThreadBaseLibraryHold(const ThreadBaseLibraryHold&) = delete;
     ThreadBaseLibraryHold& operator=(const ThreadBaseLibraryHold&) = delete;
 
-    // Called while the thread object goes: starts wxWidgets once more if it was stopped too early.
+    /// Called while the thread object goes: starts wxWidgets once more if it was stopped too early.
     void HoldForDestruction();
 
 private:
     bool m_bHeld;
 };
 
-// A joinable worker thread; a subclass puts its work into DoWork. Its owner constructs it, runs it and
-// destroys it, never the thread itself, and calls every operation but DoWork. The destructor asks the thread
-// to stop (TestDestroy returns true from then on) and waits for it, so DoWork must return by itself or watch
-// TestDestroy; the work of a thread that was run is done even then. Each leaf class does the same in its own
-// destructor, with StopAndWait, while its DoWork and members still exist. In a host that ended an application
-// object of its own, it must be gone or finished by then. Failures are returned, not logged.
+/// A joinable worker thread; a subclass puts its work into DoWork. Its owner constructs it, runs it and
+/// destroys it, never the thread itself, and calls every operation but DoWork. The destructor asks the thread
+/// to stop (TestDestroy returns true from then on) and waits for it, so DoWork must return by itself or watch
+/// TestDestroy; the work of a thread that was run is done even then. Each leaf class does the same in its own
+/// destructor, with StopAndWait, while its DoWork and members still exist. In a host that ended an
+/// application object of its own, it must be gone or finished by then. Failures are returned, not logged.
 class TOOLKIT_API Thread : private ThreadBaseLibraryHold, public wxThread
 {
 public:
-    // The identifier that stands for no thread.
+    /// The identifier that stands for no thread.
     static const unsigned long UndefinedThread = 4294967295UL;
 
-    // Creates the operating system's thread, which does nothing until Run.
+    /// Creates the operating system's thread, which does nothing until Run.
     Thread();
     ~Thread() override;
 
-    // True when the thread was started; a thread is started once.
+    /// True when the thread was started; a thread is started once.
     bool Run();
-    // True when a running thread was asked to pause. Quirk: it pauses only in its next call of TestDestroy.
+    /// True when a running thread was asked to pause. Quirk: it pauses only in its next call of TestDestroy.
     bool Pause();
-    // True when a paused thread goes on.
+    /// True when a paused thread goes on.
     bool Resume();
-    // Ends the thread at its next cancellation point, without running the rest of DoWork, or as Delete does;
-    // blocks until the thread has entered. Work that is killed may leave a lock taken, and what it owns
-    // behind; killed within a destructor, a function that throws nothing or a handler for every exception, it
-    // ends the process.
+    /// Ends the thread at its next cancellation point, without running the rest of DoWork, or as Delete does;
+    /// blocks until the thread has entered. Work that is killed may leave a lock taken, and what it owns
+    /// behind; killed within a destructor, a function that throws nothing or a handler for every exception,
+    /// it ends the process.
     wxThreadError Kill();
-    // Asks a started thread to stop and blocks until it has ended; wxTHREAD_NOT_RUNNING when it was never
-    // started, and wxTHREAD_MISC_ERROR on the thread itself.
+    /// Asks a started thread to stop and blocks until it has ended; wxTHREAD_NOT_RUNNING when it was never
+    /// started, and wxTHREAD_MISC_ERROR on the thread itself.
     wxThreadError Delete(ExitCode* code = nullptr, wxThreadWait mode = wxTHREAD_WAIT_DEFAULT);
-    // From 0 to 100; a thread that has ended, and the rest of the numbers, is left alone.
+    /// From 0 to 100; a thread that has ended, and the rest of the numbers, is left alone.
     void SetPriority(unsigned int priority);
 
-    // Blocks until a started thread has ended and returns its exit code; null for a thread that was never
-    // started and on the thread itself.
+    /// Blocks until a started thread has ended and returns its exit code; null for a thread that was never
+    /// started and on the thread itself.
     ExitCode Wait();
 
-    // Started and not finished yet, paused or not.
+    /// Started and not finished yet, paused or not.
     bool IsRunning() const;
     bool IsPaused() const;
 
-    // For DoWork: blocks while the thread is paused; true once the thread is to stop. Elsewhere it only tells
-    // whether the thread was asked to stop.
+    /// For DoWork: blocks while the thread is paused; true once the thread is to stop. Elsewhere it only
+    /// tells whether the thread was asked to stop.
     bool TestDestroy() override;
 
-    // UndefinedThread when the operating system's thread could not be created.
+    /// UndefinedThread when the operating system's thread could not be created.
     unsigned long GetId() const;
     static unsigned long GetCurrentId();
-    // True on the process's first thread, whether or not wxWidgets runs.
+    /// True on the process's first thread, whether or not wxWidgets runs.
     static bool IsMainThread();
 
-    // Suspends the calling thread for at least that long; a signal does not cut it short.
+    /// Suspends the calling thread for at least that long; a signal does not cut it short.
     static void Sleep(unsigned int milliseconds);
 
 protected:
-    // Asks the thread to stop and blocks until it has ended, whatever its state; afterwards it cannot be
-    // started.
+    /// Asks the thread to stop and blocks until it has ended, whatever its state; afterwards it cannot be
+    /// started.
     void StopAndWait();
 
-    // Calls DoWork. An override must call it in turn.
+    /// Calls DoWork. An override must call it in turn.
     ExitCode Entry() override;
-    // Called on the thread that deletes or stops, whichever Delete was asked, before it waits. An override
-    // must call it in turn.
+    /// Called on the thread that deletes or stops, whichever Delete was asked, before it waits. An override
+    /// must call it in turn.
     void OnDelete() override;
-    // Called on the thread that kills, whichever Kill was asked.
+    /// Called on the thread that kills, whichever Kill was asked.
     void OnKill() override;
 
-    // The work of the thread, called once on it; the result becomes the exit code. Quirk: an exception that
-    // leaves it ends the thread without an exit code, and wxWidgets tells of it on the standard error
-    // output.
+    /// The work of the thread, called once on it; the result becomes the exit code. Quirk: an exception that
+    /// leaves it ends the thread without an exit code, and wxWidgets tells of it on the standard error
+    /// output.
     virtual ExitCode DoWork() = 0;
 
 private:

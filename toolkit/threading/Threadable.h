@@ -9,22 +9,22 @@
 namespace Toolkit::Threading
 {
 
-// A thread that runs one task. It shares the task, which is released when the object is destroyed; the
-// destructor waits for a task that was run and has not ended yet.
+/// A thread that runs one task. It shares the task, which is released when the object is destroyed; the
+/// destructor waits for a task that was run and has not ended yet.
 class TOOLKIT_API Threadable : public Thread
 {
 public:
     explicit Threadable(smart_ptr<IRunnable, smart_ptr_policy> task);
     ~Threadable() override;
 
-    // True when the thread was started; a thread is started once.
+    /// True when the thread was started; a thread is started once.
     bool Run();
-    // Blocks while the task runs, even after Kill; returns at once otherwise.
+    /// Blocks while the task runs, even after Kill; returns at once otherwise.
     ExitCode Wait();
 
 protected:
     ExitCode Entry() override;
-    // What Entry does; a null task does nothing.
+    /// What Entry does; a null task does nothing.
     ExitCode DoWork() override;
 
 private:

@@ -83,7 +83,7 @@ private:
     throw std::runtime_error("module");
 }
 
-bool IsBaseLibraryStarted()
+bool IsWxStarted()
 {
     return wxAppConsole::GetInstance() != nullptr;
 }
@@ -624,46 +624,46 @@ TEST_F(LibModuleManagerTest, ThreadsMayRegisterAndUnregisterAtOnce)
 TEST_F(LibModuleManagerTest, InitializeStartsWxWidgetsBeforeTheModules)
 {
     bool started = false;
-    m_a.m_onInitialize = [&started] { started = IsBaseLibraryStarted(); };
+    m_a.m_onInitialize = [&started] { started = IsWxStarted(); };
     m_manager.Register(&m_a);
     m_manager.Initialize(true);
     EXPECT_TRUE(started);
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, ReleaseStopsWxWidgetsAfterTheModules)
 {
     bool started = false;
-    m_a.m_onRelease = [&started] { started = IsBaseLibraryStarted(); };
+    m_a.m_onRelease = [&started] { started = IsWxStarted(); };
     m_manager.Register(&m_a);
     m_manager.Initialize(true);
     m_manager.Release(true);
     EXPECT_TRUE(started);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, FalseLeavesWxWidgetsAlone)
 {
     m_manager.Initialize(false);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
     m_manager.Release(false);
     m_manager.Initialize(true);
     m_manager.Release(false);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, ReleaseWithoutAStartStopsNothing)
 {
     m_manager.Release(true);
     m_manager.Release(true);
-    ASSERT_FALSE(IsBaseLibraryStarted());
+    ASSERT_FALSE(IsWxStarted());
     m_manager.Initialize(true);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, EachStartTakesAStop)
@@ -671,19 +671,19 @@ TEST_F(LibModuleManagerTest, EachStartTakesAStop)
     m_manager.Initialize(true);
     m_manager.Initialize(true);
     m_manager.Release(true);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, StartOutlivesTheManagerThatMadeIt)
 {
     std::make_unique<LibModuleManager>()->Initialize(true);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, StartIsOwedEvenWhenAModuleThrows)
@@ -691,22 +691,22 @@ TEST_F(LibModuleManagerTest, StartIsOwedEvenWhenAModuleThrows)
     m_a.m_onInitialize = &Throw;
     m_manager.Register(&m_a);
     EXPECT_THROW(m_manager.Initialize(true), std::runtime_error);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
-TEST_F(LibModuleManagerTest, BaseLibraryStartedByTheHostStaysStarted)
+TEST_F(LibModuleManagerTest, WxWidgetsStartedByTheHostStaysStarted)
 {
     ASSERT_TRUE(wxInitialize());
     m_manager.Release(true);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Initialize(true);
     m_manager.Release(true);
     m_manager.Release(true);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     wxUninitialize();
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, ApplicationObjectOfTheHostStays)
@@ -730,14 +730,14 @@ TEST_F(LibModuleManagerTest, ApplicationObjectOfTheHostStays)
     wxEntryCleanup();
 }
 
-TEST_F(LibModuleManagerTest, BaseLibraryMayBeStoppedOnAnotherThread)
+TEST_F(LibModuleManagerTest, WxWidgetsMayBeStoppedOnAnotherThread)
 {
     m_manager.Initialize(true);
     std::thread([this] { m_manager.Release(true); }).join();
     m_manager.Initialize(true);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
     m_manager.Release(true);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 TEST_F(LibModuleManagerTest, NothingIsPrinted)

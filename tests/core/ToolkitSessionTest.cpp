@@ -25,7 +25,7 @@ using ToolkitTest::RecordingModule;
 namespace
 {
 
-bool IsBaseLibraryStarted()
+bool IsWxStarted()
 {
     return wxAppConsole::GetInstance() != nullptr;
 }
@@ -34,7 +34,7 @@ void ExpectAllDown()
 {
     EXPECT_EQ(nullptr, LibModuleManager::s_pInstance);
     EXPECT_EQ(nullptr, ILogger::s_pInstance);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
 }
 
 void ExpectAllUp()
@@ -42,7 +42,7 @@ void ExpectAllUp()
     ASSERT_NE(nullptr, LibModuleManager::s_pInstance);
     EXPECT_TRUE(LibModuleManager::s_pInstance->IsInitialized());
     EXPECT_NE(nullptr, ILogger::s_pInstance);
-    EXPECT_TRUE(IsBaseLibraryStarted());
+    EXPECT_TRUE(IsWxStarted());
 }
 
 } // namespace
@@ -109,7 +109,7 @@ TEST(ToolkitSession, KeepsWhatTheHostLoadedItself)
     ASSERT_NE(nullptr, LibModuleManager::s_pInstance);
     EXPECT_FALSE(LibModuleManager::s_pInstance->IsInitialized());
     EXPECT_EQ(nullptr, ILogger::s_pInstance);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
     DllToolkitUnload();
 }
 
@@ -146,7 +146,7 @@ TEST(ToolkitSession, ThrowsWhatAModuleThrowsAndTakesAllBack)
     EXPECT_THROW(ToolkitSession session, std::runtime_error);
     EXPECT_EQ((Journal{"+plugin", "-plugin"}), journal);
     EXPECT_EQ(nullptr, ILogger::s_pInstance);
-    EXPECT_FALSE(IsBaseLibraryStarted());
+    EXPECT_FALSE(IsWxStarted());
     DllToolkitUnload();
 }
 

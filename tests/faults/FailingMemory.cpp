@@ -42,11 +42,11 @@ struct Range
 };
 
 Range s_standardLibrary = {"/libstdc++.so", 0, 0};
-Range s_baseLibraries[] = {{"/libwx_baseu-", 0, 0}, {"/libwx_baseu_net-", 0, 0}};
+Range s_wxWidgets[] = {{"/libwx_baseu-", 0, 0}, {"/libwx_baseu_net-", 0, 0}};
 
-bool IsBaseLibrary(const void* address)
+bool IsWxWidgets(const void* address)
 {
-    return std::any_of(std::begin(s_baseLibraries), std::end(s_baseLibraries),
+    return std::any_of(std::begin(s_wxWidgets), std::end(s_wxWidgets),
                        [address](const Range& range) { return range.Holds(address); });
 }
 
@@ -69,12 +69,12 @@ int FindRange(dl_phdr_info* info, std::size_t, void* data)
 bool IsForWxWidgets(const void* caller)
 {
     if (!s_standardLibrary.Holds(caller))
-        return IsBaseLibrary(caller);
+        return IsWxWidgets(caller);
     void* frames[24];
     void** const end = frames + backtrace(frames, 24);
     const auto isStandard = [](const void* frame) { return s_standardLibrary.Holds(frame); };
     void** const asked = std::find_if_not(std::find_if(frames, end, isStandard), end, isStandard);
-    return asked != end && IsBaseLibrary(*asked);
+    return asked != end && IsWxWidgets(*asked);
 }
 
 bool Fails(const void* caller)
@@ -118,7 +118,7 @@ void FailingMemory::Set(unsigned long failing, Mode mode)
     if (s_standardLibrary.end == 0)
     {
         dl_iterate_phdr(&FindRange, &s_standardLibrary);
-        for (Range& range : s_baseLibraries)
+        for (Range& range : s_wxWidgets)
             dl_iterate_phdr(&FindRange, &range);
         // The first call loads what it needs.
         void* frame = nullptr;

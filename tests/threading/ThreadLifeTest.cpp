@@ -287,7 +287,7 @@ TEST(ThreadLife, WaitedForWithoutAWaitingDestructor)
         }));
 }
 
-TEST(ThreadLife, NeverRunAndBaseLibraryStoppedFirst)
+TEST(ThreadLife, NeverRunAndWxWidgetsStoppedFirst)
 {
     EXPECT_TRUE(Repeat(
         []
@@ -298,7 +298,7 @@ TEST(ThreadLife, NeverRunAndBaseLibraryStoppedFirst)
         }));
 }
 
-TEST(ThreadLife, FinishedAndBaseLibraryStoppedFirst)
+TEST(ThreadLife, FinishedAndWxWidgetsStoppedFirst)
 {
     EXPECT_TRUE(Repeat(
         []
@@ -311,7 +311,7 @@ TEST(ThreadLife, FinishedAndBaseLibraryStoppedFirst)
         }));
 }
 
-TEST(ThreadLife, RunningAndBaseLibraryStoppedFirst)
+TEST(ThreadLife, RunningAndWxWidgetsStoppedFirst)
 {
     EXPECT_TRUE(Repeat(
         []

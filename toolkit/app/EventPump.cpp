@@ -17,8 +17,8 @@
 
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/Transfer.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/LoopDescriptors.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/threading/Mutex.h"
 
 namespace Toolkit
@@ -39,7 +39,7 @@ class WakeUpSource : private wxEventLoopSourceHandler
 public:
     explicit WakeUpSource(int descriptor) : m_iDescriptor(descriptor)
     {
-        const BaseLibrary::Silence silence;
+        const WxLibrary::Silence silence;
         m_pSource.reset(wxEventLoopBase::AddSourceForFD(descriptor, this, wxEVENT_SOURCE_INPUT));
     }
 
@@ -67,7 +67,7 @@ public:
     {
         if (wxEventLoopBase::GetActive() != nullptr)
             return;
-        const BaseLibrary::Silence silence;
+        const WxLibrary::Silence silence;
         const LoopDescriptors descriptors(watched);
         m_pOwn.reset(wxAppConsole::GetInstance()->GetTraits()->CreateEventLoop());
         descriptors.KeepPollFromPrograms();
@@ -136,7 +136,7 @@ EventPump::~EventPump()
 
 bool EventPump::Run(unsigned int milliseconds)
 {
-    if (m_iWakeUp == -1 || !BaseLibrary::IsStarted() || !wxThread::IsMain())
+    if (m_iWakeUp == -1 || !WxLibrary::IsStarted() || !wxThread::IsMain())
         return false;
     const Depth depth(m_uRuns);
     std::optional<WakeUpSource> source;

@@ -15,7 +15,7 @@
 
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/system/Descriptor.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
@@ -29,7 +29,7 @@ const unsigned short s_uPort = 80;
 // wxWidgets' sockets keep a graphical host alive while they wait; they work on its main thread only.
 bool ConnectOnMainThread(int timeoutSeconds)
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     wxIPV4address address;
     if (!address.Hostname(ToWx(Network::c_strProbedHost)) || !address.Service(s_uPort))
         return false;
@@ -85,8 +85,8 @@ TOOLKIT_ONCE const TString<wchar_t> Network::c_strProbedHost = L"www.example.com
 bool Network::TestNetwork(int timeoutSeconds)
 {
     const int timeout = std::max(timeoutSeconds, 0);
-    return BaseLibrary::IsStarted() && wxThread::IsMain() ? ConnectOnMainThread(timeout)
-                                                          : ConnectOnAnyThread(timeout);
+    return WxLibrary::IsStarted() && wxThread::IsMain() ? ConnectOnMainThread(timeout)
+                                                        : ConnectOnAnyThread(timeout);
 }
 
 } // namespace Toolkit

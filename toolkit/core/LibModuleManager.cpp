@@ -7,7 +7,7 @@
 
 #include "toolkit/core/LibModule.h"
 #include "toolkit/internal/system/SharedLibrary.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/threading/MutexLock.h"
 
 namespace Toolkit
@@ -18,7 +18,7 @@ namespace
 
 // How often wxWidgets was started here and not stopped again. It outlives the manager as the started
 // wxWidgets does; the mutex of the one manager guards it.
-unsigned int s_uBaseLibraryStarts = 0;
+unsigned int s_uWxStarts = 0;
 
 // Where `Release` stands among the modules; null where it does not walk over them. The same mutex guards it.
 const LibModuleManager::LibModuleContainer* s_pWalked = nullptr;
@@ -28,18 +28,18 @@ bool IsOf(const LibModule& module, const SharedLibrary& library)
     return library.Contains(&module) || library.Contains(&typeid(module));
 }
 
-void StartBaseLibrary()
+void StartWx()
 {
-    if (BaseLibrary::Hold())
-        ++s_uBaseLibraryStarts;
+    if (WxLibrary::Hold())
+        ++s_uWxStarts;
 }
 
-void StopBaseLibrary()
+void StopWx()
 {
-    if (s_uBaseLibraryStarts == 0)
+    if (s_uWxStarts == 0)
         return;
-    --s_uBaseLibraryStarts;
-    BaseLibrary::Stop();
+    --s_uWxStarts;
+    WxLibrary::Stop();
 }
 
 } // namespace
@@ -119,11 +119,11 @@ void LibModuleManager::Unregister(LibModule* module)
         ReleaseAndRemove(found);
 }
 
-void LibModuleManager::Initialize(bool initializeBaseLibrary)
+void LibModuleManager::Initialize(bool startWxWidgets)
 {
     const MutexLock lock(m_mutex);
-    if (initializeBaseLibrary)
-        StartBaseLibrary();
+    if (startWxWidgets)
+        StartWx();
     {
         const ModuleCall call(*this);
         for (const LibModuleContainer& container : m_modules)
@@ -133,7 +133,7 @@ void LibModuleManager::Initialize(bool initializeBaseLibrary)
     m_bInitialized = true;
 }
 
-void LibModuleManager::Release(bool uninitializeBaseLibrary)
+void LibModuleManager::Release(bool stopWxWidgets)
 {
     const MutexLock lock(m_mutex);
     m_bReleasing = true;
@@ -149,8 +149,8 @@ void LibModuleManager::Release(bool uninitializeBaseLibrary)
         m_bReleasing = false;
         RemovePending();
     }
-    if (uninitializeBaseLibrary)
-        StopBaseLibrary();
+    if (stopWxWidgets)
+        StopWx();
     m_bInitialized = false;
 }
 

@@ -51,14 +51,14 @@ public:
 
     /// Starts wxWidgets if asked to, then initialises every module, those included that are registered
     /// meanwhile. Quirk: a second call initialises every module again.
-    void Initialize(bool initializeBaseLibrary);
+    void Initialize(bool startWxWidgets);
 
     /// Releases every module; they stay registered. Then stops wxWidgets if asked to, unless no
     /// `Initialize` started it; on another thread than the one that started it, that is put off until a later
     /// start or stop on that one.
     /// Quirk: modules that were never initialised are released too.
     /// Quirk: after a module's exception the manager stays releasing: removals wait for the next `Release`.
-    void Release(bool uninitializeBaseLibrary);
+    void Release(bool stopWxWidgets);
 
     /// True from the end of `Initialize` to the end of the next `Release`.
     bool IsInitialized() const;

@@ -8,8 +8,8 @@
 
 #include <wx/zipstrm.h>
 
-#include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/TextReader.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 #include "toolkit/internal/zip/ZipEntryStream.h"
 #include "toolkit/internal/zip/ZipFile.h"
@@ -121,7 +121,7 @@ ZipInputStream::Listed ZipInputStream::TakeNextEntry()
     m_bAsked = true;
     if (m_next.record != nullptr || GetStream() == nullptr)
         return std::move(m_next);
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     wxZipInputStream& directory = static_cast<wxZipInputStream&>(*GetStream());
     Listed listed;
     listed.record.reset(directory.GetNextEntry());

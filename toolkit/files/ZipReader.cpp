@@ -19,7 +19,7 @@
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/Utf8Codec.h"
 #include "toolkit/internal/text/Utf8Scan.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/zip/ZipContent.h"
 #include "toolkit/internal/zip/ZipExtraction.h"
 #include "toolkit/internal/zip/ZipFile.h"
@@ -182,7 +182,7 @@ Result<ZipReader> ZipReader::Open(const std::filesystem::path& path)
     content->file = std::make_shared<const ZipFile>(std::move(descriptor));
     if (!content->file->MayBeArchive())
         return malformed();
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     auto* const source = new ZipFileStream(content->file);
     wxZipInputStream directory(source, ZipNameConverter::Instance());
     while (auto record = std::unique_ptr<const wxZipEntry>(directory.GetNextEntry()))

@@ -19,7 +19,7 @@
 #include "toolkit/internal/system/SystemFailure.h"
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/Utf8Codec.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 #include "toolkit/internal/zip/ZipFileOutput.h"
 #include "toolkit/internal/zip/ZipName.h"
@@ -49,7 +49,7 @@ struct ZipWriter::Content
 
     ~Content()
     {
-        const BaseLibrary::Silence silence;
+        const WxLibrary::Silence silence;
         m_pZip.reset();
     }
 
@@ -134,7 +134,7 @@ Result<ZipWriter> ZipWriter::Create(const std::filesystem::path& path)
 
 Result<void> ZipWriter::Add(std::string_view name, std::string_view bytes)
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     if (Result<void> checked = m_pContent->CheckName(name); !checked)
         return checked;
     if (name.back() == '/' && !bytes.empty())
@@ -147,7 +147,7 @@ Result<void> ZipWriter::Add(std::string_view name, std::string_view bytes)
 
 Result<void> ZipWriter::AddFile(std::string_view name, const std::filesystem::path& file)
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     if (Result<void> checked = m_pContent->CheckName(name); !checked)
         return checked;
     if (name.back() == '/')
@@ -176,7 +176,7 @@ Result<void> ZipWriter::AddFile(std::string_view name, const std::filesystem::pa
 
 Result<void> ZipWriter::Finish()
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     Content& content = *m_pContent;
     if (content.m_failure)
         return *content.m_failure;

@@ -7,7 +7,7 @@
 
 #include <unistd.h>
 
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 
 namespace Toolkit
 {
@@ -23,25 +23,25 @@ const unsigned int s_uMostPriority = 100;
 
 } // namespace
 
-ThreadBaseLibraryHold::ThreadBaseLibraryHold() : m_bHeld(BaseLibrary::Hold()) {}
+ThreadBaseLibraryHold::ThreadBaseLibraryHold() : m_bHeld(WxLibrary::Hold()) {}
 
 ThreadBaseLibraryHold::~ThreadBaseLibraryHold()
 {
     if (m_bHeld)
-        BaseLibrary::Stop();
+        WxLibrary::Stop();
 }
 
 void ThreadBaseLibraryHold::HoldForDestruction()
 {
-    if (!m_bHeld && !BaseLibrary::IsStarted())
-        m_bHeld = BaseLibrary::Start();
+    if (!m_bHeld && !WxLibrary::IsStarted())
+        m_bHeld = WxLibrary::Start();
 }
 
 const unsigned long Thread::UndefinedThread;
 
 Thread::Thread() : wxThread(wxTHREAD_JOINABLE)
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     m_bCreated = Create(0) == wxTHREAD_NO_ERROR;
 }
 
@@ -54,7 +54,7 @@ bool Thread::Run()
 {
     if (IsCurrent() || !m_bCreated || IsStarted())
         return false;
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     m_bStarted = wxThread::Run() == wxTHREAD_NO_ERROR;
     return m_bStarted;
 }
@@ -64,7 +64,7 @@ bool Thread::Pause()
     const std::lock_guard<std::mutex> guard(m_stateGuard);
     if (IsCurrent() || m_bKilled || !wxThread::IsRunning())
         return false;
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     return wxThread::Pause() == wxTHREAD_NO_ERROR;
 }
 
@@ -73,7 +73,7 @@ bool Thread::Resume()
     const std::lock_guard<std::mutex> guard(m_stateGuard);
     if (IsCurrent() || !IsPaused())
         return false;
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     if (wxThread::Resume() != wxTHREAD_NO_ERROR)
         return false;
     m_stateChange.notify_all();
@@ -86,7 +86,7 @@ wxThreadError Thread::Kill()
         return wxTHREAD_MISC_ERROR;
     if (!IsRunning())
         return wxTHREAD_NOT_RUNNING;
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     const wxThreadError answer = wxThread::Kill();
     m_bKilled = answer == wxTHREAD_NO_ERROR;
     // For work that reaches no cancellation point.
@@ -102,7 +102,7 @@ wxThreadError Thread::Delete(ExitCode* code, wxThreadWait /*mode*/)
         return wxTHREAD_MISC_ERROR;
     if (!m_bCreated || !IsStarted())
         return wxTHREAD_NOT_RUNNING;
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     const bool isAlive = IsAlive();
     const ExitCode result = StopAndJoin();
     if (isAlive && code != nullptr)
@@ -113,7 +113,7 @@ wxThreadError Thread::Delete(ExitCode* code, wxThreadWait /*mode*/)
 void Thread::SetPriority(unsigned int priority)
 {
     const bool hasEnded = IsStarted() && !IsAlive();
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     if (m_bCreated && !hasEnded && priority <= s_uMostPriority)
         wxThread::SetPriority(priority);
 }
@@ -226,7 +226,7 @@ bool Thread::IsStarted() const
 wxThread::ExitCode Thread::StopAndJoin()
 {
     {
-        const BaseLibrary::Silence silence;
+        const WxLibrary::Silence silence;
         const std::lock_guard<std::mutex> guard(m_stateGuard);
         m_bStopping = true;
         if (IsPaused())

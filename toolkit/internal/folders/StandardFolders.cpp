@@ -13,7 +13,7 @@
 
 #include "toolkit/internal/system/BaseDirectories.h"
 #include "toolkit/internal/text/Utf8Codec.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
@@ -30,9 +30,9 @@ bool IsReadAlike(const char* bytes)
     return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(Utf8Codec::Decode(bytes));
 }
 
-bool CanAskBaseLibraryOfProgram()
+bool CanAskWxOfProgram()
 {
-    return BaseLibrary::IsStarted() && IsReadAlike(StandardFolders::ExecutableBytes().c_str()) &&
+    return WxLibrary::IsStarted() && IsReadAlike(StandardFolders::ExecutableBytes().c_str()) &&
            IsReadAlike(program_invocation_name);
 }
 
@@ -42,10 +42,10 @@ TString<wchar_t> Environment(const char* name)
 }
 
 // Where HOME is set and names nothing, wxWidgets takes the root folder for the user's home.
-bool CanAskBaseLibraryOfUser()
+bool CanAskWxOfUser()
 {
     const bool isHomeNamed = std::getenv("HOME") == nullptr || !Environment("HOME").empty();
-    return isHomeNamed && CanAskBaseLibraryOfProgram() && IsReadAlike(std::getenv("HOME")) &&
+    return isHomeNamed && CanAskWxOfProgram() && IsReadAlike(std::getenv("HOME")) &&
            IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
 }
 
@@ -140,12 +140,12 @@ TString<wchar_t> StandardFolders::Home()
 
 TString<wchar_t> StandardFolders::Data()
 {
-    return CanAskBaseLibraryOfProgram() ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData();
+    return CanAskWxOfProgram() ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData();
 }
 
 TString<wchar_t> StandardFolders::UserLocalData()
 {
-    if (CanAskBaseLibraryOfUser())
+    if (CanAskWxOfUser())
         return FromWx(wxStandardPaths::Get().GetUserLocalDataDir());
     const TString<wchar_t> home = Home();
     return home.empty() ? home : TString<wchar_t>(home + L"/." + FromWx(ExecutableName()));
@@ -153,12 +153,12 @@ TString<wchar_t> StandardFolders::UserLocalData()
 
 TString<wchar_t> StandardFolders::Resources()
 {
-    return CanAskBaseLibraryOfProgram() ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData();
+    return CanAskWxOfProgram() ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData();
 }
 
 TString<wchar_t> StandardFolders::Documents()
 {
-    if (CanAskBaseLibraryOfUser())
+    if (CanAskWxOfUser())
         return FromWx(wxStandardPaths::Get().GetDocumentsDir());
     const TString<wchar_t> home = Home();
     const TString<wchar_t> listed = ListedDocuments(home);

@@ -15,8 +15,8 @@
 #include "toolkit/internal/ipc/IPCAddress.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
 #include "toolkit/internal/text/Utf8Codec.h"
-#include "toolkit/internal/wx/BaseLibrary.h"
 #include "toolkit/internal/wx/LoopDescriptors.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
 
 namespace Toolkit
@@ -35,7 +35,7 @@ std::vector<IPCEndpoint*> s_endpoints;
 
 bool IsMainThread()
 {
-    return BaseLibrary::IsStarted() && wxThread::IsMain();
+    return WxLibrary::IsStarted() && wxThread::IsMain();
 }
 
 // A number that wxWidgets has no format for must not become one.
@@ -101,7 +101,7 @@ bool IPCEndpoint::Open(const IPCAddress& address)
     if (m_pSource != nullptr && m_application != nullptr && IsOurs() && m_connections.IsInPlace(address))
         return true;
     Close();
-    m_bHolds = BaseLibrary::Hold();
+    m_bHolds = WxLibrary::Hold();
     try
     {
         if (m_connections.Open(address) && Watch())
@@ -129,7 +129,7 @@ void IPCEndpoint::Close()
     m_uWaiting = 0;
     m_pEvents.reset();
     if (m_bHolds)
-        BaseLibrary::Stop();
+        WxLibrary::Stop();
     m_bHolds = false;
 }
 
@@ -157,7 +157,7 @@ bool IPCEndpoint::Watch()
     m_pEvents = std::make_unique<wxEvtHandler>();
     m_application = wxAppConsole::GetInstance();
     m_process = getpid();
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     m_pSource.reset(wxEventLoopBase::AddSourceForFD(m_connections.Get(), this, wxEVENT_SOURCE_INPUT));
     if (m_pSource == nullptr)
         return false;
@@ -176,7 +176,7 @@ void IPCEndpoint::Forget()
     s_endpoints.erase(std::remove(s_endpoints.begin(), s_endpoints.end(), this), s_endpoints.end());
     if (m_application == nullptr || !IsOurs())
         LeakOnPurpose(m_pSource.release());
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     m_pSource.reset();
 }
 

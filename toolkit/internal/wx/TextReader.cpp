@@ -3,7 +3,7 @@
 
 #include <wx/stream.h>
 
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 
 namespace Toolkit
 {
@@ -27,7 +27,7 @@ TextReader::TextReader(wxInputStream* stream) : m_pStream(stream) {}
 
 bool TextReader::ReadWord(TString<wchar_t>& word)
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     word.clear();
     wchar_t character = L' ';
     bool read = true;
@@ -45,7 +45,7 @@ bool TextReader::ReadWord(TString<wchar_t>& word)
 
 bool TextReader::ReadLine(TString<wchar_t>& line)
 {
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     line.clear();
     wchar_t character = L'\0';
     while (ReadCharacter(character))

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/zip/ZipFile.h"
 #include "toolkit/internal/zip/ZipFileStream.h"
 #include "toolkit/internal/zip/ZipNameConverter.h"
@@ -41,7 +41,7 @@ ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipE
     m_lasterror = wxSTREAM_READ_ERROR;
     if (!m_pFile->MayBeArchive())
         return;
-    const BaseLibrary::Silence silence;
+    const WxLibrary::Silence silence;
     auto source = std::make_unique<ZipFileStream>(m_pFile);
     const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
     source->Replace(record);
@@ -113,7 +113,7 @@ std::size_t ZipEntryStream::Decode(void* buffer, std::size_t count)
     std::size_t decoded = 0;
     if (m_state == State::Open)
     {
-        const BaseLibrary::Silence silence;
+        const WxLibrary::Silence silence;
         decoded = m_pDecoder->Read(buffer, count).LastRead();
         const wxStreamError error = m_pDecoder->GetLastError();
         if (error == wxSTREAM_EOF)

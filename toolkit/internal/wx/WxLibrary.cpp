@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 
 #include <cstring>
 #include <mutex>
@@ -55,14 +55,14 @@ private:
 // A host that stops wxWidgets itself takes back every start.
 void ForgetWhatTheHostStopped()
 {
-    if (!BaseLibrary::IsStarted())
+    if (!WxLibrary::IsStarted())
         s_uStarts = s_uStopsOwed = 0;
 }
 
 bool StartOnce()
 {
     std::optional<KeptLogTarget> kept;
-    if (!BaseLibrary::IsStarted())
+    if (!WxLibrary::IsStarted())
         kept.emplace();
     if (!wxInitialize())
         return false;
@@ -99,12 +99,12 @@ bool IsCounted()
 
 } // namespace
 
-bool BaseLibrary::IsStarted()
+bool WxLibrary::IsStarted()
 {
     return wxAppConsole::GetInstance() != nullptr;
 }
 
-bool BaseLibrary::Start()
+bool WxLibrary::Start()
 {
     const std::lock_guard<std::mutex> lock(s_startMutex);
     ForgetWhatTheHostStopped();
@@ -113,7 +113,7 @@ bool BaseLibrary::Start()
     return started;
 }
 
-void BaseLibrary::Stop()
+void WxLibrary::Stop()
 {
     const std::lock_guard<std::mutex> lock(s_startMutex);
     ForgetWhatTheHostStopped();
@@ -122,7 +122,7 @@ void BaseLibrary::Stop()
     StopWhatIsOwed();
 }
 
-bool BaseLibrary::Hold()
+bool WxLibrary::Hold()
 {
     const std::lock_guard<std::mutex> lock(s_startMutex);
     ForgetWhatTheHostStopped();
@@ -131,7 +131,7 @@ bool BaseLibrary::Hold()
 
 // Before the start every thread passes for the main one, and no longer once another thread has started
 // wxWidgets: only the log level can be restored then.
-BaseLibrary::Silence::Silence()
+WxLibrary::Silence::Silence()
     : m_scope(!IsStarted()         ? Scope::Process
               : wxThread::IsMain() ? Scope::MainThread
                                    : Scope::Thread)
@@ -151,7 +151,7 @@ BaseLibrary::Silence::Silence()
     }
 }
 
-BaseLibrary::Silence::~Silence()
+WxLibrary::Silence::~Silence()
 {
     if (m_scope == Scope::Thread)
     {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/wx/BaseLibrary.h"
+#include "toolkit/internal/wx/WxLibrary.h"
 
 #include <future>
 #include <memory>
@@ -14,7 +14,7 @@
 
 #include "tests/support/InChild.h"
 
-namespace BaseLibrary = Toolkit::BaseLibrary;
+namespace WxLibrary = Toolkit::WxLibrary;
 using ToolkitTest::InChild;
 
 namespace
@@ -56,79 +56,79 @@ bool Logs()
 
 // Each test has a process of its own, in which nobody has started wxWidgets yet.
 
-TEST(BaseLibrary, StartsAndStopsAsOftenAsAsked)
+TEST(WxLibrary, StartsAndStopsAsOftenAsAsked)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            REQUIRE(!BaseLibrary::IsStarted());
-            REQUIRE(BaseLibrary::Start());
-            REQUIRE(BaseLibrary::Start());
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(!WxLibrary::IsStarted());
+            REQUIRE(WxLibrary::Start());
+            REQUIRE(WxLibrary::Start());
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, StopWithoutAStartIsHarmless)
+TEST(WxLibrary, StopWithoutAStartIsHarmless)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            BaseLibrary::Stop();
+            WxLibrary::Stop();
             REQUIRE(wxInitialize());
-            BaseLibrary::Stop();
-            BaseLibrary::Stop();
-            REQUIRE(BaseLibrary::IsStarted());
+            WxLibrary::Stop();
+            WxLibrary::Stop();
+            REQUIRE(WxLibrary::IsStarted());
             wxUninitialize();
-            REQUIRE(!BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(BaseLibrary::Start());
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(!WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(WxLibrary::Start());
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, KeepsWhatTheHostStarted)
+TEST(WxLibrary, KeepsWhatTheHostStarted)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
             REQUIRE(wxInitialize());
-            REQUIRE(BaseLibrary::Start());
-            BaseLibrary::Stop();
-            REQUIRE(BaseLibrary::IsStarted());
-            REQUIRE(BaseLibrary::Start());
+            REQUIRE(WxLibrary::Start());
+            WxLibrary::Stop();
+            REQUIRE(WxLibrary::IsStarted());
+            REQUIRE(WxLibrary::Start());
             wxUninitialize();
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, HoldStartsItAndOwesAStop)
+TEST(WxLibrary, HoldStartsItAndOwesAStop)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            REQUIRE(BaseLibrary::Hold());
-            REQUIRE(BaseLibrary::IsStarted());
-            REQUIRE(BaseLibrary::Hold());
-            BaseLibrary::Stop();
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(WxLibrary::Hold());
+            REQUIRE(WxLibrary::IsStarted());
+            REQUIRE(WxLibrary::Hold());
+            WxLibrary::Stop();
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, HoldLeavesAnApplicationObjectOfTheHostAlone)
+TEST(WxLibrary, HoldLeavesAnApplicationObjectOfTheHostAlone)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
@@ -136,67 +136,67 @@ TEST(BaseLibrary, HoldLeavesAnApplicationObjectOfTheHostAlone)
             wxApp::SetInstance(new HostApp);
             int count = 0;
             REQUIRE(wxEntryStart(count, static_cast<wxChar**>(nullptr)));
-            REQUIRE(!BaseLibrary::Hold());
-            REQUIRE(BaseLibrary::IsStarted());
+            REQUIRE(!WxLibrary::Hold());
+            REQUIRE(WxLibrary::IsStarted());
             wxEntryCleanup();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, StartAndStopCanBeRepeated)
+TEST(WxLibrary, StartAndStopCanBeRepeated)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
             for (int i = 0; i < 50; ++i)
             {
-                REQUIRE(BaseLibrary::Start());
-                BaseLibrary::Stop();
-                REQUIRE(!BaseLibrary::IsStarted());
+                REQUIRE(WxLibrary::Start());
+                WxLibrary::Stop();
+                REQUIRE(!WxLibrary::IsStarted());
             }
             return "";
         }));
 }
 
-TEST(BaseLibrary, StopOnAnotherThreadIsPutOff)
+TEST(WxLibrary, StopOnAnotherThreadIsPutOff)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            REQUIRE(BaseLibrary::Start());
-            std::thread([] { BaseLibrary::Stop(); }).join();
-            REQUIRE(BaseLibrary::IsStarted());
+            REQUIRE(WxLibrary::Start());
+            std::thread([] { WxLibrary::Stop(); }).join();
+            REQUIRE(WxLibrary::IsStarted());
             // The new start is balanced by the stop that was put off.
-            REQUIRE(BaseLibrary::Start());
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(WxLibrary::Start());
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, StopsOnAnotherThreadDoNotPileUp)
+TEST(WxLibrary, StopsOnAnotherThreadDoNotPileUp)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            REQUIRE(BaseLibrary::Start());
+            REQUIRE(WxLibrary::Start());
             std::thread(
                 []
                 {
                     for (int i = 0; i < 1000; ++i)
-                        if (BaseLibrary::Hold())
-                            BaseLibrary::Stop();
+                        if (WxLibrary::Hold())
+                            WxLibrary::Stop();
                 })
                 .join();
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, LogTargetOfTheHostSurvivesStartAndStop)
+TEST(WxLibrary, LogTargetOfTheHostSurvivesStartAndStop)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
@@ -206,10 +206,10 @@ TEST(BaseLibrary, LogTargetOfTheHostSurvivesStartAndStop)
             wxLog* const before = wxLog::SetActiveTarget(&log);
             for (int i = 0; i < 3; ++i)
             {
-                REQUIRE(BaseLibrary::Start());
+                REQUIRE(WxLibrary::Start());
                 REQUIRE(wxLog::GetActiveTarget() == &log);
                 wxLogMessage("a line");
-                BaseLibrary::Stop();
+                WxLibrary::Stop();
                 REQUIRE(wxLog::GetActiveTarget() == &log);
             }
             REQUIRE(!destroyed);
@@ -219,50 +219,50 @@ TEST(BaseLibrary, LogTargetOfTheHostSurvivesStartAndStop)
         }));
 }
 
-TEST(BaseLibrary, LogTargetThatTheHostInstalledMeanwhileSurvivesTheStop)
+TEST(WxLibrary, LogTargetThatTheHostInstalledMeanwhileSurvivesTheStop)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
             bool destroyed = false;
-            REQUIRE(BaseLibrary::Start());
+            REQUIRE(WxLibrary::Start());
             HostLog log(destroyed);
             delete wxLog::SetActiveTarget(&log);
-            BaseLibrary::Stop();
+            WxLibrary::Stop();
             REQUIRE(!destroyed);
             REQUIRE(wxLog::SetActiveTarget(nullptr) == &log);
             return "";
         }));
 }
 
-TEST(BaseLibrary, StartsThatTheHostTookBackAreForgotten)
+TEST(WxLibrary, StartsThatTheHostTookBackAreForgotten)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            REQUIRE(BaseLibrary::Start());
+            REQUIRE(WxLibrary::Start());
             wxUninitialize();
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             bool destroyed = false;
             HostLog log(destroyed);
             delete wxLog::SetActiveTarget(&log);
-            REQUIRE(BaseLibrary::Start());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(WxLibrary::Start());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             REQUIRE(!destroyed);
             REQUIRE(wxLog::SetActiveTarget(nullptr) == &log);
-            REQUIRE(BaseLibrary::Hold());
+            REQUIRE(WxLibrary::Hold());
             wxUninitialize();
-            REQUIRE(BaseLibrary::Hold());
-            REQUIRE(BaseLibrary::IsStarted());
-            BaseLibrary::Stop();
-            REQUIRE(!BaseLibrary::IsStarted());
+            REQUIRE(WxLibrary::Hold());
+            REQUIRE(WxLibrary::IsStarted());
+            WxLibrary::Stop();
+            REQUIRE(!WxLibrary::IsStarted());
             return "";
         }));
 }
 
-TEST(BaseLibrary, SilenceNestsAndRestores)
+TEST(WxLibrary, SilenceNestsAndRestores)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
@@ -271,25 +271,25 @@ TEST(BaseLibrary, SilenceNestsAndRestores)
             {
                 REQUIRE(Logs());
                 {
-                    const BaseLibrary::Silence outer;
+                    const WxLibrary::Silence outer;
                     REQUIRE(!Logs());
                     {
-                        const BaseLibrary::Silence inner;
+                        const WxLibrary::Silence inner;
                         REQUIRE(!Logs());
                     }
                     REQUIRE(!Logs());
                 }
                 REQUIRE(Logs());
                 // The second round runs with wxWidgets started.
-                REQUIRE(BaseLibrary::Start());
+                REQUIRE(WxLibrary::Start());
             }
-            BaseLibrary::Stop();
-            BaseLibrary::Stop();
+            WxLibrary::Stop();
+            WxLibrary::Stop();
             return "";
         }));
 }
 
-TEST(BaseLibrary, SilenceRestoresWhatTheHostHadChosen)
+TEST(WxLibrary, SilenceRestoresWhatTheHostHadChosen)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
@@ -299,25 +299,25 @@ TEST(BaseLibrary, SilenceRestoresWhatTheHostHadChosen)
             for (int round = 0; round < 2; ++round)
             {
                 {
-                    const BaseLibrary::Silence silence;
+                    const WxLibrary::Silence silence;
                 }
                 REQUIRE(!wxLog::IsEnabled() && wxLog::GetLogLevel() == wxLOG_Warning);
                 // The second round runs with wxWidgets started.
-                REQUIRE(BaseLibrary::Start());
+                REQUIRE(WxLibrary::Start());
             }
             wxLog::EnableLogging(true);
-            BaseLibrary::Stop();
-            BaseLibrary::Stop();
+            WxLibrary::Stop();
+            WxLibrary::Stop();
             return "";
         }));
 }
 
-TEST(BaseLibrary, SilenceOfAnotherThreadLeavesTheMainThreadAlone)
+TEST(WxLibrary, SilenceOfAnotherThreadLeavesTheMainThreadAlone)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            REQUIRE(BaseLibrary::Start());
+            REQUIRE(WxLibrary::Start());
             bool quiet = false;
             bool mainLogs = false;
             bool restored = false;
@@ -325,8 +325,8 @@ TEST(BaseLibrary, SilenceOfAnotherThreadLeavesTheMainThreadAlone)
                 [&]
                 {
                     {
-                        const BaseLibrary::Silence outer;
-                        const BaseLibrary::Silence inner;
+                        const WxLibrary::Silence outer;
+                        const WxLibrary::Silence inner;
                         quiet = !Logs();
                         mainLogs = true;
                     }
@@ -335,25 +335,25 @@ TEST(BaseLibrary, SilenceOfAnotherThreadLeavesTheMainThreadAlone)
                 .join();
             REQUIRE(quiet && mainLogs && restored);
             {
-                const BaseLibrary::Silence silence;
+                const WxLibrary::Silence silence;
                 bool enabled = false;
                 std::thread([&] { enabled = Logs(); }).join();
                 REQUIRE(enabled);
             }
             REQUIRE(Logs());
-            BaseLibrary::Stop();
+            WxLibrary::Stop();
             return "";
         }));
 }
 
-TEST(BaseLibrary, OverlappingSilencesOfTwoThreadsEndTogetherBeforeTheStart)
+TEST(WxLibrary, OverlappingSilencesOfTwoThreadsEndTogetherBeforeTheStart)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            auto first = std::make_unique<BaseLibrary::Silence>();
-            std::unique_ptr<BaseLibrary::Silence> second;
-            std::thread([&] { second = std::make_unique<BaseLibrary::Silence>(); }).join();
+            auto first = std::make_unique<WxLibrary::Silence>();
+            std::unique_ptr<WxLibrary::Silence> second;
+            std::thread([&] { second = std::make_unique<WxLibrary::Silence>(); }).join();
             first.reset();
             REQUIRE(!Logs());
             std::thread([&] { second.reset(); }).join();
@@ -362,12 +362,12 @@ TEST(BaseLibrary, OverlappingSilencesOfTwoThreadsEndTogetherBeforeTheStart)
         }));
 }
 
-TEST(BaseLibrary, SilenceThatSpansAStartOnAnotherThreadEnds)
+TEST(WxLibrary, SilenceThatSpansAStartOnAnotherThreadEnds)
 {
     EXPECT_TRUE(InChild(
         []() -> std::string
         {
-            auto silence = std::make_unique<BaseLibrary::Silence>();
+            auto silence = std::make_unique<WxLibrary::Silence>();
             REQUIRE(!Logs());
             std::promise<bool> started;
             std::promise<void> ended;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#ifndef TOOLKIT_INTERNAL_WX_BASELIBRARY_H
-#define TOOLKIT_INTERNAL_WX_BASELIBRARY_H
+#ifndef TOOLKIT_INTERNAL_WX_WXLIBRARY_H
+#define TOOLKIT_INTERNAL_WX_WXLIBRARY_H
 
 // wxWidgets as a process-wide service: who started it, whether it runs, and how to keep it quiet.
 // Any thread may ask; it is stopped only on the thread that started it.
-namespace Toolkit::BaseLibrary
+namespace Toolkit::WxLibrary
 {
 
 // True while wxWidgets is started, by whomever.
@@ -44,6 +44,6 @@ private:
     bool m_bThreadLogged = false;
 };
 
-} // namespace Toolkit::BaseLibrary
+} // namespace Toolkit::WxLibrary
 
 #endif

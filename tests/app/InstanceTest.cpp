@@ -126,6 +126,15 @@ private:
     int m_iArrived = 0;
 };
 
+Instance::Handler EchoAfter(Gate& gate)
+{
+    return [&gate](const Instance::Command& command)
+    {
+        gate.Pass();
+        return Echo(command);
+    };
+}
+
 // No thread has as much room as it shall have, for a scope.
 class NoNewThreads
 {
@@ -304,13 +313,7 @@ TEST_F(InstanceTest, ExecutesAtOnceInParallel)
 {
     Instance first = Claim();
     Gate gate;
-    first.Serve(
-        [&gate](const Instance::Command& command)
-        {
-            gate.Pass();
-            return Echo(command);
-        },
-        Instance::Parallel);
+    first.Serve(EchoAfter(gate), Instance::Parallel);
     std::vector<std::future<bool>> asked;
     for (int i = 0; i < 4; ++i)
         asked.push_back(
@@ -694,12 +697,7 @@ TEST_F(InstanceTest, AnswersAskersThatWaitWhenTheMemoryIsUsedUp)
 {
     Instance first = Claim();
     Gate gate;
-    first.Serve(
-        [&gate](const Instance::Command& command)
-        {
-            gate.Pass();
-            return Echo(command);
-        });
+    first.Serve(EchoAfter(gate));
     const Instance second = Claim();
     std::future<bool> waits = std::async(std::launch::async, [&second]
                                          { return second.Ask({std::string(100000, 'x')}, 60s).has_value(); });

@@ -3,20 +3,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <exception>
-#include <iterator>
-#include <mutex>
 #include <new>
-#include <optional>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include <poll.h>
-#include <signal.h>
-#include <sys/eventfd.h>
 
 #include "toolkit/internal/ipc/IPCPayload.h"
 #include "toolkit/internal/system/SignalMask.h"
@@ -42,100 +35,11 @@ struct InstanceServer::Client
     bool m_bAsked = false;
 };
 
-// It goes from those that wait to those that run to those that are done, and is never copied.
-struct InstanceServer::Job
-{
-    IPCConnections::Id m_uClient;
-    bool m_bWantsAnswer;
-    // What is counted for it, in bytes.
-    std::size_t m_uMemory;
-    InstanceWire::Command m_command;
-    // None when the handler ended its thread.
-    std::optional<InstanceWire::Answer> m_answer;
-    std::thread::id m_thread;
-};
-
-// What the loop and those who execute commands share. It outlives the server where an executor still holds a
-// call, which then does nothing.
-struct InstanceServer::Work
-{
-    void Wake() const
-    {
-        const std::uint64_t one = 1;
-        WriteAll(m_wake.Get(), &one, sizeof one);
-    }
-
-    // Under the lock, when there is one that waits.
-    Jobs::iterator TakeNext()
-    {
-        m_running.splice(m_running.end(), m_waiting, m_waiting.begin());
-        return std::prev(m_running.end());
-    }
-
-    bool TakeDone(Jobs& done)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_done.empty())
-            return false;
-        done.splice(done.end(), m_done, m_done.begin());
-        return true;
-    }
-
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    Jobs m_waiting;
-    Jobs m_running;
-    Jobs m_done;
-    // The executor has a call that has not begun.
-    bool m_bPosted = false;
-    bool m_bStopping = false;
-    std::chrono::steady_clock::time_point m_end;
-    Handler m_handler;
-    Executor m_executor;
-    bool m_bParallel = false;
-    // What the one who had it serve blocked.
-    sigset_t m_signals = {};
-    UnsharedDescriptor m_wake;
-};
-
-// Of one command: its end is told however the handler ends, be it with its thread.
-class InstanceServer::Execution
-{
-public:
-    Execution(Work& work, Jobs::iterator job) : m_work(work), m_job(job) {}
-    ~Execution()
-    {
-        {
-            const std::lock_guard<std::mutex> lock(m_work.m_mutex);
-            m_job->m_thread = std::this_thread::get_id();
-            m_work.m_done.splice(m_work.m_done.end(), m_work.m_running, m_job);
-        }
-        m_work.m_changed.notify_all();
-        m_work.Wake();
-    }
-    Execution(const Execution&) = delete;
-    Execution& operator=(const Execution&) = delete;
-
-    void Run() { m_job->m_answer = m_work.m_handler(std::move(m_job->m_command)); }
-
-private:
-    Work& m_work;
-    const Jobs::iterator m_job;
-};
-
-InstanceServer::InstanceServer() : m_connections(*this), m_pWork(std::make_shared<Work>())
-{
-    m_pWork->m_wake = UnsharedDescriptor([] { return Descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)); });
-}
+InstanceServer::InstanceServer() : m_connections(*this), m_pCommands(std::make_shared<InstanceCommands>()) {}
 
 InstanceServer::~InstanceServer()
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-        m_pWork->m_bStopping = true;
-    }
-    m_pWork->m_changed.notify_all();
-    m_pWork->Wake();
+    m_pCommands->Stop();
     if (m_loop.joinable())
         m_loop.join();
     for (std::thread& thread : m_threads)
@@ -145,17 +49,16 @@ InstanceServer::~InstanceServer()
 
 bool InstanceServer::Open(const IPCAddress& address)
 {
-    return m_pWork->m_wake.IsOpen() && m_connections.Open(address);
+    return m_pCommands->GetWake().IsOpen() && m_connections.Open(address);
 }
 
 bool InstanceServer::Serve(Handler handler, Executor executor, bool isParallel)
 {
     const bool hasWorker = !executor && !isParallel;
-    m_pWork->m_handler = std::move(handler);
-    m_pWork->m_executor = std::move(executor);
-    m_pWork->m_bParallel = isParallel;
+    m_executor = std::move(executor);
+    m_bParallel = isParallel;
     const SignalMask none;
-    m_pWork->m_signals = none.Before();
+    m_pCommands->SetHandler(std::move(handler), none.Before());
     try
     {
         if (hasWorker)
@@ -192,8 +95,7 @@ bool InstanceServer::OnMessage(IPCConnections::Id id, const IPCMessage& message)
     {
         std::string argument = Utf8Codec::Encode(text);
         const std::size_t memory = sizeof(Job) + argument.capacity();
-        const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-        m_pWork->m_waiting.push_back({id, false, memory, {{std::move(argument)}, std::string()}, {}, {}});
+        m_pCommands->Add({id, false, memory, {{std::move(argument)}, std::string()}, {}, {}});
         m_connections.Count(id, static_cast<std::ptrdiff_t>(memory));
     }
     return true;
@@ -216,8 +118,7 @@ bool InstanceServer::TakePiece(IPCConnections::Id id, Client& client, const IPCM
         return false;
     client.m_bAsked = true;
     client.m_strCommand = std::string();
-    const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-    m_pWork->m_waiting.push_back(std::move(job));
+    m_pCommands->Add(std::move(job));
     return true;
 }
 
@@ -225,8 +126,7 @@ bool InstanceServer::TakePiece(IPCConnections::Id id, Client& client, const IPCM
 void InstanceServer::OnGone(IPCConnections::Id id)
 {
     m_clients.erase(id);
-    const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-    m_pWork->m_waiting.remove_if([id](const Job& job) { return job.m_uClient == id && job.m_bWantsAnswer; });
+    m_pCommands->RemoveWaitingOf(id);
 }
 
 // One that waits for its answer is silent because it waits.
@@ -257,10 +157,7 @@ void InstanceServer::DropEveryone()
 {
     m_connections.DropAll();
     m_clients.clear();
-    {
-        const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-        m_pWork->m_waiting.remove_if([](const Job& job) { return job.m_bWantsAnswer; });
-    }
+    m_pCommands->RemoveAsked();
     poll(nullptr, 0, s_iLastTurn);
 }
 
@@ -270,36 +167,30 @@ bool InstanceServer::ServeOnce()
     WaitForEvents();
     m_connections.Serve();
     SendAnswers();
-    bool isStopping = false;
-    bool isRunning = false;
-    {
-        const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-        isStopping = m_pWork->m_bStopping;
-        isRunning = !m_pWork->m_running.empty() || !m_pWork->m_done.empty();
-    }
-    if (!isStopping)
+    const InstanceCommands::State state = m_pCommands->GetState();
+    if (!state.m_bStopping)
     {
         StartWaiting();
         return true;
     }
-    if (isRunning || !m_bEnds)
-        m_pWork->m_end = std::chrono::steady_clock::now() + s_lastAnswers;
+    if (state.m_bBusy || !m_bEnds)
+        m_end = std::chrono::steady_clock::now() + s_lastAnswers;
     if (!std::exchange(m_bEnds, true))
         FailTheRest();
-    return isRunning || (m_connections.HasUnsent() && std::chrono::steady_clock::now() < m_pWork->m_end);
+    return state.m_bBusy || (m_connections.HasUnsent() && std::chrono::steady_clock::now() < m_end);
 }
 
 void InstanceServer::WaitForEvents() const
 {
-    pollfd waited[] = {{m_connections.Get(), POLLIN, 0}, {m_pWork->m_wake.Get(), POLLIN, 0}};
+    pollfd waited[] = {{m_connections.Get(), POLLIN, 0}, {m_pCommands->GetWake().Get(), POLLIN, 0}};
     poll(waited, 2, m_bEnds ? s_iLastTurn : -1);
     std::uint64_t count = 0;
-    ReadUpTo(m_pWork->m_wake.Get(), &count, sizeof count);
+    ReadUpTo(m_pCommands->GetWake().Get(), &count, sizeof count);
 }
 
 void InstanceServer::SendAnswers()
 {
-    for (Jobs done; m_pWork->TakeDone(done); done.clear())
+    for (Jobs done; m_pCommands->TakeDone(done); done.clear())
     {
         JoinThread(done.front());
         SendAnswer(done.front());
@@ -326,11 +217,11 @@ void InstanceServer::JoinThread(const Job& job)
 {
     const auto thread = std::find_if(m_threads.begin(), m_threads.end(),
                                      [&job](const std::thread& one) { return one.get_id() == job.m_thread; });
-    if (thread == m_threads.end() || (!m_pWork->m_bParallel && job.m_answer))
+    if (thread == m_threads.end() || (!m_bParallel && job.m_answer))
         return;
     thread->join();
     m_threads.erase(thread);
-    if (m_pWork->m_bParallel)
+    if (m_bParallel)
         return;
     try
     {
@@ -344,38 +235,31 @@ void InstanceServer::JoinThread(const Job& job)
 
 void InstanceServer::StartWorker()
 {
-    m_threads.emplace_back([work = m_pWork] { RunAll(work); });
+    m_threads.emplace_back([commands = m_pCommands] { commands->RunAll(); });
 }
 
 void InstanceServer::StartWaiting()
 {
-    if (m_pWork->m_bParallel)
+    if (m_bParallel)
         StartThreads();
-    else if (m_pWork->m_executor)
+    else if (m_executor)
         Post();
     else
-        m_pWork->m_changed.notify_all();
+        m_pCommands->NotifyWorker();
 }
 
 // When there are no threads to be had, this one executes the command, and serves nobody meanwhile.
 void InstanceServer::StartThreads()
 {
-    for (;;)
+    for (Jobs::iterator job; m_pCommands->TakeNext(job);)
     {
-        Jobs::iterator job;
-        {
-            const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-            if (m_pWork->m_waiting.empty())
-                return;
-            job = m_pWork->TakeNext();
-        }
         try
         {
-            m_threads.emplace_back([work = m_pWork, job] { RunAtOnce(*work, job); });
+            m_threads.emplace_back([commands = m_pCommands, job] { commands->RunAtOnce(job); });
         }
         catch (const std::exception&)
         {
-            RunAtOnce(*m_pWork, job);
+            m_pCommands->RunAtOnce(job);
         }
     }
 }
@@ -383,16 +267,12 @@ void InstanceServer::StartThreads()
 // One call at a time.
 void InstanceServer::Post()
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-        if (m_pWork->m_waiting.empty() || m_pWork->m_bPosted || !m_pWork->m_running.empty())
-            return;
-        m_pWork->m_bPosted = true;
-    }
+    if (!m_pCommands->BeginCall())
+        return;
     try
     {
-        const SignalMask hosts(m_pWork->m_signals);
-        m_pWork->m_executor([work = m_pWork] { RunNext(work); });
+        const SignalMask hosts(m_pCommands->GetSignals());
+        m_executor([commands = m_pCommands] { commands->RunNext(); });
     }
     catch (...)
     {
@@ -408,13 +288,7 @@ void InstanceServer::FailTheRest()
     std::set<IPCConnections::Id> rest;
     for (const auto& client : m_clients)
         rest.insert(client.first);
-    {
-        const std::lock_guard<std::mutex> lock(m_pWork->m_mutex);
-        m_pWork->m_waiting.clear();
-        for (const Jobs* const answered : {&m_pWork->m_running, &m_pWork->m_done})
-            for (const Job& job : *answered)
-                rest.erase(job.m_uClient);
-    }
+    m_pCommands->RemoveWaiting(rest);
     for (const IPCConnections::Id client : rest)
         Refuse(client);
 }
@@ -423,42 +297,6 @@ void InstanceServer::Refuse(IPCConnections::Id id)
 {
     if (m_connections.SendCode(id, IPCMessage::Fail))
         m_connections.Drop(id);
-}
-
-// On a thread of the server's.
-void InstanceServer::RunAtOnce(Work& work, Jobs::iterator job)
-{
-    const SignalMask hosts(work.m_signals);
-    Execution(work, job).Run();
-}
-
-// Executes the command that waited for longest, if there is one and the server goes on.
-void InstanceServer::RunNext(const std::shared_ptr<Work>& work)
-{
-    Jobs::iterator job;
-    {
-        const std::lock_guard<std::mutex> lock(work->m_mutex);
-        work->m_bPosted = false;
-        if (work->m_bStopping || work->m_waiting.empty())
-            return;
-        job = work->TakeNext();
-    }
-    Execution(*work, job).Run();
-}
-
-void InstanceServer::RunAll(const std::shared_ptr<Work>& work)
-{
-    for (;;)
-    {
-        {
-            std::unique_lock<std::mutex> lock(work->m_mutex);
-            work->m_changed.wait(lock, [&work] { return work->m_bStopping || !work->m_waiting.empty(); });
-            if (work->m_bStopping)
-                return;
-        }
-        const SignalMask hosts(work->m_signals);
-        RunNext(work);
-    }
 }
 
 } // namespace Toolkit

@@ -2,6 +2,7 @@
 #ifndef TOOLKIT_INTERNAL_IPC_INSTANCESERVER_H
 #define TOOLKIT_INTERNAL_IPC_INSTANCESERVER_H
 
+#include <chrono>
 #include <functional>
 #include <list>
 #include <memory>
@@ -10,7 +11,7 @@
 #include <unordered_map>
 
 #include "toolkit/internal/ipc/IPCConnections.h"
-#include "toolkit/internal/ipc/InstanceWire.h"
+#include "toolkit/internal/ipc/InstanceCommands.h"
 
 namespace Toolkit
 {
@@ -21,8 +22,7 @@ namespace Toolkit
 class InstanceServer : private IPCConnections::Owner
 {
 public:
-    // Never throws.
-    using Handler = std::function<InstanceWire::Answer(InstanceWire::Command)>;
+    using Handler = InstanceCommands::Handler;
     using Executor = std::function<void(std::function<void()>)>;
 
     InstanceServer();
@@ -42,10 +42,8 @@ public:
 
 private:
     struct Client;
-    struct Job;
-    using Jobs = std::list<Job>;
-    struct Work;
-    class Execution;
+    using Job = InstanceCommands::Job;
+    using Jobs = InstanceCommands::Jobs;
 
     bool OnMessage(IPCConnections::Id id, const IPCMessage& message) override;
     void OnGone(IPCConnections::Id id) override;
@@ -65,18 +63,19 @@ private:
     void Post();
     void FailTheRest();
     void Refuse(IPCConnections::Id id);
-    static void RunAtOnce(Work& work, Jobs::iterator job);
-    static void RunNext(const std::shared_ptr<Work>& work);
-    static void RunAll(const std::shared_ptr<Work>& work);
 
     IPCConnections m_connections;
     std::unordered_map<IPCConnections::Id, Client> m_clients;
-    const std::shared_ptr<Work> m_pWork;
+    const std::shared_ptr<InstanceCommands> m_pCommands;
+    Executor m_executor;
+    bool m_bParallel = false;
     std::thread m_loop;
     std::list<std::thread> m_threads;
     // No command is taken any more.
     bool m_bRefuses = false;
     bool m_bEnds = false;
+    // When the last answers must have been read.
+    std::chrono::steady_clock::time_point m_end;
 };
 
 } // namespace Toolkit

@@ -24,7 +24,9 @@ public:
     const TString<wchar_t>& GetName() const { return m_strName; }
     /// Empty when no value followed the option.
     const TString<wchar_t>& GetValue() const { return m_strValue; }
+    /// True when the command line has the option.
     bool IsFound() const { return m_bFound; }
+    /// True when `CmdLineParser::Parse` fails without it.
     bool IsRequired() const { return m_bRequired; }
 
 private:

@@ -30,10 +30,12 @@ public:
     /// All `argc` entries, the first one included. A null entry is an empty argument, a null `argv` none at
     /// all. The narrow entries are UTF-8.
     CmdLineParser(int argc, const char** argv);
+    /// The same for wide entries.
     CmdLineParser(int argc, const wchar_t** argv);
 
     /// The arguments that `Tokenize` finds in `line`, which is UTF-8 if narrow.
     explicit CmdLineParser(const TString<wchar_t>& line);
+    /// The same for a line in UTF-8.
     explicit CmdLineParser(const TString<char>& line);
 
     /// Replaces `tokens` by the arguments of a command line. A quotation mark at the start of an argument
@@ -49,6 +51,7 @@ public:
     /// argument with a capital letter that this knows never matches. Quirk: what an earlier call found stays.
     bool Parse();
 
+    /// The arguments, in their order.
     const std::vector<TString<wchar_t>>& GetArguments() const { return m_vecArguments; }
 
 private:

@@ -18,6 +18,7 @@ class IPCServer;
 class TOOLKIT_API IPCConnectionEventHelper : public wxTCPConnection
 {
 public:
+    /// The server must outlive the connection.
     explicit IPCConnectionEventHelper(IPCServer& server);
     ~IPCConnectionEventHelper() override;
 
@@ -29,7 +30,9 @@ public:
     /// A server sends nothing to its clients: null and false.
     const void* Request(const wxString& item, size_t* size = nullptr,
                         wxIPCFormat format = wxIPC_TEXT) override;
+    /// Refuses: false.
     bool StartAdvise(const wxString& item) override;
+    /// Refuses: false.
     bool StopAdvise(const wxString& item) override;
 
 protected:

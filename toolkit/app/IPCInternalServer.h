@@ -22,6 +22,7 @@ class IPCServer;
 class TOOLKIT_API IPCInternalServer : public wxTCPServer
 {
 public:
+    /// Does not listen before `Create`; the server owns this object.
     explicit IPCInternalServer(IPCServer& server);
     ~IPCInternalServer() override;
 

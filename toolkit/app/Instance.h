@@ -37,6 +37,7 @@ public:
     class TOOLKIT_API Command
     {
     public:
+        /// The library makes commands; a test of a handler may, too.
         Command(std::vector<std::string> arguments, std::filesystem::path folder);
         Command(const Command& other) noexcept;
         Command& operator=(const Command& other) noexcept;
@@ -57,12 +58,15 @@ public:
     class TOOLKIT_API Answer
     {
     public:
+        /// A code, which means what the application says it does, and a text.
         explicit Answer(int code = 0, std::string text = std::string());
         Answer(const Answer& other) noexcept;
         Answer& operator=(const Answer& other) noexcept;
         ~Answer();
 
+        /// 0 unless the handler says otherwise.
         int Code() const noexcept;
+        /// Any bytes, of any length.
         const std::string& Text() const noexcept;
 
     private:
@@ -70,10 +74,12 @@ public:
         std::shared_ptr<const Content> m_pContent;
     };
 
+    /// Executes one command and returns what its asker gets.
     using Handler = std::function<Answer(const Command&)>;
     /// Calls a function some time, on a thread of its choice.
     using Executor = std::function<void(std::function<void()>)>;
 
+    /// How commands are executed.
     enum Mode : std::uint32_t
     {
         /// Each command at once, on a thread of its own.
@@ -92,13 +98,14 @@ public:
     /// once. Never within a handler.
     ~Instance();
 
+    /// True in the process that executes the commands.
     bool IsFirst() const noexcept;
 
-    /// Has the first instance execute a command, and waits for the answer, without an end or for so long.
-    /// Asking begins to wait before the first instance serves. `Errc::NotAnswered`: there was no answer in
-    /// time, or the first instance ends, has ended, or could not take the command. `Errc::Refused`: somebody
-    /// else than this user listens.
+    /// Has the first instance execute a command, and waits for the answer, also while the first instance does
+    /// not serve yet. `Errc::NotAnswered`: the first instance ends, has ended, or could not take the command.
+    /// `Errc::Refused`: somebody else than this user listens.
     Result<Answer> Ask(const std::vector<std::string>& arguments) const;
+    /// The same with a time-out, after which it fails with `Errc::NotAnswered`.
     Result<Answer> Ask(const std::vector<std::string>& arguments, std::chrono::nanoseconds timeout) const;
 
     /// Executes what is asked for from now on, in the first instance; elsewhere, and the second time, it does
@@ -108,7 +115,9 @@ public:
     /// throws, askers get a failure. Handlers block the signals that the caller of this blocks, and the other
     /// threads all.
     void Serve(Handler handler);
+    /// The same, but the executor calls the handler, one command after the other.
     void Serve(Handler handler, Executor executor);
+    /// The same, but each command is executed at once, on a thread of its own.
     void Serve(Handler handler, Mode mode);
 
 private:

@@ -20,12 +20,16 @@ public:
     /// Null before the modules are initialised and after they are released.
     static smart_ptr<PathManager, smart_ptr_policy>* s_pInstance;
 
+    /// The name of the configuration folder.
     static const TString<wchar_t> c_strConfigurationFolderName;
-    /// Quirk: the folder is called "ressources".
+    /// The name of the resources folder. Quirk: it is "ressources".
     static const TString<wchar_t> c_strRessourcesFolderName;
-    /// Quirk: appearances live in the resources folder, so this is the same name.
+    /// The name of the appearances folder. Quirk: appearances live in the resources folder, so that it is the
+    /// same name.
     static const TString<wchar_t> c_strAppearancesFolderName;
+    /// The name of the plug-ins folder.
     static const TString<wchar_t> c_strPluginsFolderName;
+    /// The name of the cache folder.
     static const TString<wchar_t> c_strCacheFolderName;
 
     /// Asks the platform for every folder and creates the application data folder.
@@ -37,37 +41,47 @@ public:
 
     /// The executable's file name without its last extension.
     const TString<wchar_t>& GetApplicationName() const { return m_strApplicationName; }
+    /// The folder of the user's configuration.
     const TString<wchar_t>& GetConfigurationPath() const { return m_strConfigurationPath; }
+    /// The folder of the application's data.
     const TString<wchar_t>& GetApplicationDataPath() const { return m_strApplicationDataPath; }
     /// The folder of the executable.
     const TString<wchar_t>& GetApplicationPath() const { return m_strApplicationPath; }
+    /// The resources folder; `SetApplicationRessourcesPath` changes it.
     const TString<wchar_t>& GetApplicationRessourcesPath() const { return m_strApplicationRessourcesPath; }
+    /// The folder of the appearances, in the resources folder.
     const TString<wchar_t>& GetAppearancesPath() const { return m_strAppearancesPath; }
+    /// The folder of the plug-ins, in the resources folder.
     const TString<wchar_t>& GetPluginsPath() const { return m_strPluginsPath; }
+    /// The folder of the user's documents.
     const TString<wchar_t>& GetDocumentsPath() const { return m_strDocumentsPath; }
-    /// One character.
+    /// The separator of the parts of a path, one character.
     const TString<wchar_t>& GetPathSeparator() const { return m_strPathSeparator; }
-    /// Empty until set.
+    /// What the host set; empty before.
     const TString<wchar_t>& GetMassStorageDataPath() const { return m_strMassStorageDataPath; }
     /// Application folder, application name and user, without separators and colons, in lower case.
     const TString<wchar_t>& GetUniqueInstanceName() const { return m_strUniqueInstanceName; }
-    /// Empty until set.
+    /// What the host set; empty before.
     const TString<wchar_t>& GetCdRomPath() const { return m_strCdRomPath; }
 
-    /// Also creates the folder with its parents (permissions 0777 before the umask); a failure is ignored.
+    /// Sets the path and creates the folder with its parents (permissions 0777 before the umask); a failure
+    /// is ignored.
     void SetApplicationDataPath(const TString<wchar_t>& path);
-    /// Also rebuilds the dependent path. Quirk: the appearances path stays as it is.
+    /// Sets the path and rebuilds the dependent one. Quirk: the appearances path stays as it is.
     void SetApplicationRessourcesPath(const TString<wchar_t>& path);
+    /// Sets the path, and does nothing else.
     void SetMassStorageDataPath(const TString<wchar_t>& path);
+    /// Sets the path, and does nothing else.
     void SetCdRomPath(const TString<wchar_t>& path);
 
     /// Makes the plug-ins path anew from the resources path.
     void RebuildDependentPathes();
 
-    /// The platform's data folder and per-user local data folder, asked for at each call.
+    /// The platform's data folder, asked for at each call.
     TString<wchar_t> GetDataDir() const;
+    /// The platform's local data folder of this user, asked for at each call.
     TString<wchar_t> GetUserLocalDataDir() const;
-    /// Quirk: always "/tmp", whatever the environment says.
+    /// The folder for temporary files. Quirk: always "/tmp", whatever the environment says.
     TString<wchar_t> GetTempDir() const;
 
     /// Appends `name` to `path` with one separator in between, unless `path` is empty or ends with one. Needs
@@ -77,13 +91,15 @@ public:
     static void AppendPath(TString<wchar_t>& result, const TString<wchar_t>& base,
                            const TString<wchar_t>& name);
 
-    /// Volume (empty on this platform), folder, name, and extension without its dot.
+    /// Takes a path to pieces: volume (empty on this platform), folder, name, and extension without its dot.
     static void SplitPath(const TString<wchar_t>& fullPath, TString<wchar_t>& volume, TString<wchar_t>& path,
                           TString<wchar_t>& name, TString<wchar_t>& extension);
 
-    /// A folder or a regular file.
+    /// True when a folder or a regular file lies at `path`.
     static bool Exists(const TString<wchar_t>& path);
+    /// True when a regular file lies at `path`.
     static bool FileExists(const TString<wchar_t>& path);
+    /// True when a folder lies at `path`.
     static bool DirExists(const TString<wchar_t>& path);
 
 private:

@@ -60,29 +60,31 @@ public:
     /// The number of the process, which may be another's once `Wait` has succeeded.
     int Id() const noexcept;
 
-    /// Writes to its input, and waits until the system has taken all, without an end or for so long.
-    /// `std::errc::broken_pipe` when it takes no more input or the input was closed; `Errc::NotAnswered` when
-    /// the time was too short, and then some of the text may have been written.
+    /// Writes to its input, and waits until the system has taken all. `std::errc::broken_pipe` when it takes
+    /// no more input or the input was closed.
     Result<void> Write(std::string_view text);
+    /// The same with a time-out, after which it fails with `Errc::NotAnswered`; some of the text may have
+    /// been written then.
     Result<void> Write(std::string_view text, std::chrono::nanoseconds timeout);
     /// The end of its input.
     void CloseInput();
 
     /// The next line of its output without its line feed; the last one need not have one.
-    /// `std::errc::no_message_available` when there are no more; `Errc::NotAnswered` when there was none in
-    /// time.
+    /// `std::errc::no_message_available` when there are no more.
     Result<std::string> ReadLine();
+    /// The same with a time-out, after which it fails with `Errc::NotAnswered`.
     Result<std::string> ReadLine(std::chrono::nanoseconds timeout);
 
-    /// Waits for its end. Without a time-out this closes its input first, as nothing will be written any
-    /// more. `Errc::NotAnswered` when it still runs after that time. The output of the result is what was not
-    /// read as lines before. Another call gives the same result again.
+    /// Closes its input, as nothing will be written any more, and waits for its end. The output of the result
+    /// is what was not read as lines before. Another call gives the same result again.
     Result<ProcessResult> Wait();
+    /// The same with a time-out, after which it fails with `Errc::NotAnswered`. The input stays open.
     Result<ProcessResult> Wait(std::chrono::nanoseconds timeout);
 
-    /// Ends the process group: kills it at once, or sends SIGTERM first, waits that long for the process, and
-    /// kills what is left. Then the process has ended, and `Wait` tells how.
+    /// Kills the process group at once. Then the process has ended, and `Wait` tells how.
     void Terminate();
+    /// The same with patience: sends SIGTERM to the process group, waits that long for the process, and kills
+    /// what is left.
     void Terminate(std::chrono::nanoseconds patience);
 
 private:

@@ -26,6 +26,7 @@ public:
     ProcessOptions();
     ProcessOptions(const ProcessOptions& other);
     ProcessOptions(ProcessOptions&& other) noexcept;
+    /// Takes over the options of `other`.
     ProcessOptions& operator=(ProcessOptions other) noexcept;
     ~ProcessOptions();
 

@@ -35,6 +35,7 @@ public:
     bool Truncated() const noexcept;
     /// What it wrote, byte for byte, but for the lines that were read before.
     const std::string& Output() const noexcept;
+    /// What it wrote to its errors; with `ProcessOptions::MergeErrors` that is part of the output.
     const std::string& Errors() const noexcept;
 
 private:

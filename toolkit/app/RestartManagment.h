@@ -45,6 +45,7 @@ public:
 
     /// True while the lock file exists.
     static bool IsLocked();
+    /// Removes the lock file, if there is one.
     static void RemoveLock();
 
     /// Makes the lock file and starts the executable in the application's folder, without waiting, with the
@@ -56,8 +57,9 @@ public:
     /// started.
     static bool ActivateRestartProcess(int argc, const wchar_t** argv);
 
-    /// Quirk: on this platform both only write to the log, and return false at once.
+    /// Quirk: on this platform it only writes to the log, and returns false at once.
     static bool WaitingForPreviousProcessFinish();
+    /// Writes to the log and returns false at once, too.
     static bool RestartProcessFinish();
 
 private:

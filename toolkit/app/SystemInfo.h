@@ -15,6 +15,7 @@ namespace Toolkit
 class TOOLKIT_API SystemInfo
 {
 public:
+    /// The families of systems that the library tells apart.
     enum Platform : unsigned int
     {
         PlatformUnknown = 0,
@@ -23,6 +24,7 @@ public:
         PlatformUnix = 3
     };
 
+    /// The orders of bytes that the library tells apart.
     enum Endian : unsigned int
     {
         EndianUnknown = 0,
@@ -40,18 +42,22 @@ public:
     SystemInfo(const SystemInfo&) = delete;
     SystemInfo& operator=(const SystemInfo&) = delete;
 
-    /// The first two numbers of the kernel's release; 0 when unknown.
+    /// The first number of the kernel's release; 0 when unknown.
     static unsigned int GetOSMajorVersion();
+    /// The second number of the kernel's release; 0 when unknown.
     static unsigned int GetOSMinorVersion();
     /// Major * 100 + minor * 10. Quirk: a minor version of ten reads as the next major one.
     static unsigned int GetOperatingSystemId();
-    /// Quirk: wxWidgets' ids of the two small Windows variants count as unknown.
+    /// The family of the system. Quirk: wxWidgets' ids of the two small Windows variants count as unknown.
     static Platform GetPlatform();
+    /// The order of bytes of the machine.
     static Endian GetEndian();
 
-    /// Quirk: fixed results on this platform: no, no, yes.
+    /// False on this platform. Quirk: neither this nor the two below ask the system.
     static bool HasAdministratorCredentials();
+    /// False on this platform.
     static bool HasPowerUserCredentials();
+    /// True on this platform.
     static bool CanElevateCredentialsUsingUAC();
 
     /// Runs the executable at `path`, not searched for, with `path` and what `CmdLineParser::Tokenize` finds

@@ -18,6 +18,7 @@ public:
 
     /// 0.0.0.0.
     Version();
+    /// The version of these four parts.
     Version(unsigned int majorPart, unsigned int minorPart, unsigned int buildPart,
             unsigned int revisionPart);
     /// Decimal numbers with dots in between, read as a wide stream in the classic locale reads an unsigned
@@ -26,18 +27,25 @@ public:
     /// Quirk: "-1" is 4294967295, and so is a number that is too large.
     explicit Version(const TString<wchar_t>& text);
 
+    /// The first part.
     unsigned int GetMajor() const { return m_uMajor; }
+    /// The second part.
     unsigned int GetMinor() const { return m_uMinor; }
+    /// The third part.
     unsigned int GetBuild() const { return m_uBuild; }
+    /// The fourth part.
     unsigned int GetRevision() const { return m_uRevision; }
 
-    /// The first part that differs decides.
+    /// True when this is the greater one: the first part that differs decides.
     bool operator>(const Version& other) const;
+    /// True when `other` is the greater one.
     bool operator<(const Version& other) const;
+    /// True when all four parts are equal.
     bool operator==(const Version& other) const;
 
     /// 0 when equal, 1 when this version is greater, -1 otherwise.
     int CompareVersion(const Version& other) const;
+    /// The same with the version that `text` stands for.
     int CompareVersion(const TString<wchar_t>& text) const;
 
     /// The four parts with dots in between.

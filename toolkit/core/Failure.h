@@ -87,6 +87,7 @@ private:
 class TOOLKIT_API FailureError : public std::system_error
 {
 public:
+    /// Takes a copy of the failure.
     explicit FailureError(const Failure& failure);
     FailureError(const FailureError& other) noexcept;
     FailureError& operator=(const FailureError& other) noexcept;
@@ -94,6 +95,7 @@ public:
 
     const char* what() const noexcept override;
 
+    /// The failure itself.
     const Failure& Error() const noexcept { return m_failure; }
 
 private:

@@ -16,7 +16,9 @@ class TOOLKIT_API LibModule
 public:
     virtual ~LibModule();
 
+    /// Brings the module up. An exception passes to whoever initialises or registers it.
     virtual void Initialize() = 0;
+    /// Brings the module down; it is not destroyed here, and may be initialised again.
     virtual void Release() = 0;
 };
 

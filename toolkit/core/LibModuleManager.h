@@ -28,7 +28,9 @@ public:
     /// A registered module, not owned, and how often it is registered.
     struct LibModuleContainer
     {
+        /// The module, which belongs to whoever registered it.
         LibModule* m_pModule;
+        /// How often it is registered.
         std::int32_t m_iCount;
     };
 

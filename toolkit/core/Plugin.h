@@ -28,6 +28,7 @@ public:
 
     /// As the plug-in calls itself, and as `Plugins::Find` finds it.
     const std::string& Name() const noexcept;
+    /// As the plug-in calls it; the library does not compare it with anything.
     const std::string& Version() const noexcept;
     /// The library that it was loaded from, as an absolute path; links are not followed.
     const std::filesystem::path& File() const noexcept;

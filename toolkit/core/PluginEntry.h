@@ -17,7 +17,9 @@ class Plugin;
 /// What a program and its plug-ins agree on: an interface by its name, and its version.
 struct PluginInterface
 {
+    /// The name of the interface, unique to it.
     const char* name;
+    /// The version that both sides must agree on.
     std::uint32_t version;
 };
 
@@ -42,6 +44,7 @@ class TOOLKIT_API PluginContext
 {
 public:
     PluginContext() noexcept = default;
+    /// The context is this object, which must outlive the plug-ins.
     template <typename Context>
     explicit PluginContext(Context& context) noexcept
         : m_pObject(std::addressof(const_cast<std::remove_cv_t<Context>&>(context))),
@@ -51,6 +54,7 @@ public:
     {
     }
 
+    /// True when there is no object.
     bool IsEmpty() const noexcept;
 
     /// The object as one of that type. What this throws where it is none is for `Plugins` alone.
@@ -100,13 +104,16 @@ class PluginArgument
         !std::is_pointer_v<Context> && !std::is_base_of_v<std::remove_cv_t<Context>, Class>;
 
 public:
+    /// The context must outlive this object.
     explicit PluginArgument(const PluginContext& context) noexcept : m_context(context) {}
 
+    /// The object of the context, by reference.
     template <typename Context, std::enable_if_t<s_bIsContext<Context>, int> = 0>
     operator Context&() const
     {
         return *m_context.As<Context>();
     }
+    /// The object of the context, by pointer.
     template <typename Context, std::enable_if_t<s_bIsContext<Context>, int> = 0>
     operator Context*() const
     {
@@ -121,11 +128,17 @@ private:
 /// its end. TOOLKIT_PLUGIN makes it.
 struct PluginEntry
 {
+    /// The size of this structure in the library that it comes from.
     std::uint32_t size;
+    /// The major version of the headers that the plug-in was compiled with.
     std::uint32_t libraryMajor;
+    /// The interface that the plug-in implements.
     PluginInterface interface;
+    /// The name of the plug-in.
     const char* name;
+    /// The version of the plug-in.
     const char* version;
+    /// Makes the plug-in's object, which the caller owns.
     Plugin* (*make)(const PluginContext* context);
 };
 
@@ -147,6 +160,7 @@ Plugin* MakePlugin(const PluginContext* context)
     return made;
 }
 
+/// The entry of a plug-in of this class.
 template <typename Class, typename Interface>
 constexpr PluginEntry MakePluginEntry(const char* name, const char* version) noexcept
 {

@@ -41,10 +41,13 @@ public:
     Result<void> Unload(std::string_view name);
 
 protected:
+    /// A set without plug-ins.
     PluginsBase(const PluginInterface& interface, const PluginContext& context);
     ~PluginsBase();
 
+    /// The plug-ins that are loaded, in the order of loading.
     std::vector<std::shared_ptr<Plugin>> Loaded() const;
+    /// The plug-in of that name; null when there is none.
     std::shared_ptr<Plugin> FindLoaded(std::string_view name) const;
 
 private:
@@ -86,6 +89,7 @@ public:
     explicit Plugins(Context& context) : PluginsBase(Agreement(), PluginContext(context))
     {
     }
+    /// The same for a pointer to the object, which is not null.
     template <typename Context>
     explicit Plugins(Context* context) : PluginsBase(Agreement(), PluginContext(*context))
     {

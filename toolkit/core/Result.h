@@ -53,7 +53,9 @@ class [[nodiscard]] Result
         !std::is_same_v<std::decay_t<U>, Failure>;
 
 public:
+    /// The type of the value.
     using value_type = T;
+    /// The type of the failure.
     using error_type = Failure;
 
     /// A success with this value, which is taken implicitly where `T` takes it implicitly.
@@ -61,6 +63,7 @@ public:
     Result(U&& value) : m_value(std::in_place, std::forward<U>(value))
     {
     }
+    /// A success with this value, where `T` takes it explicitly alone.
     template <typename U = T, std::enable_if_t<s_bIsValue<U> && !std::is_convertible_v<U&&, T>, int> = 0>
     explicit Result(U&& value) : m_value(std::in_place, std::forward<U>(value))
     {
@@ -79,7 +82,9 @@ public:
             m_value.emplace(*std::move(other.m_value));
     }
 
+    /// True for a success.
     bool has_value() const noexcept { return m_value.has_value(); }
+    /// True for a success.
     explicit operator bool() const noexcept { return m_value.has_value(); }
 
     /// The value. A failure ends the process with its message.
@@ -88,6 +93,7 @@ public:
         NeedValue();
         return *m_value;
     }
+    /// The value of a constant result.
     const T& operator*() const&
     {
         NeedValue();
@@ -99,11 +105,13 @@ public:
         NeedValue();
         return *std::move(m_value);
     }
+    /// The members of the value. A failure ends the process with its message.
     T* operator->()
     {
         NeedValue();
         return std::addressof(*m_value);
     }
+    /// The members of the value of a constant result.
     const T* operator->() const
     {
         NeedValue();
@@ -116,11 +124,13 @@ public:
         ThrowFailure();
         return *m_value;
     }
+    /// The value of a constant result.
     const T& value() const&
     {
         ThrowFailure();
         return *m_value;
     }
+    /// The value of a result that is about to end, by value.
     T value() &&
     {
         ThrowFailure();
@@ -133,6 +143,7 @@ public:
     {
         return m_value.value_or(std::forward<U>(fallback));
     }
+    /// The same of a result that is about to end.
     template <typename U>
     T value_or(U&& fallback) &&
     {
@@ -145,6 +156,7 @@ public:
         NeedFailure();
         return m_failure;
     }
+    /// The failure of a result that is about to end, by value.
     Failure error() &&
     {
         NeedFailure();
@@ -183,7 +195,9 @@ template <>
 class [[nodiscard]] Result<void>
 {
 public:
+    /// There is no value.
     using value_type = void;
+    /// The type of the failure.
     using error_type = Failure;
 
     /// A success.
@@ -191,7 +205,9 @@ public:
     /// A failure.
     Result(Failure failure) noexcept : m_bSucceeded(false), m_failure(std::move(failure)) {}
 
+    /// True for a success.
     bool has_value() const noexcept { return m_bSucceeded; }
+    /// True for a success.
     explicit operator bool() const noexcept { return m_bSucceeded; }
 
     /// Nothing. A failure ends the process with its message.
@@ -214,6 +230,7 @@ public:
         NeedFailure();
         return m_failure;
     }
+    /// The failure of a result that is about to end, by value.
     Failure error() &&
     {
         NeedFailure();

@@ -36,6 +36,7 @@ class TString : public std::basic_string<C>
     static_assert(std::is_same_v<C, char> || std::is_same_v<C, wchar_t>, "bytes or wide text only");
 
 public:
+    /// The standard string that this one is derived from.
     using Base = std::basic_string<C>;
     /// Those of the standard string.
     using Base::Base;
@@ -43,7 +44,9 @@ public:
     TString() = default;
     /// A null pointer gives an empty string.
     TString(const C* text) : Base(text != nullptr ? Base(text) : Base()) {}
+    /// A copy of a standard string.
     TString(const Base& text) : Base(text) {}
+    /// Takes over the text of a standard string.
     TString(Base&& text) noexcept : Base(std::move(text)) {}
 
     /// One empty instance per character type, the same object in every library of the process.
@@ -78,8 +81,10 @@ public:
     }
 };
 
+/// The empty instance of bytes.
 template <>
 TOOLKIT_API const TString<char>& TString<char>::Empty();
+/// The empty instance of wide text.
 template <>
 TOOLKIT_API const TString<wchar_t>& TString<wchar_t>::Empty();
 
@@ -92,6 +97,7 @@ namespace std
 template <class C>
 struct hash<Toolkit::TString<C>>
 {
+    /// The hash of the text.
     size_t operator()(const Toolkit::TString<C>& text) const noexcept
     {
         return hash<basic_string<C>>()(text);

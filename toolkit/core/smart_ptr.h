@@ -15,6 +15,7 @@ namespace Toolkit
 /// Destroys the held object with `delete`.
 struct smart_ptr_policy
 {
+    /// Destroys `object`.
     template <class T>
     static void Destroy(T* object)
     {
@@ -25,6 +26,7 @@ struct smart_ptr_policy
 /// Destroys the held array with `delete[]`.
 struct smart_ptr_array_policy
 {
+    /// Destroys `array`.
     template <class T>
     static void Destroy(T* array)
     {
@@ -82,6 +84,7 @@ public:
         : m_pObject(other.m_pObject), m_pBlock(Shared(other.m_pBlock))
     {
     }
+    /// Takes over the share of such a pointer, which is null then.
     template <class U, class = std::enable_if_t<Detail::MayOwnAs<U, T, Policy>::value>>
     smart_ptr(smart_ptr<U, Policy>&& other) noexcept
         : m_pObject(std::exchange(other.m_pObject, nullptr)), m_pBlock(std::exchange(other.m_pBlock, nullptr))
@@ -127,10 +130,15 @@ public:
     /// Gives up what is held and becomes null.
     void Reset() { *this = static_cast<T*>(nullptr); }
 
+    /// The members of the object; null has none.
     T* operator->() const { return m_pObject; }
+    /// The object; null has none.
     T& operator*() const { return *m_pObject; }
+    /// The object, or null; it still belongs to its owners.
     T* get() const { return m_pObject; }
+    /// True when nothing is held.
     bool IsNull() const { return m_pObject == nullptr; }
+    /// True when an object is held.
     explicit operator bool() const { return m_pObject != nullptr; }
 
     friend bool operator==(const smart_ptr& a, const smart_ptr& b) { return a.m_pObject == b.m_pObject; }

@@ -13,9 +13,12 @@ namespace Toolkit
 class TOOLKIT_API CultureInfo
 {
 public:
+    /// Keeps copies of both texts.
     CultureInfo(const TString<wchar_t>& name, const TString<wchar_t>& displayName);
 
+    /// The name of the culture.
     TString<wchar_t> m_strName;
+    /// The text that the user sees.
     TString<wchar_t> m_strDisplayName;
 };
 

@@ -33,41 +33,57 @@ public:
     DateTime& operator=(const DateTime& other);
     ~DateTime();
 
+    /// True unless this is the invalid value.
     bool IsValid() const;
 
-    /// Local time; months from 1, hours from 0.
+    /// The year in the local zone, as are the other fields.
     int GetYear() const;
+    /// The month, from 1.
     int GetMonth() const;
+    /// The day of the month, from 1.
     unsigned int GetDay() const;
+    /// The hour, from 0.
     unsigned int GetHour() const;
+    /// The minute, from 0.
     unsigned int GetMinute() const;
+    /// The second, from 0.
     unsigned int GetSecond() const;
 
     /// By instant; the invalid value comes before all others.
     bool operator==(const DateTime& other) const;
+    /// True when the instants differ.
     bool operator!=(const DateTime& other) const;
+    /// True when this instant is the earlier one.
     bool operator<(const DateTime& other) const;
+    /// True when this instant is not the later one.
     bool operator<=(const DateTime& other) const;
+    /// True when this instant is the later one.
     bool operator>(const DateTime& other) const;
+    /// True when this instant is not the earlier one.
     bool operator>=(const DateTime& other) const;
 
     /// Years and months first: a day that the month does not have becomes its last one; then weeks and days.
     /// The time of the day stays. Too far for 64 bits of milliseconds is invalid.
     void Add(unsigned int years, unsigned int months, unsigned int weeks, unsigned int days);
+    /// The same backwards: years and months first, then weeks and days.
     void Remove(unsigned int years, unsigned int months, unsigned int weeks, unsigned int days);
     /// Moves the instant by exactly that much, or to the invalid value if that is too far.
     void Add(unsigned int hours, unsigned int minutes, unsigned int seconds);
+    /// Moves the instant back by exactly that much.
     void Remove(unsigned int hours, unsigned int minutes, unsigned int seconds);
 
-    /// This minus the other, truncated toward zero and cut to 32 bits; 0 unless both are valid.
-    /// Quirk: the first one is spelled "Secondes".
+    /// The seconds from the other to this one, negative if this is the earlier one, cut to 32 bits; 0 unless
+    /// both are valid. Quirk: it is spelled "Secondes".
     int GetTotalSecondes(smart_ptr<DateTime, smart_ptr_policy> other) const;
+    /// The same in minutes, truncated toward zero.
     int GetTotalMinutes(smart_ptr<DateTime, smart_ptr_policy> other) const;
+    /// The same in hours, truncated toward zero.
     int GetTotalHours(smart_ptr<DateTime, smart_ptr_policy> other) const;
 
-    /// Shifts the instant so that the local fields show what a clock in UTC shows; and back.
-    /// Quirk: it does not come back where the local zone leaves out that time.
+    /// Shifts the instant so that the local fields show what a clock in UTC shows.
+    /// Quirk: `MakeFromUTC` does not lead back where the local zone leaves out that time.
     DateTime& MakeToUTC();
+    /// Undoes `MakeToUTC`.
     DateTime& MakeFromUTC();
 
     /// The current time.
@@ -80,15 +96,17 @@ public:
     /// Quirk: 30 February is 1 March in leap years too, though 31 April is 1 May.
     static DateTime CreateNormalizedDateTime(unsigned int year, unsigned int month, unsigned int day);
 
-    /// "2009-03-07", "14:05:09", and both with a space in between; with `utc` the fields of UTC, and " Z"
-    /// after the time. At least two digits each; `out` is replaced.
-    /// Quirk: years below 1000 have fewer than four digits; an invalid value has texts of zeros.
-    /// Quirk: with `utc` the text is right also where MakeToUTC cannot show that time.
+    /// Replaces `out` by the date, "2009-03-07": that of the local zone, or with `utc` that of UTC. Each
+    /// number has at least two digits. Quirk: years below 1000 have fewer than four digits; an invalid value
+    /// has texts of zeros. Quirk: with `utc` the text is right also where MakeToUTC cannot show that time.
     void GetIsoDate(TString<wchar_t>& out, bool utc) const;
+    /// Replaces `out` by the time, "14:05:09", or with `utc` "14:05:09 Z".
     void GetIsoTime(TString<wchar_t>& out, bool utc) const;
+    /// Replaces `out` by both with a space in between, "2009-03-07 14:05:09".
     void GetIsoString(TString<wchar_t>& out, bool utc) const;
+    /// The same as bytes.
     void GetIsoString(TString<char>& out, bool utc) const;
-    /// "20090307140509", local time.
+    /// Replaces `out` by all of the local time, "20090307140509".
     void GetSortableString(TString<wchar_t>& out) const;
 
     /// Reads what GetIsoString writes. False, and an invalid value, if the text holds no time. Numbers are
@@ -98,24 +116,27 @@ public:
     /// Quirk: seconds that begin with no number are 0.
     /// Quirk: without "Z" the second of two equal times, when the clocks go back, is read as the first.
     bool ParseIsoString(const TString<wchar_t>& text);
+    /// The same for bytes.
     bool ParseIsoString(const TString<char>& text);
 
     /// Decimal, filled with "0" to `width`, however wide; nothing of this value is in it.
     /// Quirk: the zeros stand before a minus sign.
     TString<wchar_t> IntToUString(int value, int width) const;
 
-    /// The short forms of the user's locale (see Locales): the date; the hour and minute; both with a space
-    /// in between; and the time for a value of today, else the date.
+    /// Replaces `out` by the date in the short form of the user's locale (see Locales).
     /// Quirk: months have two digits always, days only where the locale wants it: "03/7/09".
+    void GetDate(TString<wchar_t>& out) const;
+    /// Replaces `out` by the hour and minute in the short form of the user's locale.
     /// Quirk: seconds are never shown.
     /// Quirk: `%T`, `%R` and `%r`, which no pattern of Locales holds, are hours and minutes without a marker.
     /// Quirk: AM and PM are what the C library's current locale calls them, whatever locale the pattern is
     /// of.
     /// Quirk: where the C library has no such texts, they are "AM" and "PM" all the same.
-    /// Quirk: every field of an invalid value is 0: "00/00/0000 00:00".
-    void GetDate(TString<wchar_t>& out) const;
     void GetTime(TString<wchar_t>& out) const;
+    /// Replaces `out` by both with a space in between.
+    /// Quirk: every field of an invalid value is 0: "00/00/0000 00:00".
     void GetString(TString<wchar_t>& out) const;
+    /// Replaces `out` by the time for a value of today, and by the date for any other.
     void GetRelativeStringFromNow(TString<wchar_t>& out) const;
 
 private:

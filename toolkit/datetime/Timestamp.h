@@ -30,6 +30,7 @@ class DateTime;
 class TOOLKIT_API Timestamp
 {
 public:
+    /// The moment of the standard library.
     using TimePoint = std::chrono::system_clock::time_point;
 
     /// Whose clocks a text shows.
@@ -52,14 +53,19 @@ public:
     /// What a calendar and a clock show.
     struct Fields
     {
+        /// The year, as calendars count them.
         int year = 1970;
         /// From 1.
         int month = 1;
+        /// From 1.
         int day = 1;
+        /// From 0 to 23.
         int hour = 0;
+        /// From 0 to 59.
         int minute = 0;
         /// At most 59, but for 60 in a zone that counts leap seconds.
         int second = 0;
+        /// From 0 to 999,999,999.
         int nanosecond = 0;
         /// From 0, which is Sunday.
         int weekday = 4;
@@ -67,9 +73,11 @@ public:
         std::chrono::seconds offset = std::chrono::seconds(0);
     };
 
-    /// 1970-01-01 00:00:00 UTC.
+    /// The moment 1970-01-01 00:00:00 UTC.
     Timestamp() noexcept = default;
+    /// This moment.
     Timestamp(TimePoint time) noexcept : m_time(time) {}
+    /// The moment of the standard library.
     operator TimePoint() const noexcept { return m_time; }
 
     /// Reads a date and time of RFC 3339, all of it as the RFC has it: "T" and "Z" may be small, "-00:00" is
@@ -91,7 +99,9 @@ public:
     /// The same with that many digits after the second, 0 to 9; the others are cut off.
     std::string ToRfc3339(Zone zone, int digits) const;
 
+    /// What a calendar and a clock in the local zone show.
     Fields LocalFields() const noexcept;
+    /// What a calendar and a clock in UTC show.
     Fields UtcFields() const noexcept;
 
     /// The local date and time in the words, numbers and calendar of the user's locale, which LC_ALL, LC_TIME
@@ -101,10 +111,11 @@ public:
     /// know has the texts of the locale "C", a country or script that it does not know those of the language.
     std::string Format(Style style, std::string_view locale) const;
 
-    /// To and from the classic value, which has whole seconds: the fraction is cut off.
+    /// The moment of a classic value, which has whole seconds.
     /// `std::errc::invalid_argument` for an invalid value, `std::errc::result_out_of_range` for one that is
     /// too far away.
     static Result<Timestamp> FromDateTime(const DateTime& time);
+    /// The classic value of this moment, without the fraction of its second.
     DateTime ToDateTime() const;
 
     friend bool operator==(const Timestamp& left, const Timestamp& right) noexcept

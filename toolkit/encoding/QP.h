@@ -22,6 +22,7 @@ public:
     /// `onlyLength`, when a byte of it needs an escape.
     static bool HasToBeQP(const TString<char>& text, unsigned int length, unsigned int limit,
                           bool onlyLength);
+    /// The same for wide text.
     static bool HasToBeQP(const TString<wchar_t>& text, unsigned int length, unsigned int limit,
                           bool onlyLength);
 

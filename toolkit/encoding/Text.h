@@ -34,7 +34,9 @@ public:
 
     Text() = delete;
 
+    /// UTF-8 to wide text.
     static Result<std::wstring> ToWide(std::string_view utf8, Loss loss = Refuse);
+    /// Wide text to UTF-8.
     static Result<std::string> FromWide(std::wstring_view wide, Loss loss = Refuse);
 
     /// True when all of it is UTF-8, as nothing is.

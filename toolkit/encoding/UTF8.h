@@ -14,7 +14,9 @@ namespace Toolkit
 class TOOLKIT_API UTF8
 {
 public:
+    /// UTF-8 to wide text.
     static TString<wchar_t> ToUNICODE(const TString<char>& text);
+    /// Wide text to UTF-8.
     static TString<char> ToUTF8(const TString<wchar_t>& text);
     /// ToUTF8 into `bytes`, whose memory is used again.
     static void Encode(const TString<wchar_t>& text, TString<char>& bytes);

@@ -10,6 +10,7 @@ namespace Toolkit
 /// Which entries of an archive are listed.
 struct ArchiveEntriesFlags
 {
+    /// Files, folders, or both.
     enum ArchiveEntriesType : std::uint32_t
     {
         Files = 1,

@@ -17,6 +17,7 @@ namespace Toolkit
 class TOOLKIT_API ArchiveZipEntry : public wxZipEntry
 {
 public:
+    /// A copy of wxWidgets' record.
     explicit ArchiveZipEntry(const wxZipEntry& entry);
     ~ArchiveZipEntry() override;
 };

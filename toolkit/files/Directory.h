@@ -33,6 +33,7 @@ public:
     /// Quirk: a backslash in a filter makes the next character an ordinary one.
     /// Quirk: everything that is no folder is a file, dangling links and FIFOs too.
     void GetFiles(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
+    /// The same for folders.
     void GetDirectories(const TString<wchar_t>& filter, std::vector<TString<wchar_t>>& names) const;
     /// Files and folders; nothing for an empty folder name.
     static void EnumFilePaths(std::vector<TString<wchar_t>>& names, const TString<wchar_t>& folder,

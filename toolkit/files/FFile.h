@@ -33,6 +33,7 @@ public:
     /// without a buffer reaches the system at once, each text in one write.
     void Attach(std::FILE* stream);
 
+    /// True while a file is open.
     bool IsOpened() const;
 
     /// The number of bytes read, at most `count`; 0 at the end, on an error and when closed.
@@ -47,8 +48,9 @@ public:
     /// True when nothing was lost; true when closed.
     bool Close();
 
-    /// In bytes; -1 when closed.
+    /// The length of the file in bytes; -1 when closed.
     long long GetLength() const;
+    /// Where the file stands, in bytes; -1 when closed.
     long long GetOffset() const;
 
     /// Moves to `offset` from the start, or by `offset` from where the file stands; false when closed.

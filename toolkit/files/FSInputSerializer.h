@@ -11,6 +11,7 @@ namespace Toolkit
 class TOOLKIT_API FSInputSerializer : public FSSerializer
 {
 public:
+    /// Opens the file for reading.
     explicit FSInputSerializer(const TString<wchar_t>& path);
     ~FSInputSerializer() override;
 };

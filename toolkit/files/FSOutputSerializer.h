@@ -11,6 +11,7 @@ namespace Toolkit
 class TOOLKIT_API FSOutputSerializer : public FSSerializer
 {
 public:
+    /// Creates or empties the file.
     explicit FSOutputSerializer(const TString<wchar_t>& path);
     ~FSOutputSerializer() override;
 };

@@ -26,6 +26,7 @@ public:
         ModeCreate = FSStream::ModeCreate
     };
 
+    /// Opens the file as FSStream does.
     FSSerializer(const TString<wchar_t>& path, OpenMode mode);
     ~FSSerializer() override;
 

@@ -22,6 +22,7 @@ namespace Toolkit
 class TOOLKIT_API FSStream : public IStream
 {
 public:
+    /// How a file is opened.
     enum OpenMode : std::uint32_t
     {
         /// An existing file, from its start.

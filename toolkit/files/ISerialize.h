@@ -17,7 +17,9 @@ class TOOLKIT_API ISerialize
 public:
     virtual ~ISerialize() = default;
 
+    /// Writes the object to the stream.
     virtual StreamResult Serialize(IStream& stream) const = 0;
+    /// Reads the object from the stream.
     virtual StreamResult Deserialize(IStream& stream) = 0;
 };
 

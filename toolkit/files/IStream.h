@@ -17,16 +17,18 @@ class TOOLKIT_API IStream
 public:
     virtual ~IStream() = default;
 
-    /// A string: its count of bytes, then its characters of 4 bytes each.
+    /// Writes a string: its count of bytes, then its characters of 4 bytes each.
     virtual StreamResult Write(const TString<wchar_t>& text) = 0;
-    /// A value of 4 bytes in the host's order.
+    /// Writes a value of 4 bytes in the host's order.
     virtual StreamResult Write(unsigned int value) = 0;
-    /// A raw block of `size` bytes with no count in front.
+    /// Writes a raw block of `size` bytes with no count in front.
     virtual StreamResult Write(const void* data, unsigned int size) = 0;
 
-    /// The counterparts.
+    /// Reads a string.
     virtual StreamResult Read(TString<wchar_t>& text) = 0;
+    /// Reads a value of 4 bytes in the host's order.
     virtual StreamResult Read(unsigned int& value) = 0;
+    /// Reads a raw block of `size` bytes.
     virtual StreamResult Read(void* data, unsigned int size) = 0;
 
     /// The stream's size in bytes, 0 when it is not open.

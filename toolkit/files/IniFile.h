@@ -58,6 +58,7 @@ public:
     /// Quirk: GetUint32 takes a negative number modulo 2^32.
     unsigned int GetUint32(const TString<wchar_t>& section, const TString<wchar_t>& key,
                            unsigned int defaultValue) const;
+    /// The same for a number with a sign.
     int GetInt32(const TString<wchar_t>& section, const TString<wchar_t>& key, int defaultValue) const;
 
     /// True exactly when GetUint32 would read 1. `defaultValue` when the key is missing or its value is

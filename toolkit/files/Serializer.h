@@ -21,7 +21,9 @@ public:
     /// The stream, which belongs to the serializer.
     virtual IStream& GetStream() const = 0;
 
+    /// Has the object write itself to the stream.
     StreamResult Serialize(const ISerialize& object) const;
+    /// Has the object read itself from the stream.
     StreamResult Deserialize(ISerialize& object);
 };
 

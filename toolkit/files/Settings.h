@@ -84,8 +84,9 @@ public:
     /// True when the key is there, with or without a value.
     bool Has(std::string_view section, std::string_view key) const;
 
-    /// The names of the sections, with and without keys, and of a section's keys, in the order of the file.
+    /// The names of the sections, with and without keys, in the order of the file.
     std::vector<std::string> Sections() const;
+    /// The names of the keys of a section, in the order of the file.
     std::vector<std::string> Keys(std::string_view section) const;
 
     /// Gives a key a value, in memory. A key that is there keeps its line, a new one comes after the last one
@@ -93,6 +94,7 @@ public:
     /// (`Errc::Refused`) and changes nothing: a value with a line end or with blanks at its ends, for
     /// instance, or text that is no UTF-8. A bool is written as 1 or 0, which `IniFile` understands.
     Result<void> Set(std::string_view section, std::string_view key, std::string_view value);
+    /// The same for a number or a bool.
     template <typename T, IfNumber<T> = 0>
     Result<void> Set(std::string_view section, std::string_view key, T value)
     {

@@ -36,6 +36,7 @@ public:
     std::uint64_t Size() const noexcept;
     /// When the content was changed last, to two seconds, in the local zone of now.
     std::chrono::system_clock::time_point Modified() const noexcept;
+    /// True for a folder, whose name ends with "/".
     bool IsFolder() const noexcept;
 
 private:
@@ -59,7 +60,9 @@ public:
     ZipReport& operator=(const ZipReport& other) noexcept;
     ~ZipReport();
 
+    /// The names of the entries that were extracted.
     const std::vector<std::string>& Extracted() const noexcept;
+    /// A failure for each entry that was not.
     const std::vector<Failure>& Refused() const noexcept;
 
 private:
@@ -84,8 +87,11 @@ public:
     ZipLimits& operator=(const ZipLimits& other);
     ~ZipLimits();
 
+    /// How many entries an archive may have.
     ZipLimits& Entries(std::uint64_t most);
+    /// How many bytes may be written altogether.
     ZipLimits& Bytes(std::uint64_t most);
+    /// How many times as long as in the archive a content may be.
     ZipLimits& Ratio(std::uint64_t most);
 
 private:
@@ -118,6 +124,7 @@ public:
 
     /// The entries in the order of the archive.
     const ZipEntry* begin() const noexcept;
+    /// The end of the entries.
     const ZipEntry* end() const noexcept;
 
     /// The first entry of exactly this name.

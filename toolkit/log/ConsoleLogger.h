@@ -14,6 +14,7 @@ namespace Toolkit
 class TOOLKIT_API ConsoleLogger : public ILogger
 {
 public:
+    /// Passes pieces of severities up to `level`.
     explicit ConsoleLogger(LogSeverity level);
     ~ConsoleLogger() override;
 

@@ -13,6 +13,7 @@ namespace Toolkit
 class TOOLKIT_API DebuggerLogger : public ILogger
 {
 public:
+    /// Passes pieces of severities up to `level`.
     explicit DebuggerLogger(LogSeverity level);
     ~DebuggerLogger() override;
 

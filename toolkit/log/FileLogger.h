@@ -26,7 +26,9 @@ class ForkShield;
 class TOOLKIT_API FileLogger : public ILogger, public Thread
 {
 public:
+    /// The mode in which the file is opened, for FFile.
     static const TString<wchar_t> c_strOpenMode;
+    /// The extension of the file's name.
     static const TString<wchar_t> c_strLogExtension;
     /// Stands between the name and the tick count in a time-stamped file name.
     static const TString<wchar_t> c_strTickSeparator;

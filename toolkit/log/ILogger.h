@@ -38,22 +38,31 @@ public:
     /// no logger exists.
     static void SetLogger(smart_ptr<ILogger> logger);
 
+    /// The highest severity that the sink passes.
     LogSeverity GetThreshold() const { return m_threshold.load(std::memory_order_relaxed); }
     /// Any thread may change the threshold at any time.
     void SetThreshold(LogSeverity threshold);
+    /// The severity of the pieces that are streamed next.
     LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
 
     /// All operators return the installed logger. Quirk: so a chain continues there, not on the object that
     /// it began with.
     ILogger& operator<<(const SetSeverity& selection);
+    /// Writes a text.
     ILogger& operator<<(const TString<wchar_t>& text);
     /// `text` is UTF-8.
     ILogger& operator<<(const TString<char>& text);
+    /// Writes a decimal number.
     ILogger& operator<<(short value);
+    /// Writes a decimal number.
     ILogger& operator<<(int value);
+    /// Writes a decimal number.
     ILogger& operator<<(long long value);
+    /// Writes a decimal number.
     ILogger& operator<<(unsigned short value);
+    /// Writes a decimal number.
     ILogger& operator<<(unsigned int value);
+    /// Writes a decimal number.
     ILogger& operator<<(unsigned long long value);
     /// Everything else, in the form that LogText gives it.
     template <class T>
@@ -68,12 +77,15 @@ public:
     /// null.
     static smart_ptr<ILogger>* s_pInstance;
 
-    /// The separators of a log line: " ", " : " and a line feed.
+    /// " ", which stands after the severity of a line.
     static const TString<wchar_t> c_strLogToken1;
+    /// " : ", which stands between the other fields of a line.
     static const TString<wchar_t> c_strLogToken2;
+    /// The line feed at the end of a line.
     static const TString<wchar_t> c_strLogToken3;
 
 protected:
+    /// A sink that passes severities up to `threshold`.
     explicit ILogger(LogSeverity threshold);
 
 private:

@@ -38,6 +38,7 @@ public:
     /// Records of a higher value reach no sink, whatever the sink's own threshold is. It is Verbose at first,
     /// so that each sink has its own, and `Install` leaves it alone. An ILogger keeps its own threshold.
     static void SetThreshold(LogSeverity threshold);
+    /// What `SetThreshold` set.
     static LogSeverity Threshold();
 
     /// True when a sink takes records of this severity.

@@ -32,11 +32,13 @@ public:
         Begin(severity);
         return true;
     }
+    /// The severity that `Begins` kept.
     static LogSeverity BegunSeverity();
 
     /// Gives both branches of the macro one type, which is none.
     struct End
     {
+        /// Drops the line's value.
         void operator&(const LogLine&) const {}
     };
 
@@ -49,12 +51,14 @@ public:
     static void Write(ILogger& sink, LogSeverity severity, unsigned int line, const char* function,
                       std::string_view message);
 
+    /// Begins a line; both pointers stay the caller's.
     LogLine(LogSeverity severity, unsigned int line, const char* function);
     ~LogLine();
 
     LogLine(const LogLine&) = delete;
     LogLine& operator=(const LogLine&) = delete;
 
+    /// Adds the text of a value, in the form of LogText.
     template <class T>
     LogLine& operator<<(const T& value)
     {

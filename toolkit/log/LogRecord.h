@@ -24,6 +24,7 @@ struct LogRecord
 {
     /// When the line was complete.
     std::chrono::system_clock::time_point time;
+    /// How serious the line is.
     LogSeverity severity = LogSeverity::Info;
     /// The system's number of the thread that logged, as debuggers and `ps -L` show it.
     std::uint64_t thread = 0;

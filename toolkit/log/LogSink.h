@@ -24,16 +24,19 @@ namespace Toolkit
 class TOOLKIT_API LogSink
 {
 public:
+    /// A sink that takes severities up to `threshold`.
     explicit LogSink(LogSeverity threshold = LogSeverity::Verbose);
     virtual ~LogSink();
 
     LogSink(const LogSink&) = delete;
     LogSink& operator=(const LogSink&) = delete;
 
+    /// Takes one record.
     virtual void Write(const LogRecord& record) = 0;
 
     /// Any thread may change the threshold at any time.
     void SetThreshold(LogSeverity threshold);
+    /// The highest severity that the sink takes.
     LogSeverity Threshold() const { return m_threshold.load(std::memory_order_relaxed); }
 
 private:

@@ -49,15 +49,18 @@ public:
     /// Makes a statement, streamed or not, an expression of type void.
     struct End
     {
+        /// Drops the statement's value.
         void operator&(const LogStatement&) const {}
     };
 
+    /// Begins a statement; both texts must outlive it, and the records that sinks keep.
     LogStatement(const char* file, unsigned int line, const char* function);
     ~LogStatement();
 
     LogStatement(const LogStatement&) = delete;
     LogStatement& operator=(const LogStatement&) = delete;
 
+    /// Adds the text of a value.
     template <class T>
     LogStatement& operator<<(const T& value)
     {

@@ -21,6 +21,7 @@ namespace Toolkit
 class TOOLKIT_API LogText
 {
 public:
+    /// The text of a value.
     template <class T>
     static TString<wchar_t> Of(const T& value)
     {
@@ -29,6 +30,7 @@ public:
         return text;
     }
 
+    /// Appends the text of a value.
     template <class T>
     static void Append(TString<wchar_t>& text, const T& value)
     {

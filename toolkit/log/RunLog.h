@@ -27,6 +27,7 @@ public:
     explicit RunLogOptions(std::string_view name);
     RunLogOptions(const RunLogOptions& other);
     RunLogOptions(RunLogOptions&& other) noexcept;
+    /// Takes over the options of `other`.
     RunLogOptions& operator=(RunLogOptions other) noexcept;
     ~RunLogOptions();
 
@@ -80,6 +81,7 @@ public:
     /// Waits until everything that was logged before is in the file, or has been lost; true unless that takes
     /// longer. It never waits without `Background`.
     bool Flush();
+    /// The same with a time-out, after which it returns false.
     bool Flush(std::chrono::nanoseconds timeout);
 
     /// The file that is written now; it changes with the size. Empty while no file can be made.

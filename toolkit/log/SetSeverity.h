@@ -11,8 +11,10 @@ namespace Toolkit
 /// Streamed into a logger, selects the severity of the pieces that follow.
 struct TOOLKIT_API SetSeverity
 {
+    /// Selects this severity.
     explicit SetSeverity(LogSeverity value) : severity(value) {}
 
+    /// The severity that is selected.
     LogSeverity severity;
 };
 

@@ -14,6 +14,7 @@ namespace Toolkit
 class TOOLKIT_API Group
 {
 public:
+    /// Keeps copies of both texts.
     Group(const TString<char>& value, const TString<char>& name, unsigned short index);
     virtual ~Group();
 

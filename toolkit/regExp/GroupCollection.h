@@ -22,6 +22,7 @@ public:
     GroupCollection();
     virtual ~GroupCollection();
 
+    /// How many groups there are, the whole match included.
     std::size_t GetCount() const { return m_groups.size(); }
 
     /// The group numbered `index`, which must be below GetCount().
@@ -36,8 +37,11 @@ public:
     smart_ptr<Group, smart_ptr_policy> Find(const TString<char>& name) const;
 
 protected:
+    /// Removes all groups and names.
     void Clear();
+    /// Takes the memory for so many groups.
     void Reserve(std::size_t count);
+    /// Adds the next group, without a name.
     void AddGroup(const TString<char>& value);
     /// Lists the name and gives it to the group of that number, where there is one.
     void AddName(const TString<char>& name, int number);

@@ -16,10 +16,9 @@ struct PatternSearch;
 
 /// What a `Pattern` found in a text: true for a match, false without one. A search that could not be ended is
 /// false as well, and `Error()` says why: a limit was reached (`Errc::LimitReached`), or the text is not
-/// UTF-8
-/// (`Errc::Malformed`). Groups are numbered as their parentheses open, 0 is the whole match; they are parts
-/// of the text, which must live as long as they are used. A value that needs its pattern no longer; several
-/// threads may read one at once.
+/// UTF-8 (`Errc::Malformed`). Groups are numbered as their parentheses open, 0 is the whole match; they are
+/// parts of the text, which must live as long as they are used. A value that needs its pattern no longer;
+/// several threads may read one at once.
 ///
 ///     Toolkit::Match match = pattern->Find(line);
 ///     if (match)
@@ -46,18 +45,22 @@ public:
     /// What the group matched; empty when it took no part in the match, and when the pattern has no such
     /// group. Of several groups of one name it is the first that took part.
     std::string_view operator[](std::size_t group) const noexcept;
+    /// The same by name; of several groups of one name it is the first that took part.
     std::string_view operator[](std::string_view name) const noexcept;
 
     /// True when the group took part in the match.
     bool Has(std::size_t group) const noexcept;
+    /// The same by name.
     bool Has(std::string_view name) const noexcept;
 
     /// The byte of the text where the group begins; `std::string_view::npos` when it took no part.
     std::size_t Position(std::size_t group = 0) const noexcept;
+    /// The same by name.
     std::size_t Position(std::string_view name) const noexcept;
 
     /// The bytes of the group; 0 when it took no part.
     std::size_t Length(std::size_t group = 0) const noexcept;
+    /// The same by name.
     std::size_t Length(std::string_view name) const noexcept;
 
     /// The groups of the pattern with the whole match; 0 without a match.

@@ -31,7 +31,9 @@ public:
     /// The byte of the pattern where the compilation failed.
     int GetErrorOffset() const { return m_iErrorOffset; }
 
+    /// The text that is searched.
     const TString<char>& GetSubject() const { return m_strSubject; }
+    /// The pattern that is compiled.
     const TString<char>& GetPattern() const { return m_strPattern; }
     /// PCRE's execution options (PCRE_NOTBOL is 128, for instance).
     int GetExecOptions() const { return m_iExecOptions; }
@@ -42,8 +44,11 @@ public:
     /// took no part; the last third is PCRE's own.
     const int* GetOffsets() const { return m_offsets; }
 
+    /// Sets the text that is searched.
     void SetSubject(const TString<char>& subject) { m_strSubject = subject; }
+    /// Sets the pattern that is compiled.
     void SetPattern(const TString<char>& pattern) { m_strPattern = pattern; }
+    /// Sets PCRE's execution options.
     void SetExecOptions(int options) { m_iExecOptions = options; }
 
 private:

@@ -37,12 +37,18 @@ public:
         /// The end.
         Iterator() noexcept;
 
+        /// The match; it changes when the iterator goes on.
         const Match& operator*() const noexcept { return m_match; }
+        /// The members of the match.
         const Match* operator->() const noexcept { return &m_match; }
+        /// Searches for the next match.
         Iterator& operator++();
+        /// The same; returns the iterator as it was.
         Iterator operator++(int);
 
+        /// True when both stand at the same place, or at the end.
         bool operator==(const Iterator& other) const noexcept;
+        /// True when they stand at different places.
         bool operator!=(const Iterator& other) const noexcept { return !(*this == other); }
 
     private:
@@ -53,7 +59,9 @@ public:
         Match m_match;
     };
 
+    /// Searches for the first match.
     Iterator begin() const;
+    /// The end.
     Iterator end() const noexcept { return Iterator(); }
 
 private:

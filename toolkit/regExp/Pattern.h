@@ -44,6 +44,7 @@ class TOOLKIT_API Pattern
                          int>;
 
 public:
+    /// What changes the meaning of a pattern; options are joined by "|".
     enum Options : std::uint32_t
     {
         Default = 0,

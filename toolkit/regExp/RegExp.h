@@ -28,20 +28,24 @@ public:
 
     /// The modifiers are kept and change nothing.
     RegExp(const TString<char>& pattern, RegExpOptions::Modifiers modifiers);
+    /// The same for a wide pattern.
     RegExp(const TString<wchar_t>& pattern, RegExpOptions::Modifiers modifiers);
 
     /// The pattern as UTF-8.
     const TString<char>& GetPattern() const { return m_strPattern; }
+    /// As given to the constructor.
     RegExpOptions::Modifiers GetModifiers() const { return m_modifiers; }
 
     /// True when the pattern matches somewhere.
     /// Quirk: false when a group takes part in the match that is numbered 20 or higher.
     bool IsMatch(const TString<char>& subject) const;
+    /// The same for wide text.
     bool IsMatch(const TString<wchar_t>& subject) const;
 
     /// The groups of the first match; no groups and the result -1 without one.
     /// Quirk: no groups and the result 0 when one takes part that is numbered 20 or higher.
     smart_ptr<MatchResult, smart_ptr_policy> Match(const TString<char>& subject) const;
+    /// The same for wide text; offsets are bytes of its UTF-8 form.
     smart_ptr<MatchResult, smart_ptr_policy> Match(const TString<wchar_t>& subject) const;
 
     /// The input with every match replaced by the same text, literally. Quirk: the last argument is ignored.

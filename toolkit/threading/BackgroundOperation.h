@@ -33,10 +33,11 @@ public:
     /// Ends every wait; then calls OnOperationEnded of the operation itself and of each listener.
     void SendOperationEnded();
 
-    /// Blocks until the end is announced, and on an operation that was never started too; then true. Quirk:
-    /// it sees the end up to 200 ms late, and none that a start follows within that time.
+    /// Blocks until the end is announced, also before the start; then true. Quirk: it polls every 200 ms, so
+    /// that it returns up to 200 ms after the end, and misses an end that a new start follows sooner.
     bool Wait() const;
 
+    /// The value given to the constructor.
     unsigned int GetValue() const { return m_uValue; }
 
     /// Sets the date of the last activity to the current tick count.
@@ -45,8 +46,9 @@ public:
     unsigned int GetLastOperationDate() const;
 
 protected:
-    /// What an operation does itself at its start and its end, before its listeners are told: nothing.
+    /// What an operation does itself at its start, before its listeners are told: nothing.
     virtual void OnOperationStarted();
+    /// What an operation does itself at its end, before its listeners are told: nothing.
     virtual void OnOperationEnded();
 
     /// An event with manual reset for the subclass's own use, not signalled at first.

@@ -15,7 +15,9 @@ class TOOLKIT_API BackgroundOperationHandler
 public:
     virtual ~BackgroundOperationHandler() = default;
 
+    /// The operation has begun.
     virtual void OnOperationStarted() = 0;
+    /// The operation has ended.
     virtual void OnOperationEnded() = 0;
 };
 

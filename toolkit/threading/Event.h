@@ -30,7 +30,9 @@ public:
 
     /// Wakes all waiters at once; `errno` stays as it is.
     void Set() noexcept;
+    /// Makes waiters block again.
     void Reset() noexcept;
+    /// True from `Set` to `Reset`.
     bool IsSet() const noexcept { return m_uSet.load(std::memory_order_acquire) != 0; }
 
     /// Blocks until the event is set.

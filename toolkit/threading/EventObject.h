@@ -17,6 +17,7 @@ public:
     /// The polling slice of `Wait`, in milliseconds.
     static const unsigned int s_uMinSlice = 200;
 
+    /// With `autoReset` a wait that sees the signal clears it; `signalled` is the state at first.
     EventObject(bool autoReset, bool signalled);
 
     EventObject(const EventObject&) = delete;
@@ -26,7 +27,9 @@ public:
     /// `timeout` is in milliseconds; 4294967295 waits without limit.
     bool Wait(unsigned int timeout);
 
+    /// Sets the event.
     void Signal();
+    /// Clears the event.
     void Reset();
 
 private:

@@ -12,6 +12,7 @@ namespace Toolkit
 class TOOLKIT_API Mutex : public MutexInternal
 {
 public:
+    /// With `lockNow` the constructing thread holds the mutex at once.
     explicit Mutex(bool lockNow = false);
     ~Mutex() override;
 
@@ -20,6 +21,7 @@ public:
     void lock();
     /// One try, which never waits; true when the caller holds the mutex now.
     bool try_lock() { return TryLock(); }
+    /// Gives the mutex up once.
     void unlock() { Unlock(); }
 };
 

@@ -13,6 +13,7 @@ namespace Toolkit
 class TOOLKIT_API MutexLock
 {
 public:
+    /// Locks the mutex, which must outlive this object.
     explicit MutexLock(MutexInternal& mutex) : m_mutex(mutex), m_bLocked(mutex.Lock(Mutex::s_uInfinite)) {}
     ~MutexLock()
     {

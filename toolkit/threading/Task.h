@@ -30,8 +30,11 @@ public:
     TaskProgress(const TaskProgress& other) noexcept;
     TaskProgress& operator=(const TaskProgress& other) noexcept;
 
+    /// How much is done, in the unit of the work.
     std::int64_t Done() const noexcept;
+    /// How much there is to do; 0 before the first report.
     std::int64_t All() const noexcept;
+    /// What the work says that it does.
     const std::string& Text() const noexcept;
     /// True once the work has returned or thrown.
     bool IsFinished() const noexcept;
@@ -84,6 +87,7 @@ public:
 
     /// Asks the work to end; it ends when it looks. What it returns then is its value all the same.
     void Cancel() noexcept;
+    /// True once `Cancel` was called.
     bool IsCancelled() const noexcept;
     /// True until the work has returned or thrown, and the last call of `OnChange` was made or handed over.
     bool IsRunning() const noexcept;
@@ -92,6 +96,7 @@ public:
     /// True when it is so, at the latest after that time.
     bool WaitFor(std::chrono::nanoseconds time) const noexcept;
 
+    /// How far the work is, as it reported last.
     TaskProgress Progress() const;
 
     /// Has `changed` called after reports, at most every 50 ms, and once at the end: on the task's thread,
@@ -106,6 +111,7 @@ public:
 
 protected:
     TaskBase() noexcept;
+    /// Starts the work on a new thread; `value` is where it stores its result.
     TaskBase(std::function<void(TaskContext&)> work, std::shared_ptr<void> value);
     TaskBase(TaskBase&& other) noexcept;
     TaskBase& operator=(TaskBase&& other) noexcept;

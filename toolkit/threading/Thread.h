@@ -70,16 +70,18 @@ public:
     /// started and on the thread itself.
     ExitCode Wait();
 
-    /// Started and not finished yet, paused or not.
+    /// True when the thread was started and has not finished yet, paused or not.
     bool IsRunning() const;
+    /// True while the thread is asked to pause, or pauses.
     bool IsPaused() const;
 
     /// For DoWork: blocks while the thread is paused; true once the thread is to stop. Elsewhere it only
     /// tells whether the thread was asked to stop.
     bool TestDestroy() override;
 
-    /// UndefinedThread when the operating system's thread could not be created.
+    /// The identifier of the thread; UndefinedThread when the operating system's thread could not be created.
     unsigned long GetId() const;
+    /// The identifier of the calling thread.
     static unsigned long GetCurrentId();
     /// True on the process's first thread, whether or not wxWidgets runs.
     static bool IsMainThread();

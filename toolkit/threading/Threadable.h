@@ -14,6 +14,7 @@ namespace Toolkit::Threading
 class TOOLKIT_API Threadable : public Thread
 {
 public:
+    /// Shares the task; null is one that does nothing.
     explicit Threadable(smart_ptr<IRunnable, smart_ptr_policy> task);
     ~Threadable() override;
 

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -20,8 +21,11 @@
 #include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/log/FileLogger.h"
+#include "toolkit/log/RunLog.h"
 
 using Toolkit::FileLogger;
+using Toolkit::RunLog;
+using Toolkit::RunLogOptions;
 using Toolkit::SingleApplicationInstance;
 using Toolkit::ToolkitSession;
 using ToolkitTest::ChildAnswer;
@@ -167,6 +171,26 @@ TEST(ForkedChild, KeepsNoLogFileLocked)
     }
     EXPECT_EQ("second", log.Bytes());
     EXPECT_TRUE(log.FallbackPaths().empty());
+}
+
+TEST(ForkedChild, KeepsNoFileOfARunInUse)
+{
+    const TemporaryFolder folder;
+    const RunLogOptions options = RunLogOptions("run").Folder(folder.Path()).Keep(1);
+    const auto files = [&folder]
+    { return std::distance(std::filesystem::directory_iterator(folder.Path()), {}); };
+    Host host(
+        [&options](const std::function<void()>& forkAndWait)
+        {
+            const auto log = RunLog::Open(options);
+            if (log)
+                forkAndWait();
+            return false;
+        });
+    ASSERT_TRUE(host.KillWhenReady());
+    ASSERT_EQ(1, files());
+    EXPECT_TRUE(RunLog::Open(options));
+    EXPECT_EQ(1, files());
 }
 
 TEST(ForkedChild, KeepsNoInstanceAlive)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -12,6 +13,7 @@
 #include <set>
 #include <thread>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -500,6 +502,79 @@ TEST_F(RunLogTest, ForkedProcessEndsWithoutTheQueue)
     EXPECT_EQ(7, WEXITSTATUS(status));
     log.reset();
     EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one"));
+}
+
+TEST_F(RunLogTest, ForkedProcessLogsIntoTheSameFile)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    log->Write(RecordOf("one"));
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [&log]
+        {
+            log->Write(RecordOf("two"));
+            return true;
+        }));
+    log->Write(RecordOf("three"));
+    EXPECT_THAT(FilesIn(Folder()), SizeIs(1));
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one", "two", "three"));
+}
+
+// A line that does not fit is taken back, and nothing that the other process has written meanwhile.
+TEST_F(RunLogTest, FullFileCostsNoLineOfAForkedProcess)
+{
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [this]() -> ToolkitTest::ChildAnswer
+        {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit = {1000, 1000};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            const std::shared_ptr<RunLog> log = OpenLog(Options().Keep(0));
+            log->Write(RecordOf("of the one"));
+            const testing::AssertionResult child = ToolkitTest::InChild(
+                [&log]
+                {
+                    log->Write(RecordOf("of the other"));
+                    return true;
+                });
+            log->Write(RecordOf(std::string(900, 'x')));
+            if (!child)
+                return child.message();
+            const std::vector<std::string> messages = MessagesIn(Folder());
+            return messages.size() == 4 && messages[0] == "of the one" && messages[1] == "of the other" &&
+                   messages[3] == std::string(900, 'x');
+        }));
+}
+
+TEST_F(RunLogTest, DescriptorsThatTheHostHasClosedAreNotClosedAgain)
+{
+    EXPECT_TRUE(ToolkitTest::InChild(
+        [this]() -> ToolkitTest::ChildAnswer
+        {
+            std::shared_ptr<RunLog> log = OpenLog(Options());
+            log->Write(RecordOf("one"));
+            const int last = open("/dev/null", O_RDONLY | O_CLOEXEC);
+            std::vector<int> closed;
+            for (int number = 3; number < last; ++number)
+            {
+                char target[PATH_MAX] = {};
+                const std::string link = "/proc/self/fd/" + std::to_string(number);
+                if (readlink(link.c_str(), target, sizeof target - 1) > 0 && target == log->File().native())
+                {
+                    close(number);
+                    closed.push_back(number);
+                }
+            }
+            for (std::size_t i = 1; i < closed.size(); ++i)
+                dup2(last, closed[i]);
+            log->Write(RecordOf("lost"));
+            log->Write(RecordOf("two"));
+            log.reset();
+            for (std::size_t i = 1; i < closed.size(); ++i)
+                if (fcntl(closed[i], F_GETFD) == -1)
+                    return "closed what is the host's";
+            const std::vector<std::string> messages = MessagesIn(Folder());
+            return !closed.empty() && messages.back() == "two";
+        }));
 }
 
 TEST_F(RunLogTest, KilledProcessLosesNoLineThatWasLogged)

@@ -5,15 +5,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
-#include <memory>
 #include <utility>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "toolkit/internal/system/FolderStream.h"
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/zones/CivilTime.h"
 
@@ -101,23 +100,31 @@ bool LogFiles::Append(std::string_view lines)
     if (m_bTorn && !WriteAll(m_file.Get(), "\n", 1))
         return false;
     m_bTorn = false;
-    if (WriteAll(m_file.Get(), lines.data(), lines.size()))
+    const std::size_t written = WriteUpTo(m_file.Get(), lines.data(), lines.size());
+    if (written == lines.size())
     {
-        m_uSize += lines.size();
+        m_uSize += written;
         return true;
     }
-    TakeBack();
+    TakeBack(written);
     return false;
 }
 
-void LogFiles::TakeBack()
+// A forked child may have written to the file, too: what is not known to be this line's own stays.
+void LogFiles::TakeBack(std::size_t written)
 {
     const int error = errno;
     struct stat status = {};
     if (error == EBADF)
+    {
+        // The host has closed it, as a rule with every other descriptor.
         m_file.Release();
-    else if (fstat(m_file.Get(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) > m_uSize)
-        m_bTorn = ftruncate(m_file.Get(), static_cast<off_t>(m_uSize)) != 0;
+        m_lock.Forget();
+    }
+    else if (written > 0)
+        m_bTorn = fstat(m_file.Get(), &status) != 0 ||
+                  static_cast<std::uint64_t>(status.st_size) != m_uSize + written ||
+                  ftruncate(m_file.Get(), static_cast<off_t>(m_uSize)) != 0;
     errno = error;
 }
 
@@ -165,8 +172,7 @@ bool LogFiles::OpenAt(Moment moment)
     struct stat status = {};
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0)
         return false;
-    // Tells other runs that the file is in use; without a lock it is only less safe from them.
-    file.TryLock();
+    Lock(file);
     m_file = std::move(file);
     m_path.swap(path);
     m_uSize = 0;
@@ -174,6 +180,20 @@ bool LogFiles::OpenAt(Moment moment)
     m_uDevice = status.st_dev;
     m_uNumber = status.st_ino;
     return true;
+}
+
+// By a descriptor of its own, which no forked child shares: one that lives on may write to the file, but does
+// not keep it in use when this process has ended. Without a lock the file is only less safe from other runs.
+void LogFiles::Lock(const Descriptor& file)
+{
+    const std::string path = "/proc/self/fd/" + std::to_string(file.Get());
+    m_lock = UnsharedDescriptor(
+        [&path]
+        {
+            Descriptor lock(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+            lock.TryLock();
+            return lock;
+        });
 }
 
 fs::path LogFiles::PathAt(Moment moment) const
@@ -200,7 +220,7 @@ std::vector<fs::path> LogFiles::Files() const
 {
     std::vector<fs::path> files;
     // The standard library's iterator ends the process when it finds no memory for a name.
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(m_folder.c_str()), &closedir);
+    const FolderStream folder = OpenFolder(AT_FDCWD, m_folder.c_str());
     while (const dirent* const entry = folder != nullptr ? readdir(folder.get()) : nullptr)
         if (IsOfThisLog(entry->d_name))
             files.push_back(m_folder / entry->d_name);

@@ -3,6 +3,7 @@
 #define TOOLKIT_INTERNAL_LOG_LOGFILES_H
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/UnsharedDescriptor.h"
 
 namespace Toolkit
 {
@@ -40,8 +42,10 @@ private:
     using Moment = std::chrono::time_point<std::chrono::system_clock, std::chrono::milliseconds>;
 
     bool Append(std::string_view lines);
-    // Takes back what was written of lines that did not fit; errno stays.
-    void TakeBack();
+    // Takes back the bytes that were written of lines that did not fit; errno stays.
+    void TakeBack(std::size_t written);
+    // Tells other runs that the file is in use.
+    void Lock(const Descriptor& file);
     // True when the file is still where it was made.
     bool IsInPlace() const;
     // True when it must be looked whether the file is still there: at each line, but for those of a program
@@ -64,6 +68,7 @@ private:
     const std::uint64_t m_uMaxSize;
 
     Descriptor m_file;
+    UnsharedDescriptor m_lock;
     std::filesystem::path m_path;
     std::uint64_t m_uSize = 0;
     std::uint64_t m_uDevice = 0;

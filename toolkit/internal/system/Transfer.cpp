@@ -35,9 +35,13 @@ std::size_t Repeat(std::size_t size, Step step)
 
 bool WriteAll(int descriptor, const void* data, std::size_t size)
 {
+    return WriteUpTo(descriptor, data, size) == size;
+}
+
+std::size_t WriteUpTo(int descriptor, const void* data, std::size_t size)
+{
     const char* const bytes = static_cast<const char*>(data);
-    return Repeat(size, [&](std::size_t done) { return write(descriptor, bytes + done, size - done); }) ==
-           size;
+    return Repeat(size, [&](std::size_t done) { return write(descriptor, bytes + done, size - done); });
 }
 
 std::size_t ReadUpTo(int descriptor, void* buffer, std::size_t size)

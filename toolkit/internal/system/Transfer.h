@@ -15,6 +15,9 @@ namespace Toolkit
 // True when all of it was written; otherwise errno tells why not.
 bool WriteAll(int descriptor, const void* data, std::size_t size);
 
+// Returns the bytes written. They are fewer than `size` on an error, which errno tells.
+std::size_t WriteUpTo(int descriptor, const void* data, std::size_t size);
+
 // Returns the bytes read. They are fewer than `size` at the end of the file, where errno is 0, and on an
 // error, which errno tells.
 std::size_t ReadUpTo(int descriptor, void* buffer, std::size_t size);

@@ -47,6 +47,14 @@ public:
         m_descriptor.Close();
     }
 
+    // For a number that somebody else has closed, and that may be another file's by now.
+    void Forget()
+    {
+        const ForkShield::Pause pause;
+        m_shield.Set(-1, pause);
+        m_descriptor.Release();
+    }
+
 private:
     Descriptor m_descriptor;
     ForkShield m_shield;

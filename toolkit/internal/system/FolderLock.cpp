@@ -27,8 +27,10 @@ std::filesystem::path FolderOf(const std::filesystem::path& file)
 } // namespace
 
 FolderLock::FolderLock(const std::filesystem::path& file, std::chrono::milliseconds limit)
-    : m_folder(open(FolderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
 {
+    const std::filesystem::path folder = FolderOf(file);
+    m_folder = UnsharedDescriptor(
+        [&folder] { return Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)); });
     if (!m_folder.IsOpen())
         return;
     const auto end = std::chrono::steady_clock::now() + limit;

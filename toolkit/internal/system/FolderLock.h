@@ -5,15 +5,15 @@
 #include <chrono>
 #include <filesystem>
 
-#include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/UnsharedDescriptor.h"
 
 namespace Toolkit
 {
 
 // Held while a process looks at a file and then replaces it, so that of two that do so at once neither undoes
 // what the other did. It is an advisory lock of the folder that the file, or what it links to, lies in: it
-// leaves nothing behind, and ends with the process. A folder that is not there and a system without such
-// locks are no hindrance.
+// leaves nothing behind, and ends with the process; a forked child has no part in it. A folder that is not
+// there and a system without such locks are no hindrance.
 class FolderLock
 {
 public:
@@ -24,7 +24,7 @@ public:
     bool IsBusy() const { return m_bBusy; }
 
 private:
-    Descriptor m_folder;
+    UnsharedDescriptor m_folder;
     bool m_bBusy = false;
 };
 

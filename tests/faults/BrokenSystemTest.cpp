@@ -396,6 +396,62 @@ TEST_F(BrokenSystem, IsAnsweredByFiles)
     });
 }
 
+// The calls that an operation makes, of those that a broken disk fails, one after the other.
+std::vector<std::string> CallsOf(const std::function<void()>& operation)
+{
+    std::vector<std::string> calls;
+    for (unsigned long call = 1;; ++call)
+    {
+        FailingSystem::Set(call, FailingSystem::Broken, false);
+        ToolkitTest::Faults()(operation);
+        if (!FailingSystem::HasFailed())
+            return calls;
+        calls.push_back(FailingSystem::GetFailed());
+    }
+}
+
+// The content is on the disk before the name leads to it, and the name thereafter.
+TEST_F(BrokenSystem, SeesEachNewFileOnTheDiskBeforeItTakesItsPlace)
+{
+    const std::string file = m_folder.Path("file");
+    int value = 0;
+    const std::vector<std::pair<const char*, std::function<void()>>> writers = {
+        {"TextFile",
+         [&]
+         {
+             TextFile text;
+             text.Open(Path("file"));
+             text.AddLine(c_strText);
+             text.Write();
+         }},
+        {"WriteFile", [&] { static_cast<void>(WriteFile(file, "new")); }},
+        {"Settings",
+         [&]
+         {
+             Result<Settings> settings = Settings::LoadOrNew(file);
+             if (settings && settings->Set("section", "key", ++value))
+                 static_cast<void>(settings->Save());
+         }},
+        {"ZipWriter",
+         [&]
+         {
+             Result<ZipWriter> archive = ZipWriter::Create(file);
+             if (archive && archive->Add("name", "bytes"))
+                 static_cast<void>(archive->Finish());
+         }},
+    };
+    for (const auto& [name, write] : writers)
+    {
+        Write("file", "");
+        std::vector<std::string> calls;
+        for (const std::string& call : CallsOf(write))
+            if (call == "fsync" || call == "rename" ||
+                (call == "write" && (calls.empty() || calls.back() != call)))
+                calls.push_back(call);
+        EXPECT_EQ((std::vector<std::string>{"write", "fsync", "rename", "fsync"}), calls) << name;
+    }
+}
+
 TEST_F(BrokenSystem, IsAnsweredByArchives)
 {
     ToolkitTest::MakeSmallArchive(m_folder, "zip");

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "bench/Bench.h"
 
+#include <algorithm>
+#include <cstdlib>
+
 #include <unistd.h>
 
 namespace ToolkitBench
@@ -38,6 +41,16 @@ std::wstring WideWords(std::size_t length)
 {
     const std::string words = Words(length);
     return std::wstring(words.begin(), words.end());
+}
+
+bool IsBrief()
+{
+    return std::getenv("BENCH_BRIEF") != nullptr;
+}
+
+std::size_t Scaled(std::size_t count)
+{
+    return !IsBrief() ? count : std::max<std::size_t>(count / 1000, 16);
 }
 
 } // namespace ToolkitBench

@@ -54,6 +54,12 @@ const std::filesystem::path& Folder();
 std::string Words(std::size_t length);
 std::wstring WideWords(std::size_t length);
 
+// True where the environment has BENCH_BRIEF: nothing is measured well then, all of it is only tried.
+bool IsBrief();
+
+// That many, or a thousandth of it where all is only tried, but sixteen at least.
+std::size_t Scaled(std::size_t count);
+
 // Each program registers its operations here.
 void Register();
 

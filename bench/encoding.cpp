@@ -213,7 +213,6 @@ void RegisterBase64()
                             [bytes] { benchmark::DoNotOptimize(Base64::Encode(bytes)); });
     ToolkitBench::Operation("StrictBase64Decode/Toolkit",
                             [text] { benchmark::DoNotOptimize(Base64::Decode(text)); });
-    RegisterBase64Peers("StrictBase64Encode/", "StrictBase64Decode/", bytes, text);
 }
 
 void RegisterQuotedPrintablePeers(const std::string& encode, const std::string& decode,

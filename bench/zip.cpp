@@ -72,14 +72,6 @@ std::size_t CountEntries(const TString<wchar_t>& path)
     return entries.size();
 }
 
-// Registers a peer's listing beside both of ours.
-template <class List>
-void RegisterList(const std::string& whose, List list)
-{
-    ToolkitBench::Operation("ZipList/" + whose, list);
-    ToolkitBench::Operation("ReaderList/" + whose, list);
-}
-
 void RegisterReader(const std::filesystem::path& path)
 {
     ToolkitBench::Operation("ReaderList/Toolkit",
@@ -126,36 +118,34 @@ void RegisterToolkit(const std::filesystem::path& archivePath)
 template <class Read>
 void RegisterContent(const std::string& whose, Read read)
 {
-    for (const char* const name : {"ZipBytes/", "ReaderRead/"})
-        ToolkitBench::Operation(name + whose,
-                                [read]() mutable
-                                {
-                                    const auto bytes = read();
-                                    benchmark::DoNotOptimize(bytes.data());
-                                });
-    for (const char* const name : {"ZipExtract/", "ReaderExtract/"})
-        ToolkitBench::Operation(name + whose,
-                                [read, target = (ToolkitBench::Folder() / whose).string()]() mutable
-                                {
-                                    const auto bytes = read();
-                                    std::FILE* const file = std::fopen(target.c_str(), "wb");
-                                    std::fwrite(bytes.data(), 1, bytes.size(), file);
-                                    std::fclose(file);
-                                });
+    ToolkitBench::Operation("ZipBytes/" + whose,
+                            [read]() mutable
+                            {
+                                const auto bytes = read();
+                                benchmark::DoNotOptimize(bytes.data());
+                            });
+    ToolkitBench::Operation("ZipExtract/" + whose,
+                            [read, target = (ToolkitBench::Folder() / whose).string()]() mutable
+                            {
+                                const auto bytes = read();
+                                std::FILE* const file = std::fopen(target.c_str(), "wb");
+                                std::fwrite(bytes.data(), 1, bytes.size(), file);
+                                std::fclose(file);
+                            });
 }
 
 void RegisterWx(const std::string& path)
 {
-    RegisterList("wx",
-                 [path]
-                 {
-                     wxFFileInputStream file(path);
-                     wxZipInputStream archive(file);
-                     std::size_t count = 0;
-                     while (const std::unique_ptr<wxZipEntry> entry{archive.GetNextEntry()})
-                         ++count;
-                     benchmark::DoNotOptimize(count);
-                 });
+    ToolkitBench::Operation("ZipList/wx",
+                            [path]
+                            {
+                                wxFFileInputStream file(path);
+                                wxZipInputStream archive(file);
+                                std::size_t count = 0;
+                                while (const std::unique_ptr<wxZipEntry> entry{archive.GetNextEntry()})
+                                    ++count;
+                                benchmark::DoNotOptimize(count);
+                            });
     const auto archive = std::make_shared<wxZipInputStream>(new wxFFileInputStream(path));
     std::shared_ptr<wxZipEntry> big;
     while (big == nullptr || big->GetName() != s_strBig)
@@ -181,7 +171,7 @@ void RegisterLimit()
     compress(packed.data(), &packedSize, reinterpret_cast<const unsigned char*>(content.data()),
              content.size());
     packed.resize(packedSize);
-    for (const char* name : {"ZipBytes/limit", "ZipExtract/limit", "ReaderRead/limit", "ReaderExtract/limit"})
+    for (const char* name : {"ZipBytes/limit", "ZipExtract/limit"})
         ToolkitBench::Operation(name,
                                 [packed]
                                 {
@@ -196,16 +186,16 @@ void RegisterLimit()
 #ifdef BENCH_LIBZIP
 void RegisterLibzip(const std::string& path)
 {
-    RegisterList("libzip",
-                 [path]
-                 {
-                     zip_t* const archive = zip_open(path.c_str(), ZIP_RDONLY, nullptr);
-                     const zip_int64_t count = zip_get_num_entries(archive, 0);
-                     for (zip_int64_t i = 0; i < count; ++i)
-                         benchmark::DoNotOptimize(
-                             std::string(zip_get_name(archive, static_cast<zip_uint64_t>(i), 0)));
-                     zip_discard(archive);
-                 });
+    ToolkitBench::Operation("ZipList/libzip",
+                            [path]
+                            {
+                                zip_t* const archive = zip_open(path.c_str(), ZIP_RDONLY, nullptr);
+                                const zip_int64_t count = zip_get_num_entries(archive, 0);
+                                for (zip_int64_t i = 0; i < count; ++i)
+                                    benchmark::DoNotOptimize(
+                                        std::string(zip_get_name(archive, static_cast<zip_uint64_t>(i), 0)));
+                                zip_discard(archive);
+                            });
     const std::shared_ptr<zip_t> archive(zip_open(path.c_str(), ZIP_RDONLY, nullptr), &zip_discard);
     const zip_uint64_t big = static_cast<zip_uint64_t>(zip_name_locate(archive.get(), s_strBig, 0));
     RegisterContent("libzip",
@@ -223,20 +213,20 @@ void RegisterLibzip(const std::string& path)
 #ifdef BENCH_MINIZIP
 void RegisterMinizip(const std::string& path)
 {
-    RegisterList("minizip",
-                 [path]
-                 {
-                     const unzFile archive = unzOpen(path.c_str());
-                     for (int answer = unzGoToFirstFile(archive); answer == UNZ_OK;
-                          answer = unzGoToNextFile(archive))
-                     {
-                         unz_file_info entry = {};
-                         char name[256];
-                         unzGetCurrentFileInfo(archive, &entry, name, sizeof name, nullptr, 0, nullptr, 0);
-                         benchmark::DoNotOptimize(std::string(name));
-                     }
-                     unzClose(archive);
-                 });
+    ToolkitBench::Operation(
+        "ZipList/minizip",
+        [path]
+        {
+            const unzFile archive = unzOpen(path.c_str());
+            for (int answer = unzGoToFirstFile(archive); answer == UNZ_OK; answer = unzGoToNextFile(archive))
+            {
+                unz_file_info entry = {};
+                char name[256];
+                unzGetCurrentFileInfo(archive, &entry, name, sizeof name, nullptr, 0, nullptr, 0);
+                benchmark::DoNotOptimize(std::string(name));
+            }
+            unzClose(archive);
+        });
     const std::shared_ptr<void> archive(unzOpen(path.c_str()), &unzClose);
     unzLocateFile(archive.get(), s_strBig, 1);
     unz_file_pos big = {};
@@ -278,7 +268,8 @@ std::vector<char> ReadByLibarchive(const std::string& path, const std::string& n
 
 void RegisterLibarchive(const std::string& path)
 {
-    RegisterList("libarchive", [path] { benchmark::DoNotOptimize(ReadByLibarchive(path, "no such name")); });
+    ToolkitBench::Operation("ZipList/libarchive",
+                            [path] { benchmark::DoNotOptimize(ReadByLibarchive(path, "no such name")); });
     RegisterContent("libarchive", [path] { return ReadByLibarchive(path, s_strBig); });
 }
 #endif
@@ -286,14 +277,15 @@ void RegisterLibarchive(const std::string& path)
 #ifdef BENCH_POCO
 void RegisterPoco(const std::string& path)
 {
-    RegisterList("POCO",
-                 [path]
-                 {
-                     std::ifstream file(path, std::ios::binary);
-                     const Poco::Zip::ZipArchive archive(file);
-                     for (auto entry = archive.headerBegin(); entry != archive.headerEnd(); ++entry)
-                         benchmark::DoNotOptimize(std::string(entry->first));
-                 });
+    ToolkitBench::Operation("ZipList/POCO",
+                            [path]
+                            {
+                                std::ifstream file(path, std::ios::binary);
+                                const Poco::Zip::ZipArchive archive(file);
+                                for (auto entry = archive.headerBegin(); entry != archive.headerEnd();
+                                     ++entry)
+                                    benchmark::DoNotOptimize(std::string(entry->first));
+                            });
     std::ifstream file(path, std::ios::binary);
     const auto archive = std::make_shared<Poco::Zip::ZipArchive>(file);
     RegisterContent("POCO",

@@ -18,8 +18,8 @@ class TOOLKIT_API DynamicLibrary
 public:
     DynamicLibrary();
     /// Loads the library at once, resolves all of its symbols and offers its own to libraries loaded later.
-    /// Quirk: ".so" is added to a name without an extension. A name without a folder is searched for as the
-    /// system does.
+    /// A name without a folder is searched for as the system does. Quirk: ".so" is added to a name without an
+    /// extension.
     explicit DynamicLibrary(const TString<wchar_t>& path);
     ~DynamicLibrary();
 

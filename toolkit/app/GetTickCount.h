@@ -8,7 +8,8 @@ namespace Toolkit
 {
 
 /// Milliseconds since an arbitrary moment, wrapping at 2^32. Any thread may ask.
-/// Quirk: it advances in clock ticks, of 10 ms as a rule. Quirk: their length is spelled `uMsMulitplier`.
+/// Quirk: it advances in clock ticks, of 10 ms as a rule. Quirk: the length of a tick is spelled
+/// `uMsMulitplier`.
 TOOLKIT_API unsigned int GetTickCount();
 
 } // namespace Toolkit

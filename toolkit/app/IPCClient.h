@@ -16,11 +16,11 @@ namespace Toolkit
 class TOOLKIT_API IPCClient
 {
 public:
-    /// Connects to the service with that topic and has it execute the topic's text, up to its first NUL. The
-    /// service is named as for `IPCServer`; an empty one is the same default channel. Quirk: true when the
-    /// server accepted the topic and the same text was sent again as the command; nobody waits for its
-    /// listeners. False when there is no such server, for a socket file of another user, for a topic that has
-    /// no UTF-8 form or more than 64 MiB of it, and after ten seconds.
+    /// Sends the topic's text, up to its first NUL, to the service, whose listeners get it as a command. The
+    /// service is named as for `IPCServer`; an empty one is the same default channel. True when the server
+    /// took the text. False when there is no such server, for a socket file of another user, for a topic that
+    /// has no UTF-8 form or more than 64 MiB of it, and after ten seconds. Quirk: the text is sent twice, as
+    /// topic and as command, and the result is true before any listener has heard of it.
     static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic);
 
     /// The same, giving up after that many milliseconds; 4294967295 waits without a limit.

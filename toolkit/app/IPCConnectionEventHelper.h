@@ -24,7 +24,7 @@ public:
 
     /// Decodes the data by its format and size (wide text as such, everything else as UTF-8), up to its first
     /// NUL, and sends it to the server's listeners, whose exceptions pass. True in any case. Quirk: what is
-    /// no Unicode text is accepted, but is no event.
+    /// no Unicode text is accepted, but no listener hears of it.
     bool OnExecute(const wxString& topic, const void* data, size_t size, wxIPCFormat format) override;
 
     /// A server sends nothing to its clients: null and false.

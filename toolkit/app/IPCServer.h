@@ -20,14 +20,14 @@ class IPCInternalServer;
 /// holds up no other, and stays until it leaves; only when descriptors or memory run out, those are dropped
 /// that were silent for longest. A forked copy of the process takes no part in it, and keeps no socket of it.
 /// On a port any user of this machine may send commands: prefer a local socket, which only this user reaches.
-/// Failures are answered by `Run`; nothing is logged but a listener's exception.
+/// `Run` returns whether it failed; nothing is logged but a listener's exception.
 class TOOLKIT_API IPCServer : public EventNotifier<IPCConnectionEvent>
 {
 public:
     /// Does not listen yet. A service of digits is a TCP port, on which this machine alone is listened to;
-    /// any other is the path of a local socket file, for this user alone. Quirk: so is "http". An empty one
-    /// is the default channel: the file in "/tmp" that is named after the path manager's unique instance
-    /// name.
+    /// any other is the path of a local socket file, for this user alone. An empty one is the default
+    /// channel: the file in "/tmp" that is named after the path manager's unique instance name. Quirk: a name
+    /// such as "http" is a relative path, and no port.
     explicit IPCServer(const TString<wchar_t>& service);
     /// Ends all connections and removes the socket file. Never from within a listener.
     ~IPCServer() override;
@@ -35,16 +35,16 @@ public:
     IPCServer(const IPCServer&) = delete;
     IPCServer& operator=(const IPCServer&) = delete;
 
-    /// True when the server listens. Quirk: calling it again then changes nothing, unless the socket file is
-    /// gone. False when the service is not to be had, and the server may try again later: a living server has
-    /// it (a dead one's socket is taken over), anything else lies at the path, the text can be no service,
-    /// the caller is not on the main thread, or wxWidgets is not started. Waits at most two seconds for other
-    /// servers that start at the same path.
+    /// Listens; true when it does. False when the service cannot be had: a living server has it (the socket
+    /// of a dead one is taken over), anything else lies at the path, the text is no possible service, the
+    /// caller is not on the main thread, or wxWidgets is not started. The server may try again later. It
+    /// waits at most two seconds for other servers that start at the same path. Quirk: on a server that
+    /// listens it changes nothing and returns true, unless the socket file is gone.
     bool Run();
 
-    /// Calls every listener in their order, with the listeners' mutex held. An exception of a listener passes
-    /// with the mutex unlocked. Quirk: where a client's command is delivered it ends there, is logged as an
-    /// error, and the next command is delivered.
+    /// Calls every listener in their order, with the listeners' mutex held; an exception ends that.
+    /// Quirk: an exception of a listener passes to the caller here, but where a client's command is delivered
+    /// it is only logged as an error, and the next command is delivered.
     void SendExecuteEvent(const TString<wchar_t>& command);
 
     /// The service itself; for an empty one the default channel, or an empty text while there is no path

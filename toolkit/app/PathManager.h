@@ -22,10 +22,10 @@ public:
 
     /// The name of the configuration folder.
     static const TString<wchar_t> c_strConfigurationFolderName;
-    /// The name of the resources folder. Quirk: it is "ressources".
+    /// The name of the resources folder. Quirk: it is spelled "ressources".
     static const TString<wchar_t> c_strRessourcesFolderName;
-    /// The name of the appearances folder. Quirk: appearances live in the resources folder, so that it is the
-    /// same name.
+    /// The name of the appearances folder. Quirk: appearances lie in the resources folder, so that it has the
+    /// name of that one.
     static const TString<wchar_t> c_strAppearancesFolderName;
     /// The name of the plug-ins folder.
     static const TString<wchar_t> c_strPluginsFolderName;

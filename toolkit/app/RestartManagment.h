@@ -26,7 +26,7 @@ public:
     /// it, alike in the old process and the new one; empty at first.
     static TString<wchar_t> s_strExecutableFilename;
 
-    /// For the host's use. Quirk: it is spelled so.
+    /// A text for the host's use. Quirk: its name is misspelled.
     static const TString<wchar_t> c_strUniqueIdentifer;
 
     RestartManagment();
@@ -37,8 +37,9 @@ public:
 
     /// The name in `s_strExecutableFilename`, without folder and extension.
     static TString<wchar_t> GetAppName();
-    /// The first of the variables TMPDIR, TMP and TEMP that is not empty; "/tmp" if there is none. Quirk: one
-    /// whose value is no UTF-8 is passed over. Quirk: the path manager's temporary folder is another matter.
+    /// The first of the variables TMPDIR, TMP and TEMP that is not empty; "/tmp" if there is none. Quirk: a
+    /// variable whose value is no UTF-8 is passed over. Quirk: it asks the environment, unlike `GetTempDir`
+    /// of the path manager.
     static TString<wchar_t> GetTempDir();
     /// "<temporary folder>/<application><user>.restart".
     static TString<wchar_t> GetLockFileName();

@@ -32,8 +32,8 @@ public:
     SingleApplicationInstance(const SingleApplicationInstance&) = delete;
     SingleApplicationInstance& operator=(const SingleApplicationInstance&) = delete;
 
+    /// True when another process is the first one; in a forked copy of the first process it is true, too.
     /// Quirk: the answer is that of the moment of construction, also when the other process has ended since.
-    /// In a forked copy of the first process it returns true.
     bool IsAlreadyRunning() const;
 
 private:

@@ -53,7 +53,7 @@ public:
     /// The order of bytes of the machine.
     static Endian GetEndian();
 
-    /// False on this platform. Quirk: neither this nor the two below ask the system.
+    /// False on this platform. Quirk: the questions about rights have fixed answers: no, no, yes.
     static bool HasAdministratorCredentials();
     /// False on this platform.
     static bool HasPowerUserCredentials();
@@ -65,7 +65,8 @@ public:
     /// child's process id; with `wait` the call blocks until the child ends, and -1 tells that it could not
     /// be waited for; a trace then tells the child's exit code, or the signal that ended it. Without `wait`
     /// the caller reaps the child. Quirk: when no child can be made the result is the positive error number.
-    /// Quirk: when the executable cannot be run, only the child's exit code tells the error number.
+    /// Quirk: when the executable cannot be run, only the child's exit code tells the error number, which the
+    /// result does not; with `wait` the trace does.
     static int StartProcess(const TString<wchar_t>& path, const TString<wchar_t>& arguments, bool wait);
 };
 

@@ -15,8 +15,8 @@ extern "C"
 
     /// Unregisters the library's module, which releases it if the manager is still initialised, then destroys
     /// the manager and the module. Without a load it does nothing.
-    /// Quirk: one unload does so however often they were loaded; the modules of others are forgotten, not
-    /// released.
+    /// Quirk: one unload takes everything down, however often it was loaded; the modules of others are
+    /// forgotten, not released.
     TOOLKIT_API void DllToolkitUnload();
 }
 

@@ -59,7 +59,7 @@ public:
     }
 
     /// `Contains` without regard to case. Both character types fold through the narrow `tolower` of the
-    /// current locale. Quirk: wide letters beyond it compare exactly.
+    /// current locale. Quirk: wide letters beyond the narrow `tolower` compare exactly.
     bool HasSubstring(const TString& text) const
     {
         return Detail::HasSubstring(this->data(), this->size(), text.data(), text.size());
@@ -73,7 +73,7 @@ public:
     }
 
     /// Replaces every occurrence of `what` by `with`, those that a replacement creates included (wide text
-    /// only). Quirk: a `with` that contains `what`, or an empty `what`, never ends.
+    /// only). Quirk: it never ends when `with` contains `what`, or when `what` is empty.
     template <class D = C, class = std::enable_if_t<std::is_same_v<D, wchar_t>>>
     void Replace(const TString& what, const TString& with)
     {

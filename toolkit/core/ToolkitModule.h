@@ -20,7 +20,7 @@ public:
     void Initialize() override;
 
     /// Puts a NullLogger in the place of the host's sink and destroys the singletons that exist.
-    /// Quirk: they do not go in the reverse order of their creation.
+    /// Quirk: the singletons are not destroyed in the reverse order of their creation.
     void Release() override;
 };
 

@@ -13,9 +13,9 @@ namespace Toolkit
 
 /// A point in time, of whole seconds, with the calendar of the system's local zone. A value: copies are deep,
 /// and each object is used by one thread at a time, while no other changes the environment. The zones are the
-/// C library's, which follows TZ. Quirk: a local time that comes twice is the first, and one that is left out
-/// counts on from the last one before. Nothing here throws or logs: what does not exist is an invalid value,
-/// which stays invalid through every operation, and whose fields are 0.
+/// C library's, which follows TZ. Nothing here throws or logs: what does not exist is an invalid value, which
+/// stays invalid through every operation, and whose fields are 0. Quirk: of a local time that comes twice the
+/// first is meant, and one that is left out counts on from the last one before.
 class TOOLKIT_API DateTime
 {
 public:

@@ -22,7 +22,7 @@ public:
     static void Encode(const TString<wchar_t>& text, TString<char>& bytes);
 
     /// True when the UTF-8 form has another length than the text, as where a character needs more than one
-    /// byte. Quirk: so it is without a UTF-8 form, and as a rule where the text holds a NUL.
+    /// byte. Quirk: it is true for text without a UTF-8 form, too, and as a rule for text with a NUL.
     static bool HasToBeUTF8(const TString<wchar_t>& text);
 };
 

@@ -41,14 +41,15 @@ public:
     /// equal ones the first is kept. It is decoded as UTF-8, by the local character set or byte by byte,
     /// whichever is the first that fits.
     ///
-    /// `pattern` keeps the names that begin, without regard to case, with its text before its last "*", or
-    /// with all of it if it has none; an empty one and "*.*" keep all names.
+    /// Only the names that match `pattern` are listed. What stands before its last "*", or all of it where
+    /// there is none, is the beginning that a name must have, in upper or lower case. An empty pattern and
+    /// "*.*" keep all names.
     ///
     /// Quirk: "/" and "./" in front of a name are dropped, unless nothing else would be left.
-    /// Quirk: the line in the log names source line 106, or 99 for a file that is no archive, wherever this
-    /// is written.
-    /// Quirk: a second listing does not begin anew: it goes on where the first one ended. Behind a complete
-    /// one it returns -1, but 0 after an `UnZip`.
+    /// Quirk: the line in the log names source line 106, or 99 for a file that is no archive, whatever the
+    /// source says.
+    /// Quirk: a second listing goes on where the first one ended: after a complete one it returns -1, but 0
+    /// after an `UnZip`.
     int EntriesList(std::map<TString<wchar_t>, smart_ptr<ArchiveZipEntry>>& entries,
                     const TString<wchar_t>& pattern, ArchiveEntriesFlags::ArchiveEntriesType type);
 

@@ -31,7 +31,7 @@ public:
 
     /// Replaces all sections by the content of another file, read as TextFile reads it. False when it cannot
     /// be read: there are no sections then. `path` may be a value of this object.
-    /// Quirk: the line in the log names source line 64, wherever this is written.
+    /// Quirk: the line in the log names source line 64, whatever the source says.
     ///
     /// "[name]" over the whole line begins a section, or goes on with an earlier one of that name; ";" in the
     /// first column begins a comment. Any other line is a key and its value around the first "=", both
@@ -55,7 +55,7 @@ public:
     /// The number that the value begins with, as a wide stream in the classic locale reads it; a number out
     /// of range gives the nearest bound. `defaultValue` when the key is missing or its value is empty.
     /// Quirk: a value that begins with no number gives 0, not the default.
-    /// Quirk: GetUint32 takes a negative number modulo 2^32.
+    /// Quirk: a negative number is taken modulo 2^32.
     unsigned int GetUint32(const TString<wchar_t>& section, const TString<wchar_t>& key,
                            unsigned int defaultValue) const;
     /// The same for a number with a sign.

@@ -30,8 +30,8 @@ public:
     explicit ZipInputStream(const TString<wchar_t>& path);
     ~ZipInputStream() override;
 
-    /// Quirk: all three readers give nothing of a damaged entry, not even what lies before the damage.
     /// Appends every remaining byte of the entry; nothing when the entry is damaged or its checksum is wrong.
+    /// Quirk: all three readers give nothing of a damaged entry, not even what lies before the damage.
     ZipInputStream& operator>>(std::vector<unsigned char>& bytes);
 
     /// Reads the next word, which ends at a space, a tab or a line's end; empty at the end of the entry. A

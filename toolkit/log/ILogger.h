@@ -45,8 +45,8 @@ public:
     /// The severity of the pieces that are streamed next.
     LogSeverity GetSeverity() const { return m_severity.load(std::memory_order_relaxed); }
 
-    /// All operators return the installed logger. Quirk: so a chain continues there, not on the object that
-    /// it began with.
+    /// Selects the severity of the pieces that follow. All operators return the installed logger. Quirk: a
+    /// chain continues on the installed logger, not on the object that it began with.
     ILogger& operator<<(const SetSeverity& selection);
     /// Writes a text.
     ILogger& operator<<(const TString<wchar_t>& text);

@@ -23,8 +23,8 @@ public:
         return ILogger::s_pInstance != nullptr && severity <= (*ILogger::s_pInstance)->GetThreshold();
     }
 
-    /// Quirk: these and the object itself stay for programs that were built when TOOLKIT_LOG was made of
-    /// them; LogStatement took their place.
+    /// True when the line is wanted. This, `BegunSeverity` and the object itself stay for programs that were
+    /// built when TOOLKIT_LOG was made of them; LogStatement took their place.
     static bool Begins(LogSeverity severity)
     {
         if (!IsWanted(severity))

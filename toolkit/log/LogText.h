@@ -16,8 +16,8 @@ namespace Toolkit
 
 /// The text form of a logged value: that of a wide stream with its default flags in the classic locale,
 /// whatever the host's global locale. Numbers are decimal, a bool is 1 or 0; a TString<char> or
-/// std::string_view is UTF-8. Quirk: narrow characters and arrays of them are not decoded but widened one by
-/// one. Any thread may call it.
+/// std::string_view is UTF-8. Any thread may call it. Quirk: narrow characters and arrays of them are
+/// not decoded but widened one by one.
 class TOOLKIT_API LogText
 {
 public:

@@ -21,7 +21,7 @@ namespace Toolkit
 class TOOLKIT_API WxLogForwarder : public wxLog
 {
 public:
-    /// Becomes wxWidgets' active target. Quirk: the one before is neither kept nor deleted.
+    /// Becomes wxWidgets' active target. Quirk: the target before it is neither kept nor deleted.
     WxLogForwarder();
     /// Forwards what was kept back, and leaves wxWidgets without a target.
     ~WxLogForwarder() override;

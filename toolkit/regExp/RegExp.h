@@ -51,7 +51,7 @@ public:
     /// The input with every match replaced by the same text, literally. Quirk: the last argument is ignored.
     /// Quirk: "^" never matches at the start of the input nor "$" at its end, nor does an empty match count.
     /// Quirk: a search that would begin at byte 65,536 or later begins at that position modulo 65,536, in
-    /// text that was rewritten before. Quirk: where this would never end it throws as if a limit of PCRE were
+    /// text that was rewritten before. Quirk: a run that would never end throws as if a limit of PCRE were
     /// exceeded.
     /// The time grows with the text; but with the square of a text above 64 KiB on PCRE, and for a pattern
     /// that holds anything else than characters, classes, "(", "(?:", "(?>", "(?i)", alternatives,

@@ -8,9 +8,9 @@
 namespace Toolkit
 {
 
-/// A flag that one thread sets and others wait for, with manual or automatic reset. Any thread may call
-/// anything. Quirk: waiting polls in slices of `s_uMinSlice`, so a waiter sees a signal up to 200 ms late.
-/// With automatic reset one waiter consumes each signal; a signal that nobody waits for stays set.
+/// A flag that one thread sets and others wait for, with manual or automatic reset. With automatic reset one
+/// waiter consumes each signal; a signal that nobody waits for stays set. Any thread may call anything.
+/// Quirk: waiting polls in slices of `s_uMinSlice`, so a waiter sees a signal up to 200 ms late.
 class TOOLKIT_API EventObject
 {
 public:

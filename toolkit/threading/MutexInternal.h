@@ -29,7 +29,7 @@ public:
     /// True when the caller holds the mutex now. `timeout` is in milliseconds; 4294967295 waits without
     /// limit. Any other value is timeout / 10 + 1 tries with a pause of 10 ms after each that found the mutex
     /// busy.
-    /// Quirk: so a busy mutex takes about 10 ms with 0, and 30 ms with 25.
+    /// Quirk: a busy mutex takes about 10 ms with a time-out of 0, and 30 ms with 25.
     bool Lock(unsigned int timeout);
 
     /// True when the caller held the mutex.

@@ -29,8 +29,9 @@ public:
     void Replace(const ZipFile::LocalRecord& record);
 
     wxInputStream& Read(void* buffer, std::size_t count) override;
-    // Quirk: after a record whose name is empty, the second question is answered with 0. wxWidgets
-    // asks twice there: whether the record came whole, and whether the name did, for which it reads nothing.
+    // Quirk: after a record whose name is empty, the second question is answered with 0. There
+    // wxWidgets asks twice: whether the record came whole, and whether the name did, for which it reads
+    // nothing.
     std::size_t LastRead() const override;
 
     wxFileOffset GetLength() const override;

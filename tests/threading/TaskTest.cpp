@@ -305,6 +305,26 @@ TEST(Task, HandsItsCallsToTheExecutor)
     EXPECT_EQ(before, calls);
 }
 
+TEST(Task, TellsOfTheEndOnceWhenTheExecutorIsLate)
+{
+    auto queue = std::make_shared<Queue>();
+    Event listening;
+    int ends = 0;
+    auto task = Task<void>::Start(
+        [&listening](TaskContext& context)
+        {
+            listening.Wait();
+            context.Report(1, 2);
+        });
+    task.OnChange([&ends](const TaskProgress& progress) { ends += progress.IsFinished() ? 1 : 0; },
+                  [queue](std::function<void()> call) { (*queue)(std::move(call)); });
+    listening.Set();
+    task.Wait();
+    // The one for the report sees the end already.
+    EXPECT_EQ(2U, queue->CallAll());
+    EXPECT_EQ(1, ends);
+}
+
 TEST(Task, ListenerGivenAfterTheEndIsCalledAtOnce)
 {
     auto task = Task<int>::Start([](TaskContext& context) { return context.Report(3, 4), 1; });

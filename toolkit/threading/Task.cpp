@@ -38,6 +38,8 @@ struct TaskBase::State : std::enable_shared_from_this<State>
     {
         std::function<void(const TaskProgress&)> m_changed;
         Executor m_executor;
+        // Set under m_calling: a call that an executor makes late may be the one that tells of the end.
+        mutable bool m_bToldOfEnd = false;
     };
 
     bool IsCurrent() const { return m_threadId.load() == std::this_thread::get_id(); }
@@ -117,8 +119,11 @@ struct TaskBase::State : std::enable_shared_from_this<State>
     void Call(const Listener& listener)
     {
         const std::lock_guard<std::recursive_mutex> lock(m_calling);
-        if (!m_bClosed && IsInstalled(listener))
-            listener.m_changed(Progress());
+        if (m_bClosed || listener.m_bToldOfEnd || !IsInstalled(listener))
+            return;
+        const TaskProgress progress = Progress();
+        listener.m_bToldOfEnd = progress.IsFinished();
+        listener.m_changed(progress);
     }
 
     bool IsInstalled(const Listener& listener)
@@ -307,8 +312,8 @@ void TaskBase::OnChange(std::function<void(const TaskProgress&)> changed, Execut
         return;
     std::shared_ptr<const State::Listener> listener;
     if (changed)
-        listener =
-            std::make_shared<State::Listener>(State::Listener{std::move(changed), std::move(executor)});
+        listener = std::make_shared<State::Listener>(
+            State::Listener{std::move(changed), std::move(executor), false});
     bool ended = false;
     {
         const std::lock_guard<std::mutex> lock(m_pState->m_guard);

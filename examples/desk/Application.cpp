@@ -1,245 +1,367 @@
 // SPDX-License-Identifier: MIT
 #include "Application.h"
 
-#include "toolkit/app/GetTickCount.h"
-#include "toolkit/app/IPCClient.h"
-#include "toolkit/app/IPCConnectionEvent.h"
-#include "toolkit/app/PathManager.h"
-#include "toolkit/app/RestartManagment.h"
-#include "toolkit/app/SingleApplicationInstance.h"
-#include "toolkit/core/smart_ptr.h"
-#include "toolkit/files/FFile.h"
-#include "toolkit/files/IniFile.h"
-#include "toolkit/log/LogSeverity.h"
-#include "toolkit/log/LogStatement.h"
-#include "toolkit/threading/BackgroundOperationHandler.h"
-#include "toolkit/threading/Thread.h"
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "Host.h"
+#include "Index.h"
+#include "Opener.h"
+#include "Preferences.h"
+#include "toolkit/app/Process.h"
+#include "toolkit/log/Log.h"
+#include "toolkit/log/RunLog.h"
+#include "toolkit/regExp/Pattern.h"
 
 namespace Desk
 {
 
 using namespace Toolkit;
+using namespace std::chrono_literals;
+
+struct Application::Running
+{
+    Running(const Preferences& preferences, const Folders& folders, const std::filesystem::path& bundle,
+            const TaskBase::Executor& executor)
+        : m_preferences(preferences),
+          m_host(Folders::Executable().parent_path() / "plugins"),
+          m_index(m_host, bundle, folders.Cache() / "archive"),
+          m_opener(folders.Cache() / "attachments", executor)
+    {
+    }
+
+    Preferences m_preferences;
+    Host m_host;
+    Index m_index;
+    Opener m_opener;
+};
 
 namespace
 {
 
+const char* const c_strKey = "org.example.desk";
+
 // How long a start waits for a desk that begins or ends just now.
-const unsigned int s_uPatience = 20 * 1000;
-const unsigned int s_uTryInterval = 50;
+const std::chrono::seconds s_patience(20);
 
-const wchar_t* const c_strNoCommand = L"show";
-
-// The channel lies in the user's own folder, beside what else desk keeps there.
-Text Channel()
+std::string Argument(const Instance::Command& command)
 {
-    return Join((*PathManager::s_pInstance)->GetApplicationDataPath(), L"desk.ipc");
+    return command.Arguments().size() > 1 ? command.Arguments()[1] : std::string();
 }
 
-// What this start would have the desk that runs do.
-Text CommandOf(const Options& options)
+// A relative path is meant from where the later start stands.
+std::filesystem::path File(const Instance::Command& command)
 {
-    if (!options.m_strSend.empty())
-        return options.m_strSend;
-    return options.m_strOpen.empty() ? Text(c_strNoCommand) : Text(L"open " + options.m_strOpen);
+    return (command.Folder() / Argument(command)).lexically_normal();
 }
 
-class CommandListener : public IPCConnectionEvent
+// What this start would have the desk that runs do: a verb, and an argument if there is one.
+std::vector<std::string> WordsOf(const Options& options)
 {
-public:
-    explicit CommandListener(Application& application) : m_application(application) {}
+    if (!options.open.empty())
+        return {"open", options.open.string()};
+    const std::string& text = options.send;
+    const std::size_t blank = text.find(' ');
+    if (blank == text.npos)
+        return {text};
+    return {text.substr(0, blank), text.substr(blank + 1)};
+}
 
-    void OnExecuteEvent(const Text& command) override { m_application.Execute(command); }
-
-private:
-    Application& m_application;
-};
-
-class IndexListener : public BackgroundOperationHandler
+Instance::Answer Failed(const Failure& failure)
 {
-public:
-    IndexListener(const Index& index, View& view) : m_index(index), m_view(view) {}
+    return Instance::Answer(1, failure.Message() + '\n');
+}
 
-    void OnOperationStarted() override
-    {
-        m_view.Tell(m_index.IsPaused() ? L"the index is paused before the first mail"
-                                       : L"the mails are indexed in the background");
-    }
-
-    void OnOperationEnded() override
-    {
-        const Text count = ToText(m_index.GetDocuments().size());
-        m_view.ShowIndex();
-        m_view.Tell(m_index.IsComplete() ? count + L" mails are indexed"
-                                         : L"the index was stopped after " + count + L" mails");
-    }
-
-private:
-    const Index& m_index;
-    View& m_view;
-};
+// What a program wrote, as a document.
+Document OutputOf(const std::string& name, const ProcessResult& result)
+{
+    Document document;
+    document.title = name;
+    document.text = result.Output() + result.Errors();
+    return document;
+}
 
 } // namespace
 
-Application::Application(const Options& options, View& view) : m_options(options), m_view(view) {}
+Application::Application(const Options& options, const Folders& folders, View& view)
+    : m_options(options), m_folders(folders), m_view(view)
+{
+}
 
 Application::~Application()
 {
     End();
 }
 
-Application::Start Application::Begin()
+std::optional<Instance::Answer> Application::Begin()
 {
-    const Start start = FindFirst(CommandOf(m_options));
-    if (start != Start::First)
-        return start;
-    if (!m_options.m_strSend.empty())
-        return Start::Failed;
-    m_bBegun = true;
-    m_host.OpenLog(m_options.m_strLog);
-    RestartManagment::s_strExecutableFilename = (*PathManager::s_pInstance)->GetApplicationName();
-    if (m_options.m_bRestart)
-        TakeOver();
-    m_host.LoadPlugins();
-    const Text data = m_options.m_strData.empty() ? Text() : Absolute(m_options.m_strData);
-    const IniFile settings(Join(data, L"desk.ini"));
-    std::vector<Text> problems;
-    m_host.Configure(settings, problems);
-    m_index = std::make_unique<Index>(m_host, data, settings, m_options.m_bPaused);
-    if (!m_options.m_strOpen.empty())
-        Open(m_options.m_strOpen);
-    Listen();
-    StartIndex();
-    return start;
+    if (const std::optional<Answer> answer = AskFirst())
+        return answer;
+    if (!m_options.send.empty())
+        return Answer(1, "no desk takes the command\n");
+    if (const Result<void> run = Run(); !run)
+        return Failed(run.error());
+    return std::nullopt;
 }
 
-Application::Start Application::FindFirst(const Text& command)
+std::optional<Instance::Answer> Application::AskFirst()
 {
-    const unsigned long long start = GetTickCount();
-    smart_ptr<SingleApplicationInstance>& instance = *SingleApplicationInstance::s_pInstance;
-    while (instance->IsAlreadyRunning())
+    const auto start = std::chrono::steady_clock::now();
+    while (true)
     {
-        // The new process of a restart comes while the old one ends; anybody else may come while the first
-        // one begins.
-        if (!m_options.m_bRestart && IPCClient::Connect(Channel(), command))
-            return Start::HandedOver;
-        if (GetTickCount() - start > s_uPatience)
-            return Start::Failed;
-        Thread::Sleep(s_uTryInterval);
-        // Who was first when the object was made says nothing of now.
-        instance = new SingleApplicationInstance;
+        Result<Instance> instance = Instance::Claim(c_strKey);
+        if (!instance)
+            return Failed(instance.error());
+        if (instance->IsFirst())
+        {
+            m_instance.emplace(*std::move(instance));
+            return std::nullopt;
+        }
+        const Result<Answer> answer = instance->Ask(WordsOf(m_options), s_patience);
+        if (answer)
+            return *answer;
+        // The first one may end just now, and then this one may be the next.
+        if (!m_options.send.empty() || std::chrono::steady_clock::now() - start > s_patience)
+            return Failed(answer.error());
+        std::this_thread::sleep_for(50ms);
     }
-    return Start::First;
 }
 
-void Application::TakeOver()
+Result<void> Application::Run()
 {
-    RestartManagment::WaitingForPreviousProcessFinish();
-    const bool locked = RestartManagment::IsLocked();
-    RestartManagment::RemoveLock();
-    m_view.Tell(!locked                         ? L"started as a restart, but there is no lock"
-                : !RestartManagment::IsLocked() ? L"restarted: the lock was there and is removed"
-                                                : L"restarted: the lock cannot be removed");
-    RestartManagment::RestartProcessFinish();
+    OpenLog();
+    const std::filesystem::path bundle =
+        m_options.data.empty() ? m_folders.Data() : std::filesystem::absolute(m_options.data);
+    const Result<Preferences> preferences =
+        Preferences::Load(bundle / "desk.ini", m_folders.Config() / "desk.ini");
+    if (!preferences)
+        return preferences.error();
+    m_running = std::make_unique<Running>(*preferences, m_folders, bundle, OnMainThread());
+    m_running->m_host.Configure(preferences->Current());
+    m_view.ShowSettings(preferences->Current());
+    if (!m_options.open.empty())
+        Execute(Command(WordsOf(m_options), std::filesystem::current_path()));
+    m_instance->Serve([this](const Command& command) { return Execute(command); }, OnMainThread());
+    m_view.Tell("takes commands");
+    StartIndex(m_options.paused);
+    return Result<void>();
 }
 
-void Application::Listen()
+void Application::OpenLog()
 {
-    m_server = std::make_unique<IPCServer>(Channel());
-    m_server->AddListener(new CommandListener(*this));
-    m_view.Tell(m_server->Run() ? L"takes commands" : L"takes no commands");
+    const Result<std::shared_ptr<RunLog>> file =
+        RunLog::Open(RunLogOptions("desk").Folder(m_folders.State() / "logs").Threshold(LogSeverity::Info));
+    if (!file)
+        m_view.Tell("there is no log: " + file.error().Message());
+    Log::Install({file.value_or(nullptr), m_view.MakeLogSink()});
 }
 
-void Application::StartIndex()
+TaskBase::Executor Application::OnMainThread()
 {
-    m_index->AddListener(new IndexListener(*m_index, m_view));
-    m_thread = std::make_unique<IndexThread>(*m_index);
-    m_thread->Run();
+    return [&view = m_view](std::function<void()> function) { view.Post(std::move(function)); };
 }
 
-void Application::Execute(const Text& command)
+void Application::StartIndex(bool paused)
 {
-    TOOLKIT_LOG(LogSeverity::Info) << L"desk: command " << command;
-    const std::size_t space = command.find(L' ');
-    const Text verb = command.substr(0, space);
-    const Text argument = space == command.npos ? Text() : Text(command.substr(space + 1));
-    if (verb == L"open")
-        Open(argument);
-    else if (verb == L"plug-ins")
-        ShowPlugins();
-    else if (verb == L"dump")
-        Dump(argument);
-    else if (verb == L"picture")
-        m_view.Tell(m_view.SavePicture(argument) ? L"the picture is saved" : L"there is no picture");
-    else if (verb == L"pause")
-        m_index->Pause();
-    else if (verb == L"resume")
-        m_index->Resume();
-    else if (verb == L"restart" || verb == L"quit")
+    m_view.Tell(paused ? "the index is paused before the first mail"
+                       : "the mails are indexed in the background");
+    m_running->m_index.Start(
+        m_running->m_preferences.Current(), paused,
+        [this](const TaskProgress& progress) { ShowProgress(progress); }, OnMainThread());
+}
+
+void Application::ShowProgress(const TaskProgress& progress)
+{
+    m_view.ShowProgress(progress);
+    if (!progress.IsFinished())
+        return;
+    m_view.ShowIndex(m_running->m_index.Documents());
+    TellIndex();
+}
+
+void Application::TellIndex()
+{
+    const std::string count = std::to_string(m_running->m_index.Documents().size());
+    m_view.Tell(m_running->m_index.IsComplete() ? count + " mails are indexed"
+                                                : "the index was stopped after " + count + " mails");
+}
+
+Instance::Answer Application::Execute(const Command& command)
+{
+    const struct
     {
-        m_bRestart = verb == L"restart";
-        m_view.Leave();
-    }
-    else if (verb == c_strNoCommand)
-        m_view.Tell(L"started once more");
-    else
-        TOOLKIT_LOG(LogSeverity::Warning) << L"desk: there is no such command";
+        const char* verb;
+        Answer (Application::*execute)(const Command&);
+    } rows[] = {
+        {"", &Application::ShowItself},
+        {"open", &Application::Open},
+        {"attachment", &Application::OpenAttachment},
+        {"plug-ins", &Application::ShowPlugins},
+        {"list", &Application::List},
+        {"status", &Application::TellStatus},
+        {"set", &Application::Set},
+        {"pause", &Application::Pause},
+        {"resume", &Application::Resume},
+        {"cancel", &Application::Cancel},
+        {"dump", &Application::Describe},
+        {"picture", &Application::SavePicture},
+        {"restart", &Application::Restart},
+        {"quit", &Application::Quit},
+    };
+    const std::string verb = command.Arguments().empty() ? std::string() : command.Arguments()[0];
+    TOOLKIT_LOG(LogSeverity::Info) << "command " << verb << ' ' << Argument(command);
+    for (const auto& row : rows)
+        if (verb == row.verb)
+            return (this->*row.execute)(command);
+    return Answer(2, "there is no command " + verb + '\n');
 }
 
-void Application::Open(const Text& path)
+Instance::Answer Application::Open(const Command& command)
+{
+    const Result<Document> document = m_running->m_host.Read(File(command));
+    if (!document)
+    {
+        m_view.Tell(document.error().Message());
+        return Failed(document.error());
+    }
+    m_view.Show(*document);
+    return Answer(0, "opened " + document->file.filename().string() + ": \"" + document->title + "\", " +
+                         std::to_string(document->hidden) + " places hidden\n");
+}
+
+Instance::Answer Application::OpenAttachment(const Command& command)
+{
+    const Result<Document> document = m_running->m_host.Read(File(command));
+    if (!document)
+        return Failed(document.error());
+    if (document->attachments.empty())
+        return Answer(1, "nothing is attached to " + document->file.filename().string() + '\n');
+    const Attachment& attachment = document->attachments.front();
+    const auto show = [this, name = attachment.name](const Opener::Output& output)
+    {
+        if (output)
+            m_view.Show(OutputOf(name, *output));
+        else
+            m_view.Tell(output.error().Message());
+    };
+    const Result<void> begun = m_running->m_opener.Open(attachment, m_running->m_preferences.Current(), show);
+    return begun ? Answer(0, attachment.name + " is handed to its program\n") : Failed(begun.error());
+}
+
+Instance::Answer Application::ShowPlugins(const Command&)
 {
     Document document;
-    if (m_host.Read(path, document))
-        m_view.Show(document);
-    else
-        m_view.Tell(L"cannot open " + FileName(path));
+    document.title = "Plug-ins";
+    for (const std::shared_ptr<Reader>& reader : m_running->m_host.Readers())
+        document.text += reader->Info().Name() + ' ' + reader->Info().Version() + '\n';
+    for (const Failure& failure : m_running->m_host.Refused())
+        document.text += "refused: " + failure.Message() + '\n';
+    m_view.Show(document);
+    return Answer(0, document.text);
 }
 
-void Application::ShowPlugins() const
+Instance::Answer Application::List(const Command&)
 {
-    Text names;
-    for (const Plugin* plugin : m_host.GetPlugins())
-        names += plugin->GetName() + L"\n";
-    m_view.Show({(*PathManager::s_pInstance)->GetPluginsPath(), L"Plug-ins", Text(), Text(), names, 0});
+    std::string text;
+    for (const Document& document : m_running->m_index.Documents())
+        text +=
+            document.date + " | " + document.from + " | " + document.title + " | " + document.preview + '\n';
+    return Answer(0, text);
 }
 
-void Application::Dump(const Text& path) const
+Instance::Answer Application::TellStatus(const Command&)
 {
-    std::vector<Text> lines;
-    m_view.Describe(lines);
-    lines.push_back(L"end");
-    FFile file;
-    if (!file.Open(path, L"wb"))
-        return;
-    for (const Text& line : lines)
-        file.Write(line + L"\n");
+    const TaskProgress progress = m_running->m_index.Progress();
+    return Answer(0, std::to_string(progress.Done()) + " of " + std::to_string(progress.All()) + " mails" +
+                         (m_running->m_index.IsRunning() ? ", more to come\n" : "\n"));
+}
+
+Instance::Answer Application::Set(const Command& command)
+{
+    static const Pattern s_setting = Pattern::Compile("^([^/]+)/([^ ]+) (.*)$").value();
+    const std::string text = Argument(command);
+    const Match setting = s_setting.Find(text);
+    if (!setting)
+        return Answer(2, "a setting is SECTION/KEY VALUE\n");
+    const Result<void> saved = m_running->m_preferences.Set(std::string(setting[1]), std::string(setting[2]),
+                                                            std::string(setting[3]));
+    if (!saved)
+        return Failed(saved.error());
+    m_running->m_host.Configure(m_running->m_preferences.Current());
+    m_view.ShowSettings(m_running->m_preferences.Current());
+    StartIndex(false);
+    return Answer();
+}
+
+Instance::Answer Application::Pause(const Command&)
+{
+    m_running->m_index.Pause();
+    return Answer();
+}
+
+Instance::Answer Application::Resume(const Command&)
+{
+    m_running->m_index.Resume();
+    return Answer();
+}
+
+Instance::Answer Application::Cancel(const Command&)
+{
+    m_running->m_index.Cancel();
+    return Answer();
+}
+
+Instance::Answer Application::Describe(const Command&)
+{
+    return Answer(0, m_view.Describe());
+}
+
+Instance::Answer Application::SavePicture(const Command& command)
+{
+    return m_view.SavePicture(File(command)) ? Answer() : Answer(1, "there is no picture\n");
+}
+
+Instance::Answer Application::Restart(const Command&)
+{
+    m_bRestart = true;
+    m_view.Leave();
+    return Answer();
+}
+
+Instance::Answer Application::Quit(const Command&)
+{
+    m_view.Leave();
+    return Answer();
+}
+
+Instance::Answer Application::ShowItself(const Command&)
+{
+    m_view.Tell("started once more");
+    return Answer(0, "desk runs already\n");
 }
 
 void Application::End()
 {
-    if (m_bEnded)
+    m_instance.reset();
+    if (m_running != nullptr)
+    {
+        const bool stopped = m_running->m_index.IsRunning();
+        m_running->m_index.End();
+        if (stopped)
+            TellIndex();
+        m_running.reset();
+        m_view.Tell(m_bRestart ? "ends, and starts again" : "ends");
+    }
+    // The view's sink must not outlive the view.
+    Log::Install({});
+    if (!std::exchange(m_bRestart, false))
         return;
-    m_bEnded = true;
-    m_server.reset();
-    m_thread.reset();
-    m_index.reset();
-    if (m_bBegun)
-        m_view.Tell(m_bRestart ? L"ends, and starts again" : L"ends");
-    if (m_bRestart)
-        StartAgain();
-    m_host.ShutDown();
-}
-
-void Application::StartAgain()
-{
-    std::vector<const wchar_t*> arguments;
-    for (const Text& argument : m_options.m_arguments)
-        arguments.push_back(argument.c_str());
-    RestartManagment::ActivateRestartProcess(static_cast<int>(arguments.size()), arguments.data());
-}
-
-std::vector<Document> Application::GetDocuments() const
-{
-    return m_index == nullptr ? std::vector<Document>() : m_index->GetDocuments();
+    // It only comes back when it fails.
+    if (const Result<void> replaced = Process::ReplaceSelf(m_options.arguments); !replaced)
+        m_view.Tell(replaced.error().Message());
 }
 
 } // namespace Desk

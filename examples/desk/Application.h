@@ -3,71 +3,77 @@
 #define DESK_APPLICATION_H
 
 #include <memory>
+#include <optional>
 
-#include "Host.h"
-#include "Index.h"
 #include "Options.h"
 #include "View.h"
-#include "toolkit/app/IPCServer.h"
+#include "toolkit/app/Folders.h"
+#include "toolkit/app/Instance.h"
 
 namespace Desk
 {
 
 // One start of desk, from who is first to the end. The first one indexes its bundle in the background and
-// takes commands; a later one hands its command to the first. It lives on the main thread, whose event loop
-// is the view's business.
+// executes commands; a later one has the first one execute its command. It lives on the main thread, whose
+// event loop is the view's business: everything from other threads comes through `View::Post`.
 class Application
 {
 public:
-    enum class Start
-    {
-        // This desk is the first one and runs.
-        First,
-        // The desk that is running has taken the command.
-        HandedOver,
-        // Nobody took the command.
-        Failed
-    };
+    using Answer = Toolkit::Instance::Answer;
+    using Command = Toolkit::Instance::Command;
 
-    Application(const Options& options, View& view);
+    // The view must live as long.
+    Application(const Options& options, const Toolkit::Folders& folders, View& view);
     ~Application();
 
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    // Finds out who is first, and begins if this desk is.
-    Start Begin();
+    // Begins if this desk is the first one, and returns nothing then. Otherwise the answer of the first one
+    // to the command of this start, or why there is none.
+    std::optional<Answer> Begin();
 
-    // One of "open FILE", "plug-ins", "dump FILE", "picture FILE", "pause", "resume", "restart" and "quit".
-    // Anything else goes to the log.
-    void Execute(const Text& command);
+    // One of "open FILE", "attachment FILE" (hands the first attachment of a mail to its program),
+    // "plug-ins", "list", "status", "set SECTION/KEY VALUE", "pause", "resume", "cancel", "dump", "picture
+    // FILE", "restart" and "quit". The argument is one text, whatever it holds.
+    Answer Execute(const Command& command);
 
-    // Ends what `Begin` began, and starts the new process if a restart was asked for. Done once.
+    // Ends what `Begin` began, and becomes the new process if a restart was asked for. Done once.
     void End();
 
-    const Host& GetHost() const { return m_host; }
-    std::vector<Document> GetDocuments() const;
-
 private:
-    // Hands the command to the desk that runs, or becomes the first one.
-    Start FindFirst(const Text& command);
-    void TakeOver();
-    void StartIndex();
-    void Listen();
-    void Open(const Text& path);
-    void ShowPlugins() const;
-    void Dump(const Text& path) const;
-    void StartAgain();
+    // A desk that has begun: what is destroyed in the end, the last one first.
+    struct Running;
+
+    std::optional<Answer> AskFirst();
+    Toolkit::Result<void> Run();
+    void OpenLog();
+    void StartIndex(bool paused);
+    void ShowProgress(const Toolkit::TaskProgress& progress);
+    void TellIndex();
+    Toolkit::TaskBase::Executor OnMainThread();
+
+    Answer Open(const Command& command);
+    Answer OpenAttachment(const Command& command);
+    Answer ShowPlugins(const Command& command);
+    Answer List(const Command& command);
+    Answer TellStatus(const Command& command);
+    Answer Set(const Command& command);
+    Answer Pause(const Command& command);
+    Answer Resume(const Command& command);
+    Answer Cancel(const Command& command);
+    Answer Describe(const Command& command);
+    Answer SavePicture(const Command& command);
+    Answer Restart(const Command& command);
+    Answer Quit(const Command& command);
+    Answer ShowItself(const Command& command);
 
     const Options m_options;
+    const Toolkit::Folders m_folders;
     View& m_view;
-    Host m_host;
-    std::unique_ptr<Index> m_index;
-    std::unique_ptr<IndexThread> m_thread;
-    std::unique_ptr<Toolkit::IPCServer> m_server;
-    bool m_bBegun = false;
+    std::optional<Toolkit::Instance> m_instance;
+    std::unique_ptr<Running> m_running;
     bool m_bRestart = false;
-    bool m_bEnded = false;
 };
 
 } // namespace Desk

@@ -1,45 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "Archive.h"
 
-#include <map>
-
-#include "toolkit/core/smart_ptr.h"
-#include "toolkit/files/ArchiveEntriesFlags.h"
-#include "toolkit/files/ArchiveZip.h"
-#include "toolkit/files/ArchiveZipEntry.h"
+#include "toolkit/files/ZipReader.h"
+#include "toolkit/regExp/Pattern.h"
 
 namespace Desk
 {
 
 using namespace Toolkit;
 
-namespace
+Result<std::vector<std::filesystem::path>> ExtractFiles(const std::filesystem::path& archive,
+                                                        const std::string& wanted,
+                                                        const std::filesystem::path& folder)
 {
-
-using Entries = std::map<Text, smart_ptr<ArchiveZipEntry>>;
-
-} // namespace
-
-bool ExtractFiles(const Text& path, const Text& pattern, const Text& folder, std::vector<Text>& paths,
-                  std::vector<Text>& report)
-{
-    ArchiveZip archive;
-    archive.Open(path);
-    Entries entries;
-    if (archive.EntriesList(entries, pattern, ArchiveEntriesFlags::Files) < 1)
-        return false;
-    bool all = true;
-    for (const auto& [name, entry] : entries)
+    const Result<Pattern> pattern = Pattern::Compile(wanted);
+    if (!pattern)
+        return pattern.error();
+    const Result<ZipReader> zip = ZipReader::Open(archive);
+    if (!zip)
+        return zip.error();
+    std::vector<std::filesystem::path> files;
+    for (const ZipEntry& entry : *zip)
     {
-        Text target = Join(folder, FileName(name));
-        const bool done = archive.UnZip(entry, target);
-        report.push_back(name +
-                         (done ? L", " + ToText(static_cast<unsigned long long>(entry->GetSize())) + L" bytes"
-                               : Text(L": cannot be extracted")));
-        paths.push_back(target);
-        all = all && done;
+        if (entry.IsFolder() || !pattern->Find(entry.Name()))
+            continue;
+        const std::filesystem::path file = folder / std::filesystem::path(entry.Name()).filename();
+        if (const Result<void> done = zip->Extract(entry, file); !done)
+            return done.error();
+        files.push_back(file);
     }
-    return all;
+    return files;
 }
 
 } // namespace Desk

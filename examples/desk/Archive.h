@@ -2,19 +2,21 @@
 #ifndef DESK_ARCHIVE_H
 #define DESK_ARCHIVE_H
 
+#include <filesystem>
+#include <string>
 #include <vector>
 
-#include "Text.h"
+#include "toolkit/core/Result.h"
 
 namespace Desk
 {
 
-// Extracts the files of a ZIP archive whose names begin like `pattern` into `folder`, each under the last
-// part of its name, so that no entry can lead out of the folder. Answers their paths in the order of the
-// entries' names; lines for the user are appended to `report`. False when there is nothing to extract or
-// something could not be.
-bool ExtractFiles(const Text& path, const Text& pattern, const Text& folder, std::vector<Text>& paths,
-                  std::vector<Text>& report);
+// Extracts the files of a ZIP archive whose names match the regular expression `wanted` into `folder`, and
+// returns their paths in the order of the archive. Each is named by the last part of its entry's name, so
+// that no entry leads out of the folder. The first one that cannot be extracted ends it.
+Toolkit::Result<std::vector<std::filesystem::path>> ExtractFiles(const std::filesystem::path& archive,
+                                                                 const std::string& wanted,
+                                                                 const std::filesystem::path& folder);
 
 } // namespace Desk
 

@@ -1,54 +1,45 @@
 // SPDX-License-Identifier: MIT
 #include "Console.h"
 
+#include <iostream>
+
 #include "Application.h"
-#include "toolkit/threading/Mutex.h"
+#include "Text.h"
 
 namespace Desk
 {
 
-int Console::Run(const Options& options)
+int Console::Run(const Options& options, const Toolkit::Folders& folders)
 {
-    Application application(options, *this);
-    switch (application.Begin())
+    Application application(options, folders, *this);
+    if (const std::optional<Application::Answer> answer = application.Begin())
     {
-    case Application::Start::HandedOver:
-        PrintLine(!options.m_strSend.empty() ? L"handed to the first desk: " + options.m_strSend
-                  : !options.m_strOpen.empty()
-                      ? L"handed to the first desk: open " + FileName(options.m_strOpen)
-                      : Text(L"desk runs already"));
-        return 0;
-    case Application::Start::Failed:
-        PrintLine(L"no desk takes the command");
-        return 1;
-    case Application::Start::First:
-        break;
+        std::cout << answer->Text();
+        return answer->Code();
     }
-    const bool ran = m_pump.Run(Toolkit::Mutex::s_uInfinite);
+    m_loop.Run();
     application.End();
-    return ran ? 0 : 1;
+    return 0;
 }
 
-void Console::Tell(const Text& line)
+void Console::Tell(const std::string& line)
 {
     PrintLine(line);
 }
 
 void Console::Show(const Document& document)
 {
-    m_strShown = document.m_strTitle;
-    PrintLine(L"opened " + FileName(document.m_strPath) + L": \"" + document.m_strTitle + L"\", " +
-              ToText(document.m_uHidden) + L" places hidden");
+    m_strShown = document.title;
+    if (document.file.empty())
+        PrintLine(document.title + '\n' + document.text);
+    else
+        PrintLine("opened " + document.file.filename().string() + ": \"" + document.title + "\", " +
+                  std::to_string(document.hidden) + " places hidden");
 }
 
-void Console::Describe(std::vector<Text>& lines) const
+std::string Console::Describe() const
 {
-    lines.push_back(L"shown: " + m_strShown);
-}
-
-void Console::Leave()
-{
-    m_pump.Stop();
+    return "shown: " + m_strShown + '\n';
 }
 
 } // namespace Desk

@@ -2,30 +2,37 @@
 #ifndef DESK_CONSOLE_H
 #define DESK_CONSOLE_H
 
+#include <utility>
+
+#include "Loop.h"
 #include "Options.h"
 #include "View.h"
-#include "toolkit/app/EventPump.h"
+#include "toolkit/app/Folders.h"
 
 namespace Desk
 {
 
-// A desk whose user reads lines. It has no event loop but the pump.
+// A desk whose user reads lines.
 class Console : public View
 {
 public:
-    // Runs a desk from its start to its end; answers the exit code of the process.
-    int Run(const Options& options);
+    // Runs a desk from its start to its end; returns the exit code of the process.
+    int Run(const Options& options, const Toolkit::Folders& folders);
 
-    void Tell(const Text& line) override;
-    void ShowIndex() override {}
+    void Post(std::function<void()> function) override { m_loop.Post(std::move(function)); }
+    void Tell(const std::string& line) override;
+    void ShowProgress(const Toolkit::TaskProgress&) override {}
+    void ShowIndex(const std::vector<Document>&) override {}
+    void ShowSettings(const Toolkit::Settings&) override {}
     void Show(const Document& document) override;
-    void Describe(std::vector<Text>& lines) const override;
-    bool SavePicture(const Text&) override { return false; }
-    void Leave() override;
+    std::shared_ptr<Toolkit::LogSink> MakeLogSink() override { return nullptr; }
+    std::string Describe() const override;
+    bool SavePicture(const std::filesystem::path&) override { return false; }
+    void Leave() override { m_loop.Leave(); }
 
 private:
-    Toolkit::EventPump m_pump;
-    Text m_strShown;
+    Loop m_loop;
+    std::string m_strShown;
 };
 
 } // namespace Desk

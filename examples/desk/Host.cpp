@@ -1,107 +1,60 @@
 // SPDX-License-Identifier: MIT
 #include "Host.h"
 
-#include <algorithm>
-
 #include "Text.h"
-#include "toolkit/app/PathManager.h"
-#include "toolkit/core/smart_ptr.h"
-#include "toolkit/files/Directory.h"
-#include "toolkit/log/FileLogger.h"
-#include "toolkit/log/ILogger.h"
-#include "toolkit/log/LogSeverity.h"
-#include "toolkit/log/LogStatement.h"
-#include "toolkit/threading/MutexLock.h"
+#include "toolkit/log/Log.h"
 
 namespace Desk
 {
 
-namespace
+using namespace Toolkit;
+
+Host::Host(const std::filesystem::path& folder) : m_refused(m_readers.LoadFolder(folder))
 {
-
-const unsigned int s_uLogSize = 1024 * 1024;
-
-using PluginEntry = Plugin* (*)();
-
-} // namespace
-
-Host::Host() : m_session(new Toolkit::ToolkitSession)
-{
-    Toolkit::smart_ptr<Toolkit::PathManager> paths = *Toolkit::PathManager::s_pInstance;
-    paths->SetApplicationRessourcesPath(
-        Join(paths->GetApplicationPath(), Toolkit::PathManager::c_strRessourcesFolderName));
-    m_strOutputFolder = Join(paths->GetApplicationDataPath(), L"output");
-    Toolkit::Directory::Create(m_strOutputFolder);
+    for (const std::shared_ptr<Reader>& reader : Readers())
+        TOOLKIT_LOG(LogSeverity::Info)
+            << "plug-in " << reader->Info().Name() << ' ' << reader->Info().Version() << " is loaded";
+    for (const Failure& failure : m_refused)
+        TOOLKIT_LOG(LogSeverity::Warning) << failure.Message();
 }
 
-Host::~Host()
+std::vector<Failure> Host::Configure(const Settings& settings)
 {
-    ShutDown();
-}
-
-void Host::OpenLog(const Text& logName)
-{
-    Toolkit::smart_ptr<Toolkit::PathManager> paths = *Toolkit::PathManager::s_pInstance;
-    m_strLogPath = Join(paths->GetTempDir(), logName + Toolkit::FileLogger::c_strLogExtension);
-    Toolkit::ILogger::SetLogger(new Toolkit::FileLogger(Toolkit::LogSeverity::Info, logName, s_uLogSize));
-    m_forwarder = std::make_unique<Toolkit::WxLogForwarder>();
-    TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: started as " << paths->GetUniqueInstanceName();
-}
-
-void Host::LoadPlugins()
-{
-    const Text folder = (*Toolkit::PathManager::s_pInstance)->GetPluginsPath();
-    std::vector<Text> names;
-    Toolkit::Directory(folder).GetFiles(L"*.so", names);
-    std::sort(names.begin(), names.end());
-    for (const Text& name : names)
-    {
-        auto library = std::make_unique<Toolkit::DynamicLibrary>(Join(folder, name));
-        const auto entry = reinterpret_cast<PluginEntry>(library->GetSymbol(L"DeskPluginLoad"));
-        if (entry == nullptr)
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_bHides = settings.Get("view", "hide", true);
+    m_uPreview = settings.Get("view", "preview", std::size_t{60});
+    std::vector<Failure> problems;
+    for (const std::shared_ptr<Reader>& reader : Readers())
+        for (const Failure& problem : reader->Configure(settings))
         {
-            TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"desk: no plug-in in " << name;
-            continue;
+            TOOLKIT_LOG(LogSeverity::Warning) << reader->Info().Name() << ": " << problem.Message();
+            problems.push_back(problem);
         }
-        TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: loading " << name;
-        m_plugins.push_back(entry());
-        m_libraries.push_back(std::move(library));
+    return problems;
+}
+
+Result<Document> Host::Read(const std::filesystem::path& file) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (const std::shared_ptr<Reader>& reader : Readers())
+    {
+        if (!reader->Takes(file))
+            continue;
+        Result<Document> document = reader->Read(file);
+        if (document)
+            Finish(*document);
+        return document;
     }
+    return Failure(Errc::Refused, "cannot open " + file.string() + ": no plug-in reads such files");
 }
 
-Plugin* Host::FindPlugin(const Text& name) const
+void Host::Finish(Document& document) const
 {
-    const auto found = std::find_if(m_plugins.begin(), m_plugins.end(),
-                                    [&name](const Plugin* plugin) { return plugin->GetName() == name; });
-    return found != m_plugins.end() ? *found : nullptr;
-}
-
-void Host::Configure(const Toolkit::IniFile& settings, std::vector<Text>& problems)
-{
-    for (Plugin* plugin : m_plugins)
-        plugin->Configure(settings, problems);
-}
-
-bool Host::Read(const Text& path, Document& document)
-{
-    const Toolkit::MutexLock lock(m_pluginMutex);
-    const auto reads = [&path, &document](Plugin* plugin) { return plugin->Read(path, document); };
-    if (std::none_of(m_plugins.begin(), m_plugins.end(), reads))
-        return false;
-    for (const Plugin* plugin : m_plugins)
-        document.m_uHidden += plugin->Hide(document.m_strText);
-    return true;
-}
-
-void Host::ShutDown()
-{
-    if (m_session == nullptr)
-        return;
-    TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"desk: shutting down";
-    m_forwarder.reset();
-    m_session.reset();
-    m_plugins.clear();
-    m_libraries.clear();
+    if (m_bHides)
+        for (const std::shared_ptr<Reader>& reader : Readers())
+            document.hidden += reader->Hide(document.text);
+    document.preview = Preview(document.text, m_uPreview);
+    TOOLKIT_LOG(LogSeverity::Info) << "read " << document.file << ", " << document.hidden << " places hidden";
 }
 
 } // namespace Desk

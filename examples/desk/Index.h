@@ -3,65 +3,62 @@
 #define DESK_INDEX_H
 
 #include <atomic>
+#include <filesystem>
+#include <functional>
+#include <mutex>
 #include <vector>
 
 #include "Host.h"
-#include "toolkit/files/IniFile.h"
-#include "toolkit/threading/BackgroundOperation.h"
-#include "toolkit/threading/Mutex.h"
-#include "toolkit/threading/Thread.h"
+#include "toolkit/files/Settings.h"
+#include "toolkit/threading/Task.h"
 
 namespace Desk
 {
 
-// Reads all mails of a bundle: those of its folder and those of its archive. A background operation that runs
-// on whatever thread calls DoOperation; any other may pause, resume, stop and ask for what is read so far.
-class Index : public Toolkit::BackgroundOperation
+// The mails of a bundle, those of its folder and those of its archive, which a task reads in the background.
+// Its owner starts it; any thread may do the rest.
+class Index
 {
 public:
-    // The bundle is the folder `dataFolder` with its `settings`. A paused index begins with the first mail
-    // when it is resumed.
-    Index(Host& host, const Text& dataFolder, const Toolkit::IniFile& settings, bool paused);
+    using Executor = Toolkit::TaskBase::Executor;
+    using Changed = std::function<void(const Toolkit::TaskProgress&)>;
 
-    // Ends early when it is stopped.
-    void DoOperation() override;
+    // The host must live as long. What is extracted goes into the cache.
+    Index(const Host& host, const std::filesystem::path& bundle, const std::filesystem::path& cache);
 
-    void Pause();
-    void Resume();
-    void Stop();
-    bool IsPaused() const { return m_bPaused; }
-    // True once every mail is read.
+    // Reads the bundle anew by these settings; a reading that is under way ends first. The executor calls
+    // `changed` with the progress, and in the end. A paused index waits before its first mail.
+    void Start(const Toolkit::Settings& settings, bool paused, Changed changed, Executor executor);
+
+    void Pause() { m_bPaused = true; }
+    void Resume() { m_bPaused = false; }
+    // It ends early, and tells so.
+    void Cancel() { m_task.Cancel(); }
+    // The same, but nobody is told any more.
+    void End();
+
+    Toolkit::TaskProgress Progress() const { return m_task.Progress(); }
+    bool IsRunning() const { return m_task.IsRunning(); }
+    // True once all is read.
     bool IsComplete() const { return m_bComplete; }
-
-    std::vector<Document> GetDocuments() const;
+    // What is read so far.
+    std::vector<Document> Documents() const;
 
 private:
-    std::vector<Text> FindMails() const;
-    bool MayGoOn() const;
+    void ReadAll(Toolkit::TaskContext& context, const Toolkit::Settings& settings);
+    void Read(const std::filesystem::path& file);
+    std::vector<std::filesystem::path> FindMails(const Toolkit::Settings& settings) const;
+    bool MayGoOn(Toolkit::TaskContext& context) const;
 
-    Host& m_host;
-    const Text m_strDataFolder;
-    const Text m_strArchive;
-    const Text m_strPattern;
-    std::vector<Document> m_documents;
-    mutable Toolkit::Mutex m_documentsMutex;
-    std::atomic<bool> m_bPaused;
-    std::atomic<bool> m_bStopped{false};
+    const Host& m_host;
+    const std::filesystem::path m_bundle;
+    const std::filesystem::path m_cache;
+    std::atomic<bool> m_bPaused{false};
     std::atomic<bool> m_bComplete{false};
-};
-
-// Runs the index, with its announcements. Waits for it when it goes.
-class IndexThread : public Toolkit::Thread
-{
-public:
-    explicit IndexThread(Index& index) : m_index(index) {}
-    ~IndexThread() override;
-
-protected:
-    ExitCode DoWork() override;
-
-private:
-    Index& m_index;
+    mutable std::mutex m_mutex;
+    std::vector<Document> m_documents;
+    // Last: it is destroyed, and so waited for, before what it uses.
+    Toolkit::Task<void> m_task;
 };
 
 } // namespace Desk

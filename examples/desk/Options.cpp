@@ -1,38 +1,39 @@
 // SPDX-License-Identifier: MIT
 #include "Options.h"
 
-#include "toolkit/app/CmdLineOption.h"
-#include "toolkit/app/CmdLineParser.h"
-#include "toolkit/core/smart_ptr.h"
+#include <algorithm>
 
 namespace Desk
 {
 
-using namespace Toolkit;
+namespace
+{
+
+bool Has(const std::vector<std::string>& arguments, const char* option)
+{
+    return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+}
+
+// What follows an option; empty when it is not there.
+std::string ValueOf(const std::vector<std::string>& arguments, const char* option)
+{
+    const auto found = std::find(arguments.begin(), arguments.end(), option);
+    return found == arguments.end() || found + 1 == arguments.end() ? std::string() : *(found + 1);
+}
+
+} // namespace
 
 Options::Options(int argc, char** argv)
+    : arguments(argv + std::min(argc, 1), argv + argc),
+      data(ValueOf(arguments, "-data")),
+      open(ValueOf(arguments, "-open")),
+      send(ValueOf(arguments, "-send")),
+      text(ValueOf(arguments, "-text")),
+      paused(Has(arguments, "-paused")),
+      tour(Has(arguments, "-tour")),
+      child(Has(arguments, "-child")),
+      classicRestart(Has(arguments, "-classic-restart"))
 {
-    using Option = smart_ptr<CmdLineOption>;
-    const Option data(new CmdLineOption(L"data", false));
-    const Option log(new CmdLineOption(L"log", false));
-    const Option open(new CmdLineOption(L"open", false));
-    const Option send(new CmdLineOption(L"send", false));
-    const Option paused(new CmdLineOption(L"paused", false));
-    const Option restart(new CmdLineOption(L"restart", false));
-
-    CmdLineParser parser(argc, const_cast<const char**>(argv));
-    for (const Option& option : {data, log, open, send, paused, restart})
-        parser.AddOption(option);
-    parser.Parse();
-
-    m_arguments = parser.GetArguments();
-    m_strData = data->GetValue();
-    m_strLog = log->IsFound() ? log->GetValue() : Text(L"desk");
-    // The first desk may run in another folder than this one.
-    m_strOpen = open->GetValue().empty() ? Text() : Absolute(open->GetValue());
-    m_strSend = send->GetValue();
-    m_bPaused = paused->IsFound();
-    m_bRestart = restart->IsFound();
 }
 
 } // namespace Desk

@@ -2,32 +2,33 @@
 #ifndef DESK_OPTIONS_H
 #define DESK_OPTIONS_H
 
+#include <filesystem>
+#include <string>
 #include <vector>
-
-#include "Text.h"
 
 namespace Desk
 {
 
-// What a start of desk was asked for.
+// What a start of desk was asked for. What it does not know, it leaves alone.
 struct Options
 {
     Options(int argc, char** argv);
 
-    // All of them, the executable's path included.
-    std::vector<Text> m_arguments;
+    // All of them, for a restart.
+    std::vector<std::string> arguments;
     // The bundle; empty without one.
-    Text m_strData;
-    // The name of the log.
-    Text m_strLog;
-    // A file to open, as an absolute path; empty for none.
-    Text m_strOpen;
+    std::filesystem::path data;
+    // A file to open; empty for none.
+    std::filesystem::path open;
     // A command for the desk that is running; empty for none.
-    Text m_strSend;
+    std::string send;
+    // What the tour's child says.
+    std::string text;
     // The index waits until it is told to go on.
-    bool m_bPaused = false;
-    // This is the new process of a restart.
-    bool m_bRestart = false;
+    bool paused = false;
+    bool tour = false;
+    bool child = false;
+    bool classicRestart = false;
 };
 
 } // namespace Desk

@@ -1,61 +1,66 @@
 // SPDX-License-Identifier: MIT
 #include "Text.h"
 
-#include <filesystem>
 #include <iostream>
-
-#include "toolkit/app/PathManager.h"
-#include "toolkit/encoding/UTF8.h"
-#include "toolkit/files/TextFile.h"
 
 namespace Desk
 {
 
-Text ToText(unsigned long long number)
+namespace
 {
-    return Text(std::to_wstring(number));
+
+bool IsSpace(char character)
+{
+    return character == ' ' || character == '\n' || character == '\r' || character == '\t';
 }
 
-Text Join(const Text& folder, const Text& name)
+// Where a character of UTF-8 begins; its other bytes are 10xxxxxx.
+bool BeginsCharacter(char byte)
 {
-    Text path;
-    Toolkit::PathManager::AppendPath(path, folder, name);
-    return path;
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
-bool HasExtension(const Text& fileName, const Text& extension)
+} // namespace
+
+std::vector<std::string> Lines(std::string_view text)
 {
-    return fileName.size() > extension.size() &&
-           Text(fileName.substr(fileName.size() - extension.size())).compareNoCase(extension) == 0;
+    std::vector<std::string> lines;
+    while (!text.empty())
+    {
+        const std::size_t end = text.find('\n');
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(end == text.npos ? text.size() : end + 1);
+    }
+    return lines;
 }
 
-Text FileName(const Text& path)
+std::string Preview(std::string_view text, std::size_t length)
 {
-    return Text(path.substr(path.rfind(L'/') + 1));
+    std::string line;
+    bool space = false;
+    std::size_t characters = 0;
+    for (const char byte : text)
+    {
+        if (IsSpace(byte))
+        {
+            space = !line.empty();
+            continue;
+        }
+        characters += BeginsCharacter(byte) ? (space ? 2U : 1U) : 0U;
+        if (characters > length)
+            return line + "...";
+        if (space)
+            line += ' ';
+        space = false;
+        line += byte;
+    }
+    return line;
 }
 
-Text Absolute(const Text& path)
-{
-    std::error_code error;
-    const std::filesystem::path absolute =
-        std::filesystem::absolute(std::string(Toolkit::UTF8::ToUTF8(path)), error).lexically_normal();
-    return error ? path : Toolkit::UTF8::ToUNICODE(Toolkit::TString<char>(absolute.string()));
-}
-
-bool ReadLines(const Text& path, std::vector<Text>& lines)
-{
-    Toolkit::TextFile file;
-    if (!file.Open(path))
-        return false;
-    for (Text line = file.GetFirstLine(); !file.Eof(); line = file.GetNextLine())
-        lines.push_back(line);
-    return true;
-}
-
-void PrintLine(const Text& line)
+void PrintLine(std::string_view line)
 {
     // In one piece, so that the lines of two threads do not mix.
-    const Toolkit::TString<char> bytes = Toolkit::UTF8::ToUTF8(line) + "\n";
+    const std::string bytes = std::string(line) + '\n';
     std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
 }
 

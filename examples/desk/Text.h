@@ -2,35 +2,22 @@
 #ifndef DESK_TEXT_H
 #define DESK_TEXT_H
 
+#include <cstddef>
+#include <string>
+#include <string_view>
 #include <vector>
-
-#include "toolkit/core/TString.h"
 
 namespace Desk
 {
 
-using Text = Toolkit::TString<wchar_t>;
+// The lines of a text without their line feeds.
+std::vector<std::string> Lines(std::string_view text);
 
-// The decimal form of a number.
-Text ToText(unsigned long long number);
+// The first `length` characters of a text in UTF-8, as one line: white space becomes single spaces.
+std::string Preview(std::string_view text, std::size_t length);
 
-// Folder and name with one separator in between.
-Text Join(const Text& folder, const Text& name);
-
-// True when a file name ends in `extension`, which begins with a dot.
-bool HasExtension(const Text& fileName, const Text& extension);
-
-// The last part of a path.
-Text FileName(const Text& path);
-
-// The path from the root on; `path` itself if there is none.
-Text Absolute(const Text& path);
-
-// Appends the lines of a text file to `lines`; false when it cannot be read.
-bool ReadLines(const Text& path, std::vector<Text>& lines);
-
-// Writes UTF-8 to the standard output, with a line feed. Any thread may do so.
-void PrintLine(const Text& line = Text());
+// Writes a line to the standard output. Any thread may do so.
+void PrintLine(std::string_view line = {});
 
 } // namespace Desk
 

@@ -2,67 +2,81 @@
 #ifndef DESK_TOUR_H
 #define DESK_TOUR_H
 
-#include <map>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "Host.h"
-#include "Processes.h"
-#include "toolkit/files/IniFile.h"
+#include "Preferences.h"
+#include "toolkit/app/Folders.h"
+#include "toolkit/app/Process.h"
+#include "toolkit/core/ToolkitSession.h"
+#include "toolkit/log/RunLog.h"
 
 namespace Desk
 {
 
-// Walks through what the toolkit does for a host, in numbered steps that are printed and checked.
+// Walks through what the toolkit does for a host, in numbered steps that are printed and checked. A desk
+// needs no ToolkitSession; the tour has one, because some steps show classic classes.
 class Tour
 {
 public:
-    // `dataFolder` holds the settings and the files that the plug-ins work on.
-    Tour(const Text& dataFolder, const Text& logName);
+    // `bundle` holds the settings and the files that the plug-ins read.
+    Tour(const std::filesystem::path& bundle, const Toolkit::Folders& folders);
+    ~Tour();
 
     // Plays every step; true when all of them hold.
     bool Play();
 
 private:
-    void Load();
-    void Folders();
-    void System();
-    void Settings();
-    void Plugins();
-    void Mails();
-    void Dates();
-    void Notes();
-    void Archive();
-    void ChangedSetting();
-    void SavedState();
-    void Child();
-    void SecondStart();
-    void Restart();
+    void OpenSession();
+    void FindFolders();
+    void AskSystem();
+    void ReadSettings();
+    void LoadPlugins();
+    void ReadMails();
+    void ShowDates();
+    void HideInNotes();
+    void ReadArchive();
+    void ChangeSetting();
+    void SaveState();
+    void HandOverAttachment();
+    void TalkToChild();
+    void StartTwice();
+    void RestartInPlace();
+    void RestartWithLock();
     void ShutDown();
-    void Log();
+    void ShowLog();
 
-    // Lets the plug-in work on the file and says what it reports; false when it does not take the file,
-    // cannot work on it or has nothing to say.
-    bool Work(Plugin& plugin, const Text& path) const;
+    // Reads the file and says what is in it.
+    std::optional<Document> Read(const std::filesystem::path& file) const;
+    bool ReadMail(const std::filesystem::path& file) const;
+    bool HideInNote(const std::filesystem::path& file) const;
 
-    // The same for every file in the folder `path`; false when there is none.
-    bool WorkOnFolder(const Text& plugin, const Text& path) const;
-
-    // What the process printed since the last time.
-    void SayNews(const Text& process);
+    // Says the lines of the first desk up to one that begins like this; false when none does.
+    bool SayUntil(const std::string& beginning);
+    // Starts desk once more to its end, and says what it printed.
+    bool SayAnswer(const std::string& name, const std::vector<std::string>& arguments) const;
 
     // Prints the heading of the next step.
-    void Begin(const Text& title);
-    void Say(const Text& line) const;
+    void Begin(const std::string& title);
+    void Say(const std::string& line) const;
     // Ends the step: `holds` is what was checked.
     void End(bool holds);
 
-    const Text m_strDataFolder;
-    const Text m_strLogName;
+    const std::filesystem::path m_bundle;
+    const Toolkit::Folders m_folders;
+    // For what the steps write.
+    const std::filesystem::path m_output;
+    std::unique_ptr<Toolkit::ToolkitSession> m_session;
+    std::shared_ptr<Toolkit::RunLog> m_log;
+    std::optional<Preferences> m_preferences;
     std::unique_ptr<Host> m_host;
-    std::unique_ptr<Toolkit::IniFile> m_settings;
-    std::unique_ptr<Processes> m_processes;
-    std::map<Text, std::size_t> m_said;
-    std::vector<Text> m_mails;
-    Text m_strLogPath;
+    std::vector<std::filesystem::path> m_mails;
+    // The desk that the last steps talk to.
+    std::optional<Toolkit::Process> m_first;
     unsigned int m_uSteps = 0;
     unsigned int m_uHolding = 0;
 };

@@ -2,9 +2,11 @@
 #ifndef TOOLKIT_TESTS_EXAMPLES_DESKSUPPORT_H
 #define TOOLKIT_TESTS_EXAMPLES_DESKSUPPORT_H
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -25,34 +27,47 @@ protected:
         : m_strProgram(program),
           m_home("HOME", m_folder.Path().c_str()),
           m_temporary("TMPDIR", m_folder.Path().c_str()),
-          m_strLog(std::filesystem::path(m_folder.Path()).filename().string() + "-log")
+          m_runtime("XDG_RUNTIME_DIR", m_folder.Path().c_str())
     {
     }
-    ~DeskHome() override { std::filesystem::remove(LogPath()); }
 
-    std::string LogPath() const { return "/tmp/" + m_strLog + ".vxlog"; }
+    // The lines of the newest log.
+    std::string Log() const
+    {
+        std::string newest;
+        std::error_code error;
+        for (const auto& file :
+             std::filesystem::directory_iterator(m_folder.Path(".local/state/desk/logs"), error))
+            newest = std::max(newest, file.path().string());
+        return ReadBytes(newest);
+    }
+    std::string SettingsPath() const { return m_folder.Path(".config/desk/desk.ini"); }
     static std::string Data(const std::string& name) { return std::string(DESK_DATA) + "/" + name; }
 
     // The first desk, over the sample bundle.
     std::unique_ptr<TalkingProgram> StartFirst(const std::vector<std::string>& more = {}) const
     {
-        std::vector<std::string> arguments = {"-data", DESK_DATA, "-log", m_strLog};
+        std::vector<std::string> arguments = {"-data", DESK_DATA};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return std::make_unique<TalkingProgram>(m_strProgram, arguments);
     }
 
-    // Another start, to its end.
-    ProgramResult Start(const std::string& option, const std::string& value) const
+    // Another start, to its end: of the console's desk, as both are one application.
+    static ProgramResult Start(const std::string& option, const std::string& value)
     {
-        return RunInShell(Quoted(m_strProgram) + " " + option + " " + Quoted(value));
+        return RunInShell(Quoted(DESK_PROGRAM) + " " + option + " " + Quoted(value));
     }
-    int Send(const std::string& command) const { return Start("-send", command).m_iExitCode; }
+    static int Send(const std::string& command) { return Start("-send", command).m_iExitCode; }
+    static std::string Ask(const std::string& command) { return Start("-send", command).m_strOutput; }
 
     const std::string m_strProgram;
     const TemporaryFolder m_folder;
     const ScopedEnvironment m_home;
     const ScopedEnvironment m_temporary;
-    const std::string m_strLog;
+    const ScopedEnvironment m_runtime;
+    const ScopedEnvironment m_config{"XDG_CONFIG_HOME", nullptr};
+    const ScopedEnvironment m_state{"XDG_STATE_HOME", nullptr};
+    const ScopedEnvironment m_cache{"XDG_CACHE_HOME", nullptr};
 };
 
 } // namespace ToolkitTest

@@ -1,118 +1,71 @@
 // SPDX-License-Identifier: MIT
-// Plug-in "mailtext": reads mails and tells what is in them.
+// Plug-in "mailtext": reads mails.
 
-#include "Plugin.h"
+#include "Reader.h"
 #include "mailtext/Mail.h"
-#include "mailtext/MailDate.h"
-#include "toolkit/core/LibModuleManager.h"
-#include "toolkit/datetime/DateTime.h"
-#include "toolkit/files/IniFile.h"
-#include "toolkit/log/LogSeverity.h"
-#include "toolkit/log/LogStatement.h"
+#include "toolkit/datetime/Timestamp.h"
+#include "toolkit/files/WholeFile.h"
+#include "toolkit/log/Log.h"
 
 namespace Desk
 {
 
+using namespace Toolkit;
+
 namespace
 {
 
-const unsigned int s_uDefaultPreview = 60;
-
-// The beginning of a text as one line: white space becomes single spaces.
-Text Preview(const Text& text, std::size_t length)
+// When the mail was written, by the user's clock; empty if it does not say.
+std::string ListedDate(const std::string& field)
 {
-    Text line;
-    for (const wchar_t character : text)
-    {
-        const bool space =
-            character == L' ' || character == L'\n' || character == L'\r' || character == L'\t';
-        if (!space)
-            line += character;
-        else if (!line.empty() && line.back() != L' ')
-            line += L' ';
-    }
-    if (!line.empty() && line.back() == L' ')
-        line.pop_back();
-    return line.size() <= length ? line : Text(line.substr(0, length) + L"...");
+    const Result<Timestamp> date = Timestamp::ParseMail(field);
+    if (!date)
+        return std::string();
+    // "2026-03-02T08:15:00+01:00"
+    const std::string text = date->ToRfc3339(Timestamp::Zone::Local, 0);
+    return text.substr(0, 10) + ' ' + text.substr(11, 5);
 }
 
-// When the mail was written, as a list shows it; empty if it does not say.
-Text ListedDate(const Text& field)
-{
-    Toolkit::DateTime date;
-    Text listed;
-    if (ReadMailDate(field, date))
-        date.GetRelativeStringFromNow(listed);
-    return listed;
-}
-
-// The same in the user's short form, and how a list shows that.
-Text DescribeDate(const Text& field)
-{
-    Toolkit::DateTime date;
-    if (!ReadMailDate(field, date))
-        return L"without a date";
-    Text both;
-    date.GetString(both);
-    return both + L", listed as " + ListedDate(field);
-}
-
-class MailText : public Plugin
+class MailText : public Reader
 {
 public:
-    void Initialize() override { TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"mailtext: ready"; }
-    void Release() override { TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"mailtext: released"; }
+    MailText() { TOOLKIT_LOG(LogSeverity::Info) << "mailtext: ready"; }
+    ~MailText() override { TOOLKIT_LOG(LogSeverity::Info) << "mailtext: released"; }
 
-    Text GetName() const override { return L"mailtext"; }
-
-    void Configure(const Toolkit::IniFile& settings, std::vector<Text>&) override
+    std::vector<Failure> Configure(const Settings& settings) override
     {
-        m_uPreview = settings.GetUint32(GetName(), L"preview", s_uDefaultPreview);
+        m_strCharset = settings.Get("mailtext", "charset", "utf-8");
+        return {};
     }
 
-    bool Takes(const Text& fileName) const override { return HasExtension(fileName, L".eml"); }
+    bool Takes(const std::filesystem::path& file) const override { return file.extension() == ".eml"; }
 
-    bool Work(const Text& path, const Text&, std::vector<Text>& report) override
+    Result<Document> Read(const std::filesystem::path& file) const override
     {
-        Mail mail;
-        if (!ReadMail(path, mail))
-            return false;
-        report.push_back(L"\"" + mail.m_strSubject + L"\" from " + mail.m_strFrom + L", " +
-                         mail.m_strEncoding);
-        report.push_back(DescribeDate(mail.m_strDate));
-        if (m_uPreview > 0)
-            report.push_back(Preview(mail.m_strText, m_uPreview));
-        return true;
-    }
-
-    bool Read(const Text& path, Document& document) override
-    {
-        Mail mail;
-        if (!Takes(path) || !ReadMail(path, mail))
-            return false;
-        document = {path, mail.m_strSubject, mail.m_strFrom, ListedDate(mail.m_strDate), mail.m_strText, 0};
-        return true;
+        const Result<std::string> bytes = ReadFile(file);
+        if (!bytes)
+            return bytes.error();
+        Result<Mail> mail = Mail::Parse(*bytes, m_strCharset);
+        if (!mail)
+            return Failure(mail.error().Code(),
+                           "cannot read the mail " + file.string() + ": " + mail.error().Message());
+        Document document;
+        document.file = file;
+        document.title = mail->subject;
+        document.from = mail->from;
+        document.date = ListedDate(mail->date);
+        document.encoding = mail->encoding;
+        document.text = mail->text;
+        document.attachments = mail->attachments;
+        return document;
     }
 
 private:
-    static bool ReadMail(const Text& path, Mail& mail)
-    {
-        const bool done = mail.Read(path);
-        TOOLKIT_LOG(done ? Toolkit::LogSeverity::Info : Toolkit::LogSeverity::Warning)
-            << (done ? L"mailtext: read " : L"mailtext: cannot read ") << path;
-        return done;
-    }
-
-    unsigned int m_uPreview = s_uDefaultPreview;
+    std::string m_strCharset;
 };
 
 } // namespace
 
-extern "C" Plugin* DeskPluginLoad()
-{
-    static MailText s_module;
-    Toolkit::LibModuleManager::s_pInstance->Register(&s_module);
-    return &s_module;
-}
-
 } // namespace Desk
+
+TOOLKIT_PLUGIN(Desk::MailText, Desk::Reader, "mailtext", "2.0");

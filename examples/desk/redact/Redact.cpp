@@ -1,118 +1,87 @@
 // SPDX-License-Identifier: MIT
-// Plug-in "redact": copies text files and hides in them what the patterns of its settings find.
+// Plug-in "redact": hides in texts what the patterns of its settings find, and reads notes.
 
-#include "Plugin.h"
+#include "Reader.h"
 #include "redact/Rule.h"
+#include "toolkit/core/LibModule.h"
 #include "toolkit/core/LibModuleManager.h"
-#include "toolkit/core/TString.h"
-#include "toolkit/core/smart_ptr.h"
-#include "toolkit/encoding/UTF8.h"
-#include "toolkit/files/FFile.h"
-#include "toolkit/files/IniFile.h"
-#include "toolkit/files/TextFile.h"
-#include "toolkit/log/LogSeverity.h"
-#include "toolkit/log/LogStatement.h"
-#include "toolkit/regExp/RegExp.Exceptions"
+#include "toolkit/files/WholeFile.h"
+#include "toolkit/log/Log.h"
 
 namespace Desk
 {
 
+using namespace Toolkit;
+
 namespace
 {
 
-class Redact : public Plugin
+// What a plug-in has that relies on classic classes, which live as long as a ToolkitSession: the session
+// initialises it and releases it. Where there is no session, nothing is registered.
+class Module : public LibModule
 {
 public:
-    void Initialize() override { TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"redact: ready"; }
-    void Release() override { TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"redact: released"; }
+    Module()
+    {
+        if (LibModuleManager::s_pInstance != nullptr)
+            LibModuleManager::s_pInstance->Register(this);
+    }
 
-    Text GetName() const override { return L"redact"; }
+    void Initialize() override { TOOLKIT_LOG(LogSeverity::Info) << "redact: module initialised"; }
+    void Release() override { TOOLKIT_LOG(LogSeverity::Info) << "redact: module released"; }
+};
+
+class Redact : public Reader
+{
+public:
+    Redact() { TOOLKIT_LOG(LogSeverity::Info) << "redact: ready"; }
+    ~Redact() override { TOOLKIT_LOG(LogSeverity::Info) << "redact: released"; }
 
     // Every key of the section names a rule, its value is the pattern.
-    void Configure(const Toolkit::IniFile& settings, std::vector<Text>& problems) override
+    std::vector<Failure> Configure(const Settings& settings) override
     {
         m_rules.clear();
-        std::vector<Text> names;
-        settings.GetKeyList(GetName(), names);
-        for (const Text& name : names)
-            AddRule(name, settings.GetValue(GetName(), name, Text::Empty()), problems);
-    }
-
-    bool Takes(const Text& fileName) const override { return HasExtension(fileName, L".txt"); }
-
-    bool Work(const Text& path, const Text& folder, std::vector<Text>& report) override
-    {
-        Toolkit::TextFile source;
-        Toolkit::FFile target;
-        const Text targetPath = Join(folder, FileName(path));
-        if (!source.Open(path) || !target.Open(targetPath, L"wb"))
+        std::vector<Failure> problems;
+        for (const std::string& name : settings.Keys("redact"))
         {
-            TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"redact: cannot work on " << path;
-            return false;
+            const Result<Rule> rule = Rule::Make(name, settings.Get("redact", name, ""));
+            if (rule)
+                m_rules.push_back(*rule);
+            else
+                problems.push_back(rule.error());
         }
-        std::size_t lines = 0;
-        std::size_t hidden = 0;
-        for (Text line = source.GetFirstLine(); !source.Eof(); line = source.GetNextLine())
-        {
-            ++lines;
-            const std::size_t inLine = Hide(line);
-            if (inLine > 0)
-                report.push_back(line);
-            hidden += inLine;
-            target.Write(line + L"\n");
-        }
-        TOOLKIT_LOG(Toolkit::LogSeverity::Info) << L"redact: hid " << hidden << L" places of " << path;
-        report.push_back(ToText(lines) + L" lines, " + ToText(hidden) + L" places hidden, in " + targetPath);
-        return target.Close();
+        return problems;
     }
 
-    bool Read(const Text& path, Document& document) override
+    bool Takes(const std::filesystem::path& file) const override { return file.extension() == ".txt"; }
+
+    Result<Document> Read(const std::filesystem::path& file) const override
     {
-        const Text name = FileName(path);
-        std::vector<Text> lines;
-        if (!Takes(name) || !ReadLines(path, lines))
-            return false;
-        document = {path, name, Text(), Text(), Text(), 0};
-        for (const Text& line : lines)
-            document.m_strText += line + L"\n";
-        return true;
+        Result<std::string> text = ReadFile(file);
+        if (!text)
+            return text.error();
+        Document document;
+        document.file = file;
+        document.title = file.filename().string();
+        document.text = *std::move(text);
+        return document;
     }
 
-    std::size_t Hide(Text& text) const override
+    std::size_t Hide(std::string& text) const override
     {
         std::size_t hidden = 0;
-        Toolkit::TString<char> bytes = Toolkit::UTF8::ToUTF8(text);
         for (const Rule& rule : m_rules)
-            hidden += rule.Apply(bytes);
-        text = Toolkit::UTF8::ToUNICODE(bytes);
+            hidden += rule.Apply(text);
         return hidden;
     }
 
 private:
-    void AddRule(const Text& name, const Text& pattern, std::vector<Text>& problems)
-    {
-        try
-        {
-            m_rules.emplace_back(name, pattern);
-        }
-        catch (const Toolkit::smart_ptr<Toolkit::RegExpException>& exception)
-        {
-            const Text problem = name + L": " + Toolkit::UTF8::ToUNICODE(exception->GetMessage());
-            TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << L"redact: " << problem;
-            problems.push_back(problem);
-        }
-    }
-
+    Module m_module;
     std::vector<Rule> m_rules;
 };
 
 } // namespace
 
-extern "C" Plugin* DeskPluginLoad()
-{
-    static Redact s_module;
-    Toolkit::LibModuleManager::s_pInstance->Register(&s_module);
-    return &s_module;
-}
-
 } // namespace Desk
+
+TOOLKIT_PLUGIN(Desk::Redact, Desk::Reader, "redact", "2.0");

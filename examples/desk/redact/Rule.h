@@ -2,9 +2,11 @@
 #ifndef DESK_REDACT_RULE_H
 #define DESK_REDACT_RULE_H
 
-#include "Text.h"
-#include "toolkit/core/TString.h"
-#include "toolkit/regExp/RegExp.h"
+#include <cstddef>
+#include <string>
+
+#include "toolkit/core/Result.h"
+#include "toolkit/regExp/Pattern.h"
 
 namespace Desk
 {
@@ -14,19 +16,18 @@ namespace Desk
 class Rule
 {
 public:
-    // Throws smart_ptr<RegExpException> for a pattern that is none.
-    Rule(const Text& name, const Text& pattern);
+    // Fails as `Pattern::Compile` does; the message names the rule.
+    static Toolkit::Result<Rule> Make(const std::string& name, const std::string& pattern);
 
-    // Hides in `line`, which is UTF-8, and answers how often.
-    std::size_t Apply(Toolkit::TString<char>& line) const;
+    // Hides in a text of UTF-8, and returns how often. A text that cannot be searched to its end stays as it
+    // is.
+    std::size_t Apply(std::string& text) const;
 
 private:
-    std::size_t HideGroups(Toolkit::TString<char>& line) const;
-    std::size_t HideMatches(Toolkit::TString<char>& line) const;
+    Rule(const std::string& name, const Toolkit::Pattern& pattern);
 
-    Toolkit::RegExp m_expression;
-    Toolkit::TString<char> m_strLabel;
-    bool m_bHidesGroup;
+    Toolkit::Pattern m_pattern;
+    std::string m_strLabel;
 };
 
 } // namespace Desk

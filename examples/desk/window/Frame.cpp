@@ -2,14 +2,18 @@
 #include "window/Frame.h"
 
 #include <algorithm>
+#include <utility>
 
+#include <wx/button.h>
 #include <wx/dcmemory.h>
 #include <wx/dcscreen.h>
 #include <wx/filedlg.h>
+#include <wx/gauge.h>
 #include <wx/image.h>
 #include <wx/listbox.h>
 #include <wx/listctrl.h>
 #include <wx/menu.h>
+#include <wx/panel.h>
 #include <wx/sizer.h>
 #include <wx/splitter.h>
 #include <wx/stattext.h>
@@ -22,8 +26,7 @@ namespace Desk
 namespace
 {
 
-const int s_iLogInterval = 250;
-const std::size_t s_uLogLines = 100;
+const unsigned int s_uLogLines = 100;
 const int s_iGap = 6;
 
 enum Column
@@ -33,26 +36,28 @@ enum Column
     ColumnSubject
 };
 
-enum Command
+enum Item
 {
-    CommandPlugins = wxID_HIGHEST + 1,
-    CommandRestart
+    ItemAttachment = wxID_HIGHEST + 1,
+    ItemHide,
+    ItemPlugins,
+    ItemRestart
 };
 
-wxString ToWindow(const Text& text)
+wxString ToWindow(const std::string& text)
 {
-    return wxString(text.data(), text.size());
+    return wxString::FromUTF8(text);
 }
 
-// The name of a sender without the address behind it.
-Text NameOf(const Text& sender)
+std::string FromWindow(const wxString& text)
 {
-    return Text(sender.substr(0, sender.find(L" <")));
+    return text.utf8_string();
 }
 
-Text FromWindow(const wxString& text)
+// The name of a sender without the address after it.
+std::string NameOf(const std::string& sender)
 {
-    return Text(text.ToStdWstring());
+    return sender.substr(0, sender.find(" <"));
 }
 
 wxFont Bold(const wxFont& font)
@@ -62,38 +67,43 @@ wxFont Bold(const wxFont& font)
 
 } // namespace
 
-Frame::Frame(const Actions& actions, const Text& logPath)
-    : wxFrame(nullptr, wxID_ANY, "Desk", wxDefaultPosition, wxSize(1040, 580)),
-      m_actions(actions),
-      m_strLogPath(logPath),
-      m_timer(this)
+Frame::Frame(Execute execute)
+    : wxFrame(nullptr, wxID_ANY, "Desk", wxDefaultPosition, wxSize(1040, 600)), m_execute(std::move(execute))
 {
     MakeMenu();
     CreateStatusBar();
     MakeContent();
-    Bind(wxEVT_TIMER, [this](wxTimerEvent&) { UpdateLog(); });
-    m_timer.Start(s_iLogInterval);
 }
 
 void Frame::MakeMenu()
 {
-    wxMenu* const file = new wxMenu;
-    file->Append(wxID_OPEN, "&Open...\tCtrl+O");
-    file->Append(CommandPlugins, "&Plug-ins\tCtrl+P");
-    file->AppendSeparator();
-    file->Append(CommandRestart, "&Restart\tCtrl+R");
-    file->Append(wxID_EXIT, "&Quit\tCtrl+Q");
+    wxMenu* const menu = new wxMenu;
+    AddItem(*menu, wxID_OPEN, "&Open...\tCtrl+O", [this] { AskForFile(); });
+    AddItem(*menu, ItemAttachment, "Open &attachment\tCtrl+T",
+            [this] {
+                m_execute({"attachment", m_shown.string()});
+            });
+    menu->AppendCheckItem(ItemHide, "&Hide what is private\tCtrl+H");
+    AddItem(*menu, ItemPlugins, "&Plug-ins\tCtrl+P", [this] { m_execute({"plug-ins"}); });
+    menu->AppendSeparator();
+    AddItem(*menu, ItemRestart, "&Restart\tCtrl+R", [this] { m_execute({"restart"}); });
+    AddItem(*menu, wxID_EXIT, "&Quit\tCtrl+Q", [this] { Close(); });
+    Bind(
+        wxEVT_MENU,
+        [this](wxCommandEvent& event) {
+            m_execute({"set", event.IsChecked() ? "view/hide yes" : "view/hide no"});
+        },
+        ItemHide);
     wxMenuBar* const bar = new wxMenuBar;
-    bar->Append(file, "&Desk");
+    bar->Append(menu, "&Desk");
     SetMenuBar(bar);
+}
+
+void Frame::AddItem(wxMenu& menu, int id, const char* label, std::function<void()> chosen)
+{
+    menu.Append(id, label);
     Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { AskForFile(); }, wxID_OPEN);
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { m_actions.m_plugins(); }, CommandPlugins);
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { m_actions.m_restart(); }, CommandRestart);
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { Close(); }, wxID_EXIT);
+        wxEVT_MENU, [chosen = std::move(chosen)](wxCommandEvent&) { chosen(); }, id);
 }
 
 void Frame::MakeContent()
@@ -105,18 +115,38 @@ void Frame::MakeContent()
         new wxSplitterWindow(rows, wxID_ANY, wxDefaultPosition, wxDefaultSize, style);
     m_pList = MakeList(columns);
     columns->SetMinimumPaneSize(200);
-    columns->SplitVertically(m_pList, MakeReader(columns), 500);
+    columns->SplitVertically(m_pList, MakeReader(columns), 540);
     rows->SetMinimumPaneSize(80);
     rows->SetSashGravity(1);
     rows->SplitHorizontally(columns, MakeLog(rows), -150);
+    wxBoxSizer* const sizer = new wxBoxSizer(wxVERTICAL);
+    sizer->Add(rows, wxSizerFlags(1).Expand());
+    sizer->Add(MakeProgress(), wxSizerFlags().Expand());
+    SetSizer(sizer);
+}
+
+wxWindow* Frame::MakeProgress()
+{
+    m_pProgress = new wxPanel(this);
+    m_pGauge = new wxGauge(m_pProgress, wxID_ANY, 1);
+    m_pCount = new wxStaticText(m_pProgress, wxID_ANY, "", wxDefaultPosition, wxSize(260, -1));
+    wxButton* const cancel = new wxButton(m_pProgress, wxID_CANCEL);
+    cancel->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { m_execute({"cancel"}); });
+    wxBoxSizer* const sizer = new wxBoxSizer(wxHORIZONTAL);
+    sizer->Add(m_pCount, wxSizerFlags().CenterVertical().Border(wxALL, s_iGap));
+    sizer->Add(m_pGauge, wxSizerFlags(1).CenterVertical());
+    sizer->Add(cancel, wxSizerFlags().Border(wxALL, s_iGap));
+    m_pProgress->SetSizer(sizer);
+    m_pProgress->Hide();
+    return m_pProgress;
 }
 
 wxListCtrl* Frame::MakeList(wxWindow* parent)
 {
     wxListCtrl* const list =
         new wxListCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxLC_REPORT | wxLC_SINGLE_SEL);
-    list->AppendColumn("Date", wxLIST_FORMAT_LEFT, 90);
-    list->AppendColumn("From", wxLIST_FORMAT_LEFT, 160);
+    list->AppendColumn("Date", wxLIST_FORMAT_LEFT, 130);
+    list->AppendColumn("From", wxLIST_FORMAT_LEFT, 150);
     list->AppendColumn("Subject", wxLIST_FORMAT_LEFT, 250);
     list->Bind(wxEVT_LIST_ITEM_SELECTED, [this](wxListEvent& event)
                { ShowDocument(m_documents[static_cast<std::size_t>(event.GetIndex())]); });
@@ -147,37 +177,60 @@ wxWindow* Frame::MakeLog(wxWindow* parent)
     return m_pLog;
 }
 
+void Frame::ShowProgress(const Toolkit::TaskProgress& progress)
+{
+    const bool running = !progress.IsFinished();
+    const int all = std::max(static_cast<int>(progress.All()), 1);
+    m_pGauge->SetRange(all);
+    m_pGauge->SetValue(std::min(static_cast<int>(progress.Done()), all));
+    m_pCount->SetLabelText(ToWindow(std::to_string(progress.Done()) + " of " +
+                                    std::to_string(progress.All()) + ' ' + progress.Text()));
+    if (m_pProgress->IsShown() == running)
+        return;
+    m_pProgress->Show(running);
+    Layout();
+}
+
 void Frame::ShowList(const std::vector<Document>& documents)
 {
     m_documents = documents;
     m_pList->DeleteAllItems();
     for (const Document& document : m_documents)
     {
-        const long row = m_pList->InsertItem(m_pList->GetItemCount(), ToWindow(document.m_strDate));
-        m_pList->SetItem(row, ColumnFrom, ToWindow(NameOf(document.m_strFrom)));
-        m_pList->SetItem(row, ColumnSubject, ToWindow(document.m_strTitle));
+        const long row = m_pList->InsertItem(m_pList->GetItemCount(), ToWindow(document.date));
+        m_pList->SetItem(row, ColumnFrom, ToWindow(NameOf(document.from)));
+        m_pList->SetItem(row, ColumnSubject, ToWindow(document.title));
     }
-    if (m_strShown.empty() && !m_documents.empty())
+    const auto shown = std::find_if(m_documents.begin(), m_documents.end(),
+                                    [this](const Document& document) { return document.file == m_shown; });
+    if (shown != m_documents.end())
+        ShowDocument(*shown);
+    else if (m_pTitle->GetLabelText().empty() && !m_documents.empty())
         ShowDocument(m_documents.front());
-    SelectShown();
+}
+
+void Frame::ShowSettings(const Toolkit::Settings& settings)
+{
+    GetMenuBar()->Check(ItemHide, settings.Get("view", "hide", true));
 }
 
 void Frame::ShowDocument(const Document& document)
 {
-    m_strShown = document.m_strPath;
-    m_pTitle->SetLabelText(ToWindow(document.m_strTitle));
-    m_pSender->SetLabelText(ToWindow(document.m_strFrom.empty()
-                                         ? document.m_strPath
-                                         : Text(document.m_strFrom + L", " + document.m_strDate)));
-    m_pText->ChangeValue(ToWindow(document.m_strText));
+    // A copy: selecting it in the list shows the list's own.
+    const Document shown = document;
+    m_shown = shown.file;
+    m_pTitle->SetLabelText(ToWindow(shown.title));
+    m_pSender->SetLabelText(
+        ToWindow(shown.from.empty() ? shown.file.string() : shown.from + ", " + shown.date));
+    m_pText->ChangeValue(ToWindow(shown.text));
+    GetMenuBar()->Enable(ItemAttachment, !shown.attachments.empty());
     SelectShown();
 }
 
 void Frame::SelectShown()
 {
-    const auto shown =
-        std::find_if(m_documents.begin(), m_documents.end(),
-                     [this](const Document& document) { return document.m_strPath == m_strShown; });
+    const auto shown = std::find_if(m_documents.begin(), m_documents.end(),
+                                    [this](const Document& document) { return document.file == m_shown; });
     const long row = shown == m_documents.end() ? -1 : static_cast<long>(shown - m_documents.begin());
     const long selected = m_pList->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED);
     if (row == selected)
@@ -193,50 +246,58 @@ void Frame::AskForFile()
     wxFileDialog dialog(this, "Open a mail or a note", "", "", "Mails and notes|*.eml;*.txt",
                         wxFD_OPEN | wxFD_FILE_MUST_EXIST);
     if (dialog.ShowModal() == wxID_OK)
-        m_actions.m_open(FromWindow(dialog.GetPath()));
+        m_execute({"open", FromWindow(dialog.GetPath())});
 }
 
-void Frame::UpdateLog()
+void Frame::AddLogLine(const std::string& line)
 {
-    std::vector<Text> lines;
-    if (!ReadLines(m_strLogPath, lines))
-        return;
-    lines.erase(lines.begin(),
-                lines.end() - static_cast<std::ptrdiff_t>(std::min(lines.size(), s_uLogLines)));
-    if (lines == m_log)
-        return;
-    m_log = lines;
-    wxArrayString texts;
-    for (const Text& line : lines)
-        texts.Add(ToWindow(line));
-    m_pLog->Set(texts);
-    if (!texts.empty())
-        m_pLog->EnsureVisible(static_cast<int>(texts.size()) - 1);
+    m_pLog->Append(ToWindow(line));
+    if (m_pLog->GetCount() > s_uLogLines)
+        m_pLog->Delete(0);
+    m_pLog->EnsureVisible(static_cast<int>(m_pLog->GetCount()) - 1);
 }
 
-void Frame::Describe(std::vector<Text>& lines) const
+std::string Frame::Describe() const
 {
-    const wxMenu& menu = *GetMenuBar()->GetMenu(0);
-    for (const wxMenuItem* item : menu.GetMenuItems())
-        if (!item->IsSeparator())
-            lines.push_back(L"menu: " + FromWindow(item->GetItemLabelText()));
-    for (int row = 0; row < m_pList->GetItemCount(); ++row)
-        lines.push_back(L"mail: " + FromWindow(m_pList->GetItemText(row, ColumnDate)) + L" | " +
-                        FromWindow(m_pList->GetItemText(row, ColumnFrom)) + L" | " +
-                        FromWindow(m_pList->GetItemText(row, ColumnSubject)));
-    const long selected = m_pList->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED);
-    lines.push_back(L"selected: " +
-                    (selected < 0 ? Text(L"none") : ToText(static_cast<unsigned long>(selected))));
-    lines.push_back(L"title: " + FromWindow(m_pTitle->GetLabelText()));
-    lines.push_back(L"sender: " + FromWindow(m_pSender->GetLabelText()));
-    for (int line = 0; line < m_pText->GetNumberOfLines(); ++line)
-        lines.push_back(L"text: " + FromWindow(m_pText->GetLineText(line)));
+    std::string text = DescribeMenu() + DescribeList() + DescribeText();
     for (const wxString& line : m_pLog->GetStrings())
-        lines.push_back(L"log: " + FromWindow(line));
-    lines.push_back(L"status: " + FromWindow(GetStatusBar()->GetStatusText()));
+        text += "log: " + FromWindow(line) + '\n';
+    if (m_pProgress->IsShown())
+        text += "progress: " + FromWindow(m_pCount->GetLabelText()) + '\n';
+    return text + "status: " + FromWindow(GetStatusBar()->GetStatusText()) + '\n';
 }
 
-bool Frame::SavePicture(const Text& path) const
+std::string Frame::DescribeMenu() const
+{
+    std::string text;
+    for (const wxMenuItem* item : GetMenuBar()->GetMenu(0)->GetMenuItems())
+        if (!item->IsSeparator())
+            text += "menu: " + FromWindow(item->GetItemLabelText()) +
+                    (item->IsCheckable() && item->IsChecked() ? " (checked)\n" : "\n");
+    return text;
+}
+
+std::string Frame::DescribeList() const
+{
+    std::string text;
+    for (int row = 0; row < m_pList->GetItemCount(); ++row)
+        text += "mail: " + FromWindow(m_pList->GetItemText(row, ColumnDate)) + " | " +
+                FromWindow(m_pList->GetItemText(row, ColumnFrom)) + " | " +
+                FromWindow(m_pList->GetItemText(row, ColumnSubject)) + '\n';
+    const long selected = m_pList->GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED);
+    return text + "selected: " + (selected < 0 ? std::string("none") : std::to_string(selected)) + '\n';
+}
+
+std::string Frame::DescribeText() const
+{
+    std::string text = "title: " + FromWindow(m_pTitle->GetLabelText()) +
+                       "\nsender: " + FromWindow(m_pSender->GetLabelText()) + '\n';
+    for (int line = 0; line < m_pText->GetNumberOfLines(); ++line)
+        text += "text: " + FromWindow(m_pText->GetLineText(line)) + '\n';
+    return text;
+}
+
+bool Frame::SavePicture(const std::filesystem::path& file) const
 {
     const wxRect area = GetScreenRect();
     wxBitmap bitmap(area.GetSize());
@@ -244,7 +305,7 @@ bool Frame::SavePicture(const Text& path) const
     wxMemoryDC memory(bitmap);
     memory.Blit(wxPoint(0, 0), area.GetSize(), &screen, area.GetPosition());
     memory.SelectObject(wxNullBitmap);
-    return bitmap.SaveFile(ToWindow(path), wxBITMAP_TYPE_PNG);
+    return bitmap.SaveFile(ToWindow(file.string()), wxBITMAP_TYPE_PNG);
 }
 
 } // namespace Desk

@@ -2,15 +2,18 @@
 // desk-window: desk with a window. It takes the options and the commands of the console's desk, but for the
 // tour.
 
+#include <iostream>
 #include <memory>
 
 #include <wx/app.h>
 #include <wx/image.h>
-#include <wx/log.h>
 #include <wx/weakref.h>
 
 #include "Application.h"
+#include "toolkit/datetime/Timestamp.h"
+#include "toolkit/log/CallbackLog.h"
 #include "window/Frame.h"
+#include "window/WxLogTarget.h"
 
 namespace Desk
 {
@@ -23,60 +26,65 @@ public:
     int OnRun() override;
     int OnExit() override;
 
-    void Tell(const Text& line) override;
-    void ShowIndex() override;
+    void Post(std::function<void()> function) override;
+    void Tell(const std::string& line) override;
+    void ShowProgress(const Toolkit::TaskProgress& progress) override;
+    void ShowIndex(const std::vector<Document>& documents) override;
+    void ShowSettings(const Toolkit::Settings& settings) override;
     void Show(const Document& document) override;
-    void Describe(std::vector<Text>& lines) const override;
-    bool SavePicture(const Text& path) override;
+    std::shared_ptr<Toolkit::LogSink> MakeLogSink() override;
+    std::string Describe() const override;
+    bool SavePicture(const std::filesystem::path& file) override;
     void Leave() override;
 
     // Read from the arguments as they are: wxWidgets would convert them by the locale.
     static const Options* s_pOptions;
+    static const Toolkit::Folders* s_pFolders;
 
 private:
+    void Execute(const std::vector<std::string>& command);
+
     std::unique_ptr<Application> m_application;
-    Application::Start m_start = Application::Start::Failed;
+    std::optional<Application::Answer> m_answer;
     wxWeakRef<Frame> m_frame;
-    // What is told and shown before there is a window.
-    Text m_strStatus;
-    Document m_shown;
 };
 
 const Options* WindowApp::s_pOptions = nullptr;
+const Toolkit::Folders* WindowApp::s_pFolders = nullptr;
+
+namespace
+{
+
+// "18:20:05 read /home/samuel/1.eml"
+std::string LineOf(const Toolkit::LogRecord& record)
+{
+    const std::string time =
+        Toolkit::Timestamp(record.time).ToRfc3339(Toolkit::Timestamp::Zone::Local, 0).substr(11, 8);
+    return time + (record.severity <= Toolkit::LogSeverity::Warning ? " ! " : " ") + record.message;
+}
+
+} // namespace
 
 bool WindowApp::OnInit()
 {
-    // What wxWidgets says goes to the log and never into a dialog; without a log, nowhere.
-    wxLog::DontCreateOnDemand();
-    delete wxLog::SetActiveTarget(nullptr);
+    delete wxLog::SetActiveTarget(new WxLogTarget);
     wxImage::AddHandler(new wxPNGHandler);
-    m_application = std::make_unique<Application>(*s_pOptions, *this);
-    m_start = m_application->Begin();
-    if (m_start != Application::Start::First)
-        return true;
-    Frame::Actions actions;
-    actions.m_open = [this](const Text& path) { m_application->Execute(L"open " + path); };
-    actions.m_plugins = [this] { m_application->Execute(L"plug-ins"); };
-    actions.m_restart = [this] { m_application->Execute(L"restart"); };
-    m_frame = new Frame(actions, m_application->GetHost().GetLogPath());
-    m_frame->SetStatusText(wxString(m_strStatus.data(), m_strStatus.size()));
-    if (!m_shown.m_strPath.empty())
-        m_frame->ShowDocument(m_shown);
-    m_frame->Show();
+    m_frame = new Frame([this](const std::vector<std::string>& command) { Execute(command); });
+    m_application = std::make_unique<Application>(*s_pOptions, *s_pFolders, *this);
+    m_answer = m_application->Begin();
+    if (m_answer)
+        m_frame->Destroy();
+    else
+        m_frame->Show();
     return true;
 }
 
 int WindowApp::OnRun()
 {
-    switch (m_start)
-    {
-    case Application::Start::First:
+    if (!m_answer)
         return wxApp::OnRun();
-    case Application::Start::HandedOver:
-        return 0;
-    default:
-        return 1;
-    }
+    std::cout << m_answer->Text();
+    return m_answer->Code();
 }
 
 int WindowApp::OnExit()
@@ -85,43 +93,71 @@ int WindowApp::OnExit()
     return wxApp::OnExit();
 }
 
-void WindowApp::Tell(const Text& line)
+void WindowApp::Execute(const std::vector<std::string>& command)
 {
-    CallAfter(
-        [this, line]
-        {
-            m_strStatus = line;
-            if (m_frame != nullptr)
-                m_frame->SetStatusText(wxString(line.data(), line.size()));
-        });
+    const Application::Answer answer =
+        m_application->Execute(Application::Command(command, std::filesystem::current_path()));
+    if (answer.Code() != 0)
+        Tell(answer.Text());
 }
 
-void WindowApp::ShowIndex()
+void WindowApp::Post(std::function<void()> function)
 {
-    CallAfter(
-        [this]
-        {
-            if (m_frame != nullptr)
-                m_frame->ShowList(m_application->GetDocuments());
-        });
+    CallAfter([function = std::move(function)] { function(); });
+}
+
+void WindowApp::Tell(const std::string& line)
+{
+    if (m_frame != nullptr)
+        m_frame->SetStatusText(wxString::FromUTF8(line));
+}
+
+void WindowApp::ShowProgress(const Toolkit::TaskProgress& progress)
+{
+    if (m_frame != nullptr)
+        m_frame->ShowProgress(progress);
+}
+
+void WindowApp::ShowIndex(const std::vector<Document>& documents)
+{
+    if (m_frame != nullptr)
+        m_frame->ShowList(documents);
+}
+
+void WindowApp::ShowSettings(const Toolkit::Settings& settings)
+{
+    if (m_frame != nullptr)
+        m_frame->ShowSettings(settings);
 }
 
 void WindowApp::Show(const Document& document)
 {
-    m_shown = document;
     if (m_frame != nullptr)
         m_frame->ShowDocument(document);
 }
 
-void WindowApp::Describe(std::vector<Text>& lines) const
+std::shared_ptr<Toolkit::LogSink> WindowApp::MakeLogSink()
 {
-    if (m_frame != nullptr)
-        m_frame->Describe(lines);
+    const auto show = [this](const Toolkit::LogRecord& record)
+    {
+        Post(
+            [this, line = LineOf(record)]
+            {
+                if (m_frame != nullptr)
+                    m_frame->AddLogLine(line);
+            });
+    };
+    return std::make_shared<Toolkit::CallbackLog>(Toolkit::LogSeverity::Info, show);
 }
 
-bool WindowApp::SavePicture(const Text& path)
+std::string WindowApp::Describe() const
 {
-    return m_frame != nullptr && m_frame->SavePicture(path);
+    return m_frame != nullptr ? m_frame->Describe() : std::string();
+}
+
+bool WindowApp::SavePicture(const std::filesystem::path& file)
+{
+    return m_frame != nullptr && m_frame->SavePicture(file);
 }
 
 void WindowApp::Leave()
@@ -137,6 +173,13 @@ wxIMPLEMENT_APP_NO_MAIN(Desk::WindowApp);
 int main(int argc, char** argv)
 {
     const Desk::Options options(argc, argv);
+    const Toolkit::Result<Toolkit::Folders> folders = Toolkit::Folders::Of("desk");
+    if (!folders)
+    {
+        std::cerr << folders.error().Message() << '\n';
+        return 1;
+    }
     Desk::WindowApp::s_pOptions = &options;
+    Desk::WindowApp::s_pFolders = &*folders;
     return wxEntry(argc, argv);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "State.h"
+#include "classic/State.h"
 
 namespace Desk
 {

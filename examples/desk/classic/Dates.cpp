@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "Dates.h"
+#include "classic/Dates.h"
 
 #include <cstdlib>
 #include <string>
 
+#include "toolkit/core/TString.h"
 #include "toolkit/datetime/DateTime.h"
 #include "toolkit/datetime/Locales.h"
 #include "toolkit/encoding/UTF8.h"
@@ -12,6 +13,8 @@ namespace Desk
 {
 
 using namespace Toolkit;
+
+using Text = TString<wchar_t>;
 
 namespace
 {
@@ -43,7 +46,7 @@ private:
 
 } // namespace
 
-bool ShowInFiveLocales(std::vector<Text>& report)
+bool ShowInFiveLocales(std::vector<std::string>& report)
 {
     const struct
     {
@@ -64,13 +67,14 @@ bool ShowInFiveLocales(std::vector<Text>& report)
         value.GetDate(date);
         Text both;
         value.GetString(both);
-        report.push_back(UTF8::ToUNICODE(row.locale) + L": " + both + L", from the pattern " + pattern);
+        report.push_back(row.locale + (": " + UTF8::ToUTF8(both)) + ", from the pattern " +
+                         UTF8::ToUTF8(pattern));
         all = all && date == row.date;
     }
     return all;
 }
 
-bool ShowRelativeToNow(std::vector<Text>& report)
+bool ShowRelativeToNow(std::vector<std::string>& report)
 {
     const DateTime now;
     DateTime before = now;
@@ -79,7 +83,8 @@ bool ShowRelativeToNow(std::vector<Text>& report)
     now.GetRelativeStringFromNow(today);
     Text yesterday;
     before.GetRelativeStringFromNow(yesterday);
-    report.push_back(L"a mail of this moment is listed as " + today + L", one of yesterday as " + yesterday);
+    report.push_back("this moment is listed as " + UTF8::ToUTF8(today) + ", one of yesterday as " +
+                     UTF8::ToUTF8(yesterday));
     Text time;
     now.GetTime(time);
     Text date;

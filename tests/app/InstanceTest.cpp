@@ -845,6 +845,109 @@ TEST_F(InstanceTest, UnderstandsACommandOfAClassicClient)
               heard.get_future().get());
 }
 
+TEST_F(InstanceTest, ClassicClientReachesItByItsKey)
+{
+    Instance first = Claim();
+    std::promise<Instance::Command> heard;
+    first.Serve(
+        [&heard](const Instance::Command& command)
+        {
+            heard.set_value(command);
+            return Instance::Answer();
+        });
+    EXPECT_FALSE(Toolkit::IPCClient::Connect(L"org.example.other", L"open"));
+    ASSERT_TRUE(Toolkit::IPCClient::Connect(L"org.example.watch", L"open gr\u00f6\u00dfe"));
+    const Instance::Command command = heard.get_future().get();
+    EXPECT_EQ(Arguments{"open gr\xC3\xB6\xC3\x9F"
+                        "e"},
+              command.Arguments());
+    EXPECT_EQ("", command.Folder());
+}
+
+TEST_F(InstanceTest, ClassicClientReachesNobodyWhereThereIsNoFolderOfInstances)
+{
+    EXPECT_FALSE(Toolkit::IPCClient::Connect(L"org.example.watch", L"open"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder.Path("toolkit")));
+}
+
+TEST_F(InstanceTest, ClassicServerOfItsKeyIsAskedAsTheFirst)
+{
+    const ToolkitTest::ScopedEnvironment home("HOME", m_folder.Path().c_str());
+    const Toolkit::ToolkitSession session;
+    const std::string key = m_folder.Path("watch.ipc");
+    auto server = std::make_unique<ToolkitTest::RecordingServer>(m_folder.Wide("watch.ipc"));
+    ASSERT_TRUE(server->Run());
+    const Instance second = Claim(key);
+    EXPECT_FALSE(second.IsFirst());
+    EXPECT_FALSE(Claim(key).IsFirst());
+    // On the main thread, too, which delivers the commands only later.
+    const Result<Instance::Answer> own = second.Ask({"open gr\xC3\xB6\xC3\x9F"
+                                                     "e"},
+                                                    60s);
+    ASSERT_TRUE(own) << own.error().Message();
+    EXPECT_EQ(0, own->Code());
+    EXPECT_EQ("", own->Text());
+    std::future<bool> asked = std::async(std::launch::async,
+                                         [&second] {
+                                             return second.Ask({"open", "a b", "", "c\"d"}, 60s).has_value();
+                                         });
+    EXPECT_TRUE(ToolkitTest::PumpUntil([&server] { return server->Received().size() == 2; }));
+    EXPECT_TRUE(asked.get());
+    EXPECT_EQ((ToolkitTest::Commands{L"open gr\u00f6\u00dfe", L"open \"a b\" \"\" c\"d"}),
+              server->Received());
+    for (const Arguments& arguments :
+         {Arguments{"\xff"}, Arguments{std::string("a\0b", 3)}, Arguments{"a \" b", "c"}})
+        EXPECT_EQ("cannot ask " + key + ": these arguments are no text for its server",
+                  second.Ask(arguments, 60s).error().Message());
+    server.reset();
+    EXPECT_EQ("cannot ask " + key + ": the first instance has ended",
+              second.Ask({"x"}, 60s).error().Message());
+    EXPECT_TRUE(Claim(key).IsFirst());
+}
+
+TEST_F(InstanceTest, ClassicServerThatFreezesCostsTheTimeAlone)
+{
+    const std::string key = m_folder.Path("watch.ipc");
+    ForkedCopy host(
+        [this]() -> ChildAnswer
+        {
+            const ToolkitTest::ScopedEnvironment home("HOME", m_folder.Path().c_str());
+            const Toolkit::ToolkitSession session;
+            ToolkitTest::RecordingServer server(m_folder.Wide("watch.ipc"));
+            if (!server.Run())
+                return "it does not listen";
+            for (;;)
+                pause();
+        });
+    ASSERT_TRUE(ToolkitTest::WaitUntil([&key] { return std::filesystem::exists(key); }));
+    ASSERT_TRUE(ToolkitTest::WaitUntil([&key] { return !Claim(key).IsFirst(); }));
+    EXPECT_EQ("cannot ask " + key + ": no answer in time", Claim(key).Ask({"x"}, 20ms).error().Message());
+    host.Kill();
+    EXPECT_TRUE(Claim(key).IsFirst());
+}
+
+TEST_F(InstanceTest, WhatIsNoClassicServerOfItsUserIsNoFirst)
+{
+    const std::string path = m_folder.Path("watch.ipc");
+    ToolkitTest::LeaveStaleSocket(path);
+    EXPECT_TRUE(Claim(path).IsFirst());
+    std::filesystem::remove(path);
+    std::ofstream(path) << "a file";
+    EXPECT_TRUE(Claim(path).IsFirst());
+    EXPECT_TRUE(Claim(path + std::string(1, '\0')).IsFirst());
+    EXPECT_TRUE(std::filesystem::is_regular_file(path));
+}
+
+TEST_F(InstanceTest, ListenerAtAPortIsNoFirst)
+{
+    const ToolkitTest::ScopedEnvironment home("HOME", m_folder.Path().c_str());
+    const Toolkit::ToolkitSession session;
+    const std::wstring port = ToolkitTest::FreePort();
+    ToolkitTest::RecordingServer server(port);
+    ASSERT_TRUE(server.Run());
+    EXPECT_TRUE(Claim(Toolkit::UTF8::ToUTF8(port)).IsFirst());
+}
+
 TEST_F(InstanceTest, HostileClientHarmsNobody)
 {
     Instance first = Claim();

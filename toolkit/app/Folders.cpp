@@ -79,8 +79,10 @@ Result<Folders> Folders::Of(std::string_view name)
             return base.error();
         row.path = *base / name;
     }
-    const std::optional<std::filesystem::path> runtime = BaseDirectories::Runtime();
-    paths->m_runtime = runtime ? *runtime / name : paths->m_cache / "runtime";
+    Result<std::filesystem::path> runtime = BaseDirectories::RuntimeOf(name);
+    if (!runtime)
+        return runtime.error();
+    paths->m_runtime = *std::move(runtime);
     return Folders(paths);
 }
 

@@ -10,6 +10,7 @@
 #include "toolkit/internal/ipc/IPCConversation.h"
 #include "toolkit/internal/ipc/IPCEndpoint.h"
 #include "toolkit/internal/ipc/IPCMessage.h"
+#include "toolkit/internal/ipc/InstancePlace.h"
 #include "toolkit/threading/Mutex.h"
 
 namespace Toolkit
@@ -19,6 +20,13 @@ namespace
 {
 
 const unsigned int s_uDefaultTimeout = 10000;
+
+// The first instance whose key is the name of the service.
+IPCConversation::Opened OpenInstance(IPCConversation& conversation, const TString<char>& key)
+{
+    const Result<InstancePlace> place = InstancePlace::Find(key);
+    return place ? conversation.Open(place->Socket()) : IPCConversation::Opened::Nobody;
+}
 
 } // namespace
 
@@ -30,22 +38,20 @@ bool IPCClient::Connect(const TString<wchar_t>& service, const TString<wchar_t>&
 bool IPCClient::Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic,
                         unsigned int timeoutMilliseconds)
 {
-    const IPCAddress address(IPCServer::ServiceOrDefault(service));
+    const TString<wchar_t> name = IPCServer::ServiceOrDefault(service);
+    const IPCAddress address(name);
     const TString<char> text = UTF8::ToUTF8(topic);
     const bool empty = topic.empty() || topic[0] == L'\0';
     if (!address.IsValid() || text.empty() != empty || text.size() >= IPCMessage::s_uLargestPart)
         return false;
-    TString<char> request;
-    IPCMessage::AppendConnect(request, text);
-    TString<char> command;
-    IPCMessage::AppendExecute(command, text);
-    IPCMessage::AppendDisconnect(command);
     std::optional<IPCConversation::Clock::time_point> end;
     if (timeoutMilliseconds != Mutex::s_uInfinite)
         end = IPCConversation::Clock::now() + std::chrono::milliseconds(timeoutMilliseconds);
     IPCConversation conversation(end, IPCEndpoint::WaitFor);
-    return conversation.Open(address) == IPCConversation::Opened::Yes && conversation.Send(request) &&
-           conversation.ReceiveByte() == IPCMessage::Connect && conversation.Send(command);
+    IPCConversation::Opened opened = conversation.Open(address);
+    if (opened == IPCConversation::Opened::Nobody)
+        opened = OpenInstance(conversation, UTF8::ToUTF8(name));
+    return opened == IPCConversation::Opened::Yes && conversation.SendCommand(text);
 }
 
 } // namespace Toolkit

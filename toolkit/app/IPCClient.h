@@ -19,7 +19,8 @@ public:
     /// Sends the topic's text, up to its first NUL, to the service, whose listeners get it as a command. The
     /// service is named as for `IPCServer`; an empty one is the same default channel. True when the server
     /// took the text. False when there is no such server, for a socket file of another user, for a topic that
-    /// has no UTF-8 form or more than 64 MiB of it, and after ten seconds. Quirk: the text is sent twice, as
+    /// has no UTF-8 form or more than 64 MiB of it, and after ten seconds. Where nobody listens at
+    /// the service, the first `Instance` of this user whose key it is takes the command. Quirk: the text is sent twice, as
     /// topic and as command, and the result is true before any listener has heard of it.
     static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic);
 

@@ -15,16 +15,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "toolkit/app/Folders.h"
 #include "toolkit/internal/ipc/IPCAddress.h"
 #include "toolkit/internal/ipc/IPCConversation.h"
+#include "toolkit/internal/ipc/IPCEndpoint.h"
 #include "toolkit/internal/ipc/IPCMessage.h"
+#include "toolkit/internal/ipc/InstancePlace.h"
 #include "toolkit/internal/ipc/InstanceServer.h"
 #include "toolkit/internal/ipc/InstanceWire.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
 #include "toolkit/internal/system/SystemFailure.h"
 #include "toolkit/internal/system/UnsharedDescriptor.h"
-#include "toolkit/internal/text/Fingerprint.h"
+#include "toolkit/internal/text/Utf8Codec.h"
 
 namespace Toolkit
 {
@@ -32,7 +33,6 @@ namespace Toolkit
 namespace
 {
 
-const mode_t s_uFolderMode = 0700;
 const mode_t s_uFileMode = 0600;
 // Between two looks whether the first instance listens yet.
 const int s_iLookPause = 5;
@@ -48,32 +48,6 @@ bool Wait(int descriptor, short events, int milliseconds)
     return poll(&waited, 1, milliseconds) > 0 && waited.revents != 0;
 }
 
-// The folder of all instances of this user, made if missing, which nobody else may enter.
-Result<Descriptor> OpenFolder()
-{
-    const Result<Folders> folders = Folders::Of("toolkit");
-    if (!folders)
-        return folders.error();
-    const std::filesystem::path path = folders->Runtime();
-    const std::filesystem::path parent = path.parent_path();
-    std::error_code ignored;
-    std::vector<std::filesystem::path> missing;
-    for (std::filesystem::path each = parent; !each.empty() && !std::filesystem::exists(each, ignored);
-         each = each.parent_path())
-        missing.push_back(each);
-    for (auto each = missing.rbegin(); each != missing.rend(); ++each)
-        mkdir(each->c_str(), s_uFolderMode);
-    mkdir(path.c_str(), s_uFolderMode);
-    Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status = {};
-    if (!folder.IsOpen() || fstat(folder.Get(), &status) != 0)
-        return SystemFailure("cannot open the folder", path.native(), errno);
-    if (status.st_uid != geteuid() || fchmod(folder.Get(), s_uFolderMode) != 0)
-        return SystemFailure("cannot use the folder", path.native(),
-                             status.st_uid != geteuid() ? EPERM : errno);
-    return Result<Descriptor>(std::move(folder));
-}
-
 struct flock WholeFile(short type = F_WRLCK)
 {
     struct flock lock = {};
@@ -85,6 +59,40 @@ struct flock WholeFile(short type = F_WRLCK)
 Failure NotAnswered(const std::string& key, const char* why)
 {
     return Failure(Errc::NotAnswered, "cannot ask " + key + ": " + why);
+}
+
+// Where an `IPCServer` listens whose service is the key; nowhere where that is no local one, as anybody may
+// listen at a port.
+IPCAddress ServerOf(const std::string& key)
+{
+    const IPCAddress address(key.find('\0') == key.npos ? Utf8Codec::Decode(key) : TString<wchar_t>());
+    return address.IsLocal() ? address : IPCAddress(TString<wchar_t>());
+}
+
+// Several arguments as `CmdLineParser` takes them apart; none where it cannot.
+std::optional<TString<char>> CommandLine(const std::vector<std::string>& arguments)
+{
+    TString<char> line;
+    for (const std::string& argument : arguments)
+    {
+        const bool isGrouped =
+            argument.empty() || argument.front() == '"' || argument.find_first_of(" \t") != argument.npos;
+        if (isGrouped && argument.find('"') != argument.npos)
+            return std::nullopt;
+        line.append(line.empty() ? "" : " ").append(isGrouped ? "\"" + argument + "\"" : argument);
+    }
+    return line;
+}
+
+// The one text that an `IPCServer` takes: a single argument is taken as it is. None for what is no such text.
+std::optional<TString<char>> CommandText(const std::vector<std::string>& arguments)
+{
+    const std::optional<TString<char>> line =
+        arguments.size() == 1 ? TString<char>(arguments.front()) : CommandLine(arguments);
+    if (!line || line->find('\0') != line->npos || Utf8Codec::Decode(*line).empty() != line->empty() ||
+        line->size() >= IPCMessage::s_uLargestPart)
+        return std::nullopt;
+    return line;
 }
 
 InstanceWire::Answer Execute(const Instance::Handler& handler, InstanceWire::Command command)
@@ -193,27 +201,29 @@ const std::string& Instance::Answer::Text() const noexcept
 }
 
 // The lock of the first instance is that of an open file: it ends with the process, and asking for it takes
-// nothing. The file stays, so that there is never a second one beside it. All paths go by the folder's
-// descriptor, so that none is too long for a socket.
+// nothing. The file stays, so that there is never a second one beside it.
 struct Instance::Content
 {
-    explicit Content(std::string key) : m_strKey(std::move(key)) {}
+    Content(std::string key, InstancePlace place)
+        : m_strKey(std::move(key)), m_place(std::move(place)), m_server(ServerOf(m_strKey))
+    {
+    }
 
     Result<void> Open()
     {
-        Result<Descriptor> folder = OpenFolder();
-        if (!folder)
-            return folder.error();
-        m_folder = *std::move(folder);
-        m_strPath = "/proc/self/fd/" + std::to_string(m_folder.Get()) + "/" + Fingerprint(m_strKey);
-        const std::string file = m_strPath + ".lock";
+        const std::string file = m_place.LockFile();
         m_lock = UnsharedDescriptor(
             [&file] {
                 return Descriptor(open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, s_uFileMode));
             });
         struct flock lock = WholeFile();
         if (m_lock.IsOpen() && fcntl(m_lock.Get(), F_OFD_SETLK, &lock) == 0)
-            return Listen();
+        {
+            if (!HasServer())
+                return Listen();
+            ChangeLock(F_UNLCK);
+            return {};
+        }
         if (!m_lock.IsOpen() || (errno != EAGAIN && errno != EACCES))
             return SystemFailure("cannot claim", m_strKey, errno);
         return {};
@@ -224,18 +234,38 @@ struct Instance::Content
         m_process = getpid();
         m_pServer = std::make_unique<InstanceServer>();
         errno = 0;
-        if (m_pServer->Open(Address()))
+        if (m_pServer->Open(m_place.Socket()))
             return {};
         const int error = errno != 0 ? errno : EADDRINUSE;
         return SystemFailure("cannot listen for", m_strKey, error);
     }
 
-    IPCAddress Address() const
+    // True when an `IPCServer` of that name lives, be it too busy to take a client.
+    bool HasServer() const
     {
-        return IPCAddress(TString<wchar_t>(std::wstring(m_strPath.begin(), m_strPath.end()) + L".socket"));
+        IPCConversation probe(Clock::now(), Wait);
+        const IPCConversation::Opened opened =
+            m_server.IsLocal() ? probe.Open(m_server) : IPCConversation::Opened::Nobody;
+        return opened == IPCConversation::Opened::Yes || opened == IPCConversation::Opened::No;
     }
 
     bool IsFirst() const { return m_pServer != nullptr; }
+
+    // Has the `IPCServer` of that name execute the command. It takes it without an answer.
+    Result<Answer> TellServer(const std::vector<std::string>& arguments,
+                              std::optional<Clock::time_point> end) const
+    {
+        IPCConversation conversation(end, IPCEndpoint::WaitFor);
+        if (!m_server.IsLocal() || conversation.Open(m_server) != IPCConversation::Opened::Yes)
+            return NotAnswered(m_strKey, "the first instance has ended");
+        const std::optional<TString<char>> text = CommandText(arguments);
+        if (!text)
+            return NotAnswered(m_strKey, "these arguments are no text for its server");
+        if (!conversation.SendCommand(*text))
+            return NotAnswered(m_strKey, conversation.IsTimeLeft() ? "its server did not take the command"
+                                                                   : "no answer in time");
+        return Answer();
+    }
 
     // False once the first instance has ended or cannot serve.
     bool HasFirst() const
@@ -248,14 +278,20 @@ struct Instance::Content
     // The first instance stays the first; those who ask see by the weaker lock that they wait in vain.
     void ServeNobody()
     {
-        struct flock lock = WholeFile(F_RDLCK);
-        fcntl(m_lock.Get(), F_OFD_SETLK, &lock);
+        ChangeLock(F_RDLCK);
         m_bServesNobody = true;
     }
 
+    void ChangeLock(short type)
+    {
+        struct flock lock = WholeFile(type);
+        fcntl(m_lock.Get(), F_OFD_SETLK, &lock);
+    }
+
     const std::string m_strKey;
-    Descriptor m_folder;
-    std::string m_strPath;
+    const InstancePlace m_place;
+    // Where an `IPCServer` of that name listens.
+    const IPCAddress m_server;
     UnsharedDescriptor m_lock;
     std::unique_ptr<InstanceServer> m_pServer;
     pid_t m_process = 0;
@@ -267,7 +303,10 @@ Result<Instance> Instance::Claim(std::string_view key)
 {
     if (key.empty())
         return Failure(std::make_error_code(std::errc::invalid_argument), "cannot claim an empty key");
-    auto content = std::make_unique<Content>(std::string(key));
+    Result<InstancePlace> place = InstancePlace::Make(key);
+    if (!place)
+        return place.error();
+    auto content = std::make_unique<Content>(std::string(key), *std::move(place));
     if (Result<void> opened = content->Open(); !opened)
         return opened.error();
     return Instance(std::move(content));
@@ -307,15 +346,15 @@ Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments
         end = Clock::now() + std::max(timeout, std::chrono::nanoseconds(0));
     IPCConversation conversation(end, Wait);
     const std::string& key = m_pContent->m_strKey;
-    const IPCAddress address = m_pContent->Address();
+    const IPCAddress address = m_pContent->m_place.Socket();
     for (auto opened = conversation.Open(address); opened != IPCConversation::Opened::Yes;
          opened = conversation.Open(address))
     {
         if (opened == IPCConversation::Opened::Stranger)
             return Failure(Errc::Refused, "cannot ask " + key + ": another user listens");
         if (!m_pContent->HasFirst())
-            return NotAnswered(key, m_pContent->IsFirst() ? "this instance cannot serve"
-                                                          : "the first instance has ended");
+            return m_pContent->IsFirst() ? NotAnswered(key, "this instance cannot serve")
+                                         : m_pContent->TellServer(arguments, end);
         if (!conversation.IsTimeLeft())
             return NotAnswered(key, "no answer in time");
         conversation.Pause(s_iLookPause);

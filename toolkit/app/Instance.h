@@ -20,7 +20,8 @@ namespace Toolkit
 /// One application of its user: the first process that claims a key is the first instance until it ends,
 /// however it ends, and the others ask it to execute commands and get its answers. The lock and the socket
 /// lie in the user's runtime folder, for this user alone. An object is used by one thread at a time, but for
-/// `Ask`, which any thread may call. A forked copy of the process has no part in it.
+/// `Ask`, which any thread may call. A forked copy of the process has no part in it. `IPCClient` and
+/// `IPCServer` take part under the key as their service: see `Claim`, `Ask` and `Serve`.
 ///
 ///     Toolkit::Result<Toolkit::Instance> instance = Toolkit::Instance::Claim("org.example.watch");
 ///     if (!instance)
@@ -88,7 +89,8 @@ public:
 
     /// Becomes the first instance of this key, or finds that there is one; any bytes are a key, but for none
     /// at all (`std::errc::invalid_argument`). It fails with the code of the system where the runtime folder
-    /// cannot be made, is not this user's or has no locks or sockets.
+    /// cannot be made, is not this user's or has no locks or sockets. An `IPCServer` of this user that
+    /// listens at the local socket of that name is a first instance, too.
     static Result<Instance> Claim(std::string_view key);
 
     Instance(Instance&& other) noexcept;
@@ -104,6 +106,9 @@ public:
     /// Has the first instance execute a command, and waits for the answer, also while the first instance does
     /// not serve yet. `Errc::NotAnswered`: the first instance ends, has ended, or could not take the command.
     /// `Errc::Refused`: somebody else than this user listens.
+    /// An `IPCServer` gets the one argument as its command, or several as the command line that
+    /// `CmdLineParser` takes apart; arguments that are no UTF-8 or have a NUL are not for it. What it took has
+    /// the answer 0 without a text.
     Result<Answer> Ask(const std::vector<std::string>& arguments) const;
     /// The same with a time-out, after which it fails with `Errc::NotAnswered`.
     Result<Answer> Ask(const std::vector<std::string>& arguments, std::chrono::nanoseconds timeout) const;
@@ -112,7 +117,8 @@ public:
     /// nothing. One command after the other, in the order in which they come, on a thread of its own or by
     /// the executor; or each at once. What a handler throws is an answer of code 1 with its `what()`; one
     /// that ends its thread gives its asker a failure. Where there are no threads to be had, or the executor
-    /// throws, askers get a failure. Handlers block the signals that the caller of this blocks, and the other
+    /// throws, askers get a failure. The command of an `IPCClient` is one argument, and its answer is for
+    /// nobody. Handlers block the signals that the caller of this blocks, and the other
     /// threads all.
     void Serve(Handler handler);
     /// The same, but the executor calls the handler, one command after the other.

@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 
 #include "toolkit/internal/ipc/IPCAddress.h"
+#include "toolkit/internal/ipc/IPCMessage.h"
 #include "toolkit/internal/ipc/IPCSocket.h"
 
 namespace Toolkit
@@ -61,6 +62,16 @@ std::optional<unsigned char> IPCConversation::ReceiveByte()
     char byte = 0;
     return Receive(&byte, 1) == 1 ? std::optional<unsigned char>(static_cast<unsigned char>(byte))
                                   : std::nullopt;
+}
+
+bool IPCConversation::SendCommand(const TString<char>& text)
+{
+    TString<char> request;
+    IPCMessage::AppendConnect(request, text);
+    TString<char> command;
+    IPCMessage::AppendExecute(command, text);
+    IPCMessage::AppendDisconnect(command);
+    return Send(request) && ReceiveByte() == IPCMessage::Connect && Send(command);
 }
 
 void IPCConversation::Pause(int milliseconds) const

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "toolkit/core/TString.h"
 #include "toolkit/internal/system/Descriptor.h"
 
 namespace Toolkit
@@ -41,6 +42,10 @@ public:
     std::size_t Receive(char* buffer, std::size_t size);
     // The next one; nothing when the server sends none.
     std::optional<unsigned char> ReceiveByte();
+
+    // Has a server execute a text: it is sent as the topic, and again as the command once the server accepted
+    // that. True when all is sent.
+    bool SendCommand(const TString<char>& text);
 
     // False when the time is over.
     bool IsTimeLeft() const { return TimeLeft() > 0; }

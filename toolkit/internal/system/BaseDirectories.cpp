@@ -93,4 +93,14 @@ std::optional<std::filesystem::path> BaseDirectories::Runtime()
     return IsOwnFolder(usual) ? std::make_optional(usual) : std::nullopt;
 }
 
+Result<std::filesystem::path> BaseDirectories::RuntimeOf(std::string_view name)
+{
+    if (const std::optional<std::filesystem::path> runtime = Runtime())
+        return *runtime / name;
+    Result<std::filesystem::path> cache = Of("XDG_CACHE_HOME", ".cache");
+    if (cache)
+        *cache = *cache / name / "runtime";
+    return cache;
+}
+
 } // namespace Toolkit

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string_view>
 
 #include "toolkit/core/Result.h"
 
@@ -23,6 +24,9 @@ Result<std::filesystem::path> Of(const char* variable, const char* inHome);
 // system; nothing where that is not a folder of the user in which nobody else can write. A folder that
 // XDG_RUNTIME_DIR names need not be there yet.
 std::optional<std::filesystem::path> Runtime();
+
+// The folder of an application of that name in there, or in the user's cache where there is no such place.
+Result<std::filesystem::path> RuntimeOf(std::string_view name);
 
 } // namespace Toolkit::BaseDirectories
 

@@ -170,6 +170,43 @@ std::size_t Mappings()
     return lines;
 }
 
+// Listens in the place of the first instance.
+class FakeServer
+{
+public:
+    explicit FakeServer(const std::string& path)
+        : m_strPath(path), m_iSocket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        std::filesystem::remove(path);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(0, bind(m_iSocket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+        EXPECT_EQ(0, listen(m_iSocket, 8));
+    }
+    ~FakeServer()
+    {
+        close(m_iSocket);
+        std::filesystem::remove(m_strPath);
+    }
+    FakeServer(const FakeServer&) = delete;
+    FakeServer& operator=(const FakeServer&) = delete;
+
+    // To the next client, which is then let go; one that is told something for ever must go by itself.
+    void Reply(const std::string& bytes, const std::string& forEver = std::string()) const
+    {
+        const int client = accept4(m_iSocket, nullptr, nullptr, SOCK_CLOEXEC);
+        bool isThere = send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0;
+        while (isThere && !forEver.empty())
+            isThere = send(client, forEver.data(), forEver.size(), MSG_NOSIGNAL) > 0;
+        close(client);
+    }
+
+private:
+    const std::string m_strPath;
+    const int m_iSocket;
+};
+
 // Poked: a folder without a name, and no arguments.
 const std::string c_strEmptyCommand =
     std::string("\x03") + ToolkitTest::Sized("") + "\x02" + ToolkitTest::Sized(std::string(8, '\0'));
@@ -796,7 +833,8 @@ TEST_F(InstanceTest, TwentyStartsAtOnceGiveOneFirst)
         std::atomic<int> m_iClaimed{0};
         std::atomic<int> m_iFirsts{0};
     };
-    for (int round = 0; round < 20; ++round)
+    ToolkitTest::Rounds rounds("starts that claim", "TOOLKIT_TEST_CLAIMS", 100);
+    while (rounds.GoOn())
     {
         auto* const counts =
             new (mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
@@ -810,7 +848,7 @@ TEST_F(InstanceTest, TwentyStartsAtOnceGiveOneFirst)
                     {
                         ++counts->m_iStarted;
                         while (counts->m_iStarted < processes)
-                            std::this_thread::yield();
+                            usleep(100);
                         const Result<Instance> instance = Instance::Claim(c_strKey);
                         if (!instance)
                             return instance.error().Message();
@@ -825,6 +863,7 @@ TEST_F(InstanceTest, TwentyStartsAtOnceGiveOneFirst)
         }
         EXPECT_EQ(1, counts->m_iFirsts);
         munmap(counts, sizeof(Counts));
+        rounds.Did(processes);
     }
 }
 
@@ -974,36 +1013,51 @@ TEST_F(InstanceTest, HostileClientHarmsNobody)
     }
 }
 
-TEST_F(InstanceTest, SilentServerCostsTheTimeAndADyingOneNone)
+TEST_F(InstanceTest, SilentServerCostsTheTimeAlone)
 {
     const Instance first = Claim();
-    const std::string path = SocketPath();
-    std::filesystem::remove(path);
-    const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    ASSERT_EQ(0, bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address));
-    ASSERT_EQ(0, listen(listening, 8));
+    const FakeServer server(SocketPath());
+    EXPECT_EQ("cannot ask org.example.watch: no answer in time", Claim().Ask({"x"}, 30ms).error().Message());
+}
+
+TEST_F(InstanceTest, DyingAndHostileServersCostNoTime)
+{
+    const Instance first = Claim();
+    const FakeServer server(SocketPath());
     const Instance second = Claim();
-    EXPECT_EQ(Errc::NotAnswered, second.Ask({"x"}, 30ms).error().Code());
-    for (const std::string& reply :
-         {std::string(), std::string("\x09"), std::string("\x0a"), std::string("\x0a\xff"),
-          std::string("\x0a\x06\0\0\0\0\x02\xff\xff\xff\xff", 11)})
+    const auto answer = [](const std::string& bytes)
+    { return "\x0a\x06" + ToolkitTest::Sized("") + "\x02" + ToolkitTest::Sized(bytes); };
+    const std::string code(8, '\0');
+    const std::string replies[] = {"",
+                                   "\x09",
+                                   "\x0a",
+                                   "\x0a\xff",
+                                   "\x0a\x0a" + ToolkitTest::Sized("x"),
+                                   std::string("\x0a\x06\0\0\0\0\x02\xff\xff\xff\xff", 11),
+                                   answer(""),
+                                   answer("short"),
+                                   answer(code),
+                                   answer(code + std::string(8, '\x7f')),
+                                   answer(code + std::string(8, '\xff') + "text"),
+                                   answer(code + std::string(8, '\0') + "more than was said")};
+    for (const std::string& reply : replies)
     {
-        std::thread dying(
-            [listening, &reply]
-            {
-                const int client = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC);
-                static_cast<void>(send(client, reply.data(), reply.size(), MSG_NOSIGNAL));
-                close(client);
-            });
-        // The one that gave up is still the first in the queue.
-        EXPECT_EQ(Errc::NotAnswered, second.Ask({"x"}, 1s).error().Code());
-        dying.join();
+        std::thread replying([&] { server.Reply(reply); });
+        EXPECT_EQ(c_strNotTaken, second.Ask({"x"}, 60s).error().Message());
+        replying.join();
     }
-    close(listening);
-    std::filesystem::remove(path);
+}
+
+TEST_F(InstanceTest, ServerThatTalksWithoutEndCostsTheTimeAlone)
+{
+    const Instance first = Claim();
+    const FakeServer server(SocketPath());
+    std::string pieces = "\x0a";
+    for (int i = 0; i < 1000; ++i)
+        pieces += "\x06" + ToolkitTest::Sized("") + "\x01" + ToolkitTest::Sized("");
+    std::thread talking([&] { server.Reply(pieces, pieces.substr(1)); });
+    EXPECT_EQ("cannot ask org.example.watch: no answer in time", Claim().Ask({"x"}, 50ms).error().Message());
+    talking.join();
 }
 
 TEST_F(InstanceTest, RuntimeFolderIsMadeForItsUserAlone)

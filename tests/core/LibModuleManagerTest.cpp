@@ -2,6 +2,7 @@
 #include "toolkit/core/LibModuleManager.h"
 
 #include <atomic>
+#include <functional>
 #include <future>
 #include <memory>
 #include <stdexcept>
@@ -64,6 +65,19 @@ public:
 
 private:
     LibModuleManager m_manager;
+};
+
+// Calls a function when it is initialised.
+class CallingModule : public Toolkit::LibModule
+{
+public:
+    explicit CallingModule(std::function<void()> call) : m_call(std::move(call)) {}
+
+    void Initialize() override { m_call(); }
+    void Release() override {}
+
+private:
+    const std::function<void()> m_call;
 };
 
 // Destroys another module when it is released.
@@ -781,4 +795,24 @@ TEST(LibModuleManagerInstance, ForgetsAModuleThatIsDestroyedDuringTheWalk)
     manager->Release(false);
     manager->Release(false);
     EXPECT_EQ(Journal{}, journal);
+}
+
+// Its destructor may run within the system's loader, for which a module waits that is being initialised.
+TEST(LibModule, DestructionOfOneThatIsNotRegisteredDoesNotWaitForTheManager)
+{
+    InstalledManager manager;
+    bool isDestroyed = false;
+    CallingModule module(
+        [&isDestroyed]
+        {
+            Journal journal;
+            auto stranger = std::make_unique<RecordingModule>("stranger", journal);
+            isDestroyed = std::async(std::launch::async, [&stranger] { stranger.reset(); })
+                              .wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+        });
+    manager->Register(&module);
+    manager->Initialize(false);
+    EXPECT_TRUE(isDestroyed);
+    manager->Release(false);
+    manager->Unregister(&module);
 }

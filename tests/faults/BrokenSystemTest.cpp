@@ -16,6 +16,7 @@
 #include <sys/xattr.h>
 
 #include "tests/faults/BrokenSystem.h"
+#include "tests/plugins/Greeter.h"
 #include "tests/support/Archives.h"
 #include "tests/support/LogFile.h"
 #include "tests/support/TemporaryFolder.h"
@@ -24,6 +25,7 @@
 #include "toolkit/app/PathManager.h"
 #include "toolkit/app/Process.h"
 #include "toolkit/app/SystemInfo.h"
+#include "toolkit/core/Plugins.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/encoding/Bytes.h"
 #include "toolkit/encoding/UTF8.h"
@@ -701,6 +703,35 @@ TEST_F(BrokenSystem, IsAnsweredByFolders)
              EXPECT_TRUE(message.empty() || FailingSystem::HasFailed()) << message;
              EXPECT_TRUE(Folders::Of("watch"));
              EXPECT_FALSE(Folders::Executable().empty());
+         }},
+    });
+}
+
+TEST_F(BrokenSystem, IsAnsweredByPlugins)
+{
+    const ToolkitTest::TemporaryFolder folder;
+    for (const char* const name : {"loadable_a.so", "loadable_b.so"})
+        WriteBytes(folder.Path(name), ReadBytes(TOOLKIT_TEST_PLUGINS + std::string("/") + name));
+    ToolkitTest::FailEachCall({
+        {"Plugins::LoadFolder, Load, Unload",
+         [&](const Faults& faults)
+         {
+             Plugins<ToolkitTest::Greeter> greeters;
+             std::vector<Failure> failures;
+             bool isLoaded = false;
+             faults(
+                 [&]
+                 {
+                     failures = greeters.LoadFolder(folder.Path());
+                     isLoaded = greeters.Load(folder.Path("loadable_a.so")).has_value();
+                     static_cast<void>(greeters.Unload("b"));
+                 });
+             EXPECT_TRUE((failures.empty() && !isLoaded) || FailingSystem::HasFailed());
+             for (const Failure& failure : failures)
+                 EXPECT_EQ(0U, failure.Message().find("cannot load ")) << failure.Message();
+             EXPECT_EQ(nullptr, greeters.Find("b"));
+             greeters.LoadFolder(folder.Path());
+             EXPECT_EQ(2U, greeters.All().size());
          }},
     });
 }

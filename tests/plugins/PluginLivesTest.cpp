@@ -136,6 +136,21 @@ TEST_F(PluginLives, ModuleOfTheHostMayUnloadThemWhenItIsReleased)
     }
 }
 
+TEST_F(PluginLives, ModulesOfALibraryThatOneBringsAlongAreNotCalledOnceItIsGone)
+{
+    const ToolkitSession session;
+    std::filesystem::remove(Folder() / "b.so");
+    for (int round = 0; round < 2; ++round)
+    {
+        Plugins<Greeter> greeters(m_notes);
+        ASSERT_TRUE(greeters.Load(Built("bringing")));
+        EXPECT_EQ("brought you", greeters.Find("bringing")->Greet("you"));
+        EXPECT_TRUE(IsMapped("plugin_brought"));
+        EXPECT_TRUE(greeters.Unload("bringing"));
+        EXPECT_FALSE(IsMapped("plugin_brought"));
+    }
+}
+
 TEST_F(PluginLives, NeverUnloadedBeforeTheEndOfTheProcess)
 {
     const auto process = [this](bool session, bool destroyed)

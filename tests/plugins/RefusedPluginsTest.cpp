@@ -115,6 +115,14 @@ TEST_F(RefusedPlugins, LibraryWithoutAnEntry)
     EXPECT_EQ("it is no plug-in, as it has no entry", why.Message());
 }
 
+TEST_F(RefusedPlugins, LibraryThatOnlyNeedsAPlugin)
+{
+    Put("linking", "x.so");
+    const Failure why = WhyRefused("x.so");
+    EXPECT_EQ(Errc::Malformed, why.Code());
+    EXPECT_EQ("it is no plug-in, as it has no entry", why.Message());
+}
+
 TEST_F(RefusedPlugins, NoLibrary)
 {
     for (const std::string& bytes :

@@ -20,8 +20,8 @@ public:
     /// service is named as for `IPCServer`; an empty one is the same default channel. True when the server
     /// took the text. False when there is no such server, for a socket file of another user, for a topic that
     /// has no UTF-8 form or more than 64 MiB of it, and after ten seconds. Where nobody listens at
-    /// the service, the first `Instance` of this user whose key it is takes the command. Quirk: the text is sent twice, as
-    /// topic and as command, and the result is true before any listener has heard of it.
+    /// the service, the first `Instance` of this user whose key it is takes the command. Quirk: the text is
+    /// sent twice, as topic and as command, and the result is true before any listener has heard of it.
     static bool Connect(const TString<wchar_t>& service, const TString<wchar_t>& topic);
 
     /// The same, giving up after that many milliseconds; 4294967295 waits without a limit.

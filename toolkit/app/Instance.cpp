@@ -360,11 +360,9 @@ Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments
         conversation.Pause(s_iLookPause);
     }
     std::error_code ignored;
-    TString<char> request;
-    IPCMessage::AppendConnect(request, "instance");
-    if (conversation.Send(request) && conversation.ReceiveByte() == IPCMessage::Connect &&
-        conversation.Send(InstanceWire::Encode(
-            InstanceWire::Command{arguments, std::filesystem::current_path(ignored).native()})))
+    if (conversation.Send(InstanceWire::Encode(
+            InstanceWire::Command{arguments, std::filesystem::current_path(ignored).native()})) &&
+        conversation.ReceiveByte() == IPCMessage::Connect)
         if (std::optional<InstanceWire::Answer> answer = ReceiveAnswer(conversation))
             return Answer(answer->m_iCode, std::move(answer->m_strText));
     return NotAnswered(key, conversation.IsTimeLeft()

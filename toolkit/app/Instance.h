@@ -107,8 +107,8 @@ public:
     /// not serve yet. `Errc::NotAnswered`: the first instance ends, has ended, or could not take the command.
     /// `Errc::Refused`: somebody else than this user listens.
     /// An `IPCServer` gets the one argument as its command, or several as the command line that
-    /// `CmdLineParser` takes apart; arguments that are no UTF-8 or have a NUL are not for it. What it took has
-    /// the answer 0 without a text.
+    /// `CmdLineParser` takes apart; arguments that are no UTF-8 or have a NUL are not for it. What it took
+    /// has the answer 0 without a text.
     Result<Answer> Ask(const std::vector<std::string>& arguments) const;
     /// The same with a time-out, after which it fails with `Errc::NotAnswered`.
     Result<Answer> Ask(const std::vector<std::string>& arguments, std::chrono::nanoseconds timeout) const;

@@ -2,6 +2,7 @@
 #include "toolkit/core/LibModuleManager.h"
 
 #include <algorithm>
+#include <mutex>
 #include <typeinfo>
 #include <utility>
 
@@ -22,6 +23,10 @@ unsigned int s_uWxStarts = 0;
 
 // Where `Release` stands among the modules; null where it does not walk over them. The same mutex guards it.
 const LibModuleManager::LibModuleContainer* s_pWalked = nullptr;
+
+// Held where the modules of a list change, within the mutex of their manager, so that `IsRegistered` needs
+// that mutex not. Nothing is called meanwhile.
+std::mutex s_listMutex;
 
 bool IsOf(const LibModule& module, const SharedLibrary& library)
 {
@@ -53,6 +58,7 @@ public:
     explicit ModuleCall(LibModuleManager& manager) : m_manager(manager) { ++m_manager.m_uCalls; }
     ~ModuleCall()
     {
+        const std::lock_guard<std::mutex> list(s_listMutex);
         if (--m_manager.m_uCalls == 0)
             m_manager.m_modules.remove_if([](const LibModuleContainer& container)
                                           { return container.m_pModule == nullptr; });
@@ -96,7 +102,10 @@ void LibModuleManager::Register(LibModule* module)
         ++found->m_iCount;
         return;
     }
-    m_modules.push_back({module, 1});
+    {
+        const std::lock_guard<std::mutex> list(s_listMutex);
+        m_modules.push_back({{module, 1}, &typeid(*module)});
+    }
     if (m_bInitialized)
     {
         const ModuleCall call(*this);
@@ -160,21 +169,52 @@ bool LibModuleManager::IsInitialized() const
     return m_bInitialized;
 }
 
+// One that is not registered must not wait for the manager: its destructor may run within the system's
+// loader, for which a module waits that the manager calls.
 void LibModuleManager::Forget(const LibModule* module)
 {
+    if (!IsRegistered(module))
+        return;
     const MutexLock lock(m_mutex);
     const Modules::iterator found = Find(module);
     if (found == m_modules.end())
         return;
     const ModuleCall call(*this);
     m_pendingRemovals.remove(found);
-    found->m_pModule = nullptr;
+    Clear(*found);
+}
+
+bool LibModuleManager::IsRegistered(const LibModule* module)
+{
+    const std::lock_guard<std::mutex> list(s_listMutex);
+    return Find(module) != m_modules.end();
 }
 
 void LibModuleManager::TakeBackModulesOf(const SharedLibrary& library)
 {
     if (s_pInstance != nullptr)
         s_pInstance->TakeBack(library);
+}
+
+void LibModuleManager::Unload(SharedLibrary library)
+{
+    {
+        const SharedLibrary unloaded(std::move(library));
+    }
+    if (s_pInstance != nullptr)
+        s_pInstance->ForgetUnloaded();
+}
+
+void LibModuleManager::ForgetUnloaded()
+{
+    const MutexLock lock(m_mutex);
+    const ModuleCall call(*this);
+    for (Modules::iterator position = m_modules.begin(); position != m_modules.end(); ++position)
+        if (position->m_pModule != nullptr && !SharedLibrary::IsLoaded(position->m_pType))
+        {
+            m_pendingRemovals.remove(position);
+            Clear(*position);
+        }
 }
 
 void LibModuleManager::TakeBack(const SharedLibrary& library)
@@ -191,7 +231,7 @@ void LibModuleManager::TakeBack(const SharedLibrary& library)
         if (position->m_pModule == nullptr || !IsOf(*position->m_pModule, library))
             continue;
         m_pendingRemovals.remove(position);
-        LibModule* const module = std::exchange(position->m_pModule, nullptr);
+        LibModule* const module = Clear(*position);
         if (m_bInitialized && !isReleased)
             try
             {
@@ -225,14 +265,20 @@ void LibModuleManager::ReleaseAndRemove(Modules::iterator position)
             throw;
         }
     m_pendingRemovals.remove(position);
-    position->m_pModule = nullptr;
+    Clear(*position);
 }
 
 void LibModuleManager::RemovePending()
 {
     for (const Modules::iterator position : m_pendingRemovals)
-        position->m_pModule = nullptr;
+        Clear(*position);
     m_pendingRemovals.clear();
+}
+
+LibModule* LibModuleManager::Clear(LibModuleContainer& container)
+{
+    const std::lock_guard<std::mutex> list(s_listMutex);
+    return std::exchange(container.m_pModule, nullptr);
 }
 
 } // namespace Toolkit

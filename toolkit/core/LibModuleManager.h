@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <list>
+#include <typeinfo>
 
 #include "toolkit/core/Export.h"
 #include "toolkit/threading/Mutex.h"
@@ -66,7 +67,12 @@ public:
     bool IsInitialized() const;
 
 private:
-    using Modules = std::list<LibModuleContainer>;
+    struct Registered : LibModuleContainer
+    {
+        // Tells where its code is, also once that is unloaded.
+        const std::type_info* m_pType;
+    };
+    using Modules = std::list<Registered>;
     class ModuleCall;
     class ReleaseWalk;
 
@@ -80,6 +86,14 @@ private:
     // be unloaded. Those that are not released yet are released; what they throw is dropped.
     static void TakeBackModulesOf(const SharedLibrary& library);
     void TakeBack(const SharedLibrary& library);
+
+    // Gives up a library, and then takes back the modules whose code went with it all the same: those of a
+    // library that it brought along. They cannot be released any more.
+    static void Unload(SharedLibrary library);
+    void ForgetUnloaded();
+
+    bool IsRegistered(const LibModule* module);
+    static LibModule* Clear(LibModuleContainer& container);
 
     Modules::iterator Find(const LibModule* module);
     void ReleaseAndRemove(Modules::iterator position);

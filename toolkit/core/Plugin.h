@@ -48,7 +48,8 @@ private:
 /// plug-in's library names its one class with TOOLKIT_PLUGIN, outside of all namespaces. `Plugins` makes the
 /// object, with the program's context if the constructor takes a reference or a pointer to one, and destroys
 /// it before its code is unloaded. An interface with functions that the program alone defines is marked
-/// TOOLKIT_API, and the program exports them (ENABLE_EXPORTS in CMake).
+/// TOOLKIT_API, and the program exports them (ENABLE_EXPORTS in CMake). The constructor of a static object in
+/// a plug-in must not throw: the system's loader would stay locked.
 ///
 ///     struct Importer : Toolkit::Plugin { virtual std::string Import(const std::filesystem::path&) = 0; };
 ///     TOOLKIT_PLUGIN_INTERFACE(Importer, "org.example.desk.Importer", 3);

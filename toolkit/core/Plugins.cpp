@@ -140,11 +140,8 @@ struct PluginsBase::Code
     ~Code()
     {
         TakeBackModules();
-        const std::lock_guard<std::mutex> lock(s_mutex);
-        Code** place = &s_pFirst;
-        while (*place != this)
-            place = &(*place)->m_pNext;
-        *place = m_pNext;
+        Unlist();
+        LibModuleManager::Unload(std::move(m_library));
     }
 
     Code(const Code&) = delete;
@@ -157,7 +154,7 @@ struct PluginsBase::Code
             LibModuleManager::TakeBackModulesOf(m_library);
     }
 
-    const SharedLibrary m_library;
+    SharedLibrary m_library;
     PluginInfo m_info;
 
 private:
@@ -170,6 +167,15 @@ private:
             if (!code->m_bHasLeft && code->m_library.IsSame(m_library))
                 return false;
         return true;
+    }
+
+    void Unlist()
+    {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        Code** place = &s_pFirst;
+        while (*place != this)
+            place = &(*place)->m_pNext;
+        *place = m_pNext;
     }
 
     // All that there are, in no order. Nobody else's, although the class around is exported.

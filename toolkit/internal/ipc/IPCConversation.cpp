@@ -34,7 +34,7 @@ IPCConversation::Opened IPCConversation::Open(const IPCAddress& address)
 
 bool IPCConversation::Send(std::string_view bytes)
 {
-    while (!bytes.empty())
+    while (!bytes.empty() && IsTimeLeft())
     {
         const ssize_t count = send(m_socket.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count >= 0)
@@ -42,12 +42,13 @@ bool IPCConversation::Send(std::string_view bytes)
         else if (errno != EINTR && !(errno == EAGAIN && WaitFor(POLLOUT)))
             return false;
     }
-    return true;
+    return bytes.empty();
 }
 
 std::size_t IPCConversation::Receive(char* buffer, std::size_t size)
 {
-    for (;;)
+    // Also a server that never stops gets no more time.
+    while (IsTimeLeft())
     {
         const ssize_t count = recv(m_socket.Get(), buffer, size, MSG_DONTWAIT);
         if (count >= 0)
@@ -55,6 +56,7 @@ std::size_t IPCConversation::Receive(char* buffer, std::size_t size)
         if (errno != EINTR && !(errno == EAGAIN && WaitFor(POLLIN)))
             return 0;
     }
+    return 0;
 }
 
 std::optional<unsigned char> IPCConversation::ReceiveByte()

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "toolkit/internal/ipc/IPCMessage.h"
 
@@ -13,6 +14,7 @@ namespace
 {
 
 const std::size_t s_uLargestPiece = 1024 * 1024;
+const char* const c_strTopic = "instance";
 
 void AppendNumber(std::string& bytes, std::uint64_t number)
 {
@@ -47,10 +49,9 @@ bool TakeText(std::string_view& bytes, std::string& text)
     return true;
 }
 
-std::string InPieces(IPCMessage::Code code, std::string_view bytes)
+TString<char> InPieces(TString<char> messages, IPCMessage::Code code, std::string_view bytes)
 {
-    std::string messages;
-    messages.reserve(bytes.size() + 16 * (bytes.size() / s_uLargestPiece + 1));
+    messages.reserve(messages.size() + bytes.size() + 16 * (bytes.size() / s_uLargestPiece + 1));
     do
     {
         const std::string_view piece = bytes.substr(0, s_uLargestPiece);
@@ -69,7 +70,9 @@ std::string InstanceWire::Encode(const Command& command)
     AppendText(bytes, command.m_strFolder);
     for (const std::string& argument : command.m_arguments)
         AppendText(bytes, argument);
-    return InPieces(IPCMessage::Poke, bytes);
+    TString<char> messages;
+    IPCMessage::AppendConnect(messages, c_strTopic);
+    return InPieces(std::move(messages), IPCMessage::Poke, bytes);
 }
 
 std::string InstanceWire::Encode(const Answer& answer)
@@ -77,7 +80,7 @@ std::string InstanceWire::Encode(const Answer& answer)
     std::string bytes;
     AppendNumber(bytes, static_cast<std::uint64_t>(answer.m_iCode));
     AppendText(bytes, answer.m_strText);
-    return InPieces(IPCMessage::Advise, bytes);
+    return InPieces(TString<char>(), IPCMessage::Advise, bytes);
 }
 
 bool InstanceWire::Decode(std::string_view bytes, Command& command)

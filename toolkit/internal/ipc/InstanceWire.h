@@ -9,8 +9,9 @@
 namespace Toolkit
 {
 
-// What an instance and those who ask it say to each other, in messages of the protocol of `IPCMessage`: after
-// the connection is accepted a command in pieces that are poked, then its answer in pieces that are advised.
+// What an instance and those who ask it say to each other, in messages of the protocol of `IPCMessage`: the
+// wish to be connected and a command in pieces that are poked, all at once, so that nobody waits in between;
+// then, once the connection is accepted, the answer in pieces that are advised.
 // Numbers have 64 bits, the lowest byte first; texts are bytes with their length before them.
 namespace InstanceWire
 {
@@ -32,7 +33,7 @@ struct Answer
     std::string m_strText;
 };
 
-// The messages.
+// The messages, the wish to be connected before a command.
 std::string Encode(const Command& command);
 std::string Encode(const Answer& answer);
 

@@ -79,6 +79,12 @@ bool SharedLibrary::Contains(const void* address) const
            dlinfo(m_pHandle, RTLD_DI_LINKMAP, &own) == 0 && found.dlfo_link_map == own;
 }
 
+bool SharedLibrary::IsLoaded(const void* address)
+{
+    dl_find_object found = {};
+    return _dl_find_object(const_cast<void*>(address), &found) == 0;
+}
+
 Failure LibraryFailure(std::error_code code, std::string_view path, std::string_view reason)
 {
     std::string message("cannot load");

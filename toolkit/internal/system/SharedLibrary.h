@@ -35,6 +35,9 @@ public:
     // True when what lies at the address was loaded with this library.
     bool Contains(const void* address) const;
 
+    // True when there is a loaded library at the address.
+    static bool IsLoaded(const void* address);
+
     // True when both own the same library, which the system has loaded once.
     bool IsSame(const SharedLibrary& other) const noexcept { return m_pHandle == other.m_pHandle; }
 

@@ -212,7 +212,8 @@ Instance::Answer Application::Execute(const Command& command)
         {"quit", &Application::Quit},
     };
     const std::string verb = command.Arguments().empty() ? std::string() : command.Arguments()[0];
-    TOOLKIT_LOG(LogSeverity::Info) << "command " << verb << ' ' << Argument(command);
+    const std::string argument = Argument(command);
+    TOOLKIT_LOG(LogSeverity::Info) << "command " << verb << (argument.empty() ? "" : " ") << argument;
     for (const auto& row : rows)
         if (verb == row.verb)
             return (this->*row.execute)(command);

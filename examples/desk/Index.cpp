@@ -39,7 +39,10 @@ Index::Index(const Host& host, const std::filesystem::path& bundle, const std::f
 void Index::Start(const Settings& settings, bool paused, Changed changed, Executor executor)
 {
     End();
-    m_documents.clear();
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_documents.clear();
+    }
     m_bPaused = paused;
     m_bComplete = false;
     m_task = Task<void>::Start([this, settings](TaskContext& context) { ReadAll(context, settings); });
@@ -67,7 +70,7 @@ void Index::ReadAll(TaskContext& context, const Settings& settings)
     context.Report(done, all);
     for (const std::filesystem::path& file : files)
     {
-        if (!MayGoOn(context) || !context.SleepFor(rest))
+        if (!context.SleepFor(rest) || !MayGoOn(context))
             return;
         Read(file);
         context.Report(++done, all, file.filename().string());

@@ -766,7 +766,7 @@ TEST_F(LibModuleManagerTest, NothingIsPrinted)
     EXPECT_EQ("", output.Stop());
 }
 
-TEST(LibModuleManagerInstance, ForgetsAModuleThatIsDestroyedWhileItIsRegistered)
+TEST(LibModuleManager, ForgetsAModuleThatIsDestroyedWhileItIsRegistered)
 {
     Journal journal;
     InstalledManager manager;
@@ -783,7 +783,7 @@ TEST(LibModuleManagerInstance, ForgetsAModuleThatIsDestroyedWhileItIsRegistered)
     EXPECT_EQ((Journal{"+goes", "+stays", "-stays", "+stays"}), journal);
 }
 
-TEST(LibModuleManagerInstance, ForgetsAModuleThatIsDestroyedDuringTheWalk)
+TEST(LibModuleManager, ForgetsAModuleThatIsDestroyedDuringTheWalk)
 {
     Journal journal;
     InstalledManager manager;

@@ -11,7 +11,6 @@
 #include <new>
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/epoll.h>
@@ -24,6 +23,8 @@
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+
+#include "tests/support/NextDefinition.h"
 
 namespace ToolkitTest
 {
@@ -194,6 +195,7 @@ bool FailingSystem::HasClosedStrange()
 using ToolkitTest::FailingSystem;
 using ToolkitTest::Fails;
 using ToolkitTest::IsShort;
+using ToolkitTest::NextDefinition;
 using ToolkitTest::NoteClosed;
 using ToolkitTest::PartOf;
 
@@ -215,7 +217,7 @@ const int s_iErrorSeen = 0x20;
 // Pipes and counters that are not full, like those that wake loops up, take and give what they are asked to.
 std::uint32_t OnlyOfFiles(int descriptor, std::uint32_t faults)
 {
-    static const auto next = reinterpret_cast<int (*)(int, struct stat*)>(dlsym(RTLD_NEXT, "fstat64"));
+    static const auto next = NextDefinition<int(int, struct stat*)>("fstat64");
     struct stat status = {};
     const int error = errno;
     const bool isFile = next(descriptor, &status) == 0 && S_ISREG(status.st_mode);
@@ -223,17 +225,11 @@ std::uint32_t OnlyOfFiles(int descriptor, std::uint32_t faults)
     return isFile ? faults : s_uNone;
 }
 
-template <class Function>
-Function* Next(Function*, const char* name)
-{
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
 
 // The next definition of the function that is being defined, which the C library may know by the name for
 // large files.
-#define NEXT(function, symbol) static const auto next = Next(&function, symbol)
+#define NEXT(function, symbol) static const auto next = NextDefinition<decltype(function)>(symbol)
 
 extern "C"
 {
@@ -309,8 +305,7 @@ extern "C"
 
     int stat(const char* path, struct stat* status) noexcept
     {
-        static const auto next =
-            reinterpret_cast<int (*)(const char*, struct stat*)>(dlsym(RTLD_NEXT, "stat64"));
+        static const auto next = NextDefinition<int(const char*, struct stat*)>("stat64");
         return Fails("stat", FailingSystem::Broken) ? -1 : next(path, status);
     }
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tests/faults/HeldLocks.h"
 
-#include <dlfcn.h>
 #include <pthread.h>
+
+#include "tests/support/NextDefinition.h"
+
+using ToolkitTest::NextDefinition;
 
 namespace
 {
@@ -16,21 +19,9 @@ int ToolkitTest::GetHeldLocks()
 
 #if !defined(__SANITIZE_THREAD__)
 
-namespace
-{
-
-using MutexFunction = int (*)(pthread_mutex_t*);
-
-MutexFunction Next(const char* name)
-{
-    return reinterpret_cast<MutexFunction>(dlsym(RTLD_NEXT, name));
-}
-
-} // namespace
-
 extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
 {
-    static const MutexFunction s_next = Next("pthread_mutex_lock");
+    static const auto s_next = NextDefinition<int(pthread_mutex_t*)>("pthread_mutex_lock");
     const int answer = s_next(mutex);
     if (answer == 0)
         ++t_iHeld;
@@ -39,7 +30,7 @@ extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept
 {
-    static const MutexFunction s_next = Next("pthread_mutex_trylock");
+    static const auto s_next = NextDefinition<int(pthread_mutex_t*)>("pthread_mutex_trylock");
     const int answer = s_next(mutex);
     if (answer == 0)
         ++t_iHeld;
@@ -48,7 +39,7 @@ extern "C" int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept
 
 extern "C" int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept
 {
-    static const MutexFunction s_next = Next("pthread_mutex_unlock");
+    static const auto s_next = NextDefinition<int(pthread_mutex_t*)>("pthread_mutex_unlock");
     const int answer = s_next(mutex);
     if (answer == 0)
         --t_iHeld;

@@ -14,6 +14,7 @@
 
 #include "tests/support/Archives.h"
 #include "tests/support/EndChild.h"
+#include "tests/support/FolderEntries.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ZipReader.h"
 
@@ -22,6 +23,7 @@ using Toolkit::Failure;
 using Toolkit::Result;
 using Toolkit::ZipReader;
 using Toolkit::ZipReport;
+using ToolkitTest::NamesBelow;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::RunPython;
 using ToolkitTest::TemporaryFolder;
@@ -165,15 +167,6 @@ const Kind s_kinds[] = {
     {"directory-place", "", -1},
 };
 
-std::vector<std::string> Below(const std::filesystem::path& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
-        names.push_back(entry.path().lexically_relative(folder).string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 std::string Joined(const std::vector<std::string>& names)
 {
     std::string all;
@@ -185,7 +178,7 @@ std::string Joined(const std::vector<std::string>& names)
 // Every file is regular, says that it is good, and has no more rights than a new one.
 void CheckExtracted(const std::string& folder)
 {
-    for (const std::string& name : Below(folder))
+    for (const std::string& name : NamesBelow(folder))
     {
         struct stat status = {};
         ASSERT_EQ(0, lstat((folder + "/" + name).c_str(), &status));
@@ -228,12 +221,12 @@ TEST(HostileArchives, LeaveNothingButGoodFilesInTheFolder)
         CheckExtracted(place.Path("out"));
         EXPECT_EQ("precious", ReadBytes(place.Path("outside")));
         std::filesystem::remove_all(place.Path("out"));
-        EXPECT_EQ("outside", Joined(Below(place.Path())));
+        EXPECT_EQ("outside", Joined(NamesBelow(place.Path())));
     }
     // No kind is left out.
-    for (const std::string& name : Below(folder.Path("archives")))
+    for (const std::string& name : NamesBelow(folder.Path("archives")))
         EXPECT_EQ(1U, known.count(name)) << name;
-    EXPECT_EQ(known.size(), Below(folder.Path("archives")).size());
+    EXPECT_EQ(known.size(), NamesBelow(folder.Path("archives")).size());
     EXPECT_LE(30U, known.size());
 }
 
@@ -281,6 +274,6 @@ with zipfile.ZipFile('a.zip', 'w') as z:
     ASSERT_EQ(planter, waitpid(planter, nullptr, 0));
     // They met.
     EXPECT_LT(0U, refused);
-    EXPECT_EQ("precious", Joined(Below(outside.Path())));
+    EXPECT_EQ("precious", Joined(NamesBelow(outside.Path())));
     EXPECT_EQ("precious", ReadBytes(outside.Path("precious")));
 }

@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include "tests/support/EndChild.h"
+#include "tests/support/FolderEntries.h"
 #include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
@@ -28,6 +29,7 @@ using Toolkit::ReadFile;
 using Toolkit::Result;
 using Toolkit::WriteFile;
 using ToolkitTest::ChildAnswer;
+using ToolkitTest::CountEntries;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
@@ -51,11 +53,6 @@ std::string ToWrite(const std::string& path, const std::string& content = "new")
 ChildAnswer Compare(const std::string& expected, const std::string& got)
 {
     return expected == got ? std::string() : "got: " + got;
-}
-
-std::size_t EntriesOf(const std::string& folder)
-{
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
 } // namespace
@@ -199,7 +196,7 @@ TEST(WriteFile, MakesAFileWithItsFolders)
     struct stat status = {};
     ASSERT_EQ(0, stat(folder.Path("a/b/c/file").c_str(), &status));
     EXPECT_EQ(0640U, status.st_mode & 07777);
-    EXPECT_EQ(1U, EntriesOf(folder.Path("a/b/c")));
+    EXPECT_EQ(1U, CountEntries(folder.Path("a/b/c")));
     for (const char* const made : {"a", "a/b", "a/b/c"})
     {
         ASSERT_EQ(0, stat(folder.Path(made).c_str(), &status));
@@ -219,7 +216,7 @@ TEST(WriteFile, ReplacesTheContentAndKeepsThePermissions)
     struct stat status = {};
     ASSERT_EQ(0, stat(folder.Path("file").c_str(), &status));
     EXPECT_EQ(0604U, status.st_mode & 07777);
-    EXPECT_EQ(1U, EntriesOf(folder.Path()));
+    EXPECT_EQ(1U, CountEntries(folder.Path()));
 }
 
 TEST(WriteFile, FollowsLinks)
@@ -282,7 +279,7 @@ TEST(WriteFile, SaysWhyItCannot)
         EXPECT_EQ(message.replace(message.find('@'), 1, path), done.error().Message());
     }
     EXPECT_EQ(std::errc::no_such_file_or_directory, WriteFile("", "new").error().Code());
-    EXPECT_EQ(2U, EntriesOf(folder.Path()));
+    EXPECT_EQ(2U, CountEntries(folder.Path()));
     EXPECT_EQ("text", ReadBytes(folder.Path("file")));
 }
 
@@ -317,7 +314,7 @@ TEST(WriteFile, SaysThatPermissionIsDenied)
                            ToWrite(folder.Path("a/b/file")));
         }));
     EXPECT_EQ("text", ReadBytes(folder.Path("file")));
-    EXPECT_EQ(1U, EntriesOf(folder.Path()));
+    EXPECT_EQ(1U, CountEntries(folder.Path()));
 }
 
 TEST(WriteFile, SaysThatTheDiskIsFull)
@@ -334,7 +331,7 @@ TEST(WriteFile, SaysThatTheDiskIsFull)
             if (done || done.error().Code() != std::errc::no_space_on_device ||
                 done.error().Message() != "cannot write " + path + ": No space left on device")
                 return "another answer";
-            return ReadBytes(path) == "old" && EntriesOf(folder.Path()) == 1;
+            return ReadBytes(path) == "old" && CountEntries(folder.Path()) == 1;
         }));
 }
 
@@ -386,7 +383,7 @@ TEST(WriteFile, SaysThatNoDescriptorIsLeft)
             }))
             << left;
     EXPECT_EQ("old", ReadBytes(folder.Path("file")));
-    EXPECT_EQ(1U, EntriesOf(folder.Path()));
+    EXPECT_EQ(1U, CountEntries(folder.Path()));
 }
 
 TEST(WriteFile, SeveralAtOnceLeaveTheContentOfOne)
@@ -410,7 +407,7 @@ TEST(WriteFile, SeveralAtOnceLeaveTheContentOfOne)
     }
     for (std::thread& writer : writers)
         writer.join();
-    EXPECT_EQ(1U, EntriesOf(folder.Path()));
+    EXPECT_EQ(1U, CountEntries(folder.Path()));
 }
 
 TEST(WriteFile, HoldsNoDescriptor)
@@ -451,5 +448,5 @@ TEST(WriteFile, KilledProcessLeavesTheOldContentOrTheNew)
         ASSERT_TRUE(left == contents[0] || left == contents[1]) << left.size();
     }
     EXPECT_TRUE(WriteFile(path, contents[0]));
-    EXPECT_EQ(1U, EntriesOf(folder.Path()));
+    EXPECT_EQ(1U, CountEntries(folder.Path()));
 }

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "tests/support/Archives.h"
+#include "tests/support/FolderEntries.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -25,6 +26,7 @@ using Toolkit::ZipEntry;
 using Toolkit::ZipLimits;
 using Toolkit::ZipReader;
 using Toolkit::ZipReport;
+using ToolkitTest::NamesBelow;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::RunPython;
 using ToolkitTest::TemporaryFolder;
@@ -38,15 +40,6 @@ std::string Names(const ZipReader& zip)
     std::string names;
     for (const ZipEntry& entry : zip)
         names += entry.Name() + "|";
-    return names;
-}
-
-std::vector<std::string> Below(const std::filesystem::path& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
-        names.push_back(entry.path().lexically_relative(folder).string());
-    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -147,7 +140,7 @@ TEST(ZipReader, HandsOutNothingOfADamagedEntry)
     EXPECT_EQ(Errc::Malformed, zip->Extract(*zip->Find("one.txt"), folder.Path("out")).error().Code());
     EXPECT_EQ("old", ReadBytes(folder.Path("out")));
     EXPECT_EQ(ToolkitTest::ContentOf("two.txt"), zip->Read(*zip->Find("two.txt")).value_or("none"));
-    EXPECT_EQ(2U, Below(folder.Path()).size());
+    EXPECT_EQ(2U, NamesBelow(folder.Path()).size());
 }
 
 TEST(ZipReader, ExtractsAnEntryIntoAFile)
@@ -218,7 +211,7 @@ TEST(ZipReader, ExtractsAWholeFolder)
     EXPECT_EQ((std::vector<std::string>{"a", "a/b.txt", "empty",
                                         "gr\xC3\xB6\xC3\x9F"
                                         "e.txt"}),
-              Below(folder.Path("new/out")));
+              NamesBelow(folder.Path("new/out")));
     EXPECT_EQ("stored", ReadBytes(folder.Path("new/out/a/b.txt")));
 }
 
@@ -261,7 +254,7 @@ with zipfile.ZipFile('a.zip', 'w') as z:
     EXPECT_EQ(29U, report->Refused().size());
     for (const Failure& refused : report->Refused())
         EXPECT_THAT(refused.Message(), HasSubstr("cannot extract "));
-    EXPECT_THAT(Below(folder.Path()),
+    EXPECT_THAT(NamesBelow(folder.Path()),
                 testing::ElementsAre("a.zip", "out", "out/Dir", "out/Dir/one", "out/caf\xC3\xA9", "out/good",
                                      "out/last", "out/link", "out/link/passwd"));
     for (const char* const name : {"good", "Dir/one", "last"})
@@ -288,7 +281,7 @@ with zipfile.ZipFile('a.zip', 'w') as z:
     ASSERT_TRUE(report);
     EXPECT_THAT(report->Extracted(), testing::ElementsAre("last"));
     EXPECT_EQ(3U, report->Refused().size());
-    EXPECT_EQ(1U, Below(outside.Path()).size());
+    EXPECT_EQ(1U, NamesBelow(outside.Path()).size());
     EXPECT_EQ("precious", ReadBytes(outside.Path("precious")));
 }
 
@@ -320,7 +313,7 @@ with zipfile.ZipFile('a.zip', 'w') as z:
         EXPECT_TRUE(zip->ExtractAll(folder.Path("out")));
     done = true;
     planter.join();
-    EXPECT_TRUE(Below(outside.Path()).empty());
+    EXPECT_TRUE(NamesBelow(outside.Path()).empty());
 }
 
 TEST(ZipReader, KeepsItsLimits)

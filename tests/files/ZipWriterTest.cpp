@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "tests/support/Archives.h"
+#include "tests/support/FolderEntries.h"
 #include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
 #include "tests/support/TemporaryFolder.h"
@@ -20,6 +21,7 @@ using Toolkit::Result;
 using Toolkit::ZipReader;
 using Toolkit::ZipWriter;
 using ToolkitTest::ChildAnswer;
+using ToolkitTest::CountEntries;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::RunIn;
 using ToolkitTest::RunPython;
@@ -28,11 +30,6 @@ using ToolkitTest::WriteBytes;
 
 namespace
 {
-
-std::size_t EntriesOf(const std::string& folder)
-{
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
-}
 
 std::string Noise(std::size_t size)
 {
@@ -63,7 +60,7 @@ TEST(ZipWriter, WritesWhatOthersRead)
         EXPECT_FALSE(std::filesystem::exists(folder.Path("new/a.zip")));
         EXPECT_TRUE(zip->Finish());
     }
-    EXPECT_EQ(1U, EntriesOf(folder.Path("new")));
+    EXPECT_EQ(1U, CountEntries(folder.Path("new")));
     RunPython(folder, R"(
 with zipfile.ZipFile('new/a.zip') as z:
     assert z.testzip() is None
@@ -105,7 +102,7 @@ TEST(ZipWriter, DroppedWriterLeavesNothing)
         Result<ZipWriter> zip = ZipWriter::Create(folder.Path("a.zip"));
         EXPECT_TRUE(zip->Add("a", Noise(100000)));
     }
-    EXPECT_EQ(0U, EntriesOf(folder.Path()));
+    EXPECT_EQ(0U, CountEntries(folder.Path()));
     WriteBytes(folder.Path("a.zip"), "old");
     {
         Result<ZipWriter> zip = ZipWriter::Create(folder.Path("a.zip"));
@@ -113,7 +110,7 @@ TEST(ZipWriter, DroppedWriterLeavesNothing)
         EXPECT_EQ("old", ReadBytes(folder.Path("a.zip")));
     }
     EXPECT_EQ("old", ReadBytes(folder.Path("a.zip")));
-    EXPECT_EQ(1U, EntriesOf(folder.Path()));
+    EXPECT_EQ(1U, CountEntries(folder.Path()));
     EXPECT_EQ(descriptors, ToolkitTest::OpenDescriptors());
 }
 
@@ -188,6 +185,6 @@ TEST(ZipWriter, FullDiskLeavesTheFileAsItWas)
                                                      return "went on";
                                              }
                                              return ReadBytes(folder.Path("a.zip")) == "old" &&
-                                                    EntriesOf(folder.Path()) == 1;
+                                                    CountEntries(folder.Path()) == 1;
                                          }));
 }

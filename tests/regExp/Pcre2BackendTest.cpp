@@ -5,11 +5,12 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#include "tests/regExp/BackendCalls.h"
+#include "tests/support/NextDefinition.h"
 #include "tests/support/RegExpSupport.h"
 #include "tests/support/RunOnStack.h"
 #include "toolkit/regExp/RegExp.h"
@@ -22,44 +23,8 @@ using namespace ToolkitTest;
 namespace
 {
 
-struct Execution
-{
-    PCRE2_SIZE start;
-    PCRE2_SIZE length;
-    std::uint32_t options;
-    std::uint32_t pairs;
-};
-
-std::vector<std::uint32_t> s_compilations;
-std::vector<Execution> s_executions;
-bool s_bRecord = false;
-std::uint32_t s_uFailingInfo = 0xFFFFFFFFU;
 std::atomic<int> s_iCodes{0};
-
-template <class Function>
-Function* Real(const char* name)
-{
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-class Recording
-{
-public:
-    Recording()
-    {
-        s_compilations.clear();
-        s_executions.clear();
-        s_bRecord = true;
-    }
-    ~Recording() { s_bRecord = false; }
-};
-
-class FailingInfo
-{
-public:
-    explicit FailingInfo(std::uint32_t what) { s_uFailingInfo = what; }
-    ~FailingInfo() { s_uFailingInfo = 0xFFFFFFFFU; }
-};
+int s_iCodesBefore = 0;
 
 smart_ptr<MatchResult, smart_ptr_policy> Executed(const std::string& pattern, const std::string& subject,
                                                   unsigned short start, int options)
@@ -76,13 +41,31 @@ smart_ptr<MatchResult, smart_ptr_policy> Executed(const std::string& pattern, co
 
 } // namespace
 
+const std::uint32_t ToolkitTest::s_uUtf = PCRE2_UTF;
+const std::uint32_t ToolkitTest::s_uGlobal = PCRE2_NOTBOL | PCRE2_NOTEOL | PCRE2_NOTEMPTY;
+const std::uint32_t ToolkitTest::s_uUnchecked = PCRE2_NO_UTF_CHECK;
+const BackendQueries ToolkitTest::s_queries = {PCRE2_INFO_NAMECOUNT, PCRE2_INFO_NAMEENTRYSIZE,
+                                               PCRE2_INFO_NAMETABLE};
+
+HeldPatterns::HeldPatterns()
+{
+    s_iCodesBefore = s_iCodes;
+}
+
+HeldPatterns::~HeldPatterns() = default;
+
+int HeldPatterns::Get() const
+{
+    return s_iCodes - s_iCodesBefore;
+}
+
 extern "C" pcre2_code* pcre2_compile_8(PCRE2_SPTR pattern, PCRE2_SIZE length, std::uint32_t options,
                                        int* error, PCRE2_SIZE* offset, pcre2_compile_context* context)
 {
-    if (s_bRecord)
-        s_compilations.push_back(options);
-    pcre2_code* const code =
-        Real<decltype(pcre2_compile_8)>("pcre2_compile_8")(pattern, length, options, error, offset, context);
+    if (BackendCalls::s_pRecording != nullptr)
+        BackendCalls::s_pRecording->m_compilations.push_back(options);
+    pcre2_code* const code = NextDefinition<decltype(pcre2_compile_8)>("pcre2_compile_8")(
+        pattern, length, options, error, offset, context);
     s_iCodes += code != nullptr ? 1 : 0;
     return code;
 }
@@ -90,70 +73,27 @@ extern "C" pcre2_code* pcre2_compile_8(PCRE2_SPTR pattern, PCRE2_SIZE length, st
 extern "C" void pcre2_code_free_8(pcre2_code* code)
 {
     s_iCodes -= code != nullptr ? 1 : 0;
-    Real<decltype(pcre2_code_free_8)>("pcre2_code_free_8")(code);
+    NextDefinition<decltype(pcre2_code_free_8)>("pcre2_code_free_8")(code);
 }
 
 extern "C" int pcre2_match_8(const pcre2_code* code, PCRE2_SPTR subject, PCRE2_SIZE length, PCRE2_SIZE start,
                              std::uint32_t options, pcre2_match_data* data, pcre2_match_context* context)
 {
-    if (s_bRecord)
-        s_executions.push_back({start, length, options, pcre2_get_ovector_count(data)});
-    return Real<decltype(pcre2_match_8)>("pcre2_match_8")(code, subject, length, start, options, data,
-                                                          context);
+    if (BackendCalls::s_pRecording != nullptr)
+        BackendCalls::s_pRecording->m_executions.push_back(
+            {start, length, options, pcre2_get_ovector_count(data)});
+    return NextDefinition<decltype(pcre2_match_8)>("pcre2_match_8")(code, subject, length, start, options,
+                                                                    data, context);
 }
 
 extern "C" int pcre2_pattern_info_8(const pcre2_code* code, std::uint32_t what, void* where)
 {
-    if (what == s_uFailingInfo)
+    if (static_cast<int>(what) == FailingQuery::s_iFailing)
         return PCRE2_ERROR_BADMAGIC;
-    return Real<decltype(pcre2_pattern_info_8)>("pcre2_pattern_info_8")(code, what, where);
+    return NextDefinition<decltype(pcre2_pattern_info_8)>("pcre2_pattern_info_8")(code, what, where);
 }
 
-// ---- what PCRE2 is asked
-
-TEST(Pcre2Backend, CompilesInUtf8ModeAloneOnEachCall)
-{
-    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
-    RegExp::ReplacementMappedStrings named;
-    const Recording recording;
-    regExp.IsMatch("a");
-    regExp.IsMatch("a");
-    regExp.Match("a");
-    regExp.Replace("b", "a", 0);
-    regExp.Replace(std::vector<TString<char>>(), "a");
-    regExp.Replace(named, "a");
-    EXPECT_EQ(std::vector<std::uint32_t>(6, PCRE2_UTF), s_compilations);
-}
-
-TEST(Pcre2Backend, ExecutesOnceFromTheStartWithoutOptions)
-{
-    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
-    RegExp::ReplacementMappedStrings named;
-    const Recording recording;
-    regExp.IsMatch("aa");
-    regExp.Match("aa");
-    regExp.Replace(std::vector<TString<char>>(), "aa");
-    regExp.Replace(named, "aa");
-    ASSERT_EQ(4U, s_executions.size());
-    for (const Execution& execution : s_executions)
-    {
-        EXPECT_EQ(0U, execution.options);
-        EXPECT_EQ(0U, execution.start);
-        EXPECT_EQ(20U, execution.pairs);
-    }
-}
-
-TEST(Pcre2Backend, GlobalReplacementExecutesOncePerMatchAndOnceMore)
-{
-    const std::uint32_t wholeMatch = PCRE2_NOTBOL | PCRE2_NOTEOL | PCRE2_NOTEMPTY;
-    const RegExp regExp = Pattern("a");
-    const Recording recording;
-    regExp.Replace("b", "banana", 0);
-    ASSERT_EQ(4U, s_executions.size());
-    EXPECT_EQ(wholeMatch, s_executions[0].options);
-    for (const Execution& execution : s_executions)
-        EXPECT_EQ(wholeMatch, execution.options & ~PCRE2_NO_UTF_CHECK);
-}
+// ---- how often a text is looked at
 
 // The bytes that the searches of a global replacement may look at, and those before them that they are given
 // but cannot begin in. `wasAsked` tells whether what was written was looked at apart.
@@ -167,9 +107,9 @@ struct Effort
 Effort EffortOf(const char* pattern, const std::string& text)
 {
     Effort effort;
-    const Recording recording;
+    const BackendCalls calls;
     MessageOf([&] { Pattern(pattern).Replace("-", TString<char>(text), 0); });
-    for (const Execution& execution : s_executions)
+    for (const BackendExecution& execution : calls.m_executions)
     {
         const bool isPartial = (execution.options & PCRE2_PARTIAL_HARD) != 0;
         effort.wasAsked = effort.wasAsked || isPartial;
@@ -203,61 +143,6 @@ TEST(Pcre2Backend, GlobalReplacementPassesOnceOnlyWhereThePatternIsKnownToAllowI
                                       "(?m)^a|b", "(?x)b #a", "(?<n>b)", "\\X", "\\Cb", "(b)\\1?", "(?1)(b)",
                                       "\\Qb\\E", "b(?#a)", "(?s)b", "(?(?=a)b|b)", "(?|b)", "\\yb?b"})
         EXPECT_FALSE(EffortOf(pattern, text).wasAsked) << pattern;
-}
-
-TEST(Pcre2Backend, FailedNameQueriesThrowTheirMessages)
-{
-    const struct
-    {
-        std::uint32_t what;
-        const char* message;
-    } rows[] = {
-        {PCRE2_INFO_NAMECOUNT, "pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error"},
-        {PCRE2_INFO_NAMEENTRYSIZE, "pcre_fullinfo 'PCRE_INFO_NAMEENTRYSIZE' return error"},
-        {PCRE2_INFO_NAMETABLE, "pcre_fullinfo 'PCRE_INFO_NAMETABLE' return error"},
-    };
-    for (const auto& row : rows)
-    {
-        const int before = s_iCodes;
-        const FailingInfo failing(row.what);
-        EXPECT_EQ(row.message, MessageOf([] { Pattern("(?<n>a)").Match("a"); }));
-        EXPECT_EQ(before, s_iCodes) << row.message;
-    }
-}
-
-// ---- who frees what was compiled
-
-TEST(Pcre2Backend, NothingCompiledSurvivesACall)
-{
-    const int before = s_iCodes;
-    const RegExp regExp = Pattern("(?<n>a)");
-    RegExp::ReplacementMappedStrings named;
-    regExp.IsMatch("a");
-    regExp.Match("a");
-    regExp.Replace("b", "aa", 0);
-    regExp.Replace(named, "a");
-    MessageOf([&] { regExp.IsMatch("\xFF"); });
-    MessageOf([&] { regExp.Match("\xFF"); });
-    MessageOf([&] { regExp.Replace("\xFF", "a", 0); });
-    MessageOf([&] { Pattern("(").Match("a"); });
-    EXPECT_EQ(before, s_iCodes);
-}
-
-TEST(Pcre2Backend, RecordKeepsOneCompiledPatternToItsEnd)
-{
-    const int before = s_iCodes;
-    const RegExp regExp = Pattern("a");
-    {
-        smart_ptr<MatchResult, smart_ptr_policy> record = regExp.Match("a");
-        const smart_ptr<MatchResult, smart_ptr_policy> other = record;
-        EXPECT_EQ(before + 1, s_iCodes);
-        regExp.RegExp_compile(record);
-        EXPECT_EQ(before + 1, s_iCodes);
-        record->SetPattern("(");
-        MessageOf([&] { regExp.RegExp_compile(record); });
-        EXPECT_EQ(before, s_iCodes);
-    }
-    EXPECT_EQ(before, s_iCodes);
 }
 
 // ---- what PCRE 8 would do

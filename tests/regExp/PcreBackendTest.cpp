@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pcre.h>
 #include <pthread.h>
@@ -13,6 +12,8 @@
 #include <sys/resource.h>
 #include <ucontext.h>
 
+#include "tests/regExp/BackendCalls.h"
+#include "tests/support/NextDefinition.h"
 #include "tests/support/RegExpSupport.h"
 #include "tests/support/RunOnStack.h"
 #include "toolkit/regExp/RegExp.h"
@@ -25,92 +26,16 @@ using namespace ToolkitTest;
 namespace
 {
 
-struct Compilation
-{
-    int options;
-    const unsigned char* tables;
-};
-
-struct Execution
-{
-    unsigned long flags;
-    bool hasStudyData;
-    int start;
-    int options;
-    int vectorSize;
-};
-
-std::vector<Compilation> s_compilations;
-std::vector<Execution> s_executions;
-bool s_bRecord = false;
-int s_iFailingInfo = -1;
+// What no test of all backends sees: tables of the library's own, and how an execution is limited.
+bool s_bOwnTables = false;
+std::vector<unsigned long> s_flags;
+std::vector<bool> s_studyData;
 thread_local bool s_bFailStackBounds = false;
 
-template <class Function>
-Function* Real(const char* name)
-{
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-class Recording
-{
-public:
-    Recording()
-    {
-        s_compilations.clear();
-        s_executions.clear();
-        s_bRecord = true;
-    }
-    ~Recording() { s_bRecord = false; }
-};
-
-class FailingInfo
-{
-public:
-    explicit FailingInfo(int what) { s_iFailingInfo = what; }
-    ~FailingInfo() { s_iFailingInfo = -1; }
-};
-
-// Counts what PCRE has allocated and not freed.
-class CountedMemory
-{
-public:
-    CountedMemory() : m_malloc(pcre_malloc), m_free(pcre_free)
-    {
-        s_iHeld = 0;
-        s_malloc = m_malloc;
-        s_free = m_free;
-        pcre_malloc = [](std::size_t size)
-        {
-            ++s_iHeld;
-            return s_malloc(size);
-        };
-        pcre_free = [](void* memory)
-        {
-            --s_iHeld;
-            s_free(memory);
-        };
-    }
-    ~CountedMemory()
-    {
-        pcre_malloc = m_malloc;
-        pcre_free = m_free;
-    }
-
-    int GetHeld() const { return s_iHeld; }
-
-private:
-    static int s_iHeld;
-    static void* (*s_malloc)(std::size_t);
-    static void (*s_free)(void*);
-
-    void* (*const m_malloc)(std::size_t);
-    void (*const m_free)(void*);
-};
-
-int CountedMemory::s_iHeld = 0;
-void* (*CountedMemory::s_malloc)(std::size_t) = nullptr;
-void (*CountedMemory::s_free)(void*) = nullptr;
+// What PCRE has allocated and not freed.
+int s_iHeld = 0;
+void* (*s_malloc)(std::size_t) = nullptr;
+void (*s_free)(void*) = nullptr;
 
 // Runs `work` on memory that the system does not know as a stack, as a coroutine is run.
 void RunOnUnknownStack(const std::function<void()>& work)
@@ -158,175 +83,98 @@ std::string BeginningOf(Work work)
 
 } // namespace
 
+const std::uint32_t ToolkitTest::s_uUtf = PCRE_UTF8;
+const std::uint32_t ToolkitTest::s_uGlobal = PCRE_NOTBOL | PCRE_NOTEOL | PCRE_NOTEMPTY;
+const std::uint32_t ToolkitTest::s_uUnchecked = PCRE_NO_UTF8_CHECK;
+const BackendQueries ToolkitTest::s_queries = {PCRE_INFO_NAMECOUNT, PCRE_INFO_NAMEENTRYSIZE,
+                                               PCRE_INFO_NAMETABLE};
+
+HeldPatterns::HeldPatterns()
+{
+    s_iHeld = 0;
+    s_malloc = pcre_malloc;
+    s_free = pcre_free;
+    pcre_malloc = [](std::size_t size)
+    {
+        ++s_iHeld;
+        return s_malloc(size);
+    };
+    pcre_free = [](void* memory)
+    {
+        --s_iHeld;
+        s_free(memory);
+    };
+}
+
+HeldPatterns::~HeldPatterns()
+{
+    pcre_malloc = s_malloc;
+    pcre_free = s_free;
+}
+
+int HeldPatterns::Get() const
+{
+    return s_iHeld;
+}
+
 extern "C" pcre* pcre_compile(const char* pattern, int options, const char** error, int* offset,
                               const unsigned char* tables)
 {
-    if (s_bRecord)
-        s_compilations.push_back({options, tables});
-    return Real<decltype(pcre_compile)>("pcre_compile")(pattern, options, error, offset, tables);
+    if (BackendCalls::s_pRecording != nullptr)
+        BackendCalls::s_pRecording->m_compilations.push_back(static_cast<std::uint32_t>(options));
+    s_bOwnTables = s_bOwnTables || tables != nullptr;
+    return NextDefinition<decltype(pcre_compile)>("pcre_compile")(pattern, options, error, offset, tables);
 }
 
 extern "C" int pcre_exec(const pcre* code, const pcre_extra* extra, const char* subject, int length,
                          int start, int options, int* offsets, int size)
 {
-    if (s_bRecord && code != nullptr)
-        s_executions.push_back({extra == nullptr ? 0 : extra->flags,
-                                extra != nullptr && extra->study_data != nullptr, start, options, size});
-    return Real<decltype(pcre_exec)>("pcre_exec")(code, extra, subject, length, start, options, offsets,
-                                                  size);
+    if (BackendCalls::s_pRecording != nullptr && code != nullptr)
+    {
+        BackendCalls::s_pRecording->m_executions.push_back(
+            {static_cast<std::size_t>(start), static_cast<std::size_t>(length),
+             static_cast<std::uint32_t>(options), static_cast<std::size_t>(size) / 3});
+        s_flags.push_back(extra == nullptr ? 0 : extra->flags);
+        s_studyData.push_back(extra != nullptr && extra->study_data != nullptr);
+    }
+    return NextDefinition<decltype(pcre_exec)>("pcre_exec")(code, extra, subject, length, start, options,
+                                                            offsets, size);
 }
 
 extern "C" int pthread_getattr_np(pthread_t thread, pthread_attr_t* attributes)
 {
     if (s_bFailStackBounds)
         return EMFILE;
-    return Real<decltype(pthread_getattr_np)>("pthread_getattr_np")(thread, attributes);
+    return NextDefinition<decltype(pthread_getattr_np)>("pthread_getattr_np")(thread, attributes);
 }
 
 extern "C" int pcre_fullinfo(const pcre* code, const pcre_extra* extra, int what, void* where)
 {
-    if (what == s_iFailingInfo)
+    if (what == FailingQuery::s_iFailing)
         return PCRE_ERROR_BADMAGIC;
-    return Real<decltype(pcre_fullinfo)>("pcre_fullinfo")(code, extra, what, where);
+    return NextDefinition<decltype(pcre_fullinfo)>("pcre_fullinfo")(code, extra, what, where);
 }
 
 // ---- what PCRE is asked
 
-TEST(PcreBackend, CompilesInUtf8ModeAloneOnEachCall)
-{
-    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
-    RegExp::ReplacementMappedStrings named;
-    const Recording recording;
-    regExp.IsMatch("a");
-    regExp.IsMatch("a");
-    regExp.Match("a");
-    regExp.Replace("b", "a", 0);
-    regExp.Replace(std::vector<TString<char>>(), "a");
-    regExp.Replace(named, "a");
-    ASSERT_EQ(6U, s_compilations.size());
-    for (const Compilation& compilation : s_compilations)
-    {
-        EXPECT_EQ(PCRE_UTF8, compilation.options);
-        EXPECT_EQ(nullptr, compilation.tables);
-    }
-}
-
-TEST(PcreBackend, ExecutesOnceFromTheStartWithoutOptionsOrStudyData)
-{
-    const RegExp regExp(TString<char>("a"), static_cast<RegExpOptions::Modifiers>(0xFFFFFFFFU));
-    RegExp::ReplacementMappedStrings named;
-    const Recording recording;
-    regExp.IsMatch("aa");
-    regExp.Match("aa");
-    regExp.Replace(std::vector<TString<char>>(), "aa");
-    regExp.Replace(named, "aa");
-    ASSERT_EQ(4U, s_executions.size());
-    for (const Execution& execution : s_executions)
-    {
-        EXPECT_EQ(0, execution.options);
-        EXPECT_EQ(0, execution.start);
-        EXPECT_EQ(60, execution.vectorSize);
-        EXPECT_FALSE(execution.hasStudyData);
-        EXPECT_EQ(static_cast<unsigned long>(PCRE_EXTRA_MATCH_LIMIT_RECURSION), execution.flags);
-    }
-}
-
-TEST(PcreBackend, GlobalReplacementExecutesOncePerMatchAndOnceMore)
+TEST(PcreBackend, NeedsNeitherTablesNorStudyDataAndLimitsTheRecursion)
 {
     const RegExp regExp = Pattern("a");
-    const Recording recording;
-    regExp.Replace("b", "banana", 0);
-    ASSERT_EQ(4U, s_executions.size());
-    EXPECT_EQ(0x580, s_executions[0].options);
-    EXPECT_FALSE(s_executions[0].hasStudyData);
-    for (const Execution& execution : s_executions)
+    s_bOwnTables = false;
+    s_flags.clear();
+    s_studyData.clear();
     {
-        EXPECT_EQ(0x580, execution.options & ~PCRE_NO_UTF8_CHECK);
-        EXPECT_EQ(60, execution.vectorSize);
+        const BackendCalls calls;
+        regExp.IsMatch("aa");
+        regExp.Match("aa");
+        regExp.Replace("b", "aa", 0);
     }
-}
-
-TEST(PcreBackend, FailedNameQueriesThrowTheirMessages)
-{
-    const struct
-    {
-        int what;
-        const char* message;
-    } rows[] = {
-        {PCRE_INFO_NAMECOUNT, "pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error"},
-        {PCRE_INFO_NAMEENTRYSIZE, "pcre_fullinfo 'PCRE_INFO_NAMEENTRYSIZE' return error"},
-        {PCRE_INFO_NAMETABLE, "pcre_fullinfo 'PCRE_INFO_NAMETABLE' return error"},
-    };
-    for (const auto& row : rows)
-    {
-        const CountedMemory memory;
-        const FailingInfo failing(row.what);
-        EXPECT_EQ(row.message, MessageOf([] { Pattern("(?<n>a)").Match("a"); }));
-        EXPECT_EQ(0, memory.GetHeld()) << row.message;
-    }
-}
-
-TEST(PcreBackend, NameTableIsAskedOnlyForNames)
-{
-    for (const int what : {PCRE_INFO_NAMEENTRYSIZE, PCRE_INFO_NAMETABLE})
-    {
-        const FailingInfo failing(what);
-        EXPECT_EQ(2U, Pattern("(a)").Match("a")->GetCount()) << what;
-        EXPECT_EQ(0U, Pattern("(?<n>a)").Match("b")->GetCount()) << what;
-    }
-}
-
-TEST(PcreBackend, NamesAreCountedForEveryMatchWithGroups)
-{
-    const std::string message = "pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error";
-    RegExp::ReplacementMappedStrings named;
-    const RegExp regExp = Pattern("a");
-    const FailingInfo failing(PCRE_INFO_NAMECOUNT);
-    EXPECT_EQ(message, MessageOf([&] { regExp.Match("a"); }));
-    EXPECT_EQ(message, MessageOf([&] { regExp.Replace(std::vector<TString<char>>(), "a"); }));
-    EXPECT_EQ(message, MessageOf([&] { regExp.Replace(named, "a"); }));
-    EXPECT_EQ(-1, regExp.Match("b")->GetResult());
-    EXPECT_EQ(0, Pattern(Repeat("(a)", 20)).Match(TString<char>(Repeat("a", 20)))->GetResult());
-    EXPECT_TRUE(regExp.IsMatch("a"));
-    EXPECT_EQ("b", regExp.Replace("b", "a", 0));
-}
-
-// ---- who frees what was compiled
-
-TEST(PcreBackend, NothingCompiledSurvivesACall)
-{
-    const CountedMemory memory;
-    const RegExp regExp = Pattern("(?<n>a)");
-    RegExp::ReplacementMappedStrings named;
-    regExp.IsMatch("a");
-    regExp.Match("a");
-    regExp.Replace("b", "aa", 0);
-    regExp.Replace(named, "a");
-    MessageOf([&] { regExp.IsMatch("\xFF"); });
-    MessageOf([&] { regExp.Match("\xFF"); });
-    MessageOf([&] { regExp.Replace("\xFF", "a", 0); });
-    MessageOf([&] { Pattern("(").Match("a"); });
-    EXPECT_EQ(0, memory.GetHeld());
-}
-
-TEST(PcreBackend, RecordKeepsOneCompiledPatternToItsEnd)
-{
-    const CountedMemory memory;
-    const RegExp regExp = Pattern("a");
-    {
-        smart_ptr<MatchResult, smart_ptr_policy> record = regExp.Match("a");
-        const smart_ptr<MatchResult, smart_ptr_policy> other = record;
-        EXPECT_EQ(1, memory.GetHeld());
-        regExp.RegExp_compile(record);
-        EXPECT_EQ(1, memory.GetHeld());
-        record->SetPattern("(");
-        MessageOf([&] { regExp.RegExp_compile(record); });
-        EXPECT_EQ(0, memory.GetHeld());
-        record->SetPattern("a");
-        regExp.RegExp_compile(record);
-        EXPECT_EQ(1, memory.GetHeld());
-    }
-    EXPECT_EQ(0, memory.GetHeld());
+    EXPECT_FALSE(s_bOwnTables);
+    ASSERT_LE(3U, s_flags.size());
+    for (const std::size_t execution : {0U, 1U})
+        EXPECT_EQ(static_cast<unsigned long>(PCRE_EXTRA_MATCH_LIMIT_RECURSION), s_flags[execution]);
+    for (const std::size_t execution : {0U, 1U, 2U})
+        EXPECT_FALSE(s_studyData[execution]);
 }
 
 // ---- the stack that is left

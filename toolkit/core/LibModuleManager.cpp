@@ -52,6 +52,8 @@ void StopWx()
 LibModuleManager* LibModuleManager::s_pInstance = nullptr;
 
 // A call into modules; the end of the outermost one frees the containers that were removed meanwhile.
+// `EventNotifier`, which owns its listeners and must destroy a removed one at once, instead moves its walks
+// past it.
 class LibModuleManager::ModuleCall
 {
 public:

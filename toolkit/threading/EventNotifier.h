@@ -99,6 +99,8 @@ private:
     using Position = typename Listeners::iterator;
 
     // One announcement under way: the listener whose turn is next, and how many there are up to the last one.
+    // A removed listener must be destroyed at once, so the removal moves the walks past it.
+    // `LibModuleManager`, which owns no module, instead marks what is removed and frees it after the walk.
     struct Walk
     {
         explicit Walk(EventNotifier& notifier)

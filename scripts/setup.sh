@@ -62,6 +62,14 @@ need_packages() {
   fi
 }
 
+# need_commands <command>...: ends the script, saying which is missing, unless all are there. Their packages have their names.
+need_commands() {
+  local command
+  for command in "$@"; do
+    command -v "$command" >/dev/null || { echo "$command is missing: in Debian it is the package $command" >&2; exit 2; }
+  done
+}
+
 install_missing() {
   [ $# != 0 ] || return 0
   local as_root=()

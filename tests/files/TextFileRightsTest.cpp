@@ -4,7 +4,9 @@
 
 #include <cstring>
 #include <filesystem>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -253,6 +255,37 @@ TEST_F(TextFileRights, RemovesWhatAKilledWriterLeft)
     EXPECT_TRUE(std::filesystem::is_fifo(left + "3"));
     EXPECT_TRUE(std::filesystem::exists(left + "5"));
     close(lock);
+}
+
+// The number is another one's by now: a zombie's, a thread's, a later process's.
+TEST_F(TextFileRights, RemovesWhatAKilledWriterLeftWhoseNumberWasGivenAgain)
+{
+    const pid_t zombie = fork();
+    if (zombie == 0)
+        _exit(0);
+    siginfo_t info = {};
+    ASSERT_EQ(0, waitid(P_PID, static_cast<id_t>(zombie), &info, WEXITED | WNOWAIT));
+    std::promise<pid_t> number;
+    std::promise<void> end;
+    std::thread other(
+        [&]
+        {
+            number.set_value(gettid());
+            end.get_future().wait();
+        });
+    const auto pathOf = [this](pid_t process)
+    { return m_folder.Path(".toolkit-" + std::to_string(process) + "-1"); };
+    const std::string paths[] = {pathOf(zombie), pathOf(number.get_future().get()), pathOf(getpid())};
+    for (const std::string& path : paths)
+        WriteBytes(path, "left behind");
+    const timespec longAgo[] = {{1, 0}, {1, 0}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, paths[2].c_str(), longAgo, 0));
+    WriteAnew();
+    for (const std::string& path : paths)
+        EXPECT_FALSE(std::filesystem::exists(path)) << path;
+    end.set_value();
+    other.join();
+    waitpid(zombie, nullptr, 0);
 }
 
 TEST_F(TextFileRights, RemovesWhatAKilledWriterLeftInALargeFolder)

@@ -18,6 +18,7 @@
 
 #include "toolkit/internal/system/FolderStream.h"
 #include "toolkit/internal/system/NoCancellation.h"
+#include "toolkit/internal/system/ProcessState.h"
 
 namespace Toolkit
 {
@@ -44,9 +45,13 @@ pid_t WriterOf(std::string_view name)
     return next == end && next[-1] != '-' ? writer : 0;
 }
 
-bool IsRunning(pid_t process)
+// A number that is nobody's, a thread's or a zombie's by now, or that a later process was given. Another
+// user's process cannot be looked at, and counts as the writer.
+bool IsGone(pid_t writer, const struct stat& file)
 {
-    return kill(process, 0) == 0 || errno != ESRCH;
+    if (kill(writer, 0) != 0)
+        return errno == ESRCH;
+    return !ProcessState::IsRunning(writer) || ProcessState::StartedAfter(writer, file.st_mtim);
 }
 
 Descriptor OpenAt(int folder, const char* name, int flags)
@@ -67,7 +72,8 @@ bool IsNamed(int file, int folder, const char* name)
 void RemoveIfLeftBehind(int folder, const char* name)
 {
     const pid_t writer = WriterOf(name);
-    if (writer == 0 || IsRunning(writer))
+    struct stat named = {};
+    if (writer == 0 || fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) != 0 || !IsGone(writer, named))
         return;
     Descriptor file = OpenAt(folder, name, O_RDONLY);
     if (!file.IsOpen())

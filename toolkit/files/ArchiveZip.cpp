@@ -26,8 +26,7 @@ namespace
 // Quirk: the line numbers of what is logged are fixed; they follow no source.
 const unsigned int s_uNotReadableLine = 99;
 const unsigned int s_uNotValidLine = 106;
-const long long s_uBlock = 65536;
-const long long s_uSmallestRead = 64;
+const long long s_iSmallestRead = 64;
 
 int FailListing(unsigned int line, const wchar_t* message)
 {
@@ -95,11 +94,15 @@ private:
 // is written when all is verified.
 bool Extract(ZipEntryStream& content, long long length, Target& target)
 {
-    const std::unique_ptr<char[]> block(new char[s_uBlock]);
+    const auto roomFor = [](long long left)
+    {
+        const auto most = static_cast<long long>(ZipEntryStream::s_uBlock);
+        return static_cast<std::size_t>(std::clamp<long long>(left, s_iSmallestRead, most - 1)) + 1;
+    };
+    const std::unique_ptr<char[]> block(new char[roomFor(length)]);
     for (;;)
     {
-        const std::size_t room =
-            static_cast<std::size_t>(std::clamp<long long>(length, s_uSmallestRead, s_uBlock - 1)) + 1;
+        const std::size_t room = roomFor(length);
         const std::size_t count = content.Read(block.get(), room).LastRead();
         length -= static_cast<long long>(count);
         const bool end = count < room;

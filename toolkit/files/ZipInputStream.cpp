@@ -22,7 +22,6 @@ namespace Toolkit
 namespace
 {
 
-const std::size_t s_uBlock = 65536;
 const std::size_t s_uSmallestRead = 64;
 
 wxInputStream* OpenDirectory(const std::shared_ptr<const ZipFile>& file)
@@ -76,7 +75,7 @@ ZipInputStream& ZipInputStream::operator>>(std::vector<unsigned char>& bytes)
     bytes.reserve(before + m_uCredibleLength + s_uSmallestRead);
     do
     {
-        bytes.resize(end + std::clamp(bytes.capacity() - end, s_uSmallestRead, s_uBlock));
+        bytes.resize(end + std::clamp(bytes.capacity() - end, s_uSmallestRead, ZipEntryStream::s_uBlock));
         end += m_pContent->Read(bytes.data() + end, bytes.size() - end).LastRead();
     } while (end == bytes.size());
     bytes.resize(m_pContent->IsDamaged() ? before : end);

@@ -243,15 +243,24 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
                        "cannot read " + name + ": it is longer than " + std::to_string(largest) + " bytes");
     const std::lock_guard<std::mutex> lock(m_pContent->mutex);
     std::string bytes;
-    bytes.reserve(m_pContent->file->GetCredibleLength(*content.record));
-    const Result<void> read = ZipContent::Decode(m_pContent->file, *content.record, "cannot read", name,
-                                                 [&bytes](const char* block, std::size_t count)
-                                                 {
-                                                     bytes.append(block, count);
-                                                     return true;
-                                                 });
+    // More than expected, so that the end is met without growing again.
+    bytes.reserve(m_pContent->file->GetCredibleLength(*content.record) + ZipContent::s_uLeastRoom);
+    std::size_t done = 0;
+    const auto place = [&bytes, &done](std::size_t count)
+    {
+        bytes.resize(done + count);
+        return bytes.data() + done;
+    };
+    const auto take = [&done](const char*, std::size_t count)
+    {
+        done += count;
+        return true;
+    };
+    const Result<void> read =
+        ZipContent::Decode(m_pContent->file, *content.record, "cannot read", name, place, take);
     if (!read)
         return read.error();
+    bytes.resize(done);
     return bytes;
 }
 

@@ -15,13 +15,21 @@ namespace Toolkit
 namespace
 {
 
-const std::size_t s_uBlock = 65536;
 const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
+
+// One byte more than is left shows that the content is longer.
+std::size_t RoomFor(long long left)
+{
+    const auto least = static_cast<long long>(ZipContent::s_uLeastRoom);
+    const auto most = static_cast<long long>(ZipEntryStream::s_uBlock);
+    return static_cast<std::size_t>(std::clamp(left, least - 1, most - 1)) + 1;
+}
 
 } // namespace
 
 Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
-                                const std::string& attempt, const std::string& name, const Take& take)
+                                const std::string& attempt, const std::string& name, const Place& place,
+                                const Take& take)
 {
     if ((record.GetFlags() & s_iEncrypted) != 0)
         return Failure(Errc::Refused, attempt + " " + name + ": it is encrypted");
@@ -30,23 +38,29 @@ Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file, cons
     const Failure damaged(Errc::Malformed, attempt + " " + name + ": it is damaged");
     ZipEntryStream content(file, record);
     long long left = record.GetSize();
-    const std::unique_ptr<char[]> block(new char[s_uBlock]);
     while (content.IsFound())
     {
-        // One byte more than is left shows that the content is longer.
-        const std::size_t room =
-            static_cast<std::size_t>(std::clamp<long long>(left, 15, static_cast<long long>(s_uBlock) - 1)) +
-            1;
-        const std::size_t count = content.Read(block.get(), room).LastRead();
+        const std::size_t room = RoomFor(left);
+        char* const block = place(room);
+        const std::size_t count = content.Read(block, room).LastRead();
         left -= static_cast<long long>(count);
         if (left < 0)
             break;
-        if (count > 0 && !take(block.get(), count))
+        if (count > 0 && !take(block, count))
             return SystemFailure(attempt, name, errno);
         if (count < room)
             return left == 0 && !content.IsDamaged() ? Result<void>() : damaged;
     }
     return damaged;
+}
+
+Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
+                                const std::string& attempt, const std::string& name, const Take& take)
+{
+    // The first is the longest.
+    const std::unique_ptr<char[]> block(new char[RoomFor(record.GetSize())]);
+    return Decode(
+        file, record, attempt, name, [&block](std::size_t) { return block.get(); }, take);
 }
 
 } // namespace Toolkit

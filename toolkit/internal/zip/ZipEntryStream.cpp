@@ -16,7 +16,8 @@ namespace Toolkit
 namespace
 {
 
-const std::size_t s_uBlock = 65536;
+// Of what is read in small pieces.
+const std::size_t s_uSmallBlock = 65536;
 // Decoded straight into the reader's memory.
 const std::size_t s_uLargeRead = 16;
 
@@ -79,10 +80,10 @@ std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
     if (m_uBegin == m_uEnd)
     {
         if (m_pBlock == nullptr)
-            m_pBlock.reset(new char[s_uBlock]);
+            m_pBlock.reset(new char[s_uSmallBlock]);
         m_uBegin = 0;
-        m_uEnd = Decode(m_pBlock.get(), s_uBlock);
-        if (m_uEnd == s_uBlock && !m_bVerified)
+        m_uEnd = Decode(m_pBlock.get(), s_uSmallBlock);
+        if (m_uEnd == s_uSmallBlock && !m_bVerified)
             Verify();
     }
     const std::size_t read = std::min(count, m_uEnd - m_uBegin);
@@ -96,8 +97,8 @@ void ZipEntryStream::Verify()
 {
     m_bVerified = true;
     ZipEntryStream other(m_pFile, m_entry);
-    const std::unique_ptr<char[]> block(new char[s_uBlock]);
-    while (other.Decode(block.get(), s_uBlock) > 0)
+    const std::unique_ptr<char[]> block(new char[s_uSmallBlock]);
+    while (other.Decode(block.get(), s_uSmallBlock) > 0)
     {
     }
     if (!other.IsDamaged())

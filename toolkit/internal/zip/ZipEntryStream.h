@@ -20,6 +20,9 @@ class ZipFile;
 class ZipEntryStream : public wxInputStream
 {
 public:
+    // What is best read at a time: before each return the decoder copies 32 KiB of what it decoded last.
+    static constexpr std::size_t s_uBlock = 262144;
+
     ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry);
     ~ZipEntryStream() override;
 

@@ -80,7 +80,9 @@ void DateTime::GetString(Text& out) const
     if (!GetPattern(pattern))
         return;
     const CivilTime time = FieldsOf(*m_pDateTime);
-    out = DateTimeFormat::Date(pattern, time) + L" " + TimeOf(pattern, time);
+    out = DateTimeFormat::Date(pattern, time);
+    out += L' ';
+    out += TimeOf(pattern, time);
 }
 
 void DateTime::GetRelativeStringFromNow(Text& out) const

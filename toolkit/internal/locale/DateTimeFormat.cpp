@@ -108,7 +108,8 @@ Text DateTimeFormat::Date(const Text& pattern, const CivilTime& time)
     // No token holds a space.
     const std::size_t end = std::min(pattern.find(L' '), pattern.size());
     Text out;
-    out.reserve(end + s_uSpare);
+    // The time may be put after it.
+    out.reserve(pattern.size() + s_uSpare);
     for (std::size_t i = 0; i < end;)
     {
         const wchar_t c = pattern[i];

@@ -304,8 +304,10 @@ void RegisterListing()
                             {
                                 GDir* const directory = g_dir_open(folder.c_str(), 0, nullptr);
                                 std::vector<std::string> names;
+                                // It does not tell folders from files while it reads.
                                 while (const char* name = g_dir_read_name(directory))
-                                    if (g_pattern_match_simple("*.txt", name))
+                                    if (g_pattern_match_simple("*.txt", name) &&
+                                        !g_file_test((folder / name).c_str(), G_FILE_TEST_IS_DIR))
                                         names.push_back(name);
                                 g_dir_close(directory);
                                 benchmark::DoNotOptimize(names.data());

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include <wx/button.h>
+#include <wx/dcclient.h>
 #include <wx/dcmemory.h>
-#include <wx/dcscreen.h>
 #include <wx/filedlg.h>
 #include <wx/gauge.h>
 #include <wx/image.h>
@@ -299,11 +299,11 @@ std::string Frame::DescribeText() const
 
 bool Frame::SavePicture(const std::filesystem::path& file) const
 {
-    const wxRect area = GetScreenRect();
-    wxBitmap bitmap(area.GetSize());
-    wxScreenDC screen;
+    const wxSize size = GetClientSize();
+    wxBitmap bitmap(size);
+    wxClientDC window(const_cast<Frame*>(this));
     wxMemoryDC memory(bitmap);
-    memory.Blit(wxPoint(0, 0), area.GetSize(), &screen, area.GetPosition());
+    memory.Blit(wxPoint(0, 0), size, &window, wxPoint(0, 0));
     memory.SelectObject(wxNullBitmap);
     return bitmap.SaveFile(ToWindow(file.string()), wxBITMAP_TYPE_PNG);
 }

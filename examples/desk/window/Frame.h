@@ -44,7 +44,7 @@ public:
 
     // What can be seen, line by line.
     std::string Describe() const;
-    // Saves the window's content as PNG.
+    // Saves what lies between the menu bar and the status bar as PNG.
     bool SavePicture(const std::filesystem::path& file) const;
 
 private:

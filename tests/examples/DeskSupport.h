@@ -65,6 +65,7 @@ protected:
     const ScopedEnvironment m_home;
     const ScopedEnvironment m_temporary;
     const ScopedEnvironment m_runtime;
+    const ScopedEnvironment m_zone{"TZ", "UTC"};
     const ScopedEnvironment m_config{"XDG_CONFIG_HOME", nullptr};
     const ScopedEnvironment m_state{"XDG_STATE_HOME", nullptr};
     const ScopedEnvironment m_cache{"XDG_CACHE_HOME", nullptr};

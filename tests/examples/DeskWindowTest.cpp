@@ -74,7 +74,6 @@ protected:
     const ScopedEnvironment m_wayland{"WAYLAND_DISPLAY", nullptr};
     const ScopedEnvironment m_accessibility{"NO_AT_BRIDGE", "1"};
     const ScopedEnvironment m_locale{"LC_ALL", "C.UTF-8"};
-    const ScopedEnvironment m_zone{"TZ", "UTC"};
 };
 
 } // namespace

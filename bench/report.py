@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Makes docs/benchmarks.md of what was measured: report.py <folder of the tables> <results folder>."""
+"""Makes docs/benchmarks.md of what was measured: report.py <folder of the tables> <results folder>. Without the results it only
+says which rows of the tables it could not make."""
 import json
 import pathlib
 import re
@@ -15,6 +16,9 @@ LOSS = 1.05
 
 # How much faster than a peer's the cost of an operation may grow with the threads before it is said: less is noise.
 THREADS_TOLERANCE = 1.1
+
+
+FACES = ["new", "both", "classic"]
 
 
 class Results:
@@ -212,10 +216,9 @@ def memory_rows(operations):
 
 def loss_rows(operations):
     """The classes for new code first, each from the greatest loss on."""
-    faces = ["new", "both", "classic"]
     lost = [(ratio, whose, operation) for operation in operations for ratio, whose in operation.losses()]
     return [[operation.text, operation.face, f"{ratio:.2f} x {whose}", operation.reason]
-            for ratio, whose, operation in sorted(lost, key=lambda row: (faces.index(row[2].face), -row[0]))]
+            for ratio, whose, operation in sorted(lost, key=lambda row: (FACES.index(row[2].face), -row[0]))]
 
 
 def thread_rows(table, threads):
@@ -369,10 +372,27 @@ def load_versions(path):
     return dict(line.split(" ", 1) for line in path.read_text().splitlines() if " " in line) if path.exists() else {}
 
 
+def check_tables(bench):
+    """Ends the program where a row is not as the head of its table wants it."""
+    rows = [line for line in table_lines(bench / "operations.txt") if not line.startswith(("==", ">"))]
+    names = {cells_of(line, 8)[0] for line in rows}
+    for line in rows:
+        cells = cells_of(line, 8)
+        if len(cells) != 8 or cells[2] not in FACES or cells[4].startswith("as ") and cells[4][3:] not in names:
+            sys.exit(f"operations.txt: {line}")
+    for name, columns in (("threads.txt", 6), ("growth.txt", 5), ("peers.txt", 3)):
+        for line in table_lines(bench / name):
+            if len(cells_of(line, columns)) != columns:
+                sys.exit(f"{name}: {line}")
+
+
 def main():
-    if len(sys.argv) != 3:
-        print("usage: report.py <folder of the tables> <results folder>", file=sys.stderr)
+    if len(sys.argv) not in (2, 3):
+        print("usage: report.py <folder of the tables> [<results folder>]", file=sys.stderr)
         sys.exit(2)
+    check_tables(pathlib.Path(sys.argv[1]))
+    if len(sys.argv) == 2:
+        return
     bench, folder = (pathlib.Path(argument) for argument in sys.argv[1:3])
     results = Results(folder)
     versions = load_versions(folder / "versions.txt")

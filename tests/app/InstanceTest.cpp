@@ -267,7 +267,7 @@ TEST_F(InstanceTest, CarriesEveryByteOfAnyLength)
     std::string all;
     for (int byte = 0; byte < 256; ++byte)
         all += static_cast<char>(byte);
-    for (const std::size_t size : {0U, 1U, 255U, 65536U, 1048576U, 1048577U, 16777216U, 40000000U})
+    for (const std::size_t size : {0U, 1U, 255U, 65536U, 1048576U, 1048577U, 16777216U})
     {
         std::string text;
         while (text.size() < size)

@@ -118,13 +118,17 @@ InstanceWire::Answer Execute(const Instance::Handler& handler, InstanceWire::Com
     }
 }
 
-// The answer, from messages as they arrive.
+// The answer, from messages as they arrive after the byte that accepts the connection.
 std::optional<InstanceWire::Answer> ReceiveAnswer(IPCConversation& conversation)
 {
     IPCMessageReader reader;
     IPCMessage message;
     std::string bytes;
-    std::vector<char> buffer(s_uReadAtOnce);
+    const std::unique_ptr<char[]> buffer(new char[s_uReadAtOnce]);
+    const std::size_t first = conversation.Receive(buffer.get(), s_uReadAtOnce);
+    if (first == 0 || buffer[0] != static_cast<char>(IPCMessage::Connect))
+        return std::nullopt;
+    reader.Append(buffer.get() + 1, first - 1);
     for (;;)
         switch (reader.Next(message))
         {
@@ -137,10 +141,10 @@ std::optional<InstanceWire::Answer> ReceiveAnswer(IPCConversation& conversation)
             break;
         case IPCMessageReader::Result::Incomplete:
         {
-            const std::size_t count = conversation.Receive(buffer.data(), buffer.size());
+            const std::size_t count = conversation.Receive(buffer.get(), s_uReadAtOnce);
             if (count == 0)
                 return std::nullopt;
-            reader.Append(buffer.data(), count);
+            reader.Append(buffer.get(), count);
             break;
         }
         case IPCMessageReader::Result::Broken:
@@ -361,8 +365,7 @@ Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments
     }
     std::error_code ignored;
     if (conversation.Send(InstanceWire::Encode(
-            InstanceWire::Command{arguments, std::filesystem::current_path(ignored).native()})) &&
-        conversation.ReceiveByte() == IPCMessage::Connect)
+            InstanceWire::Command{arguments, std::filesystem::current_path(ignored).native()})))
         if (std::optional<InstanceWire::Answer> answer = ReceiveAnswer(conversation))
             return Answer(answer->m_iCode, std::move(answer->m_strText));
     return NotAnswered(key, conversation.IsTimeLeft()

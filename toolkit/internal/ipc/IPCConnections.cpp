@@ -239,7 +239,8 @@ void IPCConnections::Add(UnsharedDescriptor client)
         m_connections.pop_back();
         throw;
     }
-    if (!Watch(EPOLL_CTL_ADD, connection.m_socket.Get(), connection.m_uId, EPOLLIN))
+    connection.m_uWatched = EPOLLIN;
+    if (!Watch(EPOLL_CTL_ADD, connection.m_socket.Get(), connection.m_uId, connection.m_uWatched))
         return Remove(connection);
     Recount(connection);
     ReadFrom(connection);
@@ -305,10 +306,12 @@ bool IPCConnections::SendUnsent(Connection& connection)
     return true;
 }
 
-void IPCConnections::WatchFor(const Connection& connection)
+void IPCConnections::WatchFor(Connection& connection)
 {
     const std::uint32_t events = connection.m_strUnsent.empty() ? EPOLLIN : EPOLLIN | EPOLLOUT;
-    Watch(EPOLL_CTL_MOD, connection.m_socket.Get(), connection.m_uId, events);
+    if (events != connection.m_uWatched &&
+        Watch(EPOLL_CTL_MOD, connection.m_socket.Get(), connection.m_uId, events))
+        connection.m_uWatched = events;
 }
 
 void IPCConnections::Recount(Connection& connection)

@@ -86,6 +86,8 @@ private:
         std::size_t m_uOwners = 0;
         std::string m_strUnsent;
         std::size_t m_uSent = 0;
+        // The events that it is watched for.
+        std::uint32_t m_uWatched = 0;
         bool m_bEnding = false;
     };
     // The one that was silent for longest comes first.
@@ -101,7 +103,7 @@ private:
     void ReadFrom(Connection& connection);
     bool TakeMessages(Connection& connection);
     bool SendUnsent(Connection& connection);
-    void WatchFor(const Connection& connection);
+    void WatchFor(Connection& connection);
     void Recount(Connection& connection);
     void MoveToEnd(Connection& connection);
     void KeepWithinMemory();

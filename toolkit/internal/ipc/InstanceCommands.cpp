@@ -25,7 +25,6 @@ public:
             m_job->m_thread = std::this_thread::get_id();
             m_commands.m_done.splice(m_commands.m_done.end(), m_commands.m_running, m_job);
         }
-        m_commands.m_changed.notify_all();
         m_commands.Wake();
     }
     Execution(const Execution&) = delete;
@@ -114,6 +113,13 @@ void InstanceCommands::RunAll()
         const SignalMask hosts(m_signals);
         RunNext();
     }
+}
+
+void InstanceCommands::NotifyWorker()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_waiting.empty())
+        m_changed.notify_all();
 }
 
 bool InstanceCommands::BeginCall()

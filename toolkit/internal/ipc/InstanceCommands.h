@@ -72,7 +72,7 @@ public:
     void Stop();
 
     // The three ways to execute: the worker executes one after the other until the server stops.
-    void NotifyWorker() { m_changed.notify_all(); }
+    void NotifyWorker();
     void RunAll();
     // An executor is given a call of `RunNext` when `BeginCall` is true, and one call at a time: it executes
     // the command that waited for longest, if there is one and the server goes on.

@@ -31,6 +31,8 @@ const int s_iLastTurn = 20;
 struct InstanceServer::Client
 {
     std::string m_strCommand;
+    // It knows that it is connected.
+    bool m_bAccepted = false;
     // Its command waits or is executed.
     bool m_bAsked = false;
 };
@@ -83,7 +85,7 @@ bool InstanceServer::OnMessage(IPCConnections::Id id, const IPCMessage& message)
         if (message.m_uCode != IPCMessage::Connect)
             return false;
         m_clients[id];
-        m_connections.SendCode(id, IPCMessage::Connect);
+        m_newClients.push_back(id);
         return true;
     }
     if (message.m_uCode == IPCMessage::Poke)
@@ -157,6 +159,7 @@ void InstanceServer::DropEveryone()
 {
     m_connections.DropAll();
     m_clients.clear();
+    m_newClients.clear();
     m_pCommands->RemoveAsked();
     poll(nullptr, 0, s_iLastTurn);
 }
@@ -166,6 +169,7 @@ bool InstanceServer::ServeOnce()
 {
     WaitForEvents();
     m_connections.Serve();
+    AcceptClients();
     SendAnswers();
     const InstanceCommands::State state = m_pCommands->GetState();
     if (!state.m_bStopping)
@@ -188,6 +192,18 @@ void InstanceServer::WaitForEvents() const
     ReadUpTo(m_pCommands->GetWake().Get(), &count, sizeof count);
 }
 
+// One that has asked at once hears that it is connected with its answer, so that it wakes but once.
+void InstanceServer::AcceptClients()
+{
+    for (const IPCConnections::Id id : m_newClients)
+        if (const auto client = m_clients.find(id); client != m_clients.end() && !client->second.m_bAsked)
+        {
+            client->second.m_bAccepted = true;
+            m_connections.SendCode(id, IPCMessage::Connect);
+        }
+    m_newClients.clear();
+}
+
 void InstanceServer::SendAnswers()
 {
     for (Jobs done; m_pCommands->TakeDone(done); done.clear())
@@ -206,8 +222,9 @@ void InstanceServer::SendAnswer(const Job& job)
     if (!job.m_bWantsAnswer)
         return;
     client->second.m_bAsked = false;
+    const bool isAccepted = std::exchange(client->second.m_bAccepted, true);
     if (job.m_answer)
-        m_connections.Send(job.m_uClient, InstanceWire::Encode(*job.m_answer));
+        m_connections.Send(job.m_uClient, InstanceWire::Encode(*job.m_answer, isAccepted));
     else
         Refuse(job.m_uClient);
 }

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 #include <unordered_map>
+#include <vector>
 
 #include "toolkit/internal/ipc/IPCConnections.h"
 #include "toolkit/internal/ipc/InstanceCommands.h"
@@ -54,6 +55,7 @@ private:
     bool ServeOnce();
     void DropEveryone();
     void WaitForEvents() const;
+    void AcceptClients();
     void SendAnswers();
     void SendAnswer(const Job& job);
     void JoinThread(const Job& job);
@@ -66,6 +68,7 @@ private:
 
     IPCConnections m_connections;
     std::unordered_map<IPCConnections::Id, Client> m_clients;
+    std::vector<IPCConnections::Id> m_newClients;
     const std::shared_ptr<InstanceCommands> m_pCommands;
     Executor m_executor;
     bool m_bParallel = false;

@@ -75,12 +75,15 @@ std::string InstanceWire::Encode(const Command& command)
     return InPieces(std::move(messages), IPCMessage::Poke, bytes);
 }
 
-std::string InstanceWire::Encode(const Answer& answer)
+std::string InstanceWire::Encode(const Answer& answer, bool isAccepted)
 {
     std::string bytes;
     AppendNumber(bytes, static_cast<std::uint64_t>(answer.m_iCode));
     AppendText(bytes, answer.m_strText);
-    return InPieces(TString<char>(), IPCMessage::Advise, bytes);
+    TString<char> messages;
+    if (!isAccepted)
+        messages += static_cast<char>(IPCMessage::Connect);
+    return InPieces(std::move(messages), IPCMessage::Advise, bytes);
 }
 
 bool InstanceWire::Decode(std::string_view bytes, Command& command)

@@ -35,7 +35,8 @@ struct Answer
 
 // The messages, the wish to be connected before a command.
 std::string Encode(const Command& command);
-std::string Encode(const Answer& answer);
+// The acceptance of the connection before an answer unless the asker has it already.
+std::string Encode(const Answer& answer, bool isAccepted);
 
 // From what the pieces hold together; false when that is no command, or no answer.
 bool Decode(std::string_view bytes, Command& command);

@@ -4,8 +4,11 @@
 
 #include <cstdint>
 
-// The ranges of Unicode: characters, and the surrogates that UTF-16 writes two of for a character above FFFF;
-// and what a byte of UTF-8 is.
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
+
+// The ranges of Unicode, by the macros of ICU's headers, which need nothing of its libraries: characters, and
+// the surrogates that UTF-16 writes two of for a character above FFFF; and what a byte of UTF-8 is.
 namespace Toolkit::CodePoints
 {
 
@@ -13,17 +16,17 @@ constexpr std::uint32_t s_uLast = 0x10FFFF;
 
 constexpr bool IsHighSurrogate(std::uint32_t value)
 {
-    return value >= 0xD800 && value <= 0xDBFF;
+    return U16_IS_LEAD(value);
 }
 
 constexpr bool IsLowSurrogate(std::uint32_t value)
 {
-    return value >= 0xDC00 && value <= 0xDFFF;
+    return U16_IS_TRAIL(value);
 }
 
 constexpr bool IsSurrogate(std::uint32_t value)
 {
-    return value >= 0xD800 && value <= 0xDFFF;
+    return U_IS_SURROGATE(value);
 }
 
 // True for what has a UTF-8 form.
@@ -35,24 +38,24 @@ constexpr bool IsCharacter(std::uint32_t value)
 // True for a byte of UTF-8 that continues a character.
 constexpr bool IsContinuation(char byte)
 {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+    return U8_IS_TRAIL(byte);
 }
 
 // The character of a high surrogate and the low one that follows it.
 constexpr std::uint32_t FromPair(std::uint32_t high, std::uint32_t low)
 {
-    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
+    return static_cast<std::uint32_t>(U16_GET_SUPPLEMENTARY(high, low));
 }
 
 // The two surrogates of a character above FFFF.
 constexpr std::uint32_t HighOf(std::uint32_t character)
 {
-    return 0xD800 + ((character - 0x10000) >> 10);
+    return U16_LEAD(character);
 }
 
 constexpr std::uint32_t LowOf(std::uint32_t character)
 {
-    return 0xDC00 + ((character - 0x10000) & 0x3FF);
+    return U16_TRAIL(character);
 }
 
 } // namespace Toolkit::CodePoints

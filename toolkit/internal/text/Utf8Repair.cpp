@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/internal/text/Utf8Repair.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
+#include <unicode/utf8.h>
+
+#include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/Utf8Scan.h"
 
 namespace Toolkit
@@ -22,26 +26,19 @@ unsigned int ByteAt(std::string_view text, std::size_t index)
 void AppendCodePoint(std::string& text, std::uint32_t value)
 {
     if (value < 0x80)
+    {
         text += static_cast<char>(value);
-    else if (value < 0x800)
-    {
-        text += static_cast<char>(0xC0 | value >> 6);
-        text += static_cast<char>(0x80 | (value & 0x3F));
+        return;
     }
-    else if (value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF))
+    if (!CodePoints::IsCharacter(value))
+    {
         text += s_replacement;
-    else
-    {
-        if (value < 0x10000)
-            text += static_cast<char>(0xE0 | value >> 12);
-        else
-        {
-            text += static_cast<char>(0xF0 | value >> 18);
-            text += static_cast<char>(0x80 | (value >> 12 & 0x3F));
-        }
-        text += static_cast<char>(0x80 | (value >> 6 & 0x3F));
-        text += static_cast<char>(0x80 | (value & 0x3F));
+        return;
     }
+    char bytes[U8_MAX_LENGTH];
+    std::size_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, value);
+    text.append(bytes, length);
 }
 
 } // namespace

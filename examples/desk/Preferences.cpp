@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include "toolkit/log/Log.h"
+
 namespace Desk
 {
 
@@ -15,7 +17,8 @@ Settings Merged(Settings settings, const Settings& over)
 {
     for (const std::string& section : over.Sections())
         for (const std::string& key : over.Keys(section))
-            settings.Set(section, key, over.Get(section, key, "")).value();
+            if (const Result<void> set = settings.Set(section, key, over.Get(section, key, "")); !set)
+                TOOLKIT_LOG(LogSeverity::Warning) << set.error().Message();
     return settings;
 }
 

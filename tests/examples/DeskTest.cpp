@@ -121,6 +121,29 @@ TEST_F(Desk, WritesAChangedSettingBack)
     EXPECT_EQ(Send("quit"), 0);
 }
 
+TEST_F(Desk, LivesWithOddSettings)
+{
+    std::filesystem::create_directories(std::filesystem::path(SettingsPath()).parent_path());
+    WriteBytes(SettingsPath(),
+               "lost = 1\n[]\nkey = 2\n[view]\n = 3\n;x\n[a]b]\nq = \"\n preview = 7 \t\nhide\n"
+               "hide = perhaps\npreview = many\n[index]\nrest = -5\n");
+    const auto first = StartFirst();
+    EXPECT_TRUE(Reaches(*first, "7 mails are indexed"));
+    EXPECT_EQ(Send("set view/preview 5"), 0);
+    EXPECT_TRUE(Reaches(*first, "7 mails are indexed"));
+    EXPECT_EQ(Send("quit"), 0);
+    EXPECT_EQ(first->End(), 0);
+}
+
+TEST_F(Desk, EndsWithAReasonWhenTheSettingsAreNoText)
+{
+    std::filesystem::create_directories(std::filesystem::path(SettingsPath()).parent_path());
+    WriteBytes(SettingsPath(), "[view]\nname = \xff\n");
+    const auto first = StartFirst();
+    EXPECT_THAT(first->Answer(), testing::HasSubstr("desk.ini"));
+    EXPECT_EQ(first->End(), 1);
+}
+
 TEST_F(Desk, RefusesASettingWithoutASection)
 {
     const auto first = StartFirst();

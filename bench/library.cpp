@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
 #include <string>
 
 #include <spawn.h>
@@ -7,6 +9,7 @@
 #include <unistd.h>
 
 #include "bench/Bench.h"
+#include "toolkit/app/Instance.h"
 
 namespace
 {
@@ -19,10 +22,11 @@ struct Run
     {
         char* const vector[] = {const_cast<char*>(program), nullptr};
         pid_t child = -1;
-        int status = 0;
+        int status = -1;
         if (posix_spawn(&child, program, nullptr, nullptr, vector, environ) == 0)
             waitpid(child, &status, 0);
-        benchmark::DoNotOptimize(status);
+        if (status != 0)
+            throw std::runtime_error(std::string(program) + " failed");
     }
 };
 
@@ -41,11 +45,26 @@ void CountMemory(benchmark::State& state, const char* program)
         pclose(told);
 }
 
-void RegisterLoad(const std::string& whose, const char* program)
+// What a second start finds.
+Toolkit::Result<Toolkit::Instance> ServeCommands()
 {
-    benchmark::RegisterBenchmark(("LoadToUnload/" + whose).c_str(),
-                                 [program](benchmark::State& state)
+    const std::string key = "org.example.bench." + std::to_string(getpid());
+    setenv("BENCH_KEY", key.c_str(), 1);
+    Toolkit::Result<Toolkit::Instance> instance = Toolkit::Instance::Claim(key);
+    if (instance)
+        instance->Serve([](const Toolkit::Instance::Command& /*command*/)
+                        { return Toolkit::Instance::Answer(0, "done"); });
+    return instance;
+}
+
+void RegisterLoad(const std::string& name, const char* program, bool isAsking = false)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [program, isAsking](benchmark::State& state)
                                  {
+                                     const auto first = isAsking
+                                                            ? ServeCommands()
+                                                            : Toolkit::Failure(Toolkit::Errc::Refused, "");
                                      const Run run{program};
                                      for (auto _ : state)
                                          run();
@@ -59,9 +78,11 @@ void RegisterLoad(const std::string& whose, const char* program)
 
 void ToolkitBench::Register()
 {
-    RegisterLoad("Toolkit", BENCH_LOAD_toolkit);
-    RegisterLoad("limit", BENCH_LOAD_base);
+    RegisterLoad("LoadToUnload/Toolkit", BENCH_LOAD_toolkit);
+    RegisterLoad("LoadToUnload/limit", BENCH_LOAD_base);
 #ifdef BENCH_LOAD_qt
-    RegisterLoad("Qt", BENCH_LOAD_qt);
+    RegisterLoad("LoadToUnload/Qt", BENCH_LOAD_qt);
 #endif
+    RegisterLoad("HandOver/Toolkit", BENCH_LOAD_handover, true);
+    RegisterLoad("HandOver/limit", BENCH_LOAD_base);
 }

@@ -11,6 +11,7 @@
 #include "toolkit/encoding/Base64.h"
 #include "toolkit/encoding/Text.h"
 #include "toolkit/internal/text/Base64Codec.h"
+#include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/QuotedPrintableCodec.h"
 
 namespace Toolkit
@@ -230,7 +231,7 @@ std::string EncodeQ(std::string_view bytes)
 
 bool BeginsCharacter(char byte)
 {
-    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+    return !CodePoints::IsContinuation(byte);
 }
 
 // The largest length up to `most` at which a character of the text ends.

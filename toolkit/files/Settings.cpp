@@ -10,6 +10,7 @@
 #include "toolkit/files/WholeFile.h"
 #include "toolkit/internal/ini/IniDocument.h"
 #include "toolkit/internal/system/FolderLock.h"
+#include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/NumberText.h"
 #include "toolkit/internal/text/TextEncoding.h"
 #include "toolkit/internal/text/Utf8Scan.h"
@@ -34,7 +35,7 @@ std::string Shown(std::string_view value)
     if (value.size() <= s_uShown)
         return "'" + std::string(value) + "'";
     std::size_t end = s_uShown;
-    while (end > 0 && (static_cast<unsigned char>(value[end]) & 0xC0) == 0x80)
+    while (end > 0 && CodePoints::IsContinuation(value[end]))
         --end;
     return "'" + std::string(value.substr(0, end)) + "...'";
 }

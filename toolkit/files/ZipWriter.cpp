@@ -21,8 +21,8 @@
 #include "toolkit/internal/text/Utf8Codec.h"
 #include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
+#include "toolkit/internal/zip/ZipEntryPath.h"
 #include "toolkit/internal/zip/ZipFileOutput.h"
-#include "toolkit/internal/zip/ZipName.h"
 
 namespace Toolkit
 {
@@ -72,7 +72,7 @@ struct ZipWriter::Content
             return SystemFailure("cannot add", What(name), EINVAL);
         if (m_failure)
             return *m_failure;
-        const char* wrong = WrongInZipName(name);
+        const char* wrong = WrongInZipPath(name);
         if (wrong == nullptr && Utf8Codec::Decode(TString<char>(std::string(name))).empty())
             wrong = "its name is no UTF-8";
         if (wrong == nullptr && m_names.count(std::string(name)) != 0)

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "toolkit/internal/regex/Pcre2Contexts.h"
+#include "toolkit/internal/text/CodePoints.h"
 
 namespace Toolkit
 {
@@ -43,7 +44,7 @@ bool IsAscii(std::string_view text)
 // The first character that begins there or later.
 std::size_t CharacterBegin(std::string_view text, std::size_t index)
 {
-    while (index < text.size() && (static_cast<unsigned char>(text[index]) & 0xC0U) == 0x80U)
+    while (index < text.size() && CodePoints::IsContinuation(text[index]))
         ++index;
     return index;
 }

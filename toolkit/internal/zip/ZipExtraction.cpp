@@ -15,7 +15,7 @@
 #include "toolkit/internal/system/TemporaryFile.h"
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/zip/ZipContent.h"
-#include "toolkit/internal/zip/ZipName.h"
+#include "toolkit/internal/zip/ZipEntryPath.h"
 
 namespace Toolkit
 {
@@ -80,11 +80,11 @@ ZipExtraction::ZipExtraction(std::shared_ptr<const ZipFile> file, int root, std:
 
 Result<void> ZipExtraction::Extract(const Entry& entry)
 {
-    const char* wrong = WrongInZipName(entry.bytes.find('\0') != entry.bytes.npos ? entry.bytes : entry.name);
+    const char* wrong = WrongInZipPath(entry.bytes.find('\0') != entry.bytes.npos ? entry.bytes : entry.name);
     // No system call takes a longer one.
     if (entry.name.size() >= PATH_MAX)
         return SystemFailure(c_strAttempt, entry.name, ENAMETOOLONG);
-    const std::vector<std::string_view> parts = PartsOfZipName(entry.name);
+    const std::vector<std::string_view> parts = PartsOfZipPath(entry.name);
     if (wrong == nullptr && IsSpecial(entry.mode))
         wrong = "it is a link or a device";
     if (wrong == nullptr)

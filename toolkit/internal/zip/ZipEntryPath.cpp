@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/zip/ZipName.h"
+#include "toolkit/internal/zip/ZipEntryPath.h"
 
 #include <cstddef>
 
 namespace Toolkit
 {
 
-const char* WrongInZipName(std::string_view name)
+const char* WrongInZipPath(std::string_view name)
 {
     if (name.empty())
         return "it has no name";
@@ -16,13 +16,13 @@ const char* WrongInZipName(std::string_view name)
         return "its name holds a backslash";
     if (name.front() == '/' || (name.size() > 1 && name[1] == ':'))
         return "its name is absolute";
-    for (const std::string_view part : PartsOfZipName(name))
+    for (const std::string_view part : PartsOfZipPath(name))
         if (part.empty() || part == "." || part == "..")
             return "its name leads elsewhere";
     return nullptr;
 }
 
-std::vector<std::string_view> PartsOfZipName(std::string_view name)
+std::vector<std::string_view> PartsOfZipPath(std::string_view name)
 {
     std::vector<std::string_view> parts;
     if (!name.empty() && name.back() == '/')

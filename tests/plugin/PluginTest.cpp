@@ -1,23 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include "tests/plugin/Plugin.h"
 
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "tests/plugin/Library.h"
+#include "toolkit/app/DynamicLibrary.h"
 #include "toolkit/core/LibModuleManager.h"
 #include "toolkit/core/TString.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/core/smart_ptr.h"
+#include "toolkit/encoding/Text.h"
 #include "toolkit/log/ILogger.h"
 
 using namespace ToolkitTest;
+using Toolkit::DynamicLibrary;
 using Toolkit::ILogger;
 using Toolkit::LibModuleManager;
 using Toolkit::LogSeverity;
 using Toolkit::smart_ptr;
+using Toolkit::Text;
 using Toolkit::ToolkitSession;
 using Toolkit::TString;
 
@@ -165,4 +170,29 @@ TEST(Plugin, IsUnloadedWhenTheHostClosesIt)
         }
         EXPECT_FALSE(Library::IsLoaded(PLUGIN_A));
     }
+}
+
+TEST(Plugin, ModulesThatNobodyTookBackAreForgottenWhenTheirLibraryIsClosed)
+{
+    for (const bool librariesFirst : {false, true})
+    {
+        s_journal.clear();
+        std::vector<std::unique_ptr<DynamicLibrary>> outside;
+        {
+            const ToolkitSession session;
+            std::vector<std::unique_ptr<DynamicLibrary>> inside;
+            std::vector<std::unique_ptr<DynamicLibrary>>& libraries = librariesFirst ? outside : inside;
+            for (const char* const path : {PLUGIN_A, PLUGIN_B})
+            {
+                libraries.push_back(std::make_unique<DynamicLibrary>(*Text::ToWide(path)));
+                void* const attach = libraries.back()->GetSymbol(L"PluginAttach");
+                ASSERT_NE(nullptr, attach);
+                reinterpret_cast<PluginAttach>(attach)(&Record);
+            }
+            EXPECT_EQ((Journal{"+a", "+b"}), s_journal);
+        }
+        EXPECT_EQ(librariesFirst ? (Journal{"+a", "+b", "-b", "-a"}) : (Journal{"+a", "+b"}), s_journal);
+    }
+    EXPECT_FALSE(Library::IsLoaded(PLUGIN_A));
+    EXPECT_FALSE(Library::IsLoaded(PLUGIN_B));
 }

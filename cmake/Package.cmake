@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # The Debian packages: libtoolkit<soversion> with the library, libtoolkit<soversion>-dbgsym with its debug symbols, libtoolkit-dev
-# with what a program is built with. Made in the preset "package" by cpack, in build/package/packages; the prefix must be /usr,
-# since that alone gives the folders of the distribution.
+# with what a program is built with, libtoolkit-doc with the reference and the guide, where Doxygen is installed. Made in the preset
+# "package" by cpack, in build/package/packages; the prefix must be /usr, since that alone gives the folders of the distribution.
 set(toolkit_debian ${PROJECT_SOURCE_DIR}/packaging/debian)
 set(toolkit_runtime libtoolkit${PROJECT_VERSION_MAJOR})
 set(toolkit_revision 1)
@@ -45,10 +45,26 @@ install(
          PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ RENAME \"\${CMAKE_MATCH_2}.debug\")"
   COMPONENT Toolkit_Symbols)
 
+# The reference is built with everything else.
+find_program(TOOLKIT_DOXYGEN doxygen)
+mark_as_advanced(TOOLKIT_DOXYGEN)
+set(toolkit_components Toolkit_Runtime Toolkit_Symbols Toolkit_Development)
+if(TOOLKIT_DOXYGEN)
+  add_custom_target(toolkit_reference ALL COMMAND ${PROJECT_SOURCE_DIR}/scripts/docs ${PROJECT_BINARY_DIR} VERBATIM)
+  toolkit_package_files(libtoolkit-doc Toolkit_Documentation)
+  install(
+    DIRECTORY ${PROJECT_BINARY_DIR}/docs/html
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libtoolkit-doc
+    COMPONENT Toolkit_Documentation)
+  list(APPEND toolkit_components Toolkit_Documentation)
+else()
+  message(STATUS "The package libtoolkit-doc is left out: it needs doxygen")
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_COMPONENTS_ALL Toolkit_Runtime Toolkit_Symbols Toolkit_Development)
+set(CPACK_COMPONENTS_ALL ${toolkit_components})
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -93,5 +109,13 @@ set(CPACK_COMPONENT_TOOLKIT_DEVELOPMENT_DESCRIPTION
     "${toolkit_about}
 .
 This package holds the headers and what CMake and pkg-config need.")
+
+set(CPACK_DEBIAN_TOOLKIT_DOCUMENTATION_PACKAGE_NAME libtoolkit-doc)
+set(CPACK_DEBIAN_TOOLKIT_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_TOOLKIT_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_COMPONENT_TOOLKIT_DOCUMENTATION_DESCRIPTION
+    "${toolkit_about}
+.
+This package holds the reference and the guide, to be read in a browser.")
 
 include(CPack)

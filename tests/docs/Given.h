@@ -14,6 +14,9 @@
 #include <string_view>
 #include <vector>
 
+#include <wx/sstream.h>
+
+#include <toolkit/Toolkit.h>
 #include <toolkit/app/Folders.h>
 #include <toolkit/app/Instance.h>
 #include <toolkit/app/Process.h>
@@ -30,10 +33,7 @@
 #include <toolkit/files/ZipReader.h>
 #include <toolkit/files/ZipWriter.h>
 #include <toolkit/log/CallbackLog.h>
-#include <toolkit/log/ConsoleLogger.h>
-#include <toolkit/log/FileLogger.h>
 #include <toolkit/log/Log.h>
-#include <toolkit/log/LogStatement.h>
 #include <toolkit/log/RunLog.h>
 #include <toolkit/log/TeeLogger.h>
 #include <toolkit/regExp/Pattern.h>
@@ -61,6 +61,22 @@ struct MailImporter : Importer
 namespace Given
 {
 
+struct MailModule : Toolkit::LibModule
+{
+    void Initialize() override;
+    void Release() override;
+};
+
+struct Work : Toolkit::Threading::IRunnable
+{
+    void Run() override;
+};
+
+struct Commands : Toolkit::IPCConnectionEvent
+{
+    void OnExecuteEvent(const Toolkit::TString<wchar_t>& command) override;
+};
+
 int Fail(const std::string& message);
 int Print(const Toolkit::Result<Toolkit::Instance::Answer>& answer);
 std::string Execute(const std::vector<std::string>& arguments, const std::filesystem::path& folder);
@@ -85,6 +101,10 @@ extern const Toolkit::Result<Toolkit::ProcessResult> result;
 extern const Toolkit::Result<Toolkit::ZipReader> zip;
 extern const Toolkit::Result<Toolkit::ZipReport> report;
 extern Toolkit::Task<int> task;
+extern Toolkit::ArchiveZip archive;
+extern const Toolkit::smart_ptr<Toolkit::ArchiveZipEntry> entry;
+extern const std::map<Toolkit::TString<wchar_t>, Toolkit::smart_ptr<Toolkit::ArchiveZipEntry>> entries;
+extern const Toolkit::smart_ptr<Toolkit::MatchResult> match;
 
 } // namespace Given
 

@@ -10,6 +10,14 @@ namespace Toolkit
 
 /// An option that a command line may carry, and what `CmdLineParser::Parse` found of it. The caller and the
 /// parser share it through a smart pointer; it belongs to one thread at a time.
+///
+/// @code
+/// Toolkit::smart_ptr<Toolkit::CmdLineOption> width(new Toolkit::CmdLineOption(L"width", false));
+/// Toolkit::CmdLineParser parser(Toolkit::TString<wchar_t>(L"desk -width 800"));
+/// parser.AddOption(width);
+/// if (parser.Parse() && width->IsFound())
+///     Show(Toolkit::UTF8::ToUTF8(width->GetValue())); // 800
+/// @endcode
 class TOOLKIT_API CmdLineOption
 {
 public:

@@ -17,6 +17,15 @@ namespace Toolkit
 /// option, and the next argument without one becomes its value. Arguments come from a vector or from one
 /// text, in which spaces and tabs separate and double quotation marks group. It belongs to one thread at a
 /// time; unknown options and stray arguments are ignored.
+///
+/// @code
+/// const char* arguments[] = {"desk", "-quiet", "1.eml"};
+/// Toolkit::CmdLineParser parser(3, arguments);
+/// Toolkit::smart_ptr<Toolkit::CmdLineOption> quiet(new Toolkit::CmdLineOption(L"quiet", false));
+/// parser.AddOption(quiet);
+/// if (parser.Parse() && !quiet->IsFound())
+///     Show("not quiet");
+/// @endcode
 class TOOLKIT_API CmdLineParser
 {
 public:

@@ -10,9 +10,16 @@ class wxDynamicLibrary;
 namespace Toolkit
 {
 
-/// A shared library loaded at run time. The object owns it and unloads it when it goes, unless it was
-/// detached. One thread at a time may use it; a library that cannot be loaded leaves the object without one,
-/// in which nothing is found, and nothing is logged.
+/// A shared library loaded at run time. The object owns it and unloads it when it is destroyed, unless it was
+/// detached. One thread at a time may use it. Where the library cannot be loaded, the object has no symbols,
+/// and nothing is logged.
+///
+/// @code
+/// Toolkit::DynamicLibrary mailer(L"/usr/lib/desk/mails.so");
+/// using Start = void (*)();
+/// if (const auto start = reinterpret_cast<Start>(mailer.GetSymbol(L"Start")))
+///     start();
+/// @endcode
 class TOOLKIT_API DynamicLibrary
 {
 public:

@@ -13,6 +13,13 @@ namespace Toolkit
 /// event loop of its own. The host's main thread runs it; any thread may stop it. A host that runs wxWidgets'
 /// loop needs none; within that loop, or within another pump, it delivers what that would deliver.
 /// It keeps nothing of wxWidgets between two runs.
+///
+/// @code
+/// Toolkit::IPCServer server(L"/tmp/desk.socket");
+/// Toolkit::EventPump pump;
+/// if (server.Run())
+///     pump.Run(4294967295);
+/// @endcode
 class TOOLKIT_API EventPump
 {
 public:

@@ -18,10 +18,12 @@ namespace Toolkit
 /// whoever writes there makes the folder, for its user alone (0700), as `WriteFile` does. A value that is
 /// cheap to copy; any thread may read it.
 ///
-///     Toolkit::Result<Toolkit::Folders> folders = Toolkit::Folders::Of("watch");
-///     if (!folders)
-///         return Fail(folders.error().Message());
-///     auto settings = Toolkit::Settings::LoadOrNew(folders->Config() / "watch.ini");
+/// @code
+/// Toolkit::Result<Toolkit::Folders> folders = Toolkit::Folders::Of("watch");
+/// if (!folders)
+///     return Fail(folders.error().Message());
+/// auto settings = Toolkit::Settings::LoadOrNew(folders->Config() / "watch.ini");
+/// @endcode
 class TOOLKIT_API Folders
 {
 public:

@@ -13,6 +13,12 @@ namespace Toolkit
 /// to each other at the same time. Failures are told by the result; nothing is logged. Over a local socket it
 /// talks to a server of this user alone. Over a port it trusts whoever listens there: any user of this
 /// machine may have taken the port first, and reads the command then. Prefer a local socket.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> service(L"/tmp/desk.socket");
+/// if (!Toolkit::IPCClient::Connect(service, L"open 1.eml", 2000))
+///     return Fail("nobody listens");
+/// @endcode
 class TOOLKIT_API IPCClient
 {
 public:

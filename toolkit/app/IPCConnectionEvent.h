@@ -10,6 +10,13 @@ namespace Toolkit
 
 /// A listener of an IPCServer. The server shares it and calls it on the thread on which wxWidgets
 /// delivers its events, with the server's list of listeners held: it returns quickly.
+///
+/// @code
+/// struct Commands : Toolkit::IPCConnectionEvent
+/// {
+///     void OnExecuteEvent(const Toolkit::TString<wchar_t>& text) override { std::wcout << text << L'\n'; }
+/// };
+/// @endcode
 class TOOLKIT_API IPCConnectionEvent
 {
 public:

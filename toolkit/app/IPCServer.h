@@ -21,6 +21,13 @@ class IPCInternalServer;
 /// that were silent for longest. A forked copy of the process takes no part in it, and keeps no socket of it.
 /// On a port any user of this machine may send commands: prefer a local socket, which only this user reaches.
 /// `Run` returns whether it failed; nothing is logged but a listener's exception.
+///
+/// @code
+/// Toolkit::IPCServer server(L"/tmp/desk.socket");
+/// server.AddListener(Toolkit::smart_ptr<Toolkit::IPCConnectionEvent>(new Commands));
+/// if (!server.Run())
+///     return Fail("another server listens");
+/// @endcode
 class TOOLKIT_API IPCServer : public EventNotifier<IPCConnectionEvent>
 {
 public:

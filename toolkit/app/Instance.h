@@ -23,14 +23,16 @@ namespace Toolkit
 /// `Ask`, which any thread may call. A forked copy of the process has no part in it. `IPCClient` and
 /// `IPCServer` take part under the key as their service: see `Claim`, `Ask` and `Serve`.
 ///
-///     Toolkit::Result<Toolkit::Instance> instance = Toolkit::Instance::Claim("org.example.watch");
-///     if (!instance)
-///         return Fail(instance.error().Message());
-///     if (!instance->IsFirst())
-///         return Print(instance->Ask({"open", file}, 2s));
-///     instance->Serve([](const Toolkit::Instance::Command& command)
-///                     { return Toolkit::Instance::Answer(0, Execute(command.Arguments(), command.Folder()));
-///                     });
+/// @code
+/// Toolkit::Result<Toolkit::Instance> instance = Toolkit::Instance::Claim("org.example.watch");
+/// if (!instance)
+///     return Fail(instance.error().Message());
+/// if (!instance->IsFirst())
+///     return Print(instance->Ask({"open", file}, 2s));
+/// instance->Serve([](const Toolkit::Instance::Command& command)
+///                 { return Toolkit::Instance::Answer(0, Execute(command.Arguments(), command.Folder()));
+///                 });
+/// @endcode
 class TOOLKIT_API Instance
 {
 public:

@@ -9,6 +9,12 @@ namespace Toolkit
 {
 
 /// Tells whether the internet can be reached. Any thread may ask.
+///
+/// @code
+/// const bool reached = Toolkit::Network::TestNetwork(5);
+/// if (!reached)
+///     return Fail("the internet cannot be reached");
+/// @endcode
 class TOOLKIT_API Network
 {
 public:

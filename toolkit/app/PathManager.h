@@ -14,6 +14,12 @@ namespace Toolkit
 /// `s_pInstance`; callers copy that smart pointer for the length of their call. The fields carry no lock:
 /// they change only through the four setters, which the host keeps apart from readers. Nothing here reports a
 /// failure.
+///
+/// @code
+/// const Toolkit::smart_ptr<Toolkit::PathManager> paths = Toolkit::InstalledPathManager();
+/// Toolkit::TString<wchar_t> ini = paths->GetConfigurationPath();
+/// Toolkit::PathManager::AppendPath(ini, L"desk.ini");
+/// @endcode
 class TOOLKIT_API PathManager
 {
 public:

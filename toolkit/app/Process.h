@@ -26,11 +26,13 @@ class ChildTalk;
 /// and what they write later is lost. An object is used by one thread at a time. A forked copy of the host
 /// has no part in it.
 ///
-///     Toolkit::Result<Toolkit::ProcessResult> version = Toolkit::Process::Run({"git", "--version"});
-///     if (!version)
-///         std::cerr << version.error().Message() << '\n';
-///     else if (version->ExitCode() == 0)
-///         std::cout << version->Output();
+/// @code
+/// Toolkit::Result<Toolkit::ProcessResult> version = Toolkit::Process::Run({"git", "--version"});
+/// if (!version)
+///     std::cerr << version.error().Message() << '\n';
+/// else if (version->ExitCode() == 0)
+///     std::cout << version->Output();
+/// @endcode
 class TOOLKIT_API Process
 {
 public:

@@ -19,7 +19,11 @@ struct ChildSettings;
 /// has no form for (a NUL in a text, a name of a variable that is empty or has a "=" in it) is refused when
 /// the process starts.
 ///
-///     auto options = Toolkit::ProcessOptions().Input("b\na\n").Environment("LC_ALL", "C").Timeout(5s);
+/// @code
+/// auto options = Toolkit::ProcessOptions().Input("b\na\n").Environment("LC_ALL", "C").Timeout(5s);
+/// if (Toolkit::Result<Toolkit::ProcessResult> sorted = Toolkit::Process::Run({"sort"}, options))
+///     std::cout << sorted->Output();
+/// @endcode
 class TOOLKIT_API ProcessOptions
 {
 public:
@@ -39,7 +43,7 @@ public:
     ProcessOptions& Environment(std::string name, std::string value);
     /// It has no variables of this process; those that are set here remain.
     ProcessOptions& ClearEnvironment();
-    /// Its errors go where its output goes, in the order in which they are written.
+    /// Its errors become part of its output, in the order in which they are written.
     ProcessOptions& MergeErrors();
     /// How long it may run from its start; then its whole process group is killed. Without it there is no
     /// end. After `Process::Start` it is killed by the operation that waits then, or by the next one.

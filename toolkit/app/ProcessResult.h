@@ -15,8 +15,12 @@ struct ChildOutcome;
 /// How a Process ended, and what it wrote. A value that is cheap to copy; several threads may read one at
 /// once.
 ///
-///     if (result->ExitCode() != 0)
-///         std::cerr << "it failed: " << result->Errors();
+/// @code
+/// if (result->ExitCode() != 0)
+///     std::cerr << "it failed: " << result->Errors();
+/// else
+///     std::cout << result->Output();
+/// @endcode
 class TOOLKIT_API ProcessResult
 {
 public:

@@ -16,6 +16,14 @@ namespace Toolkit
 /// Every operation is static and driven by the host, with or without the instance, which the library's module
 /// owns. Failures are not reported. A lock file that is no regular file of this user is left alone and does
 /// not count.
+///
+/// @code
+/// Toolkit::RestartManagment::s_strExecutableFilename = L"desk";
+/// if (Toolkit::RestartManagment::IsLocked())
+///     Toolkit::RestartManagment::RemoveLock(); // a restart brought this process up
+/// const wchar_t* arguments[] = {L"desk", L"-quiet"};
+/// Toolkit::RestartManagment::ActivateRestartProcess(2, arguments);
+/// @endcode
 class TOOLKIT_API RestartManagment
 {
 public:

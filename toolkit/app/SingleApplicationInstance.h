@@ -12,10 +12,16 @@ class InstanceLock;
 
 /// Tells whether another process of this user runs the same installation of the application. The first one
 /// holds a lock file in the home folder, named by the path manager's unique instance name, for as long as the
-/// object lives; the lock of a process that is gone is taken over, also when its number is another's by now.
+/// object lives; the lock of a process that has ended is taken over, also when another has its number by now.
 /// The library's module owns the instance; a host may make further objects. Any thread may ask. Nothing fails
 /// aloud: when there can be no lock (no home folder, a name that is too long, a file there that is no lock),
 /// nobody else is running.
+///
+/// @code
+/// const Toolkit::ToolkitSession session;
+/// if ((*Toolkit::SingleApplicationInstance::s_pInstance)->IsAlreadyRunning())
+///     return Fail("it runs already");
+/// @endcode
 class TOOLKIT_API SingleApplicationInstance
 {
 public:

@@ -10,8 +10,15 @@ namespace Toolkit
 {
 
 /// What system the library runs on, and the start of child processes. Every operation is static and may be
-/// called on any thread, with or without the instance, which the library's module owns. The answers about the
-/// system cannot fail; each is found out once.
+/// called on any thread, with or without the instance, which the library's module owns. The questions about
+/// the system cannot fail; each is asked once.
+///
+/// @code
+/// const int code = Toolkit::SystemInfo::StartProcess(L"/bin/ls", L"-l /tmp", true);
+/// if (code == -1)
+///     return Fail("the child could not be waited for");
+/// const bool little = Toolkit::SystemInfo::GetEndian() == Toolkit::SystemInfo::EndianLittle;
+/// @endcode
 class TOOLKIT_API SystemInfo
 {
 public:

@@ -10,6 +10,12 @@ namespace Toolkit
 {
 
 /// A version number of four parts: major, minor, build and revision. A plain value; nothing fails.
+///
+/// @code
+/// const Toolkit::Version needed(1, 0, 865, 0);
+/// if (**Toolkit::Version::s_pInstance < needed)
+///     return Fail("the library is too old");
+/// @endcode
 class TOOLKIT_API Version
 {
 public:

@@ -42,9 +42,11 @@ TOOLKIT_API std::error_code make_error_code(Errc code) noexcept;
 /// may read one at once, and copies of one are independent of each other. Only making one can throw, for want
 /// of memory. One that was moved from has no code and an empty message.
 ///
-///     Toolkit::Failure failure(Toolkit::Errc::Malformed, "cannot read a.ini: line 3 has no name");
-///     if (failure.Code() == Toolkit::Errc::Malformed)
-///         std::cerr << failure.Message() << '\n';
+/// @code
+/// Toolkit::Failure failure(Toolkit::Errc::Malformed, "cannot read a.ini: line 3 has no name");
+/// if (failure.Code() == Toolkit::Errc::Malformed)
+///     std::cerr << failure.Message() << '\n';
+/// @endcode
 class TOOLKIT_API Failure
 {
 public:
@@ -82,8 +84,16 @@ private:
 /// What `Result::value()` throws in place of a value: the failure as an exception, whose `what()` is the
 /// message and whose `code()` is the code.
 ///
-///     try { use(Toolkit::ReadFile(path).value()); }
-///     catch (const std::system_error& error) { std::cerr << error.what() << '\n'; }
+/// @code
+/// try
+/// {
+///     use(Toolkit::ReadFile(path).value());
+/// }
+/// catch (const std::system_error& error)
+/// {
+///     std::cerr << error.what() << '\n';
+/// }
+/// @endcode
 class TOOLKIT_API FailureError : public std::system_error
 {
 public:

@@ -7,10 +7,18 @@
 namespace Toolkit
 {
 
-/// What the library, and every plug-in library built on it, registers with LibModuleManager to be brought up
-/// and down with all the others. Its creator owns it and unregisters it before it destroys it;
-/// what is destroyed while it is registered is removed then, and not released. Both operations are
-/// called with the manager locked, on the thread that calls the manager; an exception passes to that caller.
+/// A part of the library, or of a plug-in library, that is brought up and down with all the others: it is
+/// registered with LibModuleManager. Its creator owns it and unregisters it before it destroys it; a module
+/// that is destroyed while it is registered is removed then, and not released. Both operations are called
+/// with the manager locked, on the thread that calls the manager; an exception passes to that caller.
+///
+/// @code
+/// struct MailModule : Toolkit::LibModule
+/// {
+///     void Initialize() override { Show("up"); }
+///     void Release() override { Show("down"); }
+/// };
+/// @endcode
 class TOOLKIT_API LibModule
 {
 public:

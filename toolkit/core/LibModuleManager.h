@@ -20,6 +20,16 @@ class SharedLibrary;
 /// whoever registered them. Any thread may call; a recursive mutex is held while modules are called, so a
 /// module may call back into the manager. Nothing is reported: an exception that a module throws passes to
 /// the caller, with the mutex unlocked and the manager's state as it was at that point.
+///
+/// @code
+/// static MailModule module;
+/// DllToolkitLoad();
+/// Toolkit::LibModuleManager::s_pInstance->Register(&module);
+/// Toolkit::LibModuleManager::s_pInstance->Initialize(true);
+/// Toolkit::LibModuleManager::s_pInstance->Release(true);
+/// Toolkit::LibModuleManager::s_pInstance->Unregister(&module);
+/// DllToolkitUnload();
+/// @endcode
 class TOOLKIT_API LibModuleManager
 {
 public:

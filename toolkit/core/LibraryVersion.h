@@ -12,7 +12,9 @@ namespace Toolkit
 /// The version of the library that is loaded: four numbers with dots in between. Any thread may call it at
 /// any time.
 ///
-///     std::string version = Toolkit::LibraryVersion();
+/// @code
+/// std::string version = Toolkit::LibraryVersion();
+/// @endcode
 TOOLKIT_API std::string LibraryVersion();
 
 } // namespace Toolkit

@@ -6,6 +6,13 @@
 
 /// An autorelease pool of the desktop's object runtime for a scope, put around work on threads that the
 /// runtime does not manage. This platform has no such runtime: the guard does nothing.
+///
+/// @code
+/// {
+///     const MacAutoreleasePool pool;
+///     LookForWork();
+/// }
+/// @endcode
 class TOOLKIT_API MacAutoreleasePool
 {
 public:

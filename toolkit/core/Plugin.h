@@ -15,8 +15,11 @@ namespace Toolkit
 /// What is known of a loaded plug-in: a value that is cheap to copy and may outlive the plug-in. Several
 /// threads may read one at once.
 ///
-///     const Toolkit::PluginInfo info = mails->Info();
-///     std::cout << info.Name() << ' ' << info.Version() << " from " << info.File() << '\n';
+/// @code
+/// const Toolkit::PluginInfo info = mails->Info();
+/// std::cout << info.Name() << ' ' << info.Version();
+/// std::cout << " from " << info.File() << '\n';
+/// @endcode
 class TOOLKIT_API PluginInfo
 {
 public:
@@ -51,10 +54,12 @@ private:
 /// TOOLKIT_API, and the program exports them (ENABLE_EXPORTS in CMake). The constructor of a static object in
 /// a plug-in must not throw: the system's loader would stay locked.
 ///
-///     struct Importer : Toolkit::Plugin { virtual std::string Import(const std::filesystem::path&) = 0; };
-///     TOOLKIT_PLUGIN_INTERFACE(Importer, "org.example.desk.Importer", 3);
+/// @code
+/// struct Importer : Toolkit::Plugin { virtual std::string Import(const std::filesystem::path&) = 0; };
+/// TOOLKIT_PLUGIN_INTERFACE(Importer, "org.example.desk.Importer", 3);
 ///
-///     TOOLKIT_PLUGIN(desk::MailImporter, desk::Importer, "mails", "1.2.0");
+/// TOOLKIT_PLUGIN(desk::MailImporter, desk::Importer, "mails", "1.2.0");
+/// @endcode
 class TOOLKIT_API Plugin
 {
 public:

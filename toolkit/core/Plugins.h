@@ -70,11 +70,13 @@ private:
 /// object is destroyed, its code is unloaded. The set may be made before, in and after a `ToolkitSession`;
 /// any thread may call any operation, and a plug-in, too. A context must outlive the plug-ins.
 ///
-///     Toolkit::Plugins<desk::Importer> importers;
-///     for (const Toolkit::Failure& failure : importers.LoadFolder(folder))
-///         std::cerr << failure.Message() << '\n';
-///     for (const std::shared_ptr<desk::Importer>& importer : importers.All())
-///         std::cout << importer->Info().Name() << ": " << importer->Import(file) << '\n';
+/// @code
+/// Toolkit::Plugins<desk::Importer> importers;
+/// for (const Toolkit::Failure& failure : importers.LoadFolder(folder))
+///     std::cerr << failure.Message() << '\n';
+/// for (const std::shared_ptr<desk::Importer>& importer : importers.All())
+///     std::cout << importer->Info().Name() << ": " << importer->Import(file) << '\n';
+/// @endcode
 template <typename Interface>
 class Plugins : public PluginsBase
 {
@@ -95,8 +97,8 @@ public:
     {
     }
 
-    /// The plug-ins that are loaded at this moment, in the order of loading. The code of each stays until its
-    /// last holder lets go of it.
+    /// The plug-ins that are loaded at this moment, in the order of loading. The code of each stays until
+    /// nobody holds it any more.
     std::vector<std::shared_ptr<Interface>> All() const
     {
         std::vector<std::shared_ptr<Interface>> all;

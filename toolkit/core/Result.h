@@ -36,11 +36,13 @@ struct IsResult<Result<T>> : std::true_type
 /// standard error output; `value()` throws a `FailureError` instead, and `value_or` returns its argument. One
 /// that was moved from keeps its kind.
 ///
-///     Toolkit::Result<std::string> text = Toolkit::ReadFile("/etc/hostname");
-///     if (!text)
-///         std::cerr << text.error().Message() << '\n';
-///     else
-///         std::cout << *text;
+/// @code
+/// Toolkit::Result<std::string> text = Toolkit::ReadFile("/etc/hostname");
+/// if (!text)
+///     std::cerr << text.error().Message() << '\n';
+/// else
+///     std::cout << *text;
+/// @endcode
 template <typename T>
 class [[nodiscard]] Result
 {
@@ -189,8 +191,10 @@ private:
 
 /// What an operation returns that can fail and has no value: that it succeeded, or the `Failure`.
 ///
-///     if (Toolkit::Result<void> done = Toolkit::WriteFile(path, text); !done)
-///         std::cerr << done.error().Message() << '\n';
+/// @code
+/// if (Toolkit::Result<void> done = Toolkit::WriteFile(path, text); !done)
+///     std::cerr << done.error().Message() << '\n';
+/// @endcode
 template <>
 class [[nodiscard]] Result<void>
 {

@@ -30,6 +30,12 @@ TOOLKIT_API void Replace(std::wstring& text, const std::wstring& what, const std
 /// The library's string: a standard string of C with a few operations more and no data of its own.
 /// TString<wchar_t> holds text, one code point per element; TString<char> holds bytes, as a rule UTF-8.
 /// It converts to and from the standard string freely, and is as safe across threads as that is.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> name(L"Report.TXT");
+/// if (name.HasSubstring(L".txt"))
+///     Show(Toolkit::UTF8::ToUTF8(name));
+/// @endcode
 template <class C>
 class TString : public std::basic_string<C>
 {

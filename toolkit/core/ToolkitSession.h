@@ -12,6 +12,12 @@ namespace Toolkit
 /// one inside another, or inside a host that loaded or initialised the library itself, leaves the outer state
 /// alone. When the constructor throws, because a module did, all is taken back. An exception of a module at
 /// the end is swallowed; the modules that it kept from being released stay as they are.
+///
+/// @code
+/// const Toolkit::ToolkitSession session;
+/// const Toolkit::smart_ptr<Toolkit::PathManager> paths = Toolkit::InstalledPathManager();
+/// Show(Toolkit::UTF8::ToUTF8(paths->GetApplicationName()));
+/// @endcode
 class TOOLKIT_API ToolkitSession
 {
 public:

@@ -24,6 +24,13 @@ struct smart_ptr_policy
 };
 
 /// Destroys the held array with `delete[]`.
+///
+/// @code
+/// Toolkit::smart_ptr<int, Toolkit::smart_ptr_array_policy> numbers(new int[3]{1, 2, 3});
+/// int sum = 0;
+/// for (int i = 0; i < 3; ++i)
+///     sum += numbers.get()[i];
+/// @endcode
 struct smart_ptr_array_policy
 {
     /// Destroys `array`.
@@ -60,6 +67,12 @@ using MayOwnAs = std::conjunction<
 /// object through Policy. Every smart_ptr has a block, a null one too, but for one that was moved from, which
 /// is null and can be used again. The count is guarded by a recursive mutex, so copies of one smart_ptr may
 /// be made and dropped on different threads; the object itself is not protected.
+///
+/// @code
+/// Toolkit::smart_ptr<Toolkit::ILogger> logger(new Toolkit::ConsoleLogger(Toolkit::LogSeverity::Info));
+/// Toolkit::smart_ptr<Toolkit::ILogger> same = logger;
+/// same->Write(L"two owners\n");
+/// @endcode
 template <class T, class Policy = smart_ptr_policy>
 class smart_ptr
 {

@@ -10,6 +10,12 @@ namespace Toolkit
 
 /// A culture as a host lists it: its name and the text that the user sees for it. A plain record, which the
 /// library only keeps.
+///
+/// @code
+/// const Toolkit::CultureInfo cultures[] = {{L"de_DE", L"Deutsch"}, {L"en_GB", L"English"}};
+/// for (const Toolkit::CultureInfo& culture : cultures)
+///     std::wcout << culture.m_strName << L": " << culture.m_strDisplayName << L'\n';
+/// @endcode
 class TOOLKIT_API CultureInfo
 {
 public:

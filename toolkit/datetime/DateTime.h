@@ -16,6 +16,14 @@ namespace Toolkit
 /// C library's, which follows TZ. Nothing here throws or logs: what does not exist is an invalid value, which
 /// stays invalid through every operation, and whose fields are 0. Quirk: of a local time that comes twice the
 /// first is meant, and one that is left out counts on from the last one before.
+///
+/// @code
+/// Toolkit::DateTime due(2026, 3, 31, 14, 0, 0);
+/// due.Add(0, 1, 0, 0); // 30 April
+/// Toolkit::TString<wchar_t> iso;
+/// due.GetIsoString(iso, true);
+/// std::wcout << iso << L'\n';
+/// @endcode
 class TOOLKIT_API DateTime
 {
 public:

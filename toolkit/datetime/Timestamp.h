@@ -20,13 +20,15 @@ class DateTime;
 /// C library's, which follows TZ. A value; any thread may call all of it, while no thread changes the
 /// environment.
 ///
-///     Toolkit::Result<Toolkit::Timestamp> sent = Toolkit::Timestamp::Parse("2026-03-02T14:05:09.250+05:00");
-///     if (!sent)
-///         return Fail(sent.error().Message());
-///     std::cout << sent->ToRfc3339() << '\n'; // 2026-03-02T09:05:09.250Z
-///     const Toolkit::Timestamp now = std::chrono::system_clock::now();
-///     std::cout << now.LocalFields().hour << " h, " << now.Format(Toolkit::Timestamp::Style::Long) << '\n';
-///     const std::chrono::system_clock::time_point due = *sent;
+/// @code
+/// Toolkit::Result<Toolkit::Timestamp> sent = Toolkit::Timestamp::Parse("2026-03-02T14:05:09.250+05:00");
+/// if (!sent)
+///     return Fail(sent.error().Message());
+/// std::cout << sent->ToRfc3339() << '\n'; // 2026-03-02T09:05:09.250Z
+/// const Toolkit::Timestamp now = std::chrono::system_clock::now();
+/// std::cout << now.LocalFields().hour << " h, " << now.Format(Toolkit::Timestamp::Style::Long) << '\n';
+/// const std::chrono::system_clock::time_point due = *sent;
+/// @endcode
 class TOOLKIT_API Timestamp
 {
 public:

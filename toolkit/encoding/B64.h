@@ -32,6 +32,12 @@ TOOLKIT_API int b64_encode_binary(const unsigned char* text, unsigned int size, 
 
 /// The same conversions between wide text and a buffer. Any thread may call them; nothing fails but for
 /// yielding nothing.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> code(L"Ynl0ZXM=");
+/// const Toolkit::smart_ptr<Toolkit::Bytes> decoded = Toolkit::B64::ToB64(code);
+/// const bool same = Toolkit::B64::ToUNICODE(decoded) == code;
+/// @endcode
 class TOOLKIT_API B64
 {
 public:

@@ -14,10 +14,12 @@ namespace Toolkit
 /// Base64 by RFC 4648, in the standard alphabet and with padding. `Decode` is strict: every text that it
 /// takes is exactly what its bytes encode to. Any thread may call all of it.
 ///
-///     const std::string text = Toolkit::Base64::Encode("bytes");
-///     Toolkit::Result<std::string> bytes = Toolkit::Base64::Decode(text);
-///     if (!bytes)
-///         std::cerr << bytes.error().Message() << '\n';
+/// @code
+/// const std::string text = Toolkit::Base64::Encode("bytes");
+/// Toolkit::Result<std::string> bytes = Toolkit::Base64::Decode(text);
+/// if (!bytes)
+///     std::cerr << bytes.error().Message() << '\n';
+/// @endcode
 class TOOLKIT_API Base64
 {
 public:

@@ -11,6 +11,13 @@ namespace Toolkit
 /// An owned buffer of bytes that can be serialized. What callers are given are fresh arrays, which they free
 /// with `delete[]`. One thread at a time; failures are returned, and leave the buffer and the outputs as they
 /// were unless said otherwise.
+///
+/// @code
+/// const unsigned char key[] = {1, 2, 3};
+/// const Toolkit::Bytes bytes(key, sizeof(key));
+/// if (Toolkit::IsError(Toolkit::FSOutputSerializer(L"key.bin").Serialize(bytes)))
+///     return Fail("the key was not written");
+/// @endcode
 class TOOLKIT_API Bytes : public ISerialize
 {
 public:

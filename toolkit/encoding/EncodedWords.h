@@ -14,8 +14,12 @@ namespace Toolkit
 /// The encoded words of RFC 2047, which bring text of any charset into the headers of mails: a subject, or
 /// the name beside an address. Charsets are those of `Text`. Any thread may call all of it.
 ///
-///     const std::string subject = Toolkit::EncodedWords::Decode("=?utf-8?Q?Caf=C3=A9?=");
-///     Toolkit::Result<std::string> header = Toolkit::EncodedWords::Encode(subject); // =?utf-8?Q?Caf=C3=A9?=
+/// @code
+/// const std::string subject = Toolkit::EncodedWords::Decode("=?utf-8?Q?Caf=C3=A9?=");
+/// Toolkit::Result<std::string> header = Toolkit::EncodedWords::Encode(subject);
+/// if (header)
+///     std::cout << "Subject: " << *header << "\r\n"; // =?utf-8?Q?Caf=C3=A9?=
+/// @endcode
 class TOOLKIT_API EncodedWords
 {
 public:

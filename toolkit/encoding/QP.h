@@ -15,6 +15,12 @@ extern "C" TOOLKIT_API const char* const HEX;
 /// in mail headers: control characters, space and the specials; the result is safe in a header and in a body.
 /// A text that has no UTF-8 form gives an empty one, and every text ends at its first NUL, but for the narrow
 /// HasToBeQP. Any thread may call it.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> subject(L"Caf\u00e9");
+/// const Toolkit::TString<wchar_t> word = Toolkit::QP::ToQP(subject); // Caf=C3=A9
+/// const bool same = Toolkit::QP::ToUNICODE(word) == subject;
+/// @endcode
 class TOOLKIT_API QP
 {
 public:

@@ -13,8 +13,11 @@ namespace Toolkit
 /// Quoted-printable by RFC 2045, for the bodies of mails. It takes and gives bytes: which characters they are
 /// is what the mail says of them. Nothing of it fails; any thread may call it.
 ///
-///     const std::string body = Toolkit::QuotedPrintable::Encode("Caf\xC3\xA9\r\n"); // Caf=C3=A9
-///     const std::string bytes = Toolkit::QuotedPrintable::Decode(body);
+/// @code
+/// const std::string body = Toolkit::QuotedPrintable::Encode("Caf\xC3\xA9\r\n"); // Caf=C3=A9
+/// const std::string bytes = Toolkit::QuotedPrintable::Decode(body);
+/// Show(bytes);
+/// @endcode
 class TOOLKIT_API QuotedPrintable
 {
 public:

@@ -12,14 +12,16 @@ namespace Toolkit
 {
 
 /// Conversions between UTF-8, which is the text of the library, wide text and the other charsets. What has no
-/// form on the other side is a failure (`Errc::Malformed`) that says where it stands; whoever can do with
-/// less asks for `Text::Replace`. NUL is a character like any other. UTF-8 is strict (RFC 3629): an overlong
+/// form on the other side is a failure (`Errc::Malformed`) that says where it stands; `Text::Replace` puts a
+/// replacement there instead. NUL is a character like any other. UTF-8 is strict (RFC 3629): an overlong
 /// form, a surrogate and a value above 10FFFF are none. Any thread may call all of it.
 ///
-///     Toolkit::Result<std::string> text = Toolkit::Text::FromCharset(bytes, "iso-8859-1");
-///     if (!text)
-///         std::cerr << text.error().Message() << '\n';
-///     Toolkit::Result<std::wstring> wide = Toolkit::Text::ToWide("gr\u00f6\u00dfe");
+/// @code
+/// Toolkit::Result<std::string> text = Toolkit::Text::FromCharset(bytes, "iso-8859-1");
+/// if (!text)
+///     std::cerr << text.error().Message() << '\n';
+/// Toolkit::Result<std::wstring> wide = Toolkit::Text::ToWide("gr\u00f6\u00dfe");
+/// @endcode
 class TOOLKIT_API Text
 {
 public:

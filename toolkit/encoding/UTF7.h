@@ -10,6 +10,12 @@ namespace Toolkit
 
 /// Conversion between wide text and single bytes. Each conversion ends at the first NUL; any thread may call
 /// it. Quirk: despite the name this is no UTF-7 but plain seven-bit ASCII; nothing is encoded or decoded.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> wide = Toolkit::UTF7::ToUNICODE("seven bits");
+/// const Toolkit::TString<char> ascii = Toolkit::UTF7::ToUTF7(L"Caf\u00e9"); // Caf_
+/// Show(ascii);
+/// @endcode
 class TOOLKIT_API UTF7
 {
 public:

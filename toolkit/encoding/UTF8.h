@@ -11,6 +11,13 @@ namespace Toolkit
 /// The library-wide conversion between wide text and UTF-8 bytes (RFC 3629), strict in both directions: a
 /// text that holds an overlong form, a surrogate or a value above 10FFFF converts to an empty one. Each
 /// conversion ends at the first NUL. Any thread may call it.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> wide = Toolkit::UTF8::ToUNICODE(line);
+/// if (wide.empty() && !line.empty())
+///     return Fail("that is no UTF-8");
+/// Show(Toolkit::UTF8::ToUTF8(wide));
+/// @endcode
 class TOOLKIT_API UTF8
 {
 public:

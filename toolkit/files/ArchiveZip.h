@@ -18,6 +18,16 @@ namespace Toolkit
 /// gives away belong to one thread at a time. What cannot be opened shows at the first use. Entries may also
 /// come from another object that has the same file open. An archive is never trusted: what it declares is
 /// neither allocated nor taken for its content.
+///
+/// @code
+/// Toolkit::ArchiveZip mailbox;
+/// mailbox.Open(L"mails.zip");
+/// std::map<Toolkit::TString<wchar_t>, Toolkit::smart_ptr<Toolkit::ArchiveZipEntry>> found;
+/// mailbox.EntriesList(found, L"*.*", Toolkit::ArchiveEntriesFlags::Files);
+/// Toolkit::TString<wchar_t> target(L"1.eml");
+/// if (found.count(L"inbox/1.eml") != 0 && !mailbox.UnZip(found[L"inbox/1.eml"], target))
+///     return Fail("the mail is damaged");
+/// @endcode
 class TOOLKIT_API ArchiveZip
 {
 public:

@@ -13,6 +13,13 @@ namespace Toolkit
 /// One folder, named at construction, and what it holds; besides, operations on folders and files named by
 /// their paths. A relative path counts from the working folder. Any thread may call any operation. Failures
 /// are told by false or by an empty list, and not logged.
+///
+/// @code
+/// std::vector<Toolkit::TString<wchar_t>> names;
+/// Toolkit::Directory(L"/etc").GetFiles(L"*.conf", names);
+/// if (!Toolkit::Directory::Create(L"/tmp/desk/mails"))
+///     return Fail("there is no folder");
+/// @endcode
 class TOOLKIT_API Directory
 {
 public:
@@ -24,7 +31,7 @@ public:
     /// Makes the folder and every missing parent, with permissions 0777 before the umask; true when the
     /// folder is there in the end.
     static bool Create(const TString<wchar_t>& path);
-    /// Removes one file; a link goes itself. False for a folder.
+    /// Removes one file; of a link it removes the link, not its target. False for a folder.
     static bool RemoveFile(const TString<wchar_t>& path);
 
     /// A listing replaces `names` by bare names in the system's order, never of entries that begin with ".".

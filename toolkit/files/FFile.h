@@ -13,8 +13,16 @@ class wxFFile;
 namespace Toolkit
 {
 
-/// A buffered file. The object owns it, closes it when it goes, and belongs to one thread at a time. Failures
-/// are returned, not logged; on a closed object every operation returns what it would for nothing.
+/// A buffered file. The object owns it, closes it when it is destroyed, and belongs to one thread at a time.
+/// Failures are returned, not logged; on a closed object no operation does anything.
+///
+/// @code
+/// Toolkit::FFile notes;
+/// if (notes.Open(L"notes.txt", L"w"))
+///     notes.Write(L"milk\n");
+/// if (!notes.Close())
+///     return Fail("the disk is full");
+/// @endcode
 class TOOLKIT_API FFile
 {
 public:

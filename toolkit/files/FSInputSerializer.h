@@ -8,6 +8,13 @@ namespace Toolkit
 {
 
 /// Reads objects from an existing file, from its start.
+///
+/// @code
+/// Toolkit::Bytes key;
+/// Toolkit::FSInputSerializer input(L"key.bin");
+/// if (Toolkit::IsError(input.Deserialize(key)))
+///     return Fail("there is no key");
+/// @endcode
 class TOOLKIT_API FSInputSerializer : public FSSerializer
 {
 public:

@@ -8,6 +8,13 @@ namespace Toolkit
 {
 
 /// Writes objects into a file, which is created or emptied at construction.
+///
+/// @code
+/// const Toolkit::Bytes key;
+/// Toolkit::FSOutputSerializer output(L"key.bin");
+/// if (Toolkit::IsError(output.Serialize(key)))
+///     return Fail("the key was not written");
+/// @endcode
 class TOOLKIT_API FSOutputSerializer : public FSSerializer
 {
 public:

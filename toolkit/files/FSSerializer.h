@@ -13,6 +13,13 @@ namespace Toolkit
 /// A serializer over a file, which is open exactly as long as the serializer lives. A file that cannot be
 /// opened is not reported by the constructor: every operation that transfers something then fails. One thread
 /// at a time.
+///
+/// @code
+/// const Toolkit::Bytes key;
+/// Toolkit::FSSerializer keys(L"keys.bin", Toolkit::FSSerializer::ModeAppend);
+/// if (Toolkit::IsError(keys.Serialize(key)))
+///     return Fail("the key was not written");
+/// @endcode
 class TOOLKIT_API FSSerializer : public Serializer
 {
 public:

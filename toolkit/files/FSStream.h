@@ -19,6 +19,12 @@ namespace Toolkit
 /// changed by then is seen. A file that cannot be opened leaves a stream that returns `NotOpen` from
 /// everything; nothing is logged. A stream belongs to one thread at a time; streams on different files are
 /// independent.
+///
+/// @code
+/// Toolkit::FSStream stream(L"count.bin", Toolkit::FSStream::ModeWrite);
+/// if (Toolkit::IsError(stream.Write(42U)))
+///     return Fail("the disk is full");
+/// @endcode
 class TOOLKIT_API FSStream : public IStream
 {
 public:
@@ -39,8 +45,8 @@ public:
 
     /// A new file has permissions 0666 before the umask. A folder, a path that holds a NUL or has no UTF-8
     /// form, and an unknown mode do not open; a named pipe opens for writing only, and only while it is read.
-    /// Nothing is waited for but the input of a terminal and whoever reads a pipe: where a read would have to
-    /// wait for something else, it is a short transfer.
+    /// It waits for the input of a terminal and for the reader of a pipe alone; a read that would have to
+    /// wait for anything else is a short transfer.
     FSStream(const TString<wchar_t>& path, OpenMode mode);
     ~FSStream() override;
 

@@ -12,6 +12,15 @@ class IStream;
 
 /// An object that writes itself to a stream and reads itself back. `Deserialize` reads exactly the items that
 /// `Serialize` wrote, in the same order; both return the first failure that they meet.
+///
+/// @code
+/// struct Window : Toolkit::ISerialize
+/// {
+///     Toolkit::StreamResult Serialize(Toolkit::IStream& to) const override { return to.Write(width); }
+///     Toolkit::StreamResult Deserialize(Toolkit::IStream& from) override { return from.Read(width); }
+///     unsigned int width = 640;
+/// };
+/// @endcode
 class TOOLKIT_API ISerialize
 {
 public:

@@ -12,6 +12,14 @@ namespace Toolkit
 /// A binary stream that objects are written to and read from, item by item in one order; the bytes of the
 /// three kinds of item are described in docs/file-formats.md. There is no seek. A stream belongs to one
 /// thread at a time. Failures are told by the result and leave what was already transferred.
+///
+/// @code
+/// Toolkit::FSStream window(L"window.bin", Toolkit::FSStream::ModeRead);
+/// Toolkit::IStream& stream = window;
+/// unsigned int width = 0;
+/// if (stream.Read(width) == Toolkit::StreamResult::Ok)
+///     Show(std::to_string(width));
+/// @endcode
 class TOOLKIT_API IStream
 {
 public:

@@ -15,6 +15,12 @@ namespace Toolkit
 /// exactly, case included; values are kept as text and converted on each call. Any number of threads may ask
 /// at once, but not while another one parses. A file that cannot be read leaves no sections and one line in
 /// the log; a malformed line is skipped without a word.
+///
+/// @code
+/// const Toolkit::IniFile desk(L"desk.ini");
+/// const Toolkit::TString<wchar_t> name = desk.GetValue(L"mail", L"name", L"nobody");
+/// const unsigned int width = desk.GetUint32(L"window", L"width", 640);
+/// @endcode
 class TOOLKIT_API IniFile
 {
 public:
@@ -48,7 +54,7 @@ public:
     /// the next `Parse`.
     const TString<wchar_t>& GetValue(const TString<wchar_t>& section, const TString<wchar_t>& key,
                                      const TString<wchar_t>& defaultValue) const;
-    /// The same for a default that is made on the spot, as of a literal, and gone with the statement: a copy.
+    /// The same for a default that is a temporary, made of a literal for instance: it returns a copy.
     TString<wchar_t> GetValue(const TString<wchar_t>& section, const TString<wchar_t>& key,
                               const TString<wchar_t>&& defaultValue) const;
 

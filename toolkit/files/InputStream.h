@@ -11,8 +11,8 @@ class wxInputStream;
 namespace Toolkit
 {
 
-/// Owns a source of bytes of any kind, and deletes it when it goes. What is read from it, and how, is the
-/// matter of the derived classes. It belongs to one thread at a time.
+/// Owns a source of bytes of any kind, and deletes it when it is destroyed itself. The derived classes say
+/// what is read from it, and how. It belongs to one thread at a time.
 class TOOLKIT_API InputStream
 {
 public:

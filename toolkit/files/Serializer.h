@@ -13,6 +13,13 @@ class IStream;
 
 /// Binds objects to one stream: each call hands the stream to the object, adds nothing and returns what the
 /// object returns. Objects are read in the order in which they were written. One thread at a time.
+///
+/// @code
+/// Toolkit::StreamResult Save(const Toolkit::Serializer& serializer, const Toolkit::Bytes& key)
+/// {
+///     return serializer.Serialize(key);
+/// }
+/// @endcode
 class TOOLKIT_API Serializer
 {
 public:

@@ -25,13 +25,15 @@ namespace Toolkit
 /// Whoever assigns to an object or destroys it does so alone. One that was moved from has no keys, and
 /// refuses to be changed and saved.
 ///
-///     auto settings = Toolkit::Settings::LoadOrNew(folders->Config() / "watch.ini");
-///     if (!settings)
-///         return Fail(settings.error().Message());
-///     int lines = settings->Get("mail", "preview", 80);
-///     if (Toolkit::Result<void> set = settings->Set("mail", "preview", lines + 20); !set)
-///         return Fail(set.error().Message());
-///     Toolkit::Result<void> saved = settings->Save();
+/// @code
+/// auto settings = Toolkit::Settings::LoadOrNew(folders->Config() / "watch.ini");
+/// if (!settings)
+///     return Fail(settings.error().Message());
+/// int lines = settings->Get("mail", "preview", 80);
+/// if (Toolkit::Result<void> set = settings->Set("mail", "preview", lines + 20); !set)
+///     return Fail(set.error().Message());
+/// Toolkit::Result<void> saved = settings->Save();
+/// @endcode
 class TOOLKIT_API Settings
 {
     template <typename T>

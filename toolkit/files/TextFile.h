@@ -15,6 +15,14 @@ namespace Toolkit
 /// without a file; only `Open` and `Write` touch the disk, and the file is not held open in between. The
 /// object belongs to one thread at a time. Failures are returned, not logged; without memory nothing is
 /// opened and nothing added.
+///
+/// @code
+/// Toolkit::TextFile notes;
+/// if (!notes.Open(L"notes.txt"))
+///     return Fail("there are no notes");
+/// for (Toolkit::TString<wchar_t> note = notes.GetFirstLine(); !notes.Eof(); note = notes.GetNextLine())
+///     std::wcout << note << L'\n';
+/// @endcode
 class TOOLKIT_API TextFile
 {
 public:
@@ -24,10 +32,10 @@ public:
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
 
-    /// Reads the whole file; the lines held before go in any case, and the first one read becomes the current
-    /// one. A byte-order mark selects UTF-32, UTF-16 or UTF-8; without one the text is UTF-8. Lines end with
-    /// "\n", "\r\n" or "\r". False when `path` is no regular file, cannot be read, or holds broken text; then
-    /// nothing is opened.
+    /// Reads the whole file. The lines held before are dropped in any case; the first line that is read
+    /// becomes the current one. A byte-order mark selects UTF-32, UTF-16 or UTF-8; without one the text is
+    /// UTF-8. Lines end with "\n", "\r\n" or "\r". False when `path` is no regular file, cannot be read, or
+    /// holds broken text; then nothing is opened.
     bool Open(const TString<wchar_t>& path);
 
     /// A copy of the first line, which becomes the current one; empty when there is none.

@@ -18,6 +18,12 @@ class TextReader;
 /// Reads words from a source of bytes that it owns. A byte-order mark at the beginning selects UTF-32, UTF-16
 /// or UTF-8; without one the text is UTF-8. It belongs to one thread at a time. Failures are returned, not
 /// logged.
+///
+/// @code
+/// Toolkit::TextInputStream words(new wxStringInputStream("one two"));
+/// Toolkit::TString<wchar_t> word;
+/// words >> word; // one
+/// @endcode
 class TOOLKIT_API TextInputStream : public InputStream
 {
 public:

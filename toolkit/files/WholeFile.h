@@ -24,11 +24,13 @@ inline constexpr std::size_t LargestFileToRead = std::size_t{1} << 30;
 /// `too_many_symbolic_link_levels`, `filename_too_long`, `too_many_files_open`,
 /// `too_many_files_open_in_system`, `io_error` and whatever else a file system has of its own.
 ///
-///     Toolkit::Result<std::string> name = Toolkit::ReadFile("/etc/hostname");
-///     if (!name)
-///         std::cerr << name.error().Message() << '\n';
-///     else
-///         std::cout << *name;
+/// @code
+/// Toolkit::Result<std::string> name = Toolkit::ReadFile("/etc/hostname");
+/// if (!name)
+///     std::cerr << name.error().Message() << '\n';
+/// else
+///     std::cout << *name;
+/// @endcode
 TOOLKIT_API Result<std::string> ReadFile(const std::filesystem::path& path,
                                          std::size_t largest = LargestFileToRead);
 
@@ -50,8 +52,10 @@ TOOLKIT_API Result<std::string> ReadFile(const std::filesystem::path& path,
 /// place, and only there a break in between leaves a part. For a moment the folder holds a file
 /// ".toolkit-..."; what a killed process leaves of it is removed by a later call.
 ///
-///     if (Toolkit::Result<void> done = Toolkit::WriteFile("notes/today.txt", "milk\n"); !done)
-///         std::cerr << done.error().Message() << '\n';
+/// @code
+/// if (Toolkit::Result<void> done = Toolkit::WriteFile("notes/today.txt", "milk\n"); !done)
+///     std::cerr << done.error().Message() << '\n';
+/// @endcode
 TOOLKIT_API Result<void> WriteFile(const std::filesystem::path& path, std::string_view content);
 
 } // namespace Toolkit

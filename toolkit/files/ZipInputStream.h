@@ -22,7 +22,14 @@ class ZipFile;
 /// The stream of an open archive: it walks through the archive's directory and yields the content of the
 /// entry at which ArchiveZip has positioned it. It is shared by its archive and everyone that got it from
 /// there, and stays usable when the archive is closed. It belongs to one thread at a time. Content is
-/// verified while it is read: a block in which damage shows is not yielded, and nothing behind it.
+/// verified while it is read: a block in which damage shows is not yielded, and nothing after it.
+///
+/// @code
+/// const Toolkit::smart_ptr<Toolkit::ZipInputStream> stream = archive.GetZipInputStream(entry);
+/// Toolkit::TString<wchar_t> word;
+/// while (stream->ReadLine(word))
+///     std::wcout << word << L'\n';
+/// @endcode
 class TOOLKIT_API ZipInputStream : public InputStream
 {
 public:

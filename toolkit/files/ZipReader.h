@@ -21,8 +21,11 @@ namespace Toolkit
 /// What an archive says of one of its entries. Nothing of it is verified. A value that is cheap to copy and
 /// outlives its reader; several threads may read one at once.
 ///
-///     for (const Toolkit::ZipEntry& entry : *zip)
+/// @code
+/// for (const Toolkit::ZipEntry& entry : *zip)
+///     if (!entry.IsFolder())
 ///         std::cout << entry.Name() << ' ' << entry.Size() << '\n';
+/// @endcode
 class TOOLKIT_API ZipEntry
 {
 public:
@@ -51,8 +54,11 @@ private:
 /// What `ZipReader::ExtractAll` did: the names of the entries that are there now, and a failure for each one
 /// that is not, which names the entry and says why. A value that is cheap to copy.
 ///
-///     for (const Toolkit::Failure& refused : report->Refused())
-///         std::cerr << refused.Message() << '\n';
+/// @code
+/// std::cout << report->Extracted().size() << " entries\n";
+/// for (const Toolkit::Failure& refused : report->Refused())
+///     std::cerr << refused.Message() << '\n';
+/// @endcode
 class TOOLKIT_API ZipReport
 {
 public:
@@ -78,7 +84,11 @@ private:
 /// entries, 16 GiB, and for an entry of more than 16 MiB a content 250 times as long as what lies in the
 /// archive.
 ///
-///     auto report = zip->ExtractAll(folder, Toolkit::ZipLimits().Entries(1000).Bytes(100 << 20));
+/// @code
+/// const Toolkit::ZipLimits limits = Toolkit::ZipLimits().Entries(1000).Bytes(100 << 20);
+/// if (Toolkit::Result<Toolkit::ZipReport> report = zip->ExtractAll(folder, limits); !report)
+///     return Fail(report.error().Message());
+/// @endcode
 class TOOLKIT_API ZipLimits
 {
 public:
@@ -107,11 +117,13 @@ private:
 /// each other. Failures of all operations are `Errc::Malformed` for what is damaged, `Errc::Refused` for what
 /// is encrypted or packed by an unknown method, `Errc::LimitReached`, and those of the system.
 ///
-///     Toolkit::Result<Toolkit::ZipReader> zip = Toolkit::ZipReader::Open("mails.zip");
-///     if (!zip)
-///         std::cerr << zip.error().Message() << '\n';
-///     else if (std::optional<Toolkit::ZipEntry> entry = zip->Find("inbox/1.eml"))
-///         std::cout << zip->Read(*entry).value_or("");
+/// @code
+/// Toolkit::Result<Toolkit::ZipReader> zip = Toolkit::ZipReader::Open("mails.zip");
+/// if (!zip)
+///     std::cerr << zip.error().Message() << '\n';
+/// else if (std::optional<Toolkit::ZipEntry> entry = zip->Find("inbox/1.eml"))
+///     std::cout << zip->Read(*entry).value_or("");
+/// @endcode
 class TOOLKIT_API ZipReader
 {
 public:

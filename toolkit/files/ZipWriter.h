@@ -18,9 +18,11 @@ namespace Toolkit
 /// by "/", and one that ends with "/" is a folder's; `Errc::Refused` for one that is absolute, holds "..", a
 /// backslash or a NUL, is no UTF-8, or was added before. The other failures are those of the system.
 ///
-///     Toolkit::Result<Toolkit::ZipWriter> zip = Toolkit::ZipWriter::Create("mails.zip");
-///     if (zip && zip->Add("inbox/1.eml", text) && zip->AddFile("notes.txt", "notes.txt"))
-///         zip->Finish().value();
+/// @code
+/// Toolkit::Result<Toolkit::ZipWriter> zip = Toolkit::ZipWriter::Create("mails.zip");
+/// if (zip && zip->Add("inbox/1.eml", text) && zip->AddFile("notes.txt", "notes.txt"))
+///     zip->Finish().value();
+/// @endcode
 class TOOLKIT_API ZipWriter
 {
 public:

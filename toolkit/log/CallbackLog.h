@@ -15,9 +15,11 @@ namespace Toolkit
 /// itself does not come back to it, and what it throws is swallowed. It is called no more once the sink was
 /// taken out of the Log and the records that were on their way are done.
 ///
-///     Toolkit::Log::Install({std::make_shared<Toolkit::CallbackLog>(
-///         Toolkit::LogSeverity::Info,
-///         [](const Toolkit::LogRecord& record) { std::cerr << record.message << '\n'; })});
+/// @code
+/// Toolkit::Log::Install({std::make_shared<Toolkit::CallbackLog>(
+///     Toolkit::LogSeverity::Info,
+///     [](const Toolkit::LogRecord& record) { std::cerr << record.message << '\n'; })});
+/// @endcode
 class TOOLKIT_API CallbackLog : public LogSink
 {
 public:

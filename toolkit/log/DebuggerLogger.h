@@ -10,6 +10,12 @@ namespace Toolkit
 /// A sink for debugging hosts.
 /// Quirk: it has no debugger channel of its own; it writes to the standard wide output stream as
 /// ConsoleLogger does.
+///
+/// @code
+/// Toolkit::smart_ptr<Toolkit::ILogger> output(new Toolkit::DebuggerLogger(Toolkit::LogSeverity::Debug));
+/// Toolkit::ILogger::SetLogger(output);
+/// TOOLKIT_LOG(Toolkit::LogSeverity::Debug) << "it begins";
+/// @endcode
 class TOOLKIT_API DebuggerLogger : public ILogger
 {
 public:

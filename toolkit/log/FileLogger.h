@@ -18,11 +18,17 @@ class FFile;
 class ForkShield;
 
 /// The sink that writes a file in the temporary folder: a piece is queued, and the logger's own thread writes
-/// it. The file is `name`.vxlog, emptied when it is opened; while that one cannot be had, another
-/// time-stamped name is tried every 10 ms. Any thread may call `Write`; no other thread may still do so when
-/// the owner destroys the logger. No failure is reported: a piece is lost that the disk does not take, that
-/// finds no memory when it is written, or that is queued when the logger goes before any file could be
-/// opened. `Write` throws std::bad_alloc where a piece cannot be queued.
+/// it. The file is `name`.vxlog, emptied when it is opened; while that one cannot be opened, another
+/// time-stamped name is tried every 10 ms. Any thread may call `Write`, but none any more when the owner
+/// destroys the logger. No failure is reported: a piece is lost when the disk does not take it, when there is
+/// no memory to write it, and when the logger is destroyed before any file could be opened. `Write` throws
+/// std::bad_alloc where a piece cannot be queued.
+///
+/// @code
+/// const auto logger = new Toolkit::FileLogger(Toolkit::LogSeverity::Info, L"desk", 1 << 20);
+/// Toolkit::ILogger::SetLogger(Toolkit::smart_ptr<Toolkit::ILogger>(logger));
+/// TOOLKIT_LOG(Toolkit::LogSeverity::Info) << "it begins";
+/// @endcode
 class TOOLKIT_API FileLogger : public ILogger, public Thread
 {
 public:
@@ -37,16 +43,16 @@ public:
     /// written after that goes over the oldest text, from the start of the file, and the last writing before
     /// that may go past it.
     FileLogger(LogSeverity level, const TString<wchar_t>& name, unsigned int maxSize);
-    /// Writes all that is queued. Quirk: it waits for the end of half a second without a `Write`, of which a
-    /// part may be over.
+    /// Writes all that is queued. Quirk: it waits for the end of half a second without a `Write`,
+    /// part of which may be over already.
     ~FileLogger() override;
 
-    /// Queues a copy of `text`; never waits for the disk. The file is up to 200 ms behind.
+    /// Queues a copy of `text` and never waits for the disk; the text is in the file up to 200 ms later.
     void Write(const TString<wchar_t>& text) override;
 
 protected:
-    /// Opens the file and writes the queue to it until the logger goes. The exit code is 0, or 1 if no file
-    /// could be opened until then.
+    /// Opens the file and writes the queue to it until the logger is destroyed. The exit code is 0, or 1 if
+    /// no file could be opened until then.
     ExitCode DoWork() override;
 
 private:

@@ -19,6 +19,15 @@ namespace Toolkit
 /// is at most the sink's threshold; the selected severity stays until the next SetSeverity. The stream takes
 /// no lock: pieces that several threads stream at once interleave, while TOOLKIT_LOG writes whole lines.
 /// Failures of a sink are not reported.
+///
+/// @code
+/// struct Counter : Toolkit::ILogger
+/// {
+///     Counter() : ILogger(Toolkit::LogSeverity::Info) {}
+///     void Write(const Toolkit::TString<wchar_t>&) override { ++count; }
+///     std::atomic<int> count{0};
+/// };
+/// @endcode
 class TOOLKIT_API ILogger
 {
 public:

@@ -21,9 +21,11 @@ namespace Toolkit
 /// pieces on to it, so that nothing may be logged meanwhile, as for ILogger::SetLogger. Sinks are shared with
 /// the host and are given up when the library's static objects are destroyed. Nothing fails.
 ///
-///     Toolkit::Log::Install({Toolkit::Log::Console(Toolkit::LogSeverity::Warning)});
-///     TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << "read " << path << " in " << 30ms;
-///     Toolkit::Log::SetThreshold(Toolkit::LogSeverity::Error);
+/// @code
+/// Toolkit::Log::Install({Toolkit::Log::Console(Toolkit::LogSeverity::Warning)});
+/// TOOLKIT_LOG(Toolkit::LogSeverity::Warning) << "read " << path << " in " << 30ms;
+/// Toolkit::Log::SetThreshold(Toolkit::LogSeverity::Error);
+/// @endcode
 class TOOLKIT_API Log
 {
 public:

@@ -12,8 +12,14 @@ namespace Toolkit
 
 /// The one place that knows how a log line is laid out: severity, " ", tick count, " : ", source line, " : ",
 /// function, " : ", message, line feed; TOOLKIT_LOG makes such lines, too. An object collects one line and
-/// writes it when it goes, with U+FFFD for NULs and for what is no Unicode character; it belongs to one
-/// thread and reports no failure. It leaves the severity selected in the sink alone.
+/// writes it when it is destroyed, with U+FFFD for NULs and for what is no Unicode character; it belongs to
+/// one thread and reports no failure. It leaves the severity selected in the sink alone.
+///
+/// @code
+/// const Toolkit::TString<wchar_t> message(L"three mails");
+/// if (Toolkit::LogLine::IsWanted(Toolkit::LogSeverity::Debug))
+///     Toolkit::LogLine::Stream(Toolkit::LogSeverity::Debug, __LINE__, __func__, message);
+/// @endcode
 class TOOLKIT_API LogLine
 {
 public:

@@ -16,10 +16,12 @@ namespace Toolkit
 /// to keep it. It belongs to one thread at a time. `file` is text that the code which logged brought along:
 /// it ends when a plug-in is unloaded.
 ///
-///     void Show(const Toolkit::LogRecord& record)
-///     {
-///         std::cerr << record.function << ": " << record.message << '\n';
-///     }
+/// @code
+/// void Show(const Toolkit::LogRecord& record)
+/// {
+///     std::cerr << record.function << ": " << record.message << '\n';
+/// }
+/// @endcode
 struct LogRecord
 {
     /// When the line was complete.

@@ -16,11 +16,13 @@ namespace Toolkit
 /// logged, on several threads at once, and must not wait for long. A sink gets no record of what is logged
 /// within its own `Write`. What `Write` throws is swallowed; the other sinks still get the record.
 ///
-///     struct Counter : Toolkit::LogSink
-///     {
-///         void Write(const Toolkit::LogRecord&) override { ++count; }
-///         std::atomic<int> count{0};
-///     };
+/// @code
+/// struct Counter : Toolkit::LogSink
+/// {
+///     void Write(const Toolkit::LogRecord&) override { ++count; }
+///     std::atomic<int> count{0};
+/// };
+/// @endcode
 class TOOLKIT_API LogSink
 {
 public:

@@ -18,6 +18,12 @@ namespace Toolkit
 /// whatever the host's global locale. Numbers are decimal, a bool is 1 or 0; a TString<char> or
 /// std::string_view is UTF-8. Any thread may call it. Quirk: narrow characters and arrays of them are
 /// not decoded but widened one by one.
+///
+/// @code
+/// Toolkit::TString<wchar_t> piece = Toolkit::LogText::Of(42);
+/// Toolkit::LogText::Append(piece, " mails");
+/// (*Toolkit::ILogger::s_pInstance)->Write(piece);
+/// @endcode
 class TOOLKIT_API LogText
 {
 public:

@@ -19,7 +19,11 @@ namespace Toolkit
 
 /// How a RunLog writes: a value with chained setters. Copies are independent of each other.
 ///
-///     auto options = Toolkit::RunLogOptions("watch").Folder(logs).Keep(10).MaxSize(1 << 20).Background();
+/// @code
+/// auto options = Toolkit::RunLogOptions("watch").Folder(logs).Keep(10).MaxSize(1 << 20).Background();
+/// if (Toolkit::Result<std::shared_ptr<Toolkit::RunLog>> log = Toolkit::RunLog::Open(options))
+///     Toolkit::Log::Install({*log});
+/// @endcode
 class TOOLKIT_API RunLogOptions
 {
 public:
@@ -61,10 +65,12 @@ private:
 /// costs the lines that cannot be written meanwhile; a line that counts them comes before the next that fits.
 /// Any thread may call it.
 ///
-///     auto file = Toolkit::RunLog::Open(Toolkit::RunLogOptions("watch").Folder(logs).Keep(5));
-///     if (!file)
-///         return Fail(file.error().Message());
-///     Toolkit::Log::Install({*file});
+/// @code
+/// auto file = Toolkit::RunLog::Open(Toolkit::RunLogOptions("watch").Folder(logs).Keep(5));
+/// if (!file)
+///     return Fail(file.error().Message());
+/// Toolkit::Log::Install({*file});
+/// @endcode
 class TOOLKIT_API RunLog : public LogSink
 {
 public:

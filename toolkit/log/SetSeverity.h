@@ -9,6 +9,12 @@ namespace Toolkit
 {
 
 /// Streamed into a logger, selects the severity of the pieces that follow.
+///
+/// @code
+/// Toolkit::ILogger& log = **Toolkit::ILogger::s_pInstance;
+/// log << Toolkit::SetSeverity(Toolkit::LogSeverity::Warning);
+/// log << L"only " << 3 << L" left\n";
+/// @endcode
 struct TOOLKIT_API SetSeverity
 {
     /// Selects this severity.

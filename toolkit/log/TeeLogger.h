@@ -16,11 +16,13 @@ namespace Toolkit
 /// made. Any thread may call `Write` if they allow it. What one of them throws passes to the caller after all
 /// others got the piece.
 ///
-///     Toolkit::smart_ptr<Toolkit::ILogger> both(new Toolkit::TeeLogger(
-///         {Toolkit::smart_ptr<Toolkit::ILogger>(new Toolkit::ConsoleLogger(Toolkit::LogSeverity::Warning)),
-///          Toolkit::smart_ptr<Toolkit::ILogger>(
-///              new Toolkit::FileLogger(Toolkit::LogSeverity::Info, L"desk", 1 << 20))}));
-///     Toolkit::ILogger::SetLogger(both);
+/// @code
+/// Toolkit::smart_ptr<Toolkit::ILogger> both(new Toolkit::TeeLogger(
+///     {Toolkit::smart_ptr<Toolkit::ILogger>(new Toolkit::ConsoleLogger(Toolkit::LogSeverity::Warning)),
+///      Toolkit::smart_ptr<Toolkit::ILogger>(
+///          new Toolkit::FileLogger(Toolkit::LogSeverity::Info, L"desk", 1 << 20))}));
+/// Toolkit::ILogger::SetLogger(both);
+/// @endcode
 class TOOLKIT_API TeeLogger : public ILogger
 {
 public:

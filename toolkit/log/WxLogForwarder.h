@@ -14,10 +14,16 @@ namespace Toolkit
 {
 
 /// A log target of wxWidgets that turns each of its messages into one line of the installed logger. The
-/// host creates it once the logger exists, owns it, and destroys it before the logger goes; without a logger
-/// messages are lost. wxWidgets delivers at once what its main thread logs and what a thread logs that
-/// called wxLog::SetThreadActiveTarget with the forwarder; it keeps back what any other thread logs until its
-/// main thread calls wxLog::FlushActive or destroys the forwarder. Nothing fails.
+/// host creates it once the logger exists, owns it, and destroys it before the logger; without a logger
+/// messages are lost. wxWidgets delivers at once what its main thread logs, and what is logged by a thread
+/// that called wxLog::SetThreadActiveTarget with the forwarder. What any other thread logs is kept back until
+/// the main thread calls wxLog::FlushActive or destroys the forwarder. Nothing fails.
+///
+/// @code
+/// const auto forwarder = std::make_unique<Toolkit::WxLogForwarder>();
+/// wxLogMessage("a line of wxWidgets");
+/// wxLog::FlushActive();
+/// @endcode
 class TOOLKIT_API WxLogForwarder : public wxLog
 {
 public:

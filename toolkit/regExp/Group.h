@@ -11,6 +11,12 @@ namespace Toolkit
 /// One captured piece of a text: its bytes, the name that the pattern gives it, and its number. Groups are
 /// made by RegExp::Match and shared through smart_ptr; afterwards nothing changes them, so any thread may
 /// read one.
+///
+/// @code
+/// const Toolkit::smart_ptr<Toolkit::Group> key = match->Find("key");
+/// if (!key.IsNull())
+///     Show(key->GetName() + " is " + key->GetValue());
+/// @endcode
 class TOOLKIT_API Group
 {
 public:

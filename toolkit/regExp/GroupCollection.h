@@ -16,6 +16,13 @@ namespace Toolkit
 
 /// The groups of one match in the order of their numbers, and the numbers of the named ones. It is filled by
 /// RegExp::Match; afterwards nothing changes it, so any thread may read it.
+///
+/// @code
+/// for (std::size_t i = 0; i < match->GetCount(); ++i)
+///     Show((*match)[i]->GetValue());
+/// for (const auto& [name, number] : match->GetNames())
+///     std::cout << name << " is group " << number << '\n';
+/// @endcode
 class TOOLKIT_API GroupCollection
 {
 public:

@@ -20,11 +20,13 @@ struct PatternSearch;
 /// parts of the text, which must live as long as they are used. A value that needs its pattern no longer;
 /// several threads may read one at once.
 ///
-///     Toolkit::Match match = pattern->Find(line);
-///     if (match)
-///         settings[std::string(match["key"])] = match["value"];
-///     else if (const Toolkit::Failure* failure = match.Error())
-///         std::cerr << failure->Message() << '\n';
+/// @code
+/// Toolkit::Match match = pattern->Find(line);
+/// if (match)
+///     settings[std::string(match["key"])] = match["value"];
+/// else if (const Toolkit::Failure* failure = match.Error())
+///     std::cerr << failure->Message() << '\n';
+/// @endcode
 class TOOLKIT_API Match
 {
 public:

@@ -12,8 +12,18 @@ namespace Toolkit
 struct RegExpCode;
 
 /// The record of one compilation and execution: what was searched, what PCRE returned, and the groups. It
-/// lives on the heap behind a smart_ptr and owns the compiled pattern. RegExp::Match makes and fills one; a
-/// host may also make its own for RegExp_compile and RegExp_exec. One thread at a time may change it.
+/// lives on the heap, held by a smart_ptr, and owns the compiled pattern. RegExp::Match makes and fills one;
+/// a host may also make its own for RegExp_compile and RegExp_exec. One thread at a time may change it.
+///
+/// @code
+/// Toolkit::smart_ptr<Toolkit::MatchResult> record(new Toolkit::MatchResult);
+/// record->SetPattern("a+");
+/// record->SetSubject("baa");
+/// const Toolkit::RegExp search("", Toolkit::RegExpOptions::Default);
+/// search.RegExp_compile(record);
+/// search.RegExp_exec(record, 0);
+/// std::cout << record->GetOffsets()[0] << '\n'; // 1
+/// @endcode
 class TOOLKIT_API MatchResult : public GroupCollection
 {
 public:

@@ -19,8 +19,11 @@ class CompiledPattern;
 /// searched for when it is asked for. When a search could not be ended the last element is no match, but has
 /// an `Error()`. The text must live as long; the pattern need not. Several threads may loop over one at once.
 ///
-///     for (const Toolkit::Match& each : pattern->All(text))
+/// @code
+/// for (const Toolkit::Match& each : pattern->All(text))
+///     if (each)
 ///         std::cout << each[1] << '\n';
+/// @endcode
 class TOOLKIT_API Matches
 {
 public:

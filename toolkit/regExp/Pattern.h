@@ -27,12 +27,14 @@ class CompiledPattern;
 /// cheap to copy; any number of threads may search with one at once, each with what it needs for itself.
 /// Matches are parts of the text that was searched, which is why a temporary `std::string` is refused.
 ///
-///     auto pattern = Toolkit::Pattern::Compile(R"((?<key>\w+)=(?<value>\d+))");
-///     if (!pattern)
-///         return Fail(pattern.error().Message());
-///     for (const Toolkit::Match& each : pattern->All(text))
-///         std::cout << each["key"] << ": " << each["value"] << '\n';
-///     Toolkit::Result<std::string> turned = pattern->Replace(text, "${value}=${key}");
+/// @code
+/// auto pattern = Toolkit::Pattern::Compile(R"((?<key>\w+)=(?<value>\d+))");
+/// if (!pattern)
+///     return Fail(pattern.error().Message());
+/// for (const Toolkit::Match& each : pattern->All(text))
+///     std::cout << each["key"] << ": " << each["value"] << '\n';
+/// Toolkit::Result<std::string> turned = pattern->Replace(text, "${value}=${key}");
+/// @endcode
 class TOOLKIT_API Pattern
 {
     template <class T>

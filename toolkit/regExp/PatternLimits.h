@@ -17,8 +17,12 @@ namespace Toolkit
 /// that it tries, so that what a search takes at most grows with the text: with the defaults some seconds for
 /// each ten thousand characters.
 ///
-///     auto pattern = Toolkit::Pattern::Compile("(a+)+$", Toolkit::Pattern::Default,
-///                                              Toolkit::PatternLimits().Steps(100000));
+/// @code
+/// const Toolkit::PatternLimits limits = Toolkit::PatternLimits().Steps(100000);
+/// auto pattern = Toolkit::Pattern::Compile("(a+)+$", Toolkit::Pattern::Default, limits);
+/// if (pattern && pattern->Find(text).Error() != nullptr)
+///     return Fail("the search took too long");
+/// @endcode
 class TOOLKIT_API PatternLimits
 {
 public:

@@ -20,6 +20,13 @@ namespace Toolkit
 /// of threads may use one. An invalid pattern and a failed execution throw smart_ptr<RegExpException,
 /// smart_ptr_policy>: a subject that is no UTF-8, for instance, or a search beyond a limit, which is
 /// 10,000,000 steps and 20 MiB of memory with PCRE2, and what is left of the thread's stack with PCRE.
+///
+/// @code
+/// const Toolkit::RegExp setting("(?<key>\\w+)=(\\d+)", Toolkit::RegExpOptions::Default);
+/// const Toolkit::smart_ptr<Toolkit::MatchResult> found = setting.Match(Toolkit::TString<char>("width=640"));
+/// if (found->GetCount() > 2)
+///     Show((*found)[2]->GetValue()); // 640
+/// @endcode
 class TOOLKIT_API RegExp
 {
 public:

@@ -13,9 +13,17 @@ namespace Toolkit
 {
 
 /// A long-running operation that announces its start and its end to its listeners and lets other threads wait
-/// for the end. A subclass supplies the work; whoever runs it, on a thread of its own or not, announces
-/// before and after. Any thread may announce, wait and ask. The owner destroys it when no thread is inside it
-/// any more but in Wait.
+/// for the end. A subclass supplies the work; the code that runs it, on any thread, announces its start
+/// before and its end after it. Any thread may announce, wait and ask. The owner destroys it when no thread
+/// is inside it any more but in Wait.
+///
+/// @code
+/// struct Indexing : Toolkit::BackgroundOperation
+/// {
+///     Indexing() : BackgroundOperation(1) {}
+///     void DoOperation() override { LookForWork(); }
+/// };
+/// @endcode
 class TOOLKIT_API BackgroundOperation : public EventNotifier<BackgroundOperationHandler>
 {
 public:

@@ -10,6 +10,14 @@ namespace Toolkit
 /// A listener of a BackgroundOperation, which shares it and calls it on the thread that announces, with the
 /// list of listeners held: it returns quickly. A handler of several operations keeps its own reference to the
 /// one it watches.
+///
+/// @code
+/// struct Watcher : Toolkit::BackgroundOperationHandler
+/// {
+///     void OnOperationStarted() override { Show("begun"); }
+///     void OnOperationEnded() override { Show("done"); }
+/// };
+/// @endcode
 class TOOLKIT_API BackgroundOperationHandler
 {
 public:

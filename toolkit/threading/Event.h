@@ -16,10 +16,12 @@ namespace Toolkit
 /// the threads that the event lets through. Nothing throws. The event must outlive the calls of its
 /// operations.
 ///
-///     static Toolkit::Event stop;
-///     std::signal(SIGTERM, [](int) { stop.Set(); });
-///     while (!stop.WaitFor(std::chrono::seconds(1)))
-///         LookForWork();
+/// @code
+/// static Toolkit::Event stop;
+/// std::signal(SIGTERM, [](int) { stop.Set(); });
+/// while (!stop.WaitFor(std::chrono::seconds(1)))
+///     LookForWork();
+/// @endcode
 class TOOLKIT_API Event
 {
 public:

@@ -19,6 +19,14 @@ namespace Toolkit
 /// the same list blocks for ever. A listener may add and remove listeners and announce anew from inside its
 /// call, but it may not destroy the notifier. Its exception ends the announcement, releases the mutex and
 /// reaches the caller.
+///
+/// @code
+/// struct Listener { virtual ~Listener() = default; virtual void OnMail() = 0; };
+/// struct Mailbox : Toolkit::EventNotifier<Listener>
+/// {
+///     void Arrive() { Notify([](Listener& listener) { listener.OnMail(); }); }
+/// };
+/// @endcode
 template <class T>
 class EventNotifier
 {

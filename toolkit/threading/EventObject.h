@@ -11,6 +11,13 @@ namespace Toolkit
 /// A flag that one thread sets and others wait for, with manual or automatic reset. With automatic reset one
 /// waiter consumes each signal; a signal that nobody waits for stays set. Any thread may call anything.
 /// Quirk: waiting polls in slices of `s_uMinSlice`, so a waiter sees a signal up to 200 ms late.
+///
+/// @code
+/// Toolkit::EventObject done(false, false);
+/// done.Signal();
+/// if (done.Wait(1000))
+///     Show("done");
+/// @endcode
 class TOOLKIT_API EventObject
 {
 public:

@@ -9,6 +9,13 @@ namespace Toolkit::Threading
 {
 
 /// A task that a Threadable runs on its thread. It is shared between the thread and whoever made it.
+///
+/// @code
+/// struct Work : Toolkit::Threading::IRunnable
+/// {
+///     void Run() override { LookForWork(); }
+/// };
+/// @endcode
 class TOOLKIT_API IRunnable
 {
 public:

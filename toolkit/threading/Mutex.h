@@ -9,6 +9,12 @@ namespace Toolkit
 
 /// The public name of the recursive mutex; see MutexInternal. With the standard's names for its operations it
 /// works with std::lock_guard, std::unique_lock, std::scoped_lock and std::lock.
+///
+/// @code
+/// static Toolkit::Mutex mutex;
+/// const std::lock_guard<Toolkit::Mutex> guard(mutex);
+/// LookForWork();
+/// @endcode
 class TOOLKIT_API Mutex : public MutexInternal
 {
 public:

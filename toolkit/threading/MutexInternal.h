@@ -12,6 +12,15 @@ namespace Toolkit
 /// A recursive mutex: the thread that holds it may lock it again and unlocks as often as it locked.
 /// Any thread may use it; a time-out is kept by polling. Failures are returned, never thrown, and a caller
 /// that got false goes on without the lock and does not unlock (see MutexLock).
+///
+/// @code
+/// static Toolkit::MutexInternal mutex;
+/// if (mutex.Lock(1000))
+/// {
+///     LookForWork();
+///     mutex.Unlock();
+/// }
+/// @endcode
 class TOOLKIT_API MutexInternal
 {
 public:

@@ -10,6 +10,12 @@ namespace Toolkit
 
 /// Holds a mutex for a scope: locks it without a limit, remembers the result and unlocks only if the lock was
 /// taken, also when an exception passes.
+///
+/// @code
+/// static Toolkit::Mutex mutex;
+/// const Toolkit::MutexLock lock(mutex);
+/// LookForWork();
+/// @endcode
 class TOOLKIT_API MutexLock
 {
 public:

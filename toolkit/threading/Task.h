@@ -20,8 +20,11 @@ namespace Toolkit
 /// How far a task is: a snapshot, which any thread may read and copy at no cost. Before the first report it
 /// is 0 of 0 without a text.
 ///
-///     Toolkit::TaskProgress progress = task.Progress();
+/// @code
+/// Toolkit::TaskProgress progress = task.Progress();
+/// if (!progress.IsFinished())
 ///     std::cout << progress.Done() << '/' << progress.All() << ' ' << progress.Text() << '\n';
+/// @endcode
 class TOOLKIT_API TaskProgress
 {
 public:
@@ -50,13 +53,15 @@ private:
 /// What the work of a task gets: how to rest, to report, and to learn that it is to end. It lives as long as
 /// the work runs, which may hand it to threads of its own.
 ///
-///     int Index(Toolkit::TaskContext& context)
-///     {
-///         int done = 0;
-///         for (; done < 10 && context.SleepFor(std::chrono::milliseconds(10)); ++done)
-///             context.Report(done, 10, "a name");
-///         return done;
-///     }
+/// @code
+/// int Index(Toolkit::TaskContext& context)
+/// {
+///     int done = 0;
+///     for (; done < 10 && context.SleepFor(std::chrono::milliseconds(10)); ++done)
+///         context.Report(done, 10, "a name");
+///     return done;
+/// }
+/// @endcode
 class TOOLKIT_API TaskContext
 {
 public:
@@ -65,7 +70,7 @@ public:
 
     /// True when the task was cancelled, or when its owner destroys it.
     bool IsCancelled() const noexcept;
-    /// True after that time; false at once when the task is cancelled, also meanwhile.
+    /// Sleeps. True after that time; false as soon as the task is cancelled.
     bool SleepFor(std::chrono::nanoseconds time);
     /// Sets the progress of the task. Any thread may report.
     void Report(std::int64_t done, std::int64_t all, std::string_view text = std::string_view());
@@ -135,11 +140,13 @@ private:
 /// thrown by `Get`; a thread that the system refuses is a `std::system_error` there. One that was moved from,
 /// or made without work, has ended and holds nothing.
 ///
-///     auto index = Toolkit::Task<int>::Start([](Toolkit::TaskContext& context) { return Index(context); });
-///     index.OnChange([](const Toolkit::TaskProgress& progress) { Show(progress.Text()); }, executor);
-///     if (!index.WaitFor(std::chrono::seconds(2)))
-///         index.Cancel();
-///     int done = index.Get();
+/// @code
+/// auto index = Toolkit::Task<int>::Start([](Toolkit::TaskContext& context) { return Index(context); });
+/// index.OnChange([](const Toolkit::TaskProgress& progress) { Show(progress.Text()); }, executor);
+/// if (!index.WaitFor(std::chrono::seconds(2)))
+///     index.Cancel();
+/// int done = index.Get();
+/// @endcode
 template <typename T>
 class Task : public TaskBase
 {

@@ -26,7 +26,7 @@ protected:
     ThreadBaseLibraryHold(const ThreadBaseLibraryHold&) = delete;
     ThreadBaseLibraryHold& operator=(const ThreadBaseLibraryHold&) = delete;
 
-    /// Called while the thread object goes: starts wxWidgets once more if it was stopped too early.
+    /// Called while the thread object is destroyed: starts wxWidgets once more if it was stopped too early.
     void HoldForDestruction();
 
 private:
@@ -34,11 +34,20 @@ private:
 };
 
 /// A joinable worker thread; a subclass puts its work into DoWork. Its owner constructs it, runs it and
-/// destroys it, never the thread itself, and calls every operation but DoWork. The destructor asks the thread
-/// to stop (TestDestroy returns true from then on) and waits for it, so DoWork must return by itself or watch
-/// TestDestroy; the work of a thread that was run is done even then. Each leaf class does the same in its own
-/// destructor, with StopAndWait, while its DoWork and members still exist. In a host that ended an
-/// application object of its own, it must be gone or finished by then. Failures are returned, not logged.
+/// destroys it, and calls every operation but DoWork; the thread itself never does. The destructor asks the
+/// thread to stop (TestDestroy returns true from then on) and waits for its end, so DoWork must return by
+/// itself or watch TestDestroy; a thread that was run does its work even then. Each leaf class calls
+/// StopAndWait in its own destructor, while its DoWork and members still exist. A host that has a wxWidgets
+/// application object of its own destroys its threads, or lets them finish, before it ends that object.
+/// Failures are returned, not logged.
+///
+/// @code
+/// struct Worker : Toolkit::Thread
+/// {
+///     ~Worker() override { StopAndWait(); }
+///     ExitCode DoWork() override { while (!TestDestroy()) LookForWork(); return nullptr; }
+/// };
+/// @endcode
 class TOOLKIT_API Thread : private ThreadBaseLibraryHold, public wxThread
 {
 public:
@@ -56,9 +65,9 @@ public:
     /// True when a paused thread goes on.
     bool Resume();
     /// Ends the thread at its next cancellation point, without running the rest of DoWork, or as Delete does;
-    /// blocks until the thread has entered. Work that is killed may leave a lock taken, and what it owns
-    /// behind; killed within a destructor, a function that throws nothing or a handler for every exception,
-    /// it ends the process.
+    /// blocks until the thread has entered. Work that is killed may leave a lock taken, and may leak what it
+    /// owns. Killed within a destructor, a `noexcept` function or a handler for every exception, it ends the
+    /// process.
     wxThreadError Kill();
     /// Asks a started thread to stop and blocks until it has ended; wxTHREAD_NOT_RUNNING when it was never
     /// started, and wxTHREAD_MISC_ERROR on the thread itself.

@@ -11,6 +11,12 @@ namespace Toolkit::Threading
 
 /// A thread that runs one task. It shares the task, which is released when the object is destroyed; the
 /// destructor waits for a task that was run and has not ended yet.
+///
+/// @code
+/// Toolkit::Threading::Threadable thread(Toolkit::smart_ptr<Toolkit::Threading::IRunnable>(new Work));
+/// if (thread.Run())
+///     thread.Wait();
+/// @endcode
 class TOOLKIT_API Threadable : public Thread
 {
 public:

@@ -52,7 +52,7 @@ public:
     /// Quirk: an opening quotation mark without a closing one ends the list, and nothing tells so.
     static void Tokenize(const TString<wchar_t>& line, std::vector<TString<wchar_t>>& tokens);
 
-    /// False when `option` is null or one of its name is declared.
+    /// Declares an option. False when it is null, or when one of the same name is declared already.
     bool AddOption(smart_ptr<CmdLineOption, smart_ptr_policy> option);
 
     /// Stores in the declared options what was found; false when a required one is missing.

@@ -14,7 +14,7 @@ namespace Toolkit
 class IPCServer;
 
 /// One client's connection to an `IPCServer`: turns each execute request into an event of the server. It
-/// deletes itself when the client disconnects, and is deleted with its server before.
+/// deletes itself when the client disconnects; the server deletes those that are left when it is destroyed.
 class TOOLKIT_API IPCConnectionEventHelper : public wxTCPConnection
 {
 public:

@@ -89,9 +89,9 @@ public:
         Parallel = 1
     };
 
-    /// Becomes the first instance of this key, or finds that there is one; any bytes are a key, but for none
-    /// at all (`std::errc::invalid_argument`). It fails with the code of the system where the runtime folder
-    /// cannot be made, is not this user's or has no locks or sockets. An `IPCServer` of this user that
+    /// Becomes the first instance of this key, or finds that there is one. Any bytes are a key; an empty key
+    /// fails with `std::errc::invalid_argument`. It fails with the code of the system where the runtime
+    /// folder cannot be made, is not this user's or has no locks or sockets. An `IPCServer` of this user that
     /// listens at the local socket of that name is a first instance, too.
     static Result<Instance> Claim(std::string_view key);
 

@@ -64,9 +64,9 @@ using MayOwnAs = std::conjunction<
 } // namespace Detail
 
 /// Shared ownership of an object: a pointer and a counted block on the heap; the last owner destroys the
-/// object through Policy. Every smart_ptr has a block, a null one too, but for one that was moved from, which
-/// is null and can be used again. The count is guarded by a recursive mutex, so copies of one smart_ptr may
-/// be made and dropped on different threads; the object itself is not protected.
+/// object through Policy. Every smart_ptr has a block, even a null one; only one that was moved from has
+/// none: it is null and can be used again. The count is guarded by a recursive mutex, so copies of one
+/// smart_ptr may be made and dropped on different threads; the object itself is not protected.
 ///
 /// @code
 /// Toolkit::smart_ptr<Toolkit::ILogger> logger(new Toolkit::ConsoleLogger(Toolkit::LogSeverity::Info));

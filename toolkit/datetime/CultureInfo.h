@@ -8,8 +8,8 @@
 namespace Toolkit
 {
 
-/// A culture as a host lists it: its name and the text that the user sees for it. A plain record, which the
-/// library only keeps.
+/// A culture as a host lists it: its name and the text that the user sees for it. A plain record for the
+/// host's use.
 ///
 /// @code
 /// const Toolkit::CultureInfo cultures[] = {{L"de_DE", L"Deutsch"}, {L"en_GB", L"English"}};

@@ -41,7 +41,7 @@ public:
     /// Wide text to UTF-8.
     static Result<std::string> FromWide(std::wstring_view wide, Loss loss = Refuse);
 
-    /// True when all of it is UTF-8, as nothing is.
+    /// True when all of it is UTF-8; an empty text is.
     static bool IsUtf8(std::string_view bytes) noexcept;
 
     /// The UTF-8 form of bytes in a charset that has one of the names of IANA, or another one that ICU knows;

@@ -69,9 +69,9 @@ public:
         return Fetch(section, key, value) ? value : fallback;
     }
 
-    /// The same of a number, a bool or a `std::string`, for who wants to tell what is missing from what is
-    /// wrong: nothing where the key is missing; `Errc::Malformed` ("mail/preview: '8o' is no number") or, for
-    /// a number that `T` cannot hold, `std::errc::result_out_of_range`.
+    /// Reads a number, a bool or a `std::string`, and tells a missing key, which is an empty result, from a
+    /// wrong value, which is a failure: `Errc::Malformed` ("mail/preview: '8o' is no number") or, for a
+    /// number that `T` cannot hold, `std::errc::result_out_of_range`.
     template <typename T>
     Result<std::optional<T>> Read(std::string_view section, std::string_view key) const
     {
@@ -118,8 +118,8 @@ public:
     /// written. It fails as `ReadFile` and `WriteFile` do (`std::errc::permission_denied`,
     /// `no_space_on_device`, `read_only_file_system`, `is_a_directory` ...), and with `Errc::ChangedByOther`
     /// when the file is no longer as it was when this object last read or wrote it: whoever wants both
-    /// changes loads the file anew. Of several processes that save at once with this class, one comes after
-    /// the other; one that waited for five seconds fails with `std::errc::device_or_resource_busy`.
+    /// changes loads the file anew. Processes that save at once with this class take
+    /// turns; one that has waited for five seconds fails with `std::errc::device_or_resource_busy`.
     Result<void> Save();
 
 private:

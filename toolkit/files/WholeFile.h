@@ -38,8 +38,9 @@ TOOLKIT_API Result<std::string> ReadFile(const std::filesystem::path& path,
 /// power meanwhile. A missing file is made, with permissions 0666 less the umask, and so are the folders that
 /// it lies in, which are for this user alone (0700). Links are followed: it is their target that gets the
 /// content. Permissions, owner, access control list and extended attributes of a file that is there are kept;
-/// what the system does not let this user keep grants less, never more. Any thread may call it, and several
-/// at once for one file: the content is that of one of them. It waits for the disk.
+/// where the system does not let this user keep them, the file grants less than before, never more. Any
+/// thread may call it, and several at once for one file: the content is that of one of them. It waits for the
+/// disk.
 ///
 /// Its failures are `Errc::Refused` for a FIFO, a socket or a device, `std::errc::invalid_argument` for a
 /// name that holds a NUL, and what the system has against making and writing the file, of `std::errc`:

@@ -39,7 +39,8 @@ public:
 
     /// Blocks until the event is set.
     void Wait() const noexcept;
-    /// True when the event is set, at the latest after that time; a time of 0 or less only looks.
+    /// Blocks until the event is set, or for that time; true when it is set. A time of 0 or less never
+    /// blocks.
     bool WaitFor(std::chrono::nanoseconds time) const noexcept;
 
 private:

@@ -96,9 +96,9 @@ public:
     bool IsCancelled() const noexcept;
     /// True until the work has returned or thrown, and the last call of `OnChange` was made or handed over.
     bool IsRunning() const noexcept;
-    /// Blocks until then.
+    /// Blocks until the task runs no more.
     void Wait() const noexcept;
-    /// True when it is so, at the latest after that time.
+    /// Blocks until the task runs no more, or for that time; true when it runs no more.
     bool WaitFor(std::chrono::nanoseconds time) const noexcept;
 
     /// How far the work is, as it reported last.

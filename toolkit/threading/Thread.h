@@ -72,7 +72,7 @@ public:
     /// Asks a started thread to stop and blocks until it has ended; wxTHREAD_NOT_RUNNING when it was never
     /// started, and wxTHREAD_MISC_ERROR on the thread itself.
     wxThreadError Delete(ExitCode* code = nullptr, wxThreadWait mode = wxTHREAD_WAIT_DEFAULT);
-    /// From 0 to 100; a thread that has ended, and the rest of the numbers, is left alone.
+    /// Sets the priority, from 0 to 100. Any other number, and a thread that has ended, changes nothing.
     void SetPriority(unsigned int priority);
 
     /// Blocks until a started thread has ended and returns its exit code; null for a thread that was never

@@ -234,7 +234,7 @@ def thread_rows(table, threads):
         growths = {peer: threads[name, peer][max(threads[name, peer])] / threads[name, peer][1] for peer in whose}
         grown = own[max(own)] / own[1]
         slower = [limit_text if peer == "limit" else peer for peer in whose if grown > growths[peer] * THREADS_TOLERANCE]
-        verdict = "no faster" if not slower else "faster than " + " and ".join(slower)
+        verdict = "no more than theirs" if not slower else "more than that of " + " and ".join(slower)
         if remark:
             verdict += ": " + remark
         rows.append([f"{operation} ({includes})", "**Toolkit**", *cost_cells(own), f"{grown:.2f}: {verdict}"])
@@ -361,9 +361,9 @@ def thread_lines(table, results):
     out = ["## Many threads", "",
            "The time of one operation while that many threads, or processes, do it at once: the time from their common start to the "
            "end of the last of them, divided by what all of them did. On two processors what needs no lock can fall to a half. "
-           "The last column is the cost with the most threads beside that with one, and whether it grows faster than the others' "
-           f"by more than {THREADS_TOLERANCE - 1:.0%}.", ""]
-    titles = ["operation", "whose", *map(str, counts), "grows"]
+           "The last column is how many times the cost with one thread the cost with the most threads is, and whether that is more than "
+           f"the others' by over {THREADS_TOLERANCE - 1:.0%}.", ""]
+    titles = ["operation", "whose", *map(str, counts), "times as much"]
     return out + markdown_table(titles, thread_rows(table, results.threads)) + [""]
 
 

@@ -18,6 +18,11 @@ install(
   # For consumers whose CMake does not know file sets yet.
   INCLUDES
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The library looks for it in that folder beside itself.
+install(
+  TARGETS toolkit_icu
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/toolkit
+          COMPONENT Toolkit_Runtime)
 install(
   FILES ${PROJECT_SOURCE_DIR}/gdb/toolkit_printers.py ${PROJECT_SOURCE_DIR}/packaging/tsan.supp
   DESTINATION ${CMAKE_INSTALL_DATADIR}/toolkit

@@ -31,19 +31,21 @@ toolkit_package_files(${toolkit_runtime} Toolkit_Runtime)
 toolkit_package_files(${toolkit_runtime}-dbgsym Toolkit_Symbols)
 toolkit_package_files(libtoolkit-dev Toolkit_Development)
 
-# The symbols lie where every debugger looks for them, by the number that the linker gave the library.
+# The symbols lie where every debugger looks for them, by the number that the linker gave each library.
 find_program(TOOLKIT_READELF readelf REQUIRED)
 mark_as_advanced(TOOLKIT_READELF)
-set(toolkit_symbols ${toolkit_docs}/libtoolkit.debug)
-install(
-  CODE "
-    execute_process(COMMAND ${CMAKE_OBJCOPY} --only-keep-debug --compress-debug-sections \"$<TARGET_FILE:toolkit>\"
-                            \"${toolkit_symbols}\" COMMAND_ERROR_IS_FATAL ANY)
-    execute_process(COMMAND ${TOOLKIT_READELF} -n \"${toolkit_symbols}\" OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
-    string(REGEX MATCH \"Build ID: (..)([0-9a-f]+)\" found \"\${notes}\")
-    file(INSTALL \"${toolkit_symbols}\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id/\${CMAKE_MATCH_1}\"
-         PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ RENAME \"\${CMAKE_MATCH_2}.debug\")"
-  COMPONENT Toolkit_Symbols)
+foreach(library toolkit toolkit_icu)
+  set(toolkit_symbols ${toolkit_docs}/${library}.debug)
+  install(
+    CODE "
+      execute_process(COMMAND ${CMAKE_OBJCOPY} --only-keep-debug --compress-debug-sections \"$<TARGET_FILE:${library}>\"
+                              \"${toolkit_symbols}\" COMMAND_ERROR_IS_FATAL ANY)
+      execute_process(COMMAND ${TOOLKIT_READELF} -n \"${toolkit_symbols}\" OUTPUT_VARIABLE notes COMMAND_ERROR_IS_FATAL ANY)
+      string(REGEX MATCH \"Build ID: (..)([0-9a-f]+)\" found \"\${notes}\")
+      file(INSTALL \"${toolkit_symbols}\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id/\${CMAKE_MATCH_1}\"
+           PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ RENAME \"\${CMAKE_MATCH_2}.debug\")"
+    COMPONENT Toolkit_Symbols)
+endforeach()
 
 # The reference is built with everything else.
 find_program(TOOLKIT_DOXYGEN doxygen)

@@ -5,8 +5,8 @@
 #include "tests/reference/PlainDatePattern.h"
 #include "tests/support/FuzzCheck.h"
 #include "tests/support/FuzzText.h"
+#include "toolkit/internal/icu/LocaleName.h"
 #include "toolkit/internal/locale/DateTimeFormat.h"
-#include "toolkit/internal/locale/LocaleName.h"
 #include "toolkit/internal/locale/ShortPattern.h"
 
 namespace

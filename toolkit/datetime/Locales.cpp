@@ -8,7 +8,7 @@
 #include <mutex>
 #include <string>
 
-#include "toolkit/internal/locale/LocaleName.h"
+#include "toolkit/internal/icu/LocaleName.h"
 #include "toolkit/internal/locale/LocalePatterns.h"
 
 namespace Toolkit

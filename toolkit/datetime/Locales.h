@@ -10,7 +10,8 @@ namespace Toolkit
 
 /// What the user's locale says of dates and numbers. The locale is named by the first of the environment
 /// variables LC_ALL, LC_TIME and LANG that is not empty, and looked at anew by each call; what is no name of
-/// a locale counts as the locale "C". Any thread may ask, as long as none changes the environment.
+/// a locale counts as the locale "C", and so does each one while ICU cannot be loaded. Any thread may ask, as
+/// long as none changes the environment.
 ///
 /// @code
 /// Toolkit::TString<wchar_t> format;

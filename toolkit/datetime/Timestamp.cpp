@@ -10,7 +10,7 @@
 #include <wx/datetime.h>
 
 #include "toolkit/datetime/DateTime.h"
-#include "toolkit/internal/locale/LocaleName.h"
+#include "toolkit/internal/icu/LocaleName.h"
 #include "toolkit/internal/locale/LocaleTexts.h"
 #include "toolkit/internal/zones/CalendarDay.h"
 #include "toolkit/internal/zones/CivilTime.h"
@@ -195,7 +195,8 @@ std::string Timestamp::Format(Style style, std::string_view locale) const
         parts.second * s_nMilliseconds + parts.nanosecond / (s_nNanoseconds / s_nMilliseconds);
     moment.offset = CivilTime::LocalOffset(parts.second);
     moment.zone = ZoneName::Local();
-    return LocaleTexts::DateAndTime(std::string(locale), ToStyle(style), moment);
+    const Result<std::string> text = LocaleTexts::DateAndTime(std::string(locale), ToStyle(style), moment);
+    return text ? *text : ToRfc3339(Zone::Local, 0);
 }
 
 Result<Timestamp> Timestamp::FromDateTime(const DateTime& time)

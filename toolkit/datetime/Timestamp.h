@@ -107,7 +107,8 @@ public:
     Fields UtcFields() const noexcept;
 
     /// The local date and time in the words, numbers and calendar of the user's locale, which LC_ALL, LC_TIME
-    /// or LANG names, as ICU writes them, in UTF-8.
+    /// or LANG names, as ICU writes them, in UTF-8. The first call loads ICU; where that fails, the text is
+    /// the local time by RFC 3339, in whole seconds, and the next call tries it again.
     std::string Format(Style style) const;
     /// The same for a locale with a name like "de_DE", "de-DE" or "de_DE.UTF-8". A language that ICU does not
     /// know has the texts of the locale "C", a country or script that it does not know those of the language.

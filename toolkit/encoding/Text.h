@@ -47,6 +47,8 @@ public:
     /// The UTF-8 form of bytes in a charset that has one of the names of IANA, or another one that ICU knows;
     /// case does not matter. A byte-order mark is taken away where the charset says so ("utf-16"), and kept
     /// otherwise. An unknown charset is a failure, `std::errc::invalid_argument`, with and without `Replace`.
+    /// The first call loads ICU; where that fails, the failure is `std::errc::not_supported` and says why,
+    /// and the next call tries it again.
     static Result<std::string> FromCharset(std::string_view bytes, const std::string& charset,
                                            Loss loss = Refuse);
     /// The other way round.

@@ -6,14 +6,14 @@
 
 #include "toolkit/core/TString.h"
 
-// The short patterns of any locale, from ICU, which is called here alone. Any thread may ask; it takes some
-// hundred microseconds, the first time in a process some milliseconds.
+// The short patterns of any locale, from ICU. Any thread may ask; it takes some hundred microseconds, the
+// first time in a process some milliseconds. The locale "C" needs no ICU.
 namespace Toolkit::LocalePatterns
 {
 
 // The date pattern, a space and the time pattern, as ShortPattern lays them out, for a locale named as
 // the environment names it (see LocaleName). Those of the locale "C" when there is no such locale, and
-// where ICU failed, as it does without memory: then `failed`, false else, is true.
+// where ICU failed, as it does without memory, or cannot be loaded: then `failed`, false else, is true.
 TString<wchar_t> ShortPatternsOf(const std::string& locale, bool& failed);
 TString<wchar_t> ShortPatternsOf(const std::string& locale);
 

@@ -55,21 +55,23 @@ bool MayBeReplaced(int folder, const std::string& name)
 
 } // namespace
 
-const char* ZipExtraction::TakenNames::Take(const std::vector<std::string_view>& parts, bool isFolder)
+std::string ZipExtraction::TakenNames::Take(const std::vector<std::string_view>& parts, bool isFolder)
 {
     Name* last = nullptr;
     std::size_t parent = 0;
     for (const std::string_view part : parts)
     {
+        const Result<std::string> folded = FoldText(part);
+        if (!folded)
+            return "its name is not compared with the others: " + folded.error().Message();
         const std::size_t number = m_names.size() + 1;
-        const auto place =
-            m_names.try_emplace({parent, FoldText(part)}, Name{std::string(part), number}).first;
+        const auto place = m_names.try_emplace({parent, *folded}, Name{std::string(part), number}).first;
         last = &place->second;
         if (last->m_strPart != part)
             return "its name is another one's but for case or form";
         parent = last->m_uNumber;
     }
-    return isFolder || !std::exchange(last->m_bIsFile, true) ? nullptr : "its name is another one's";
+    return isFolder || !std::exchange(last->m_bIsFile, true) ? "" : "its name is another one's";
 }
 
 ZipExtraction::ZipExtraction(std::shared_ptr<const ZipFile> file, int root, std::uint64_t bytes,
@@ -80,16 +82,18 @@ ZipExtraction::ZipExtraction(std::shared_ptr<const ZipFile> file, int root, std:
 
 Result<void> ZipExtraction::Extract(const Entry& entry)
 {
-    const char* wrong = WrongInZipPath(entry.bytes.find('\0') != entry.bytes.npos ? entry.bytes : entry.name);
+    const char* const wrongName =
+        WrongInZipPath(entry.bytes.find('\0') != entry.bytes.npos ? entry.bytes : entry.name);
+    std::string wrong = wrongName != nullptr ? wrongName : "";
     // No system call takes a longer one.
     if (entry.name.size() >= PATH_MAX)
         return SystemFailure(c_strAttempt, entry.name, ENAMETOOLONG);
     const std::vector<std::string_view> parts = PartsOfZipPath(entry.name);
-    if (wrong == nullptr && IsSpecial(entry.mode))
+    if (wrong.empty() && IsSpecial(entry.mode))
         wrong = "it is a link or a device";
-    if (wrong == nullptr)
+    if (wrong.empty())
         wrong = m_names.Take(parts, entry.isFolder);
-    if (wrong != nullptr)
+    if (!wrong.empty())
         return Failure(Errc::Refused, c_strAttempt + (" " + entry.name) + ": " + wrong);
     if (entry.size > m_uBytes ||
         (entry.size > s_uNoRatio && entry.size / std::max<std::uint64_t>(entry.compressed, 1) >= m_uRatio))

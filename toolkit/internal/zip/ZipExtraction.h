@@ -50,8 +50,8 @@ private:
     class TakenNames
     {
     public:
-        // What is wrong with a name, or null.
-        const char* Take(const std::vector<std::string_view>& parts, bool isFolder);
+        // What is wrong with a name; empty when nothing is.
+        std::string Take(const std::vector<std::string_view>& parts, bool isFolder);
 
     private:
         // A part of a name, below another one that has a number.

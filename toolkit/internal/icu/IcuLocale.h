@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#ifndef TOOLKIT_INTERNAL_LOCALE_ICULOCALE_H
-#define TOOLKIT_INTERNAL_LOCALE_ICULOCALE_H
+#ifndef TOOLKIT_INTERNAL_ICU_ICULOCALE_H
+#define TOOLKIT_INTERNAL_ICU_ICULOCALE_H
 
 #include <string>
 
 #include <unicode/utypes.h>
 
-#include "toolkit/internal/locale/LocaleName.h"
+#include "toolkit/internal/icu/LocaleName.h"
 
 // The locales that ICU has data for. Any thread may ask.
 namespace Toolkit::IcuLocale

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/locale/LocaleName.h"
+#include "toolkit/internal/icu/LocaleName.h"
 
 #include <algorithm>
 #include <cstdlib>

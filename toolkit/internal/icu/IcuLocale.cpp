@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "toolkit/internal/locale/IcuLocale.h"
+#include "toolkit/internal/icu/IcuLocale.h"
 
 #include <cstring>
 #include <memory>
 
-#include <dlfcn.h>
-#include <unicode/udat.h>
 #include <unicode/uenum.h>
 #include <unicode/uloc.h>
 #include <unicode/ures.h>
@@ -15,15 +13,6 @@ namespace Toolkit
 
 namespace
 {
-
-// ICU keeps what it has read for as long as it is loaded, and would lose it with every unloading: it stays
-// when the library goes.
-void KeepIcuLoaded()
-{
-    Dl_info icu = {};
-    if (dladdr(reinterpret_cast<void*>(&udat_open), &icu) != 0)
-        dlopen(icu.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
-}
 
 // Whether ICU has data for the locale or for one of its parents, which may be of another language: those of
 // "ht_HT" are the French ones of Haiti. Those of its own default locale and of its root do not count.
@@ -41,7 +30,6 @@ std::string IcuLocale::KnownId(const LocaleName& name, UErrorCode& status)
 {
     if (!name.IsValid())
         return std::string();
-    KeepIcuLoaded();
     const std::unique_ptr<UEnumeration, decltype(&uenum_close)> locales(
         uloc_openAvailableByType(ULOC_AVAILABLE_WITH_LEGACY_ALIASES, &status), &uenum_close);
     const std::string wanted = name.Language();

@@ -68,7 +68,7 @@ std::string Charset()
 // Extracts an archive in the working folder, one name of which is not ASCII.
 std::string Names()
 {
-    ZipWriter zip = std::move(ZipWriter::Create("names.zip").value());
+    ZipWriter zip = ZipWriter::Create("names.zip").value();
     zip.Add("a/Plain.txt", "text").value();
     zip.Add("gr\u00FCn.txt", "text").value();
     zip.Finish().value();

@@ -223,7 +223,7 @@ void AddLog(const std::string& name, Open open)
                                      }
                                  })
         ->Iterations(1)
-        ->Repetitions(ToolkitBench::IsBrief() ? 1 : 3)
+        ->Repetitions(ToolkitBench::IsBrief() ? 2 : 3)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
 }

@@ -317,12 +317,12 @@ def loss_lines(operations):
     rows = loss_rows(operations)
     out = ["## Where we lose", "",
            f"Of {len(measured)} rows with something to compare with, these take longer than the best peer by more than "
-           f"{LOSS - 1:.0%}, or longer than their limit allows. In all others the library is level or ahead.", ""]
-    return out + markdown_table(["operation", "face", "its time", "why"], rows) + [""]
+           f"{LOSS - 1:.0%}, or longer than their limit's goal allows. The column \"met\" tells of every goal.", ""]
+    return out + markdown_table(["operation", "for", "its time", "why"], rows) + [""]
 
 
 def subject_lines(subject):
-    titles = ["operation", "face", "its time includes", "median", "to the best peer (all of them)", "to the limit", "allocations",
+    titles = ["operation", "for", "its time includes", "median", "to the best peer (all of them)", "to the limit", "allocations",
               "goal", "met"]
     out = [f"## {subject.title}", ""]
     for text in subject.texts:
@@ -406,7 +406,7 @@ def main():
     out += peer_lines(bench / "peers.txt", versions, operations, (folder / "missing.txt").read_text().split())
     out += ["## Memory", "", "Allocations of one operation, and the most memory that it held at a time, on the calling "
             "thread; of a whole process, in its `main`.", ""]
-    out += markdown_table(["operation", "face", "Toolkit", "others"], memory_rows(operations))
+    out += markdown_table(["operation", "for", "Toolkit", "others"], memory_rows(operations))
     counts = growth.load_counts(folder)
     out += ["", "## How cost grows", "", growth.RULE, ""]
     if not counts:

@@ -218,7 +218,7 @@ TEST(SystemInfo, AnswersOnSeveralThreadsAtOnce)
         thread.join();
 }
 
-TEST(SystemInfo, AnswersQuestionsAboutRightsAlwaysTheSame)
+TEST(SystemInfo, HasFixedAnswersAboutRights)
 {
     EXPECT_FALSE(SystemInfo::HasAdministratorCredentials());
     EXPECT_FALSE(SystemInfo::HasPowerUserCredentials());
@@ -477,7 +477,7 @@ TEST(SystemInfo, AnswersMinusOneWhenTheChildCannotBeWaitedFor)
     EXPECT_EQ(SystemInfo::StartProcess(L"/bin/true", L"", true), -1);
 }
 
-TEST(SystemInfo, AnswersTheErrorWhenNoChildCanBeMade)
+TEST(SystemInfo, ReturnsTheErrorWhenNoChildCanBeMade)
 {
     // The limit holds for every user but root.
     EXPECT_TRUE(ToolkitTest::AsNobody(

@@ -78,7 +78,7 @@ void operator delete(void* memory, std::size_t) noexcept
     Free(memory);
 }
 
-TEST(TeardownOrder, SingletonsGoInTheirOwnOrderEachWithItsHolder)
+TEST(TeardownOrder, SingletonsAreDestroyedInTheirOwnOrderEachWithItsHolder)
 {
     ToolkitModule module;
     module.Initialize();

@@ -356,7 +356,7 @@ TEST(ArchiveZip, ListsNamesInAUtf8Locale)
     EXPECT_FALSE(open[L"caf\u00E9"].IsNull());
 }
 
-TEST(ArchiveZip, ListsOnBehindANameOfNoLength)
+TEST(ArchiveZip, ListsOnAfterANameOfNoLength)
 {
     const TemporaryFolder folder;
     MakeArchiveOfOldNames(folder);
@@ -575,7 +575,7 @@ TEST(ArchiveZip, FailsToListBehindAnEntryReadToItsEnd)
     ExpectListingFails(open.archive, s_strNotValid);
 }
 
-TEST(ArchiveZip, ListsOnBehindAnEntryReadInPart)
+TEST(ArchiveZip, ListsOnAfterAnEntryReadInPart)
 {
     const TemporaryFolder folder;
     MakeSmallArchive(folder, "a.zip");

@@ -235,7 +235,7 @@ TEST(TextInputStream, NothingIsReadBehindBrokenText)
         EXPECT_EQ(L"", NextWord(stream));
 }
 
-TEST(TextInputStream, ZeroEndsAWord)
+TEST(TextInputStream, NulEndsAWord)
 {
     TextInputStream stream(new wxMemoryInputStream("a\0b \0c", 6));
     for (const wchar_t* word : {L"a", L"b", L"", L"c", L""})

@@ -202,7 +202,7 @@ TEST(ZipInputStream, ReadsWords)
         EXPECT_EQ(OneEntry(row.content).Words(), row.words) << row.content;
 }
 
-TEST(ZipInputStream, EndsAWordAtAZero)
+TEST(ZipInputStream, EndsAWordAtANul)
 {
     const OneEntry entry(std::string("a\0b c", 5));
     Text first;

@@ -679,7 +679,7 @@ TEST(FileLogger, WithoutAThreadWritesItsQueueWhenItGoes)
     EXPECT_EQ("one two", file.Bytes());
 }
 
-TEST(FileLoggerTiming, GoesAfterHalfASecondOfQuiet)
+TEST(FileLoggerTiming, EndsAfterHalfASecondOfQuiet)
 {
     const LogFile file;
     std::optional<FileLogger> logger;

@@ -13,7 +13,7 @@ namespace Toolkit
 {
 
 /// Where an application keeps the files of its user: a folder of the application's name below each XDG base
-/// directory, which XDG_CONFIG_HOME and its like name. The base directories are found out once,
+/// directory (XDG_CONFIG_HOME and the others). The base directories are found out once,
 /// from the environment, which is not read in a process that has more rights than its user. Nothing is made:
 /// whoever writes there makes the folder, for its user alone (0700), as `WriteFile` does. A value that is
 /// cheap to copy; any thread may read it.

@@ -109,8 +109,8 @@ public:
     /// not serve yet. `Errc::NotAnswered`: the first instance ends, has ended, or could not take the command.
     /// `Errc::Refused`: somebody else than this user listens.
     /// An `IPCServer` gets the one argument as its command, or several as the command line that
-    /// `CmdLineParser` takes apart; arguments that are no UTF-8 or have a NUL are not for it. What it took
-    /// has the answer 0 without a text.
+    /// `CmdLineParser` takes apart; it fails with `Errc::NotAnswered` for arguments that it
+    /// cannot take. What it took has the answer 0 without a text.
     Result<Answer> Ask(const std::vector<std::string>& arguments) const;
     /// The same with a time-out, after which it fails with `Errc::NotAnswered`.
     Result<Answer> Ask(const std::vector<std::string>& arguments, std::chrono::nanoseconds timeout) const;
@@ -120,8 +120,8 @@ public:
     /// the executor; or each at once. What a handler throws is an answer of code 1 with its `what()`; one
     /// that ends its thread gives its asker a failure. Where there are no threads to be had, or the executor
     /// throws, askers get a failure. The command of an `IPCClient` is one argument, and its answer is for
-    /// nobody. Handlers block the signals that the caller of this blocks, and the other
-    /// threads all.
+    /// nobody. A handler runs with the signal mask that the caller of this had; the library's
+    /// other threads block all signals.
     void Serve(Handler handler);
     /// The same, but the executor calls the handler, one command after the other.
     void Serve(Handler handler, Executor executor);

@@ -67,8 +67,8 @@ public:
     Plugin& operator=(const Plugin&) = delete;
     virtual ~Plugin();
 
-    /// Known from the constructor on; of an object that the program makes itself it knows nothing,
-    /// and of one that a plug-in's constructor makes it knows what it knows of that plug-in.
+    /// What is known of this plug-in, from its constructor on. An object that the program makes itself has an
+    /// empty one; one that a plug-in's constructor makes has that plug-in's.
     const PluginInfo& Info() const noexcept;
 
 protected:

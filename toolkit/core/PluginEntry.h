@@ -38,8 +38,8 @@ constexpr PluginInterface ToolkitPluginInterface(PluginInterfaceTag<Interface>) 
 }
 
 /// The object that a program hands to each plug-in's constructor, or none. Its class may be derived from the
-/// one that a plug-in asks for, and is then known to the program alone: only a pointer that is thrown finds
-/// the way from one to the other at run time.
+/// one that a plug-in asks for. Only the program knows that; the conversion is made by throwing the pointer
+/// and catching it as the other type.
 class TOOLKIT_API PluginContext
 {
 public:

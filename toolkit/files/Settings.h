@@ -20,7 +20,7 @@ namespace Toolkit
 /// A settings file of sections and keys that is read whole, asked, changed and saved. It reads what `IniFile`
 /// reads: "[name]" over the whole line begins a section, ";" in the first column a comment, and the first of
 /// equal keys counts; a byte-order mark selects UTF-8, UTF-16 or UTF-32. Names are compared exactly. `Save`
-/// writes only the lines that were changed anew: comments, order, spacing, line ends and mark stay. Any
+/// rewrites only the lines that were changed: comments, order, spacing, line ends and mark stay. Any
 /// number of threads may use one object, which locks itself; a copy is a snapshot with a life of its own.
 /// Whoever assigns to an object or destroys it does so alone. One that was moved from has no keys, and
 /// refuses to be changed and saved.

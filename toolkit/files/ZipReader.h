@@ -152,8 +152,9 @@ public:
     /// Extracts every entry below a folder, which is made if it is missing. A file that is there is replaced.
     /// Whatever the archive or another process does meanwhile, nothing outside the folder is made or changed:
     /// refused are names that are absolute, hold "..", a backslash or a NUL, that differ from another one in
-    /// case or form alone, links, devices, and whatever would go through a link or over something else than a
-    /// file. It fails as a whole when the folder cannot be opened or the archive has too many entries.
+    /// case or form alone, names beyond ASCII while ICU cannot be loaded, links, devices, and whatever would
+    /// go through a link or over something else than a file. It fails as a whole when the folder cannot be
+    /// opened or the archive has too many entries.
     Result<ZipReport> ExtractAll(const std::filesystem::path& folder,
                                  const ZipLimits& limits = ZipLimits()) const;
 

@@ -13,8 +13,8 @@ namespace Toolkit
 {
 
 /// One line of the log, as every LogSink gets it. The library fills it in; a sink reads it, and may copy it
-/// to keep it. It belongs to one thread at a time. `file` is text that the code which logged brought along:
-/// it ends when a plug-in is unloaded.
+/// to keep it. It belongs to one thread at a time. `file` points into the code that logged; after a
+/// plug-in is unloaded it must not be read.
 ///
 /// @code
 /// void Show(const Toolkit::LogRecord& record)

@@ -35,8 +35,8 @@ public:
     RunLogOptions& operator=(RunLogOptions other) noexcept;
     ~RunLogOptions();
 
-    /// Where the files lie; made when it is missing, for its user alone. Without a folder it is "logs" in the
-    /// folder of that name that Folders tells for the state of an application.
+    /// Where the files lie; made when it is missing, for its user alone. Unless said, it is `State() /
+    /// "logs"` of the application `name` (see Folders).
     RunLogOptions& Folder(std::filesystem::path folder);
     /// How many files stay, the one that is written included; 5 unless said, and 0 keeps all.
     RunLogOptions& Keep(unsigned int files);

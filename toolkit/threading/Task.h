@@ -104,11 +104,11 @@ public:
     /// How far the work is, as it reported last.
     TaskProgress Progress() const;
 
-    /// Has `changed` called after reports, at most every 50 ms, and once at the end: on the task's thread,
-    /// while it reports or sleeps, or by `executor`. The call at the end is the last one, and the only one
-    /// whose progress is finished. One that is given after the end is called at once. It replaces the one
-    /// before; none is called any more after an empty one, nor once the task is destroyed, which waits for a
-    /// call that is under way on another thread. What `changed` or `executor` throws is dropped.
+    /// Has `changed` called after reports, at most every 50 ms, and once more at the end, with a progress
+    /// that is finished; after that never again. It is called on the task's thread while that reports or
+    /// sleeps, or by `executor`. A function that is given after the end is called at once. A new one replaces
+    /// the one before, and an empty one ends the calls. Destroying the task ends them, too, and waits for one
+    /// that is under way on another thread. What `changed` or `executor` throws is dropped.
     void OnChange(std::function<void(const TaskProgress&)> changed, Executor executor = Executor());
 
     TaskBase(const TaskBase&) = delete;

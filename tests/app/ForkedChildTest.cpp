@@ -21,6 +21,7 @@
 #include "toolkit/app/SingleApplicationInstance.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/log/FileLogger.h"
+#include "toolkit/log/LogRecord.h"
 #include "toolkit/log/RunLog.h"
 
 using Toolkit::FileLogger;
@@ -43,8 +44,12 @@ namespace
 class Host
 {
 public:
-    explicit Host(const std::function<bool(const std::function<void()>& forkAndWait)>& work)
-        : m_process(
+    // `inChild` is what the forked child does before it waits.
+    explicit Host(
+        const std::function<bool(const std::function<void()>& forkAndWait)>& work,
+        const std::function<void()>& inChild = [] {})
+        : m_inChild(inChild),
+          m_process(
               [this, work]() -> ChildAnswer
               {
                   close(m_ends.m_out[0]);
@@ -95,6 +100,7 @@ private:
             pause();
             return;
         }
+        m_inChild();
         char byte = 'r';
         static_cast<void>(write(m_ends.m_out[1], &byte, 1));
         while (read(m_ends.m_in[0], &byte, 1) > 0)
@@ -103,6 +109,7 @@ private:
     }
 
     Ends m_ends;
+    const std::function<void()> m_inChild;
     ForkedCopy m_process;
 };
 
@@ -191,6 +198,26 @@ TEST(ForkedChild, KeepsNoFileOfARunInUse)
     ASSERT_EQ(1, files());
     EXPECT_TRUE(RunLog::Open(options));
     EXPECT_EQ(1, files());
+}
+
+// As a program that goes on in the background does.
+TEST(ForkedChild, KeepsTheFileOfARunThatItWrites)
+{
+    const TemporaryFolder folder;
+    const RunLogOptions options = RunLogOptions("run").Folder(folder.Path()).Keep(1);
+    std::shared_ptr<RunLog> log;
+    Host host(
+        [&](const std::function<void()>& forkAndWait)
+        {
+            log = RunLog::Open(options).value();
+            forkAndWait();
+            return false;
+        },
+        [&log] { log->Write(Toolkit::LogRecord()); });
+    ASSERT_TRUE(host.KillWhenReady());
+    const std::filesystem::path own = std::filesystem::directory_iterator(folder.Path())->path();
+    EXPECT_TRUE(RunLog::Open(options));
+    EXPECT_TRUE(std::filesystem::exists(own));
 }
 
 TEST(ForkedChild, KeepsNoInstanceAlive)

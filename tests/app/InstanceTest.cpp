@@ -170,19 +170,26 @@ std::size_t Mappings()
     return lines;
 }
 
+// A socket of that type in the place of whatever has the path.
+int BoundSocket(const std::string& path, int type)
+{
+    std::filesystem::remove(path);
+    const int socket = ::socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(0, bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
+    return socket;
+}
+
 // Listens in the place of the first instance.
 class FakeServer
 {
 public:
-    explicit FakeServer(const std::string& path)
-        : m_strPath(path), m_iSocket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    explicit FakeServer(const std::string& path, int backlog = 8)
+        : m_strPath(path), m_iSocket(BoundSocket(path, SOCK_STREAM))
     {
-        std::filesystem::remove(path);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        EXPECT_EQ(0, bind(m_iSocket, reinterpret_cast<const sockaddr*>(&address), sizeof address));
-        EXPECT_EQ(0, listen(m_iSocket, 8));
+        EXPECT_EQ(0, listen(m_iSocket, backlog));
     }
     ~FakeServer()
     {
@@ -975,6 +982,19 @@ TEST_F(InstanceTest, WhatIsNoClassicServerOfItsUserIsNoFirst)
     EXPECT_TRUE(Claim(path).IsFirst());
     EXPECT_TRUE(Claim(path + std::string(1, '\0')).IsFirst());
     EXPECT_TRUE(std::filesystem::is_regular_file(path));
+    const int datagrams = BoundSocket(path, SOCK_DGRAM);
+    EXPECT_TRUE(Claim(path).IsFirst());
+    close(datagrams);
+}
+
+TEST_F(InstanceTest, ClassicServerThatTakesNobodyMoreIsTheFirst)
+{
+    const std::string path = m_folder.Path("watch.ipc");
+    const FakeServer server(path, 0);
+    const ToolkitTest::RawClient client(path);
+    const Instance second = Claim(path);
+    EXPECT_FALSE(second.IsFirst());
+    EXPECT_EQ("cannot ask " + path + ": no answer in time", second.Ask({"open"}, 50ms).error().Message());
 }
 
 TEST_F(InstanceTest, ListenerAtAPortIsNoFirst)

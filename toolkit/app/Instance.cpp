@@ -61,6 +61,11 @@ Failure NotAnswered(const std::string& key, const char* why)
     return Failure(Errc::NotAnswered, "cannot ask " + key + ": " + why);
 }
 
+Failure RefusedByStranger(const std::string& key)
+{
+    return Failure(Errc::Refused, "cannot ask " + key + ": another user listens");
+}
+
 // Where an `IPCServer` listens whose service is the key; nowhere where that is no local one, as anybody may
 // listen at a port.
 IPCAddress ServerOf(const std::string& key)
@@ -223,7 +228,10 @@ struct Instance::Content
         struct flock lock = WholeFile();
         if (m_lock.IsOpen() && fcntl(m_lock.Get(), F_OFD_SETLK, &lock) == 0)
         {
-            if (!HasServer())
+            const Result<bool> hasServer = HasServer();
+            if (!hasServer)
+                return hasServer.error();
+            if (!*hasServer)
                 return Listen();
             ChangeLock(F_UNLCK);
             return {};
@@ -245,12 +253,15 @@ struct Instance::Content
     }
 
     // True when an `IPCServer` of that name lives, be it too busy to take a client.
-    bool HasServer() const
+    Result<bool> HasServer() const
     {
+        using Opened = IPCConversation::Opened;
         IPCConversation probe(Clock::now(), Wait);
-        const IPCConversation::Opened opened =
-            m_server.IsLocal() ? probe.Open(m_server) : IPCConversation::Opened::Nobody;
-        return opened == IPCConversation::Opened::Yes || opened == IPCConversation::Opened::No;
+        const Opened opened = m_server.IsLocal() ? probe.Open(m_server) : Opened::Nobody;
+        // What has the name but is no such socket is no server, and neither is one that has just ended.
+        if (opened == Opened::No && errno != EPROTOTYPE && errno != ENOENT)
+            return SystemFailure("cannot claim", m_strKey, errno);
+        return opened == Opened::Yes || opened == Opened::Busy;
     }
 
     bool IsFirst() const { return m_pServer != nullptr; }
@@ -259,9 +270,14 @@ struct Instance::Content
     Result<Answer> TellServer(const std::vector<std::string>& arguments,
                               std::optional<Clock::time_point> end) const
     {
+        using Opened = IPCConversation::Opened;
         IPCConversation conversation(end, IPCEndpoint::WaitFor);
-        if (!m_server.IsLocal() || conversation.Open(m_server) != IPCConversation::Opened::Yes)
-            return NotAnswered(m_strKey, "the first instance has ended");
+        const Opened opened = m_server.IsLocal() ? conversation.Open(m_server) : Opened::Nobody;
+        if (opened == Opened::Stranger)
+            return RefusedByStranger(m_strKey);
+        if (opened != Opened::Yes)
+            return NotAnswered(m_strKey,
+                               opened == Opened::Busy ? "no answer in time" : "the first instance has ended");
         const std::optional<TString<char>> text = CommandText(arguments);
         if (!text)
             return NotAnswered(m_strKey, "these arguments are no text for its server");
@@ -355,7 +371,7 @@ Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments
          opened = conversation.Open(address))
     {
         if (opened == IPCConversation::Opened::Stranger)
-            return Failure(Errc::Refused, "cannot ask " + key + ": another user listens");
+            return RefusedByStranger(key);
         if (!m_pContent->HasFirst())
             return m_pContent->IsFirst() ? NotAnswered(key, "this instance cannot serve")
                                          : m_pContent->TellServer(arguments, end);

@@ -5,13 +5,16 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
+#include <sstream>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 
+#include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SharedLibrary.h"
+#include "toolkit/internal/system/Transfer.h"
 
 namespace Toolkit
 {
@@ -22,11 +25,20 @@ namespace
 // Constant-initialised and trivially destroyed, so that dates are shown before and after any static object.
 std::atomic<const IcuCalls*> s_pCalls{nullptr};
 
+std::string Content(const Descriptor& file)
+{
+    std::string content;
+    char block[4096];
+    while (const std::size_t count = ReadUpTo(file.Get(), block, sizeof(block)))
+        content.append(block, count);
+    return content;
+}
+
 // The file that holds this address, as the system has mapped it; empty where it does not tell.
 std::string MappedFile(const void* address)
 {
     const auto wanted = reinterpret_cast<std::uintptr_t>(address);
-    std::ifstream maps("/proc/self/maps");
+    std::istringstream maps(Content(Descriptor(open("/proc/self/maps", O_RDONLY | O_CLOEXEC))));
     for (std::string line; std::getline(maps, line);)
     {
         std::uintptr_t begin = 0;

@@ -92,7 +92,7 @@ IPCConversation::Opened IPCConversation::ConnectTo(const IPCAddress& address)
             return WaitFor(POLLOUT) && HasNoError() ? Opened::Yes : Opened::No;
         case IPCSocket::Connected::Full:
             if (!IsTimeLeft())
-                return Opened::No;
+                return Opened::Busy;
             Pause(s_iRetryPause);
             break;
         case IPCSocket::Connected::Nobody:

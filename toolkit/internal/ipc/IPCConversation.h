@@ -34,6 +34,9 @@ public:
         Nobody,
         // Somebody else listens there.
         Stranger,
+        // A server listens there, and takes nobody more for now.
+        Busy,
+        // It cannot be told, for the reason in errno.
         No
     };
     Opened Open(const IPCAddress& address);

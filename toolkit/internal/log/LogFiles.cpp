@@ -70,8 +70,13 @@ bool LogFiles::Open()
 
 bool LogFiles::Write(std::string_view lines, std::chrono::system_clock::time_point time)
 {
-    if (IsTimeToLook(time) && m_file.IsOpen() && !IsInPlace())
-        m_file = Descriptor();
+    if (IsTimeToLook(time) && m_file.IsOpen())
+    {
+        if (!IsInPlace())
+            m_file = Descriptor();
+        else if (m_process != getpid())
+            Lock(m_file);
+    }
     const bool isFull = m_uMaxSize != 0 && m_uSize != 0 && m_uSize + lines.size() > m_uMaxSize;
     if (!m_file.IsOpen())
     {
@@ -182,8 +187,8 @@ bool LogFiles::OpenAt(Moment moment)
     return true;
 }
 
-// By a descriptor of its own, which no forked child shares: one that lives on may write to the file, but does
-// not keep it in use when this process has ended. Without a lock the file is only less safe from other runs.
+// By a descriptor of its own, which no forked child shares: a child keeps the file in use only once it writes
+// there itself. Without a lock the file is only less safe from other runs.
 void LogFiles::Lock(const Descriptor& file)
 {
     const std::string path = "/proc/self/fd/" + std::to_string(file.Get());
@@ -191,9 +196,10 @@ void LogFiles::Lock(const Descriptor& file)
         [&path]
         {
             Descriptor lock(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-            lock.TryLock();
+            lock.TryShareLock();
             return lock;
         });
+    m_process = getpid();
 }
 
 fs::path LogFiles::PathAt(Moment moment) const

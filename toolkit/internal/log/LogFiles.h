@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include <sys/types.h>
+
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/UnsharedDescriptor.h"
 
@@ -44,7 +46,7 @@ private:
     bool Append(std::string_view lines);
     // Takes back the bytes that were written of lines that did not fit; errno stays.
     void TakeBack(std::size_t written);
-    // Tells other runs that the file is in use.
+    // Tells other runs that the file is in use by this process.
     void Lock(const Descriptor& file);
     // True when the file is still where it was made.
     bool IsInPlace() const;
@@ -69,6 +71,8 @@ private:
 
     Descriptor m_file;
     UnsharedDescriptor m_lock;
+    // Which process took the lock.
+    pid_t m_process = 0;
     std::filesystem::path m_path;
     std::uint64_t m_uSize = 0;
     std::uint64_t m_uDevice = 0;

@@ -25,6 +25,11 @@ bool Descriptor::TryLock() const
     return flock(m_iDescriptor, LOCK_EX | LOCK_NB) == 0;
 }
 
+bool Descriptor::TryShareLock() const
+{
+    return flock(m_iDescriptor, LOCK_SH | LOCK_NB) == 0;
+}
+
 std::FILE* Descriptor::ToStream(const char* mode)
 {
     std::FILE* const stream = IsOpen() ? fdopen(m_iDescriptor, mode) : nullptr;

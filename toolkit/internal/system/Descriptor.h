@@ -37,6 +37,8 @@ public:
     // Takes the advisory lock of the file, which lasts as long as the descriptor and its copies; it never
     // waits. False when another descriptor holds it, or there can be none.
     bool TryLock() const;
+    // The same lock, which several hold at once while nobody holds it alone.
+    bool TryShareLock() const;
 
     // Hands the descriptor over to a stream that `mode` describes as for `fopen`; null on failure, and then
     // it is closed.

@@ -9,11 +9,10 @@
 #include <thread>
 #include <vector>
 
-#define PCRE2_CODE_UNIT_WIDTH 8
 #include <fcntl.h>
-#include <pcre2.h>
 #include <unistd.h>
 
+#include "bench/BareCode.h"
 #include "bench/Bench.h"
 #include "bench/Threads.h"
 #include "toolkit/app/Process.h"
@@ -124,13 +123,7 @@ void AddBareSearch()
         "limit",
         []
         {
-            int error = 0;
-            PCRE2_SIZE offset = 0;
-            const std::shared_ptr<pcre2_code> code(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(s_strPattern),
-                                                                 PCRE2_ZERO_TERMINATED, PCRE2_UTF, &error,
-                                                                 &offset, nullptr),
-                                                   &pcre2_code_free);
-            pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE);
+            const std::shared_ptr<pcre2_code> code = CompileBare(s_strPattern);
             return Bare{
                 code, std::shared_ptr<pcre2_match_data>(
                           pcre2_match_data_create_from_pattern(code.get(), nullptr), &pcre2_match_data_free)};

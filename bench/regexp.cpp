@@ -4,13 +4,12 @@
 #include <regex>
 #include <string>
 
-#define PCRE2_CODE_UNIT_WIDTH 8
-#include <pcre2.h>
 #ifndef BENCH_PCRE2
 #include <pcre.h>
 #endif
 #include <wx/regex.h>
 
+#include "bench/BareCode.h"
 #include "bench/Bench.h"
 #include "toolkit/regExp/MatchResult.h"
 #include "toolkit/regExp/Pattern.h"
@@ -136,24 +135,19 @@ void RegisterMatch()
 struct BareCode
 {
     explicit BareCode(const char* pattern)
+        : code(CompileBare(pattern)), data(pcre2_match_data_create_from_pattern(code.get(), nullptr))
     {
-        int error = 0;
-        PCRE2_SIZE offset = 0;
-        code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern), PCRE2_ZERO_TERMINATED, PCRE2_UTF, &error,
-                             &offset, nullptr);
-        pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
-        data = pcre2_match_data_create_from_pattern(code, nullptr);
     }
 
     // The end of the match after `start`; 0 without one.
     std::size_t Find(const std::string& subject, std::size_t start, std::uint32_t options) const
     {
-        const int result = pcre2_match(code, reinterpret_cast<PCRE2_SPTR>(subject.data()), subject.size(),
-                                       start, options, data, nullptr);
+        const int result = pcre2_match(code.get(), reinterpret_cast<PCRE2_SPTR>(subject.data()),
+                                       subject.size(), start, options, data, nullptr);
         return result > 0 ? pcre2_get_ovector_pointer(data)[1] : 0;
     }
 
-    pcre2_code* code;
+    std::shared_ptr<pcre2_code> code;
     pcre2_match_data* data;
 };
 

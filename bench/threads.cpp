@@ -8,9 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#define PCRE2_CODE_UNIT_WIDTH 8
 #include <fcntl.h>
-#include <pcre2.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -18,6 +16,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "bench/BareCode.h"
 #include "bench/Bench.h"
 #include "bench/Threads.h"
 #include "toolkit/app/Instance.h"
@@ -194,13 +193,7 @@ void AddFind()
     Add("Find", "limit", times,
         []
         {
-            int error = 0;
-            PCRE2_SIZE offset = 0;
-            const std::shared_ptr<pcre2_code> code(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(s_strPattern),
-                                                                 PCRE2_ZERO_TERMINATED, PCRE2_UTF, &error,
-                                                                 &offset, nullptr),
-                                                   &pcre2_code_free);
-            pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE);
+            const std::shared_ptr<pcre2_code> code = CompileBare(s_strPattern);
             return [code](std::size_t count)
             {
                 const std::unique_ptr<pcre2_match_data, void (*)(pcre2_match_data*)> data(

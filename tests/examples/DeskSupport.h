@@ -52,6 +52,15 @@ protected:
         return std::make_unique<TalkingProgram>(m_strProgram, arguments);
     }
 
+    // The same with an index that is paused before its first mail.
+    std::unique_ptr<TalkingProgram> StartPaused() const
+    {
+        auto first = StartFirst({"-paused"});
+        EXPECT_EQ(first->Answer(), "takes commands");
+        EXPECT_EQ(first->Answer(), "the index is paused before the first mail");
+        return first;
+    }
+
     // Another start, to its end: of the console's desk, as both are one application.
     static ProgramResult Start(const std::string& option, const std::string& value)
     {

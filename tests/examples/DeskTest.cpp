@@ -48,9 +48,7 @@ TEST_F(Desk, HandsAFileToTheFirstAndEnds)
 
 TEST_F(Desk, TakesCommandsWhileTheIndexIsUnderWay)
 {
-    const auto first = StartFirst({"-paused"});
-    EXPECT_EQ(first->Answer(), "takes commands");
-    EXPECT_EQ(first->Answer(), "the index is paused before the first mail");
+    const auto first = StartPaused();
     EXPECT_EQ(Start("-open", Data("notes/members.txt")).m_iExitCode, 0);
     EXPECT_EQ(first->Answer(), "opened members.txt: \"members.txt\", 10 places hidden");
     EXPECT_EQ(Send("resume"), 0);
@@ -61,9 +59,7 @@ TEST_F(Desk, TakesCommandsWhileTheIndexIsUnderWay)
 
 TEST_F(Desk, QuitsWhileTheIndexIsUnderWay)
 {
-    const auto first = StartFirst({"-paused"});
-    EXPECT_EQ(first->Answer(), "takes commands");
-    EXPECT_EQ(first->Answer(), "the index is paused before the first mail");
+    const auto first = StartPaused();
     EXPECT_EQ(Send("quit"), 0);
     EXPECT_EQ(first->Answer(), "the index was stopped after 0 mails");
     EXPECT_EQ(first->Answer(), "ends");
@@ -72,9 +68,7 @@ TEST_F(Desk, QuitsWhileTheIndexIsUnderWay)
 
 TEST_F(Desk, CancelsTheIndex)
 {
-    const auto first = StartFirst({"-paused"});
-    EXPECT_EQ(first->Answer(), "takes commands");
-    EXPECT_EQ(first->Answer(), "the index is paused before the first mail");
+    const auto first = StartPaused();
     EXPECT_EQ(Send("cancel"), 0);
     EXPECT_EQ(first->Answer(), "the index was stopped after 0 mails");
     EXPECT_EQ(Ask("list"), "");
@@ -156,9 +150,7 @@ TEST_F(Desk, RefusesASettingWithoutASection)
 
 TEST_F(Desk, HandsAnAttachmentToItsProgram)
 {
-    const auto first = StartFirst({"-paused"});
-    EXPECT_EQ(first->Answer(), "takes commands");
-    EXPECT_EQ(first->Answer(), "the index is paused before the first mail");
+    const auto first = StartPaused();
     EXPECT_EQ(Ask("attachment " + Data("mails/5-roster.eml")), "roster.txt is handed to its program\n");
     EXPECT_EQ(first->Answer(), "roster.txt");
     EXPECT_EQ(first->Answer(), "2026-06-08 Amélie Rousseau");

@@ -147,6 +147,14 @@ int LinesOfAThread()
     return lines != nullptr ? std::atoi(lines) : 2000;
 }
 
+// No file of this process may have more bytes; a write that would make one longer fails.
+void LimitFiles(rlim_t bytes)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
 } // namespace
 
 TEST_F(RunLogTest, LineHasItsFieldsAndIsThereBeforeTheStatementEnds)
@@ -346,9 +354,7 @@ TEST_F(RunLogTest, LimitOfAFilesSizeBeginsAnother)
     EXPECT_TRUE(ToolkitTest::InChild(
         [this]() -> ToolkitTest::ChildAnswer
         {
-            std::signal(SIGXFSZ, SIG_IGN);
-            const rlimit limit = {1000, 1000};
-            setrlimit(RLIMIT_FSIZE, &limit);
+            LimitFiles(1000);
             const std::shared_ptr<RunLog> log = OpenLog(Options().Keep(0));
             for (const std::string& message : Numbered("a line of some length ", 50))
                 log->Write(RecordOf(message));
@@ -525,9 +531,7 @@ TEST_F(RunLogTest, FullFileCostsNoLineOfAForkedProcess)
     EXPECT_TRUE(ToolkitTest::InChild(
         [this]() -> ToolkitTest::ChildAnswer
         {
-            std::signal(SIGXFSZ, SIG_IGN);
-            const rlimit limit = {1000, 1000};
-            setrlimit(RLIMIT_FSIZE, &limit);
+            LimitFiles(1000);
             const std::shared_ptr<RunLog> log = OpenLog(Options().Keep(0));
             log->Write(RecordOf("of the one"));
             const testing::AssertionResult child = ToolkitTest::InChild(

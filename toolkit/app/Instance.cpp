@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "toolkit/internal/ipc/IPCAddress.h"
+#include "toolkit/internal/ipc/IPCCommandText.h"
 #include "toolkit/internal/ipc/IPCConversation.h"
 #include "toolkit/internal/ipc/IPCEndpoint.h"
 #include "toolkit/internal/ipc/IPCMessage.h"
@@ -72,32 +73,6 @@ IPCAddress ServerOf(const std::string& key)
 {
     const IPCAddress address(key.find('\0') == key.npos ? Utf8Codec::Decode(key) : TString<wchar_t>());
     return address.IsLocal() ? address : IPCAddress(TString<wchar_t>());
-}
-
-// Several arguments as `CmdLineParser` takes them apart; none where it cannot.
-std::optional<TString<char>> CommandLine(const std::vector<std::string>& arguments)
-{
-    TString<char> line;
-    for (const std::string& argument : arguments)
-    {
-        const bool isGrouped =
-            argument.empty() || argument.front() == '"' || argument.find_first_of(" \t") != argument.npos;
-        if (isGrouped && argument.find('"') != argument.npos)
-            return std::nullopt;
-        line.append(line.empty() ? "" : " ").append(isGrouped ? "\"" + argument + "\"" : argument);
-    }
-    return line;
-}
-
-// The one text that an `IPCServer` takes: a single argument is taken as it is. None for what is no such text.
-std::optional<TString<char>> CommandText(const std::vector<std::string>& arguments)
-{
-    const std::optional<TString<char>> line =
-        arguments.size() == 1 ? TString<char>(arguments.front()) : CommandLine(arguments);
-    if (!line || line->find('\0') != line->npos || Utf8Codec::Decode(*line).empty() != line->empty() ||
-        line->size() >= IPCMessage::s_uLargestPart)
-        return std::nullopt;
-    return line;
 }
 
 InstanceWire::Answer Execute(const Instance::Handler& handler, InstanceWire::Command command)
@@ -278,7 +253,7 @@ struct Instance::Content
         if (opened != Opened::Yes)
             return NotAnswered(m_strKey,
                                opened == Opened::Busy ? "no answer in time" : "the first instance has ended");
-        const std::optional<TString<char>> text = CommandText(arguments);
+        const std::optional<TString<char>> text = IPCCommandText::FromArguments(arguments);
         if (!text)
             return NotAnswered(m_strKey, "these arguments are no text for its server");
         if (!conversation.SendCommand(*text))

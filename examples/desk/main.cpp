@@ -11,8 +11,8 @@
 #include <iostream>
 
 #include "Console.h"
-#include "Tour.h"
 #include "classic/Restart.h"
+#include "tour/Tour.h"
 
 namespace
 {

@@ -31,9 +31,14 @@ public:
     bool Play();
 
 private:
+    // The life of the host: TourLifecycle.cpp.
     void OpenSession();
     void FindFolders();
     void AskSystem();
+    void ShutDown();
+    void ShowLog();
+
+    // What the host reads and writes: TourFiles.cpp.
     void ReadSettings();
     void LoadPlugins();
     void ReadMails();
@@ -42,19 +47,17 @@ private:
     void ReadArchive();
     void ChangeSetting();
     void SaveState();
-    void HandOverAttachment();
-    void TalkToChild();
-    void StartTwice();
-    void RestartInPlace();
-    void RestartWithLock();
-    void ShutDown();
-    void ShowLog();
-
     // Reads the file and says what is in it.
     std::optional<Document> Read(const std::filesystem::path& file) const;
     bool ReadMail(const std::filesystem::path& file) const;
     bool HideInNote(const std::filesystem::path& file) const;
 
+    // Child processes, later starts and restarts: TourProcesses.cpp.
+    void HandOverAttachment();
+    void TalkToChild();
+    void StartTwice();
+    void RestartInPlace();
+    void RestartWithLock();
     // Says the lines of the first desk up to one that begins like this; false when none does.
     bool SayUntil(const std::string& beginning);
     // Starts desk once more to its end, and says what it printed.

@@ -60,7 +60,11 @@ private:
     void RestartWithLock();
     // Says the lines of the first desk up to one that begins like this; false when none does.
     bool SayUntil(const std::string& beginning);
-    // Starts desk once more to its end, and says what it printed.
+    // Waits until the first desk has counted its mails, which it does in the background.
+    bool WaitForCount() const;
+    // Starts desk once more to its end.
+    Toolkit::Result<Toolkit::ProcessResult> AskFirst(const std::vector<std::string>& arguments) const;
+    // The same, and says what it printed.
     bool SayAnswer(const std::string& name, const std::vector<std::string>& arguments) const;
 
     // Prints the heading of the next step.

@@ -92,7 +92,7 @@ void Tour::StartTwice()
         m_first = *std::move(first);
     const std::string mail = (m_bundle / "mails" / "1-garden.eml").string();
     End(m_first && SayUntil("the index is paused") && SayAnswer("second", {"-open", mail}) &&
-        SayUntil("opened 1-garden.eml") && SayAnswer("third", {"-send", "status"}) &&
+        SayUntil("opened 1-garden.eml") && WaitForCount() && SayAnswer("third", {"-send", "status"}) &&
         SayAnswer("fourth", {"-send", "resume"}) && SayUntil("7 mails are indexed") &&
         SayAnswer("fifth", {"-send", "set view/preview 20"}) && SayUntil("7 mails are indexed") &&
         SayAnswer("sixth", {"-send", "list"}));
@@ -137,10 +137,26 @@ bool Tour::SayUntil(const std::string& beginning)
     }
 }
 
+bool Tour::WaitForCount() const
+{
+    const auto end = std::chrono::steady_clock::now() + s_patience;
+    while (std::chrono::steady_clock::now() < end)
+    {
+        const Result<ProcessResult> status = AskFirst({"-send", "status"});
+        if (!status || !BeginsWith(status->Output(), "0 of 0 "))
+            return status.has_value();
+    }
+    return false;
+}
+
+Result<ProcessResult> Tour::AskFirst(const std::vector<std::string>& arguments) const
+{
+    return Process::Run(DeskWith(arguments), AtHomeIn(m_output / "processes").Timeout(s_patience));
+}
+
 bool Tour::SayAnswer(const std::string& name, const std::vector<std::string>& arguments) const
 {
-    const Result<ProcessResult> desk =
-        Process::Run(DeskWith(arguments), AtHomeIn(m_output / "processes").Timeout(s_patience));
+    const Result<ProcessResult> desk = AskFirst(arguments);
     Say(name + ": " + arguments.front() + ' ' + arguments.back());
     for (const std::string& line : Lines(desk ? desk->Output() + desk->Errors() : desk.error().Message()))
         Say("  the first desk says: " + line);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
@@ -21,6 +22,7 @@
 #include <wx/stdpaths.h>
 #include <wx/utils.h>
 
+#include "tests/support/ScopedLocale.h"
 #include "tests/support/ShellCommand.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/encoding/UTF8.h"
@@ -36,6 +38,7 @@ using ToolkitTest::CapturedOutput;
 using ToolkitTest::Quoted;
 using ToolkitTest::RunInShell;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::ScopedLocale;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
@@ -169,6 +172,7 @@ TEST(PathManager, KnowsTheRunningExecutable)
 
 TEST(PathManager, BuildsItsPathsFromTheStandardPaths)
 {
+    const ScopedLocale readsAnyPath("C.UTF-8");
     const wxInitializer started;
     const wxStandardPaths& standard = wxStandardPaths::Get();
     const PathManager paths;
@@ -203,14 +207,24 @@ TEST(PathManager, AsksForTheStandardPathsAtEachCall)
     EXPECT_FALSE(PathManager::DirExists(paths.GetUserLocalDataDir()));
 }
 
+// The second name has a folder that wxWidgets cannot read in the locale "C".
 TEST(PathManager, FollowsTheNameThatTheHostGaveToWxWidgets)
 {
-    const wxInitializer started;
-    wxAppConsole::GetInstance()->SetAppName("host");
-    const PathManager paths;
-    EXPECT_EQ(paths.GetDataDir(), WideOf(wxStandardPaths::Get().GetInstallPrefix()) + L"/share/host");
-    EXPECT_EQ(paths.GetApplicationRessourcesPath(), paths.GetDataDir() + L"/ressources");
-    EXPECT_EQ(paths.GetUserLocalDataDir(), UTF8::ToUNICODE(TString<char>(std::getenv("HOME"))) + L"/.host");
+    ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C");
+    char* const invocation = program_invocation_name;
+    for (const std::string name : {"/opt/tool", "/opt/caf\xC3\xA9/tool"})
+    {
+        std::string called = name;
+        program_invocation_name = called.data();
+        const wxInitializer started;
+        wxAppConsole::GetInstance()->SetAppName("host");
+        const PathManager paths;
+        EXPECT_EQ(paths.GetDataDir(), WideOf(wxStandardPaths::Get().GetInstallPrefix()) + L"/share/host");
+        EXPECT_EQ(paths.GetApplicationRessourcesPath(), paths.GetDataDir() + L"/ressources");
+        EXPECT_EQ(paths.GetUserLocalDataDir(),
+                  UTF8::ToUNICODE(TString<char>(std::getenv("HOME"))) + L"/.host");
+        program_invocation_name = invocation;
+    }
 }
 
 TEST(PathManager, AnswersTheSameWithoutWxWidgets)
@@ -621,15 +635,15 @@ TEST(PathManager, HomeThatTheLocaleCannotReadHidesNoOtherFolder)
     EXPECT_THAT(result.m_strOutput, HasSubstr("\nconfiguration=" + folder.Path("share/named") + "/config\n"));
 }
 
-TEST(PathManager, NameThatTheLocaleCannotReadIsThatOfTheFile)
+TEST(PathManager, NameThatTheLocaleCannotReadIsThatOfTheFileUnlessTheHostGaveOne)
 {
     const TemporaryFolder folder;
     const std::string program = CopyOf(TOOLKIT_SHOW_PATHS, folder, "bin/program.x");
-    const auto result =
-        RunInShell("LC_ALL=C bash -c \"exec -a 'Pr\xC3\xB6g' " + Quoted(program) + " started named\"");
-    EXPECT_EQ(result.m_iExitCode, 0);
-    EXPECT_THAT(result.m_strOutput,
+    const std::string command = "LC_ALL=C bash -c \"exec -a 'Pr\xC3\xB6g' " + Quoted(program) + " started";
+    EXPECT_THAT(RunInShell(command + "\"").m_strOutput,
                 HasSubstr("\nconfiguration=" + folder.Path("share/program") + "/config\n"));
+    EXPECT_THAT(RunInShell(command + " named\"").m_strOutput,
+                HasSubstr("\nconfiguration=" + folder.Path("share/named") + "/config\n"));
 }
 
 TEST(PathManager, KnowsAnExecutableThatWasDeleted)

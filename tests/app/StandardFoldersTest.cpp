@@ -5,6 +5,7 @@
 #include <wx/init.h>
 #include <wx/stdpaths.h>
 
+#include "tests/support/ScopedLocale.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/internal/wx/WxText.h"
 
@@ -12,6 +13,7 @@ using Toolkit::FromWx;
 namespace StandardFolders = Toolkit::StandardFolders;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ScopedEnvironment;
+using ToolkitTest::ScopedLocale;
 
 TEST(StandardFolders, TakesTheKernelsMarkFromADeletedExecutable)
 {
@@ -65,6 +67,7 @@ TEST(StandardFolders, FindsAHomeWhereTheEnvironmentNamesNone)
         EXPECT_EQ(StandardFolders::Documents(), documents);
     }
     unsetenv("HOME");
+    const ScopedLocale readsAnyPath("C.UTF-8");
     const wxInitializer started;
     EXPECT_EQ(local, FromWx(wxStandardPaths::Get().GetUserLocalDataDir()));
     EXPECT_EQ(documents, FromWx(wxStandardPaths::Get().GetDocumentsDir()));

@@ -15,6 +15,7 @@
 #include "tests/support/Archives.h"
 #include "tests/support/InChild.h"
 #include "tests/support/InstalledLogger.h"
+#include "tests/support/ScopedLocale.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZipEntry.h"
 #include "toolkit/files/ZipInputStream.h"
@@ -40,6 +41,7 @@ using ToolkitTest::Record;
 using ToolkitTest::RecordingLogger;
 using ToolkitTest::RunIn;
 using ToolkitTest::RunPython;
+using ToolkitTest::ScopedLocale;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 using ToolkitTest::ZipEntries;
@@ -348,9 +350,8 @@ TEST(ArchiveZip, ListsNamesInAUtf8Locale)
 {
     const TemporaryFolder folder;
     MakeArchiveOfOldNames(folder);
-    ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
+    const ScopedLocale locale("C.UTF-8");
     const OpenArchive open(folder.Wide("a.zip"));
-    std::setlocale(LC_ALL, "C");
     EXPECT_EQ(open.count, 9);
     EXPECT_FALSE(open[L"\u00FC"].IsNull());
     EXPECT_FALSE(open[L"caf\u00E9"].IsNull());

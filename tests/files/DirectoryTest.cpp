@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <clocale>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -17,6 +16,7 @@
 
 #include "tests/support/InChild.h"
 #include "tests/support/Resources.h"
+#include "tests/support/ScopedLocale.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/PathManager.h"
 #include "toolkit/encoding/UTF8.h"
@@ -35,6 +35,7 @@ using Toolkit::TString;
 using ToolkitTest::AsNobody;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::OpenDescriptors;
+using ToolkitTest::ScopedLocale;
 using ToolkitTest::TemporaryFolder;
 using ToolkitTest::WriteBytes;
 
@@ -227,8 +228,7 @@ TEST(Directory, ListsWhatWxWidgetsListsInItsOrder)
     WriteBytes(folder.Path(".hidden"), "");
     WriteBytes(folder.Path("\xC3\xA9\xE6\x97\xA5"), "");
 
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    ASSERT_NE(nullptr, std::setlocale(LC_ALL, "C.UTF-8"));
+    const ScopedLocale locale("C.UTF-8");
     for (const wchar_t* filter : {L"", L"*", L"*.*", L"f*1", L"?????", L"missing"})
         for (const int kinds : {1, 2, 3})
         {
@@ -242,7 +242,6 @@ TEST(Directory, ListsWhatWxWidgetsListsInItsOrder)
                                              : Both(folder.Wide(), filter);
             EXPECT_EQ(expected, names) << filter << kinds;
         }
-    std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(Directory, ListsNamesBeyondAsciiWhateverTheLocale)

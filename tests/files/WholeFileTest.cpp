@@ -300,7 +300,7 @@ TEST(WriteFile, SaysThatPermissionIsDenied)
 {
     const TemporaryFolder folder;
     WriteBytes(folder.Path("file"), "text");
-    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0755));
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0555));
     EXPECT_TRUE(ToolkitTest::AsNobody(
         [&]
         {

@@ -658,7 +658,7 @@ TEST_F(RunLogTest, BackgroundIsWrittenWhenTheProcessExits)
     {
         const std::string folder = m_folder.Path(how);
         const std::string command =
-            std::string(TOOLKIT_LOG_ENDS) + " '" + folder + "' " + how + " background";
+            "'" + std::string(TOOLKIT_LOG_ENDS) + "' '" + folder + "' " + how + " background";
         EXPECT_EQ(0, std::system(command.c_str()));
         std::vector<std::string> expected = Numbered("line ", 200);
         expected.push_back("last");

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <sys/stat.h>
+#include <wx/app.h>
 #include <wx/filename.h>
 #include <wx/stdpaths.h>
 
@@ -58,10 +59,20 @@ wxString ExecutableName()
     return name;
 }
 
+// The name that the host gave to wxWidgets, if it did; what wxWidgets made of the program's name itself is
+// none.
+wxString ApplicationName()
+{
+    wxString ofProgram;
+    wxFileName::SplitPath(wxString(program_invocation_name, wxConvLibc), nullptr, &ofProgram, nullptr);
+    const wxString name = WxLibrary::IsStarted() ? wxAppConsole::GetInstance()->GetAppName() : wxString();
+    return name.empty() || name == ofProgram ? ExecutableName() : name;
+}
+
 TString<wchar_t> SharedData()
 {
     return StandardFolders::InstallPrefix(StandardFolders::Executable()) + L"/share/" +
-           FromWx(ExecutableName());
+           FromWx(ApplicationName());
 }
 
 void EraseAll(std::string& text, std::string_view what)
@@ -148,7 +159,7 @@ TString<wchar_t> StandardFolders::UserLocalData()
     if (CanAskWxOfUser())
         return FromWx(wxStandardPaths::Get().GetUserLocalDataDir());
     const TString<wchar_t> home = Home();
-    return home.empty() ? home : TString<wchar_t>(home + L"/." + FromWx(ExecutableName()));
+    return home.empty() ? home : TString<wchar_t>(home + L"/." + FromWx(ApplicationName()));
 }
 
 TString<wchar_t> StandardFolders::Resources()

@@ -7,6 +7,7 @@
 namespace Toolkit
 {
 
+/// @ingroup classic_app
 /// Milliseconds since an arbitrary moment, wrapping at 2^32. Any thread may ask.
 /// Quirk: it advances in clock ticks, of 10 ms as a rule. Quirk: the length of a tick is spelled
 /// `uMsMulitplier`.

@@ -123,7 +123,7 @@ private:
     TString<wchar_t> m_strCdRomPath;
 };
 
-/// The path manager, shared for the length of a call; null outside the modules' life.
+/// The path manager, shared for the length of a call; null outside the modules' life. @ingroup classic_app
 inline smart_ptr<PathManager, smart_ptr_policy> InstalledPathManager()
 {
     return PathManager::s_pInstance != nullptr ? *PathManager::s_pInstance

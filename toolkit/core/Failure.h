@@ -13,7 +13,7 @@ namespace Toolkit
 template <typename T>
 class Result;
 
-/// The failures of which the system has no code of its own.
+/// The failures of which the system has no code of its own. @ingroup failures
 enum class Errc : int
 {
     /// Another program changed what was to be changed here.
@@ -30,10 +30,10 @@ enum class Errc : int
     Refused = 6,
 };
 
-/// The category of the codes that are an `Errc`; its name is "toolkit".
+/// The category of the codes that are an `Errc`; its name is "toolkit". @ingroup failures
 TOOLKIT_API const std::error_category& ErrcCategory() noexcept;
 
-/// The code of an `Errc`; it is what makes `failure.Code() == Errc::Malformed` work.
+/// The code of an `Errc`; it is what makes `failure.Code() == Errc::Malformed` work. @ingroup failures
 TOOLKIT_API std::error_code make_error_code(Errc code) noexcept;
 
 /// Why an operation failed: a code for the program and a message for its user. The code is that of the system

@@ -9,6 +9,7 @@
 namespace Toolkit
 {
 
+/// @ingroup version
 /// The version of the library that is loaded: four numbers with dots in between. Any thread may call it at
 /// any time.
 ///

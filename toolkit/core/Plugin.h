@@ -85,7 +85,7 @@ private:
 
 } // namespace Toolkit
 
-/// Gives the interface its name and its version.
+/// Gives the interface its name and its version. @ingroup plugins
 #define TOOLKIT_PLUGIN_INTERFACE(Interface, name, version)                                                   \
     constexpr ::Toolkit::PluginInterface ToolkitPluginInterface(                                             \
         ::Toolkit::PluginInterfaceTag<Interface>) noexcept                                                   \
@@ -96,7 +96,7 @@ private:
                   "an interface of plug-ins is derived from Toolkit::Plugin")
 
 /// Names the class of a plug-in's library, the interface that it implements, and the plug-in's own name and
-/// version.
+/// version. @ingroup plugins
 #define TOOLKIT_PLUGIN(Class, Interface, name, version)                                                      \
     extern "C"                                                                                               \
     {                                                                                                        \

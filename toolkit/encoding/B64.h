@@ -11,11 +11,14 @@ namespace Toolkit
 
 class Bytes;
 
+/// @ingroup classic_text
 /// The length of the Base64 text for `n` bytes, padding included; 0 when an int cannot hold it.
 TOOLKIT_API int GetCodeLength(int n);
+/// @ingroup classic_text
 /// The bytes to set aside for `n` characters of Base64.
 TOOLKIT_API int GetDataLength(int n);
 
+/// @ingroup classic_text
 /// Bytes to Base64 text (RFC 4648, the standard alphabet), without line breaks and without a terminating NUL.
 /// Returns 1 with a new array in `*out`, which the caller frees with `delete[]`, and its length in
 /// `*outSize`; 0, with both untouched, when there is nothing to produce, a pointer is null, or an int cannot
@@ -23,6 +26,7 @@ TOOLKIT_API int GetDataLength(int n);
 TOOLKIT_API int b64_decode_binary(const unsigned char* data, unsigned int size, unsigned char** out,
                                   unsigned int* outSize);
 
+/// @ingroup classic_text
 /// Base64 text to bytes, with the same results. `*outSize` may be 0 with an array all the same.
 /// Quirk: a character outside the alphabet is not skipped but counts as the value 0.
 /// Quirk: the first "=" ends the text: a group that ends in one "=" gives three bytes, the last of them 0.

@@ -8,6 +8,7 @@
 namespace Toolkit
 {
 
+/// @ingroup classic_text
 /// The upper-case hexadecimal digits.
 extern "C" TOOLKIT_API const char* const HEX;
 

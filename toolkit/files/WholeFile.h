@@ -13,9 +13,11 @@
 namespace Toolkit
 {
 
+/// @ingroup files
 /// What `ReadFile` reads at most unless it is told otherwise: 1 GiB.
 inline constexpr std::size_t LargestFileToRead = std::size_t{1} << 30;
 
+/// @ingroup files
 /// Reads a whole file, byte for byte. Links are followed. Any thread may call it; it waits for the disk, and
 /// for nothing else. Its failures are `Errc::LimitReached` for a file that is longer than `largest`,
 /// `Errc::Refused` for a FIFO, a socket or a device, `std::errc::invalid_argument` for a name that holds a
@@ -34,6 +36,7 @@ inline constexpr std::size_t LargestFileToRead = std::size_t{1} << 30;
 TOOLKIT_API Result<std::string> ReadFile(const std::filesystem::path& path,
                                          std::size_t largest = LargestFileToRead);
 
+/// @ingroup files
 /// Gives a file this content, whole and on the disk, or leaves it as it was, whatever ends the process or the
 /// power meanwhile. A missing file is made, with permissions 0666 less the umask, and so are the folders that
 /// it lies in, which are for this user alone (0700). Links are followed: it is their target that gets the

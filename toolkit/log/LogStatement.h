@@ -19,7 +19,7 @@
 /// A log line: TOOLKIT_LOG(LogSeverity::Info) << "read " << path << " in " << 30ms; makes one whole line with
 /// the caller's file, line number and function, for every LogSink and for the installed ILogger. When each of
 /// them would drop the line, nothing to the right is evaluated. It is one expression of type void and names
-/// nothing, so that it may stand wherever an expression may, within another log line too.
+/// nothing, so that it may stand wherever an expression may, within another log line too. @ingroup log
 #define TOOLKIT_LOG(severity)                                                                                \
     !::Toolkit::LogStatement::Begins(severity)                                                               \
         ? static_cast<void>(0)                                                                               \

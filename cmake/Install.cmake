@@ -18,9 +18,9 @@ install(
   # For consumers whose CMake does not know file sets yet.
   INCLUDES
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-# The library looks for it in that folder beside itself.
+# The library looks for its parts in that folder beside itself.
 install(
-  TARGETS toolkit_icu
+  TARGETS toolkit_icu toolkit_regex
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/toolkit
           COMPONENT Toolkit_Runtime)
 install(

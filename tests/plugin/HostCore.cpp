@@ -11,6 +11,8 @@
 #include "toolkit/log/ILogger.h"
 #include "toolkit/log/Log.h"
 #include "toolkit/log/RunLog.h"
+#include "toolkit/regExp/Pattern.h"
+#include "toolkit/regExp/RegExp.h"
 
 // Stands for the library in which an application keeps its own core, when the program itself only loads it.
 
@@ -37,6 +39,14 @@ extern "C"
         Toolkit::TString<wchar_t> text;
         Toolkit::DateTime(2009, 3, 7, 14, 5, 9).GetString(text);
         return text == L"07.03.09 14:05";
+    }
+
+    TOOLKIT_API bool HostFindsPattern()
+    {
+        const auto pattern = Toolkit::Pattern::Compile("[a-z]+(?==)");
+        const Toolkit::RegExp regExp("[a-z]+(?==)", Toolkit::RegExpOptions::Default);
+        return pattern && pattern->Find("the key=42")[0] == "key" &&
+               regExp.Replace("-", "the key=42", 0) == "the -=42";
     }
 
     TOOLKIT_API bool HostInstallLog(const char* folder, bool background)

@@ -51,8 +51,9 @@ using HostRelease = void (*)(bool baseLibrary);
 // Installs a Log of the library that writes a file in that folder; false when that fails.
 using HostInstallLog = bool (*)(const char* folder, bool background);
 using HostLog = void (*)(const char* message);
-// True when a date has the text that a German user's locale gives it.
-using HostShowsDate = bool (*)();
+// HostShowsDate: true when a date has the text that a German user's locale gives it. HostFindsPattern: true
+// when patterns and regular expressions find what they should.
+using HostWorks = bool (*)();
 // True when the manager exists.
 using HostHasManager = bool (*)();
 // True when any singleton exists.

@@ -115,12 +115,42 @@ void LiveInEveryOrder()
     }
 }
 
-HostShowsDate s_showsDate = nullptr;
+// A function of the host that needs a part of the library, and tells whether it could do its work.
+HostWorks s_works = nullptr;
 
-void ShowDate()
+void Work()
 {
-    if (!s_showsDate())
+    if (!s_works())
         _exit(1);
+}
+
+// What was to be done at the end before the library was opened is done after its statics have gone.
+[[noreturn]] void WorkUntilTheEnd(const char* function)
+{
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    std::atexit(&Work);
+    static const auto* const host = new Library(HOST_CORE);
+    s_works = host->Find<HostWorks>(function);
+    Work();
+    std::exit(0);
+}
+
+void WorkInManyLives(const char* function)
+{
+    setenv("LC_ALL", "de_DE.UTF-8", 1);
+    Rounds rounds(function, "TOOLKIT_TEST_LIVES", 100);
+    while (rounds.GoOn())
+    {
+        unsigned long lives = 0;
+        for (; lives < rounds.Size(50) && !testing::Test::HasFailure(); ++lives)
+        {
+            const Library host(HOST_CORE);
+            EXPECT_TRUE(host.Find<HostWorks>(function)());
+        }
+        EXPECT_FALSE(IsMapped("/libtoolkit.so"));
+        rounds.Did(lives);
+    }
+    unsetenv("LC_ALL");
 }
 
 // One life of the library in which a Log is installed before the session, in it or after it.
@@ -261,35 +291,22 @@ TEST_F(Reload, LibraryIsGoneWithAnInstalledLogAndEveryLineIsInItsFile)
         }
 }
 
-// What was to be done at the end before the library was opened is done after its statics have gone.
 TEST_F(Reload, DatesAreShownAtTheEndOfTheProcess)
 {
-    const auto process = []
-    {
-        setenv("LC_ALL", "de_DE.UTF-8", 1);
-        std::atexit(&ShowDate);
-        static const auto* const host = new Library(HOST_CORE);
-        s_showsDate = host->Find<HostShowsDate>("HostShowsDate");
-        ShowDate();
-        std::exit(0);
-    };
-    EXPECT_EXIT(process(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(WorkUntilTheEnd("HostShowsDate"), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Reload, DatesInManyLivesLeaveNoMemoryBehind)
 {
-    setenv("LC_ALL", "de_DE.UTF-8", 1);
-    Rounds rounds("lives with dates", "TOOLKIT_TEST_LIVES", 100);
-    while (rounds.GoOn())
-    {
-        unsigned long lives = 0;
-        for (; lives < rounds.Size(50) && !HasFailure(); ++lives)
-        {
-            const Library host(HOST_CORE);
-            EXPECT_TRUE(host.Find<HostShowsDate>("HostShowsDate")());
-        }
-        EXPECT_FALSE(IsMapped("/libtoolkit.so"));
-        rounds.Did(lives);
-    }
-    unsetenv("LC_ALL");
+    WorkInManyLives("HostShowsDate");
+}
+
+TEST_F(Reload, PatternsAreFoundAtTheEndOfTheProcess)
+{
+    EXPECT_EXIT(WorkUntilTheEnd("HostFindsPattern"), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Reload, PatternsInManyLivesLeaveNoMemoryBehind)
+{
+    WorkInManyLives("HostFindsPattern");
 }

@@ -5,12 +5,18 @@
 #include <utility>
 
 #include "toolkit/internal/regex/CompiledPattern.h"
+#include "toolkit/internal/regex/RegexPart.h"
 
 namespace Toolkit
 {
 
 namespace
 {
+
+struct ReleaseSearch
+{
+    void operator()(PatternSearch* search) const { LoadedRegex().releaseSearch(search); }
+};
 
 Failure SearchFailure(const PatternSearch& search)
 {
@@ -21,14 +27,14 @@ Failure SearchFailure(const PatternSearch& search)
     case PCRE2_ERROR_DEPTHLIMIT:
     case PCRE2_ERROR_HEAPLIMIT:
     case PCRE2_ERROR_JIT_STACKLIMIT:
-        return Failure(Errc::LimitReached, what + CompiledPattern::Describe(search.result));
+        return Failure(Errc::LimitReached, what + LoadedRegex().describe(search.result));
     default:
         break;
     }
     if (search.result > PCRE2_ERROR_UTF8_ERR1 || search.result < PCRE2_ERROR_UTF8_ERR21)
-        return Failure(Errc::Malformed, what + CompiledPattern::Describe(search.result));
+        return Failure(Errc::Malformed, what + LoadedRegex().describe(search.result));
     return Failure(Errc::Malformed, what + "it is not UTF-8 at byte " + std::to_string(search.place) + ": " +
-                                        CompiledPattern::Describe(search.result));
+                                        LoadedRegex().describe(search.result));
 }
 
 } // namespace
@@ -37,7 +43,7 @@ Match::Match() noexcept = default;
 
 Match::Match(PatternSearch* search)
 {
-    PatternSearchPtr owner(search);
+    std::unique_ptr<PatternSearch, ReleaseSearch> owner(search);
     if (search->IsFound())
         m_pSearch = owner.release();
     else if (search->result != PCRE2_ERROR_NOMATCH)
@@ -49,7 +55,7 @@ Match::Match(const Match& other)
     if (other.m_pError != nullptr)
         m_pError = std::make_unique<const Failure>(*other.m_pError);
     if (other.m_pSearch != nullptr)
-        m_pSearch = CompiledPattern::Copy(*other.m_pSearch).release();
+        m_pSearch = LoadedRegex().copySearch(*other.m_pSearch);
 }
 
 Match::Match(Match&& other) noexcept
@@ -133,7 +139,7 @@ std::size_t Match::Count() const noexcept
 
 std::size_t Match::NumberOf(std::string_view name) const noexcept
 {
-    return m_pSearch != nullptr ? m_pSearch->pattern->FindGroup(name, m_pSearch)
+    return m_pSearch != nullptr ? LoadedRegex().findGroup(*m_pSearch->pattern, name, m_pSearch)
                                 : CompiledPattern::s_uNoGroup;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/regExp/MatchResult.h"
 
-#include "toolkit/internal/regex/RegExpBackend.h"
+#include "toolkit/internal/regex/RegexPart.h"
 
 namespace Toolkit
 {
@@ -15,7 +15,8 @@ MatchResult::~MatchResult()
 
 void MatchResult::FreeCode()
 {
-    RegExpBackend::Free(m_pCode);
+    if (m_pCode != nullptr)
+        LoadedRegex().free(m_pCode);
     m_pCode = nullptr;
 }
 

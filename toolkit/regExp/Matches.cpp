@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "toolkit/internal/regex/CompiledPattern.h"
+#include "toolkit/internal/regex/RegexPart.h"
 
 namespace Toolkit
 {
@@ -16,7 +16,7 @@ Matches::Iterator& Matches::Iterator::operator++()
 {
     PatternSearch* const search = m_match.m_pSearch;
     if (search != nullptr)
-        search->pattern->FindNext(*search);
+        LoadedRegex().searchNext(*search);
     if (search == nullptr)
         m_match = Match();
     else if (!search->IsFound())
@@ -48,9 +48,7 @@ Matches::Matches(std::shared_ptr<const CompiledPattern> pattern, std::string_vie
 
 Matches::Iterator Matches::begin() const
 {
-    PatternSearchPtr search = CompiledPattern::NewSearch(m_pPattern, m_strText);
-    m_pPattern->FindFirst(*search);
-    return Iterator(Match(search.release()));
+    return Iterator(Match(LoadedRegex().search(m_pPattern, m_strText)));
 }
 
 } // namespace Toolkit

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "toolkit/internal/regex/CompiledPattern.h"
+#include "toolkit/internal/regex/RegexPart.h"
 
 namespace Toolkit
 {
@@ -31,11 +31,15 @@ bool IsTooMuch(int number)
     return std::find(std::begin(numbers), std::end(numbers), number) != std::end(numbers);
 }
 
+std::string CannotCompile(std::string_view pattern)
+{
+    return "cannot compile the pattern \"" + std::string(pattern) + "\": ";
+}
+
 Failure CompileFailure(std::string_view pattern, const CompiledPattern::Error& error)
 {
     return Failure(IsTooMuch(error.number) ? Errc::LimitReached : Errc::Malformed,
-                   "cannot compile the pattern \"" + std::string(pattern) + "\": " + error.text +
-                       " at byte " + std::to_string(error.offset));
+                   CannotCompile(pattern) + error.text + " at byte " + std::to_string(error.offset));
 }
 
 // ---- replacement texts
@@ -110,7 +114,7 @@ private:
         if (name.empty() || !std::all_of(name.begin(), name.end(), IsDigit))
         {
             part.name = name;
-            part.group = m_pattern.FindGroup(name, nullptr);
+            part.group = LoadedRegex().findGroup(m_pattern, name, nullptr);
             return part.group != CompiledPattern::s_uNoGroup;
         }
         part.group = 0;
@@ -145,9 +149,12 @@ Pattern::Pattern(std::shared_ptr<const CompiledPattern> pattern) noexcept : m_pP
 
 Result<Pattern> Pattern::Compile(std::string_view pattern, Options options, const PatternLimits& limits)
 {
+    const Result<const RegexCalls*> regex = LoadRegex();
+    if (!regex)
+        return Failure(regex.error().Code(), CannotCompile(pattern) + regex.error().Message());
     CompiledPattern::Error error;
     std::shared_ptr<const CompiledPattern> compiled =
-        CompiledPattern::Compile(pattern, {ToPcre2(options), limits.GetSteps(), limits.GetMemory()}, error);
+        (*regex)->compilePattern(pattern, {ToPcre2(options), limits.GetSteps(), limits.GetMemory()}, error);
     if (compiled == nullptr)
         return CompileFailure(pattern, error);
     return Pattern(std::move(compiled));
@@ -155,9 +162,7 @@ Result<Pattern> Pattern::Compile(std::string_view pattern, Options options, cons
 
 Match Pattern::Find(std::string_view text) const
 {
-    PatternSearchPtr search = CompiledPattern::NewSearch(m_pPattern, text);
-    m_pPattern->FindFirst(*search);
-    return Match(search.release());
+    return Match(LoadedRegex().search(m_pPattern, text));
 }
 
 Matches Pattern::All(std::string_view text) const

@@ -71,7 +71,8 @@ public:
     ~Pattern() = default;
 
     /// `Errc::Malformed` for a pattern that is invalid, with PCRE2's reason and the byte where it stopped;
-    /// `Errc::LimitReached` for one that is too large or too deeply nested.
+    /// `Errc::LimitReached` for one that is too large or too deeply nested. The first call loads PCRE2; where
+    /// that fails, the failure is `std::errc::not_supported` and says why, and the next call tries it again.
     static Result<Pattern> Compile(std::string_view pattern, Options options = Default,
                                    const PatternLimits& limits = PatternLimits());
 

@@ -8,6 +8,7 @@
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/regex/GlobalReplacement.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
+#include "toolkit/internal/regex/RegexPart.h"
 #include "toolkit/regExp/RegExp.Exceptions"
 
 namespace Toolkit
@@ -22,6 +23,15 @@ const int s_iMostGroups = 30;
 TString<wchar_t> WriteOver(const std::wstring& initial, const std::wstring& text)
 {
     return text.size() < initial.size() ? text + initial.substr(text.size()) : text;
+}
+
+// The library of regular expressions, which is loaded at its first use.
+const RegexCalls& NeedRegex()
+{
+    const Result<const RegexCalls*> calls = LoadRegex();
+    if (!calls)
+        RegExpException::Throw(UTF8::ToUNICODE(TString<char>(calls.error().Message())));
+    return **calls;
 }
 
 // `errorText` and `errorOffset` are PCRE's.
@@ -89,13 +99,14 @@ bool RegExp::IsMatch(const TString<char>& subject) const
     // The record of a plain question is never seen: only what PCRE fills is made, and nothing is copied.
     const char* errorText = nullptr;
     int errorOffset = 0;
+    const RegexCalls& regex = NeedRegex();
     const std::unique_ptr<RegExpCode, void (*)(RegExpCode*)> code(
-        RegExpBackend::Compile(m_strPattern, errorText, errorOffset), RegExpBackend::Free);
+        regex.compile(m_strPattern.c_str(), errorText, errorOffset), regex.free);
     if (code == nullptr)
         ThrowCompilation(errorText, errorOffset, m_strPattern);
     int offsets[MatchResult::s_iVectorSize];
-    const int result = RegExpBackend::Execute(code.get(), subject.data(), subject.size(), 0, 0, offsets,
-                                              MatchResult::s_iVectorSize);
+    const int result = regex.execute(code.get(), subject.data(), subject.size(), 0, 0, offsets,
+                                     MatchResult::s_iVectorSize, nullptr);
     RequireResult(result);
     return result > 0;
 }
@@ -172,7 +183,7 @@ void RegExp::RegExp_compile(smart_ptr<MatchResult, smart_ptr_policy>& result) co
     RequireRecord(result);
     result->FreeCode();
     result->m_pCode =
-        RegExpBackend::Compile(result->m_strPattern, result->m_pErrorText, result->m_iErrorOffset);
+        NeedRegex().compile(result->m_strPattern.c_str(), result->m_pErrorText, result->m_iErrorOffset);
     if (result->m_pCode == nullptr)
         ThrowCompilation(result->m_pErrorText, result->m_iErrorOffset, result->m_strPattern);
 }
@@ -182,8 +193,8 @@ void RegExp::RegExp_exec(smart_ptr<MatchResult, smart_ptr_policy>& result, unsig
     RequireRecord(result);
     const TString<char>& subject = result->m_strSubject;
     result->m_iResult =
-        RegExpBackend::Execute(result->m_pCode, subject.data(), subject.size(), start, result->m_iExecOptions,
-                               result->m_offsets, result->m_iVectorSize);
+        NeedRegex().execute(result->m_pCode, subject.data(), subject.size(), start, result->m_iExecOptions,
+                            result->m_offsets, result->m_iVectorSize, nullptr);
     RequireResult(result->m_iResult);
 }
 
@@ -214,16 +225,17 @@ void RegExp::CollectGroups(MatchResult& record)
 
 void RegExp::CollectNames(MatchResult& record)
 {
+    const RegexCalls& regex = LoadedRegex();
     int count = 0;
-    if (!RegExpBackend::GetNameCount(record.m_pCode, count))
+    if (!regex.getNameCount(record.m_pCode, count))
         RegExpException::Throw(L"pcre_fullinfo 'PCRE_INFO_NAMECOUNT' return error");
     if (count <= 0)
         return;
     int size = 0;
-    if (!RegExpBackend::GetNameEntrySize(record.m_pCode, size))
+    if (!regex.getNameEntrySize(record.m_pCode, size))
         RegExpException::Throw(L"pcre_fullinfo 'PCRE_INFO_NAMEENTRYSIZE' return error");
     const char* table = nullptr;
-    if (!RegExpBackend::GetNameTable(record.m_pCode, table))
+    if (!regex.getNameTable(record.m_pCode, table))
         RegExpException::Throw(L"pcre_fullinfo 'PCRE_INFO_NAMETABLE' return error");
 
     for (const char* entry = table; entry != table + count * size; entry += size)

@@ -19,7 +19,8 @@ namespace Toolkit
 /// UTF-8 first, and offsets are bytes. Nothing is cached and no operation changes the object, so any number
 /// of threads may use one. An invalid pattern and a failed execution throw smart_ptr<RegExpException,
 /// smart_ptr_policy>: a subject that is no UTF-8, for instance, or a search beyond a limit, which is
-/// 10,000,000 steps and 20 MiB of memory with PCRE2, and what is left of the thread's stack with PCRE.
+/// 10,000,000 steps and 20 MiB of memory with PCRE2, and what is left of the thread's stack with PCRE. So
+/// does the first operation, with the reason of the loader, where PCRE2 or PCRE cannot be loaded.
 ///
 /// @code
 /// const Toolkit::RegExp setting("(?<key>\\w+)=(\\d+)", Toolkit::RegExpOptions::Default);

@@ -8,8 +8,7 @@
 namespace Toolkit
 {
 
-// What the part of the library does that is linked with ICU. Both are built together and have one version,
-// which the part bears in the name of its file.
+// What the part of the library does that is linked with ICU.
 struct IcuCalls
 {
     decltype(&IcuTexts::ShortPatterns) shortPatterns;
@@ -18,8 +17,7 @@ struct IcuCalls
     decltype(&IcuCharsets::Fold) fold;
 };
 
-// The one function that the part exports, and its name.
-using IcuEntry = const IcuCalls* (*)();
+// The name of the one function that the part exports, which returns them.
 inline constexpr char c_strIcuEntry[] = "ToolkitIcuEntry";
 
 } // namespace Toolkit

@@ -8,10 +8,8 @@
 namespace Toolkit
 {
 
-// What the part of the library does that is linked with ICU; the first call loads it, from the folder
-// "toolkit" beside the library, and it stays loaded until the process ends. Any thread may call it. Where the
-// part or ICU cannot be loaded, for want of memory for instance, the failure is `std::errc::not_supported`
-// with the file and the reason of the loader, and the next call tries it again.
+// What the part of the library does that is linked with ICU. The first call loads it, as
+// `LibraryPart::Load` says, which tells of its failure, too.
 Result<const IcuCalls*> LoadIcu();
 
 } // namespace Toolkit

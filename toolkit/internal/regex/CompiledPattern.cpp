@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+#include <pthread.h>
+
 #include "toolkit/internal/regex/Pcre2Contexts.h"
 #include "toolkit/internal/text/CodePoints.h"
 
@@ -62,13 +64,18 @@ PCRE2_SPTR ToPcre2(std::string_view text)
 
 } // namespace
 
-void ReleaseSearch::operator()(PatternSearch* search) const
+PatternSearch::PatternSearch(Pcre2Ptr<pcre2_match_data> matchData)
+    : data(std::move(matchData)), offsets(pcre2_get_ovector_pointer(data.get()))
+{
+}
+
+void CompiledPattern::Release(PatternSearch* search)
 {
     // The last owner of the pattern may be this search: the pattern ends last.
     const std::shared_ptr<const CompiledPattern> pattern = std::move(search->pattern);
     // What a search without machine code has taken from the heap it would keep.
     if (pattern != nullptr && pattern->m_bHasMachineCode && !search->holdsHeap)
-        search = pattern->m_spare[CompiledPattern::GetSlot()].exchange(search, std::memory_order_acq_rel);
+        search = pattern->m_spare[GetSlot()].exchange(search, std::memory_order_acq_rel);
     delete search;
 }
 
@@ -118,14 +125,16 @@ CompiledPattern::~CompiledPattern()
         delete spare.load(std::memory_order_acquire);
 }
 
-std::size_t CompiledPattern::FindGroup(std::string_view name, const PatternSearch* search) const
+std::size_t CompiledPattern::FindGroup(const CompiledPattern& pattern, std::string_view name,
+                                       const PatternSearch* search)
 {
     std::uint32_t count = 0;
     std::uint32_t size = 0;
     PCRE2_SPTR entry = nullptr;
-    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NAMECOUNT, &count);
-    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NAMEENTRYSIZE, &size);
-    pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_NAMETABLE, &entry);
+    const pcre2_code* const code = pattern.m_pCode.get();
+    pcre2_pattern_info(code, PCRE2_INFO_NAMECOUNT, &count);
+    pcre2_pattern_info(code, PCRE2_INFO_NAMEENTRYSIZE, &size);
+    pcre2_pattern_info(code, PCRE2_INFO_NAMETABLE, &entry);
     std::size_t first = s_uNoGroup;
     std::size_t firstInMatch = s_uNoGroup;
     for (; count > 0; --count, entry += size)
@@ -140,8 +149,8 @@ std::size_t CompiledPattern::FindGroup(std::string_view name, const PatternSearc
     return firstInMatch != s_uNoGroup ? firstInMatch : first;
 }
 
-PatternSearchPtr CompiledPattern::NewSearch(std::shared_ptr<const CompiledPattern> pattern,
-                                            std::string_view subject)
+CompiledPattern::SearchPtr CompiledPattern::NewSearch(std::shared_ptr<const CompiledPattern> pattern,
+                                                      std::string_view subject)
 {
     std::unique_ptr<PatternSearch> search(
         pattern->m_spare[GetSlot()].exchange(nullptr, std::memory_order_acq_rel));
@@ -151,16 +160,30 @@ PatternSearchPtr CompiledPattern::NewSearch(std::shared_ptr<const CompiledPatter
     search->pattern = std::move(pattern);
     search->subject = subject;
     search->result = PCRE2_ERROR_NOMATCH;
-    return PatternSearchPtr(search.release());
+    return SearchPtr(search.release());
 }
 
-PatternSearchPtr CompiledPattern::Copy(const PatternSearch& search)
+PatternSearch* CompiledPattern::Search(std::shared_ptr<const CompiledPattern> pattern,
+                                       std::string_view subject)
 {
-    PatternSearchPtr copy = NewSearch(search.pattern, search.subject);
+    const CompiledPattern& searched = *pattern;
+    SearchPtr search = NewSearch(std::move(pattern), subject);
+    searched.Find(*search, 0, 0);
+    return search.release();
+}
+
+void CompiledPattern::SearchNext(PatternSearch& search)
+{
+    search.pattern->FindNext(search);
+}
+
+PatternSearch* CompiledPattern::Copy(const PatternSearch& search)
+{
+    SearchPtr copy = NewSearch(search.pattern, search.subject);
     std::copy(search.offsets, search.offsets + 2 * pcre2_get_ovector_count(search.data.get()), copy->offsets);
     copy->result = search.result;
     copy->place = search.place;
-    return copy;
+    return copy.release();
 }
 
 void CompiledPattern::FindNext(PatternSearch& search) const
@@ -248,8 +271,7 @@ std::string CompiledPattern::Describe(int result)
 // Any slot will do; that of the thread is mostly free.
 std::size_t CompiledPattern::GetSlot()
 {
-    static const thread_local char s_cThread = 0;
-    return (reinterpret_cast<std::uintptr_t>(&s_cThread) >> 12) * 0x9E3779B9U % s_uSpare;
+    return (static_cast<std::uintptr_t>(pthread_self()) >> 12) * 0x9E3779B9U % s_uSpare;
 }
 
 } // namespace Toolkit

@@ -23,10 +23,7 @@ class CompiledPattern;
 // outlives every other owner of that.
 struct PatternSearch
 {
-    explicit PatternSearch(Pcre2Ptr<pcre2_match_data> matchData)
-        : data(std::move(matchData)), offsets(pcre2_get_ovector_pointer(data.get()))
-    {
-    }
+    explicit PatternSearch(Pcre2Ptr<pcre2_match_data> matchData);
 
     bool IsFound() const { return result > 0; }
     // True for a group of a match that took part in it.
@@ -48,16 +45,9 @@ struct PatternSearch
     bool holdsHeap = false;
 };
 
-// Gives a search back to its pattern, which keeps some for later ones.
-struct ReleaseSearch
-{
-    void operator()(PatternSearch* search) const;
-};
-
-using PatternSearchPtr = std::unique_ptr<PatternSearch, ReleaseSearch>;
-
 // A pattern that was compiled once, with just-in-time code where PCRE2 has some for this machine and this
-// pattern. Any number of threads may search with it at once.
+// pattern. Any number of threads may search with it at once. All of it is in the part of `RegexPart.h`; what
+// is static is called from outside.
 class CompiledPattern
 {
 public:
@@ -92,29 +82,37 @@ public:
 
     // The first group of that name that took part in the match, or else the first of that name, or else
     // s_uNoGroup. Without a search none took part.
-    std::size_t FindGroup(std::string_view name, const PatternSearch* search) const;
+    static std::size_t FindGroup(const CompiledPattern& pattern, std::string_view name,
+                                 const PatternSearch* search);
 
-    // A search to begin with. Throws std::bad_alloc.
-    static PatternSearchPtr NewSearch(std::shared_ptr<const CompiledPattern> pattern,
-                                      std::string_view subject);
+    // Searches for the first match; the search has the result. The caller gives it back by `Release`. Throws
+    // std::bad_alloc.
+    static PatternSearch* Search(std::shared_ptr<const CompiledPattern> pattern, std::string_view subject);
 
-    // A search that found the same. Throws std::bad_alloc.
-    static PatternSearchPtr Copy(const PatternSearch& search);
+    // Searches for the match after the one that the search found before. After an empty one it goes on as
+    // PCRE2's manual says: with a match at the same place that is not empty, or else after the next
+    // character. Throws std::bad_alloc.
+    static void SearchNext(PatternSearch& search);
 
-    // Finds the first match. The result is kept in the search; std::bad_alloc is thrown for want of memory.
-    void FindFirst(PatternSearch& search) const { Find(search, 0, 0); }
+    // A search that found the same, which the caller gives back by `Release`. Throws std::bad_alloc.
+    static PatternSearch* Copy(const PatternSearch& search);
 
-    // Finds the match after the one that the search found before. After an empty one it goes on as PCRE2's
-    // manual says: with a match at the same place that is not empty, or else after the next character.
-    void FindNext(PatternSearch& search) const;
+    // Gives a search back to its pattern, which keeps some for later ones.
+    static void Release(PatternSearch* search);
 
     // PCRE2's text for a result.
     static std::string Describe(int result);
 
 private:
-    friend struct ReleaseSearch;
+    struct ReleaseSearch
+    {
+        void operator()(PatternSearch* search) const { Release(search); }
+    };
+    using SearchPtr = std::unique_ptr<PatternSearch, ReleaseSearch>;
 
     CompiledPattern(Pcre2Ptr<pcre2_code> code, const Settings& settings);
+    static SearchPtr NewSearch(std::shared_ptr<const CompiledPattern> pattern, std::string_view subject);
+    void FindNext(PatternSearch& search) const;
     void Find(PatternSearch& search, std::size_t start, std::uint32_t options) const;
     std::size_t NextCharacter(std::string_view subject, std::size_t index) const;
     int Execute(PatternSearch& search, std::size_t start, std::uint32_t options,

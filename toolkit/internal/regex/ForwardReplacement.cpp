@@ -7,6 +7,7 @@
 
 #include "toolkit/internal/regex/GlobalReplacement.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
+#include "toolkit/internal/regex/RegexPart.h"
 #include "toolkit/internal/text/CodePoints.h"
 
 namespace Toolkit
@@ -24,7 +25,7 @@ const int s_iGoesOn = 1;
 ForwardReplacement::ForwardReplacement(const RegExpCode* code, std::size_t reach, int options,
                                        const TString<char>& input, const TString<char>& replacement)
     : m_pCode(code),
-      m_pWorkspace(RegExpBackend::NewWorkspace(), RegExpBackend::FreeWorkspace),
+      m_pWorkspace(LoadedRegex().newWorkspace(), LoadedRegex().freeWorkspace),
       m_uReach(reach),
       m_iOptions(options | RegExpBackend::s_iCheckedOption),
       m_strReplacement(replacement),
@@ -60,8 +61,8 @@ int ForwardReplacement::Run(int* offsets, int vectorSize)
         searched = m_uInput - (m_strWritten.size() - seen);
         std::copy(m_strWritten.begin() + static_cast<std::ptrdiff_t>(seen), m_strWritten.end(),
                   m_strInput.begin() + static_cast<std::ptrdiff_t>(searched));
-        result = RegExpBackend::Execute(m_pCode, m_strInput.data() + searched, m_strInput.size() - searched,
-                                        open - seen, m_iOptions, offsets, vectorSize, m_pWorkspace.get());
+        result = LoadedRegex().execute(m_pCode, m_strInput.data() + searched, m_strInput.size() - searched,
+                                       open - seen, m_iOptions, offsets, vectorSize, m_pWorkspace.get());
     }
     // The other form searches less of what was written: it need not find the failure, or the match whose
     // groups are too many.
@@ -99,9 +100,9 @@ bool ForwardReplacement::LookAtWritten(int* offsets, int vectorSize)
     const std::size_t begin = GetOpenBegin();
     if (begin == m_strWritten.size())
         return true;
-    const int result = RegExpBackend::Execute(m_pCode, m_strWritten.data(), m_strWritten.size(), begin,
-                                              m_iOptions | RegExpBackend::s_iPartialOption, offsets,
-                                              vectorSize, m_pWorkspace.get());
+    const int result = LoadedRegex().execute(m_pCode, m_strWritten.data(), m_strWritten.size(), begin,
+                                             m_iOptions | RegExpBackend::s_iPartialOption, offsets,
+                                             vectorSize, m_pWorkspace.get());
     if (result == RegExpBackend::s_iNoMatch)
         m_uFruitless = m_strWritten.size();
     else if (result == RegExpBackend::s_iPartial)

@@ -6,6 +6,7 @@
 
 #include "toolkit/internal/regex/ForwardReplacement.h"
 #include "toolkit/internal/regex/RegExpBackend.h"
+#include "toolkit/internal/regex/RegexPart.h"
 #include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/Utf8Scan.h"
 
@@ -33,7 +34,7 @@ const std::size_t GlobalReplacement::s_uStarts = 65536;
 GlobalReplacement::GlobalReplacement(const RegExpCode* code, int options, const TString<char>& input,
                                      const TString<char>& replacement)
     : m_pCode(code),
-      m_pWorkspace(RegExpBackend::NewWorkspace(), RegExpBackend::FreeWorkspace),
+      m_pWorkspace(LoadedRegex().newWorkspace(), LoadedRegex().freeWorkspace),
       m_iOptions(options | RegExpBackend::s_iCheckedOption),
       m_strText(input),
       m_strReplacement(replacement),
@@ -47,7 +48,7 @@ int GlobalReplacement::Run(const TString<char>& pattern, int* offsets, int vecto
 {
     int result = 1;
     if (m_strText.size() >= s_uLong && m_bReplacementIsUtf8)
-        if (const std::optional<std::size_t> reach = RegExpBackend::FindReach(pattern))
+        if (const std::optional<std::size_t> reach = LoadedRegex().findReach(pattern.c_str()))
             result = RunForward(*reach, offsets, vectorSize);
     while (result > 0)
     {
@@ -87,8 +88,8 @@ int GlobalReplacement::Replace(const int* offsets)
 
 int GlobalReplacement::Search(int* offsets, int vectorSize)
 {
-    return RegExpBackend::Execute(m_pCode, m_strText.data(), m_strText.size(), m_uStart, m_iOptions, offsets,
-                                  vectorSize, m_pWorkspace.get());
+    return LoadedRegex().execute(m_pCode, m_strText.data(), m_strText.size(), m_uStart, m_iOptions, offsets,
+                                 vectorSize, m_pWorkspace.get());
 }
 
 std::size_t GlobalReplacement::CharacterBegin(std::size_t index) const

@@ -199,10 +199,9 @@ const std::uint32_t s_uPairs = 20;
 
 } // namespace
 
-RegExpCode* RegExpBackend::Compile(const TString<char>& pattern, const char*& errorText, int& errorOffset)
+RegExpCode* RegExpBackend::Compile(const char* pattern, const char*& errorText, int& errorOffset)
 {
-    // As in PCRE, a pattern ends at its first NUL.
-    LiteralEscapes text(pattern.c_str());
+    LiteralEscapes text(pattern);
     errorText = nullptr;
     errorOffset = 0;
     for (;;)
@@ -230,9 +229,9 @@ void RegExpBackend::Free(RegExpCode* code)
     pcre2_code_free(reinterpret_cast<pcre2_code*>(code));
 }
 
-std::optional<std::size_t> RegExpBackend::FindReach(const TString<char>& pattern)
+std::optional<std::size_t> RegExpBackend::FindReach(const char* pattern)
 {
-    return Pcre2Items::FindReach(pattern.c_str());
+    return Pcre2Items::FindReach(pattern);
 }
 
 int RegExpBackend::Execute(const RegExpCode* code, const char* subject, std::size_t length, std::size_t start,

@@ -34,8 +34,8 @@ const std::uint32_t Pcre2Contexts::s_uUsualHeap = 20 * 1024;
 
 const Pcre2Contexts& Pcre2Contexts::Get()
 {
-    static const Pcre2Contexts s_contexts;
-    return s_contexts;
+    static const Pcre2Contexts* const s_pContexts = new Pcre2Contexts;
+    return *s_pContexts;
 }
 
 std::uint32_t Pcre2Contexts::MostHeap(const pcre2_code* code)
@@ -68,11 +68,6 @@ Pcre2Contexts::Pcre2Contexts() : m_pGeneral(pcre2_general_context_create(Allocat
     pcre2_set_match_limit(m_pMatch, s_uMostSteps);
     pcre2_set_heap_limit(m_pMatch, s_uUsualHeap);
     pcre2_set_match_limit(m_pCheckOnly, 1);
-}
-
-Pcre2Contexts::~Pcre2Contexts()
-{
-    Free();
 }
 
 void Pcre2Contexts::Free()

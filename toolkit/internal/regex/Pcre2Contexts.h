@@ -11,7 +11,7 @@ namespace Toolkit
 
 // What PCRE2 is told beside the pattern and the subject: where its memory comes from (operator new, so that
 // it counts as the library's own) and how far a compilation and a search may go. One object for the process,
-// never changed.
+// never changed, and never destroyed: a program may search until its very end.
 class Pcre2Contexts
 {
 public:
@@ -38,7 +38,7 @@ public:
 
 private:
     Pcre2Contexts();
-    ~Pcre2Contexts();
+    ~Pcre2Contexts() = delete;
     void Free();
 
     pcre2_general_context* m_pGeneral;

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include <pcre.h>
 #include <pthread.h>
@@ -64,8 +65,9 @@ std::uintptr_t LowestNow(const StackBounds& bounds)
 
 std::size_t StackLeft()
 {
-    // Bounds that the system did not tell are asked for again the next time.
-    static thread_local StackBounds s_bounds;
+    // Bounds that the system did not tell are asked for again the next time. The thread has the memory for
+    // them from its beginning: it would be ended where it had none by now.
+    static thread_local StackBounds s_bounds __attribute__((tls_model("initial-exec")));
     if (s_bounds.highest == 0)
         s_bounds = FindStack();
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
@@ -104,7 +106,7 @@ unsigned long RecursionLimit()
     return left > s_uExecuteReserve ? (left - s_uExecuteReserve) / s_uFrame : 0;
 }
 
-std::size_t Count(const TString<char>& text, const char* what)
+std::size_t Count(std::string_view text, const char* what)
 {
     std::size_t count = 0;
     for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + 1))
@@ -113,20 +115,21 @@ std::size_t Count(const TString<char>& text, const char* what)
 }
 
 // True when the pattern may call one of its groups or itself, "(?1)", "(?&name)" or "(?R)" for instance.
-bool MayCallGroups(const TString<char>& pattern)
+bool MayCallGroups(std::string_view pattern)
 {
-    if (pattern.Contains("\\g<") || pattern.Contains("\\g'") || pattern.Contains("(?P>"))
-        return true;
+    for (const char* const call : {"\\g<", "\\g'", "(?P>"})
+        if (pattern.find(call) != pattern.npos)
+            return true;
     for (std::size_t at = pattern.find("(?"); at != pattern.npos; at = pattern.find("(?", at + 2))
     {
         const std::size_t next = pattern.find_first_not_of("+-", at + 2);
-        if (next != pattern.npos && std::string("R&0123456789").find(pattern[next]) != std::string::npos)
+        if (next != pattern.npos && std::string_view("R&0123456789").find(pattern[next]) != pattern.npos)
             return true;
     }
     return false;
 }
 
-bool HasStackToCompile(const TString<char>& pattern)
+bool HasStackToCompile(std::string_view pattern)
 {
     const std::size_t left = StackLeft();
     if (left >= s_uMostCompileStack)
@@ -145,7 +148,7 @@ const pcre* ToPcre(const RegExpCode* code)
 
 } // namespace
 
-RegExpCode* RegExpBackend::Compile(const TString<char>& pattern, const char*& errorText, int& errorOffset)
+RegExpCode* RegExpBackend::Compile(const char* pattern, const char*& errorText, int& errorOffset)
 {
     if (!HasStackToCompile(pattern))
     {
@@ -153,7 +156,7 @@ RegExpCode* RegExpBackend::Compile(const TString<char>& pattern, const char*& er
         errorOffset = 0;
         return nullptr;
     }
-    pcre* const code = pcre_compile(pattern.c_str(), PCRE_UTF8, &errorText, &errorOffset, nullptr);
+    pcre* const code = pcre_compile(pattern, PCRE_UTF8, &errorText, &errorOffset, nullptr);
     return reinterpret_cast<RegExpCode*>(code);
 }
 
@@ -164,7 +167,7 @@ void RegExpBackend::Free(RegExpCode* code)
 }
 
 // PCRE does not tell.
-std::optional<std::size_t> RegExpBackend::FindReach(const TString<char>&)
+std::optional<std::size_t> RegExpBackend::FindReach(const char*)
 {
     return std::nullopt;
 }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Does what its arguments say, one after the other, and prints a line for each.
-//   AskIcu <step>...
-// session: starts and ends one; maps: whether the part and ICU are mapped; folder=<path>: goes there;
-// short, full: memory for 8 MiB more, or for all; copy=<from>=<to>: copies a file; date, pattern, charset,
-// names: what needs ICU; threads: 8 of them ask for a date at once.
+//   AskParts <step>...
+// session: starts and ends one; maps: which parts are mapped, and what they are linked with; folder=<path>:
+// goes there; short, full: memory for 8 MiB more, or for all; copy=<from>=<to>: copies a file; date, format,
+// charset, names: what needs ICU; find, classic, record: what needs PCRE2; dates, finds: 8 threads ask at
+// once for a date, or find a pattern; child: a forked child finds a pattern.
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +16,7 @@
 #include <vector>
 
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "toolkit/core/ToolkitSession.h"
@@ -23,25 +26,29 @@
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/ZipReader.h"
 #include "toolkit/files/ZipWriter.h"
+#include "toolkit/regExp/Pattern.h"
+#include "toolkit/regExp/RegExp.Exceptions"
+#include "toolkit/regExp/RegExp.h"
 
 using namespace Toolkit;
 
 namespace
 {
 
-// How often the code of the part is mapped, and whether ICU's is.
+// The names of the parts and of their libraries, each as often as code of it is mapped.
 std::string Maps()
 {
     std::ifstream maps("/proc/self/maps");
-    int parts = 0;
-    bool isIcu = false;
+    std::vector<std::string> found;
     for (std::string line; std::getline(maps, line);)
-        if (line.find(" r-xp ") != line.npos)
-        {
-            parts += line.find("/libtoolkit-icu.so") != line.npos ? 1 : 0;
-            isIcu = isIcu || line.find("/libicuuc.so") != line.npos;
-        }
-    return std::to_string(parts) + (isIcu ? " with ICU" : " without ICU");
+        for (const char* const name : {"libtoolkit-icu", "libicuuc", "libtoolkit-regex", "libpcre2-8"})
+            if (line.find(" r-xp ") != line.npos && line.find("/" + std::string(name) + ".so") != line.npos)
+                found.push_back(name);
+    std::sort(found.begin(), found.end());
+    std::string text = found.empty() ? "no part" : "";
+    for (const std::string& name : found)
+        text += (text.empty() ? "" : " ") + name;
+    return text;
 }
 
 std::string Date()
@@ -49,7 +56,7 @@ std::string Date()
     return Timestamp::Parse("2026-03-02T14:05:09.250Z")->Format(Timestamp::Style::Long, "de_DE");
 }
 
-std::string Pattern()
+std::string Format()
 {
     TString<wchar_t> pattern;
     Locales::GetCurrentDateFormat(pattern);
@@ -79,8 +86,54 @@ std::string Names()
     return text;
 }
 
-std::string OnThreads()
+std::string Find()
 {
+    const Result<Pattern> pattern = Pattern::Compile("(?<key>[a-z]+)=(\\d+)");
+    if (pattern)
+        return std::string(pattern->Find("a line with key=42")["key"]);
+    return (pattern.error().Code() == std::errc::not_supported ? "not supported: " : "another code: ") +
+           pattern.error().Message();
+}
+
+// What the work returns, or the message of the exception of an expression.
+template <class Work>
+std::string Caught(const Work& work)
+{
+    try
+    {
+        return work();
+    }
+    catch (const smart_ptr<RegExpException>& exception)
+    {
+        return exception->GetMessage();
+    }
+}
+
+std::string Classic()
+{
+    const RegExp regExp("([a-z]+)=(\\d+)", RegExpOptions::Default);
+    const TString<char> subject("a line with key=42");
+    const auto match = [&]() -> std::string { return regExp.Match(subject)->operator[](1)->GetValue(); };
+    const auto isMatch = [&]() -> std::string { return regExp.IsMatch(subject) ? "yes" : "no"; };
+    const auto replace = [&]() -> std::string { return regExp.Replace("-", subject, 0); };
+    return Caught(match) + "; " + Caught(isMatch) + "; " + Caught(replace);
+}
+
+// A record that nothing was compiled for.
+std::string Record()
+{
+    return Caught(
+        []() -> std::string
+        {
+            smart_ptr<MatchResult> record(new MatchResult);
+            RegExp("a", RegExpOptions::Default).RegExp_exec(record, 0);
+            return "executed";
+        });
+}
+
+std::string OnThreads(std::string (*work)())
+{
+    const std::string expected = work == &Date ? "2. M\u00E4rz 2026 um 14:05:09 UTC" : "key";
     std::atomic<int> waiting{8};
     std::atomic<int> right{0};
     std::vector<std::thread> threads;
@@ -90,11 +143,21 @@ std::string OnThreads()
             {
                 for (--waiting; waiting != 0;)
                     std::this_thread::yield();
-                right += Date() == "2. M\u00E4rz 2026 um 14:05:09 UTC" ? 1 : 0;
+                right += work() == expected ? 1 : 0;
             });
     for (std::thread& thread : threads)
         thread.join();
     return std::to_string(right);
+}
+
+std::string InChild()
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(Find() == "key" ? 0 : 1);
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status == 0 ? "found" : "status " + std::to_string(status);
 }
 
 void LimitMemory(bool isShort)
@@ -113,14 +176,22 @@ std::string Do(const std::string& step)
     const std::string given = step.substr(step.find('=') + 1);
     if (step == "date")
         return Date();
-    if (step == "pattern")
-        return Pattern();
+    if (step == "format")
+        return Format();
     if (step == "charset")
         return Charset();
     if (step == "names")
         return Names();
-    if (step == "threads")
-        return OnThreads();
+    if (step == "find")
+        return Find();
+    if (step == "classic")
+        return Classic();
+    if (step == "record")
+        return Record();
+    if (step == "dates" || step == "finds")
+        return OnThreads(step == "dates" ? &Date : &Find);
+    if (step == "child")
+        return InChild();
     if (step == "maps")
         return Maps();
     if (step == "session")

@@ -46,17 +46,18 @@ PathManager::PathManager()
     const wchar_t separator = FromWx(wxFileName::GetPathSeparators()).at(0);
     m_strPathSeparator.assign(1, separator);
 
+    const StandardFolders::Program program;
     PathNames::Executable executable =
-        PathNames::SplitExecutable(StandardFolders::Executable(), separator, StandardFolders::Working());
+        PathNames::SplitExecutable(program.executable, separator, StandardFolders::Working());
     m_strApplicationPath = std::move(executable.m_strFolder);
     m_strApplicationName = std::move(executable.m_strName);
 
-    m_strDocumentsPath = StandardFolders::Documents();
+    m_strDocumentsPath = StandardFolders::Documents(program);
 
-    const TString<wchar_t> resources = StandardFolders::Resources();
-    m_strConfigurationPath = GetDataDir() + separator + c_strConfigurationFolderName;
+    const TString<wchar_t> resources = StandardFolders::Resources(program);
+    m_strConfigurationPath = StandardFolders::Data(program) + separator + c_strConfigurationFolderName;
     m_strApplicationRessourcesPath = resources + separator + c_strRessourcesFolderName;
-    const TString<wchar_t> userLocalData = GetUserLocalDataDir();
+    const TString<wchar_t> userLocalData = StandardFolders::UserLocalData(program);
     m_strApplicationDataPath = userLocalData + separator + m_strApplicationName;
     m_strAppearancesPath = resources + separator + c_strAppearancesFolderName;
 

@@ -23,6 +23,8 @@ namespace Toolkit
 namespace
 {
 
+using StandardFolders::Program;
+
 const char* const c_strSelf = "/proc/self/exe";
 
 // True when wxWidgets, which converts by the current locale, reads the bytes as UTF-8 does.
@@ -31,48 +33,41 @@ bool IsReadAlike(const char* bytes)
     return bytes == nullptr || wxString(bytes, wxConvLibc) == ToWx(Utf8Codec::Decode(bytes));
 }
 
-bool CanAskWxOfProgram()
-{
-    return WxLibrary::IsStarted() && IsReadAlike(StandardFolders::ExecutableBytes().c_str()) &&
-           IsReadAlike(program_invocation_name);
-}
-
 TString<wchar_t> Environment(const char* name)
 {
     return Utf8Codec::Decode(TString<char>(std::getenv(name)));
 }
 
 // Where HOME is set and names nothing, wxWidgets takes the root folder for the user's home.
-bool CanAskWxOfUser()
+bool CanAskWxOfUser(const Program& program)
 {
     const bool isHomeNamed = std::getenv("HOME") == nullptr || !Environment("HOME").empty();
-    return isHomeNamed && CanAskWxOfProgram() && IsReadAlike(std::getenv("HOME")) &&
+    return isHomeNamed && program.canAskWx && IsReadAlike(std::getenv("HOME")) &&
            IsReadAlike(std::getenv("XDG_CONFIG_HOME"));
 }
 
 // The name that wxWidgets gives an application without one: that of its file, without the last
 // extension.
-wxString ExecutableName()
+wxString ExecutableName(const Program& program)
 {
     wxString name;
-    wxFileName::SplitPath(ToWx(StandardFolders::Executable()), nullptr, &name, nullptr);
+    wxFileName::SplitPath(ToWx(program.executable), nullptr, &name, nullptr);
     return name;
 }
 
 // The name that the host gave to wxWidgets, if it did; what wxWidgets made of the program's name itself is
 // none.
-wxString ApplicationName()
+wxString ApplicationName(const Program& program)
 {
     wxString ofProgram;
     wxFileName::SplitPath(wxString(program_invocation_name, wxConvLibc), nullptr, &ofProgram, nullptr);
     const wxString name = WxLibrary::IsStarted() ? wxAppConsole::GetInstance()->GetAppName() : wxString();
-    return name.empty() || name == ofProgram ? ExecutableName() : name;
+    return name.empty() || name == ofProgram ? ExecutableName(program) : name;
 }
 
-TString<wchar_t> SharedData()
+TString<wchar_t> SharedData(const Program& program)
 {
-    return StandardFolders::InstallPrefix(StandardFolders::Executable()) + L"/share/" +
-           FromWx(ApplicationName());
+    return StandardFolders::InstallPrefix(program.executable) + L"/share/" + FromWx(ApplicationName(program));
 }
 
 void EraseAll(std::string& text, std::string_view what)
@@ -129,11 +124,6 @@ std::string StandardFolders::ExecutableBytes()
     return Unmark(link, real);
 }
 
-TString<wchar_t> StandardFolders::Executable()
-{
-    return Utf8Codec::Decode(ExecutableBytes());
-}
-
 TString<wchar_t> StandardFolders::Working()
 {
     std::error_code ignored;
@@ -149,27 +139,34 @@ TString<wchar_t> StandardFolders::Home()
     return listed ? Utf8Codec::Decode(TString<char>(listed->native())) : TString<wchar_t>();
 }
 
-TString<wchar_t> StandardFolders::Data()
+StandardFolders::Program::Program()
 {
-    return CanAskWxOfProgram() ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData();
+    const std::string bytes = ExecutableBytes();
+    executable = Utf8Codec::Decode(bytes);
+    canAskWx = WxLibrary::IsStarted() && IsReadAlike(bytes.c_str()) && IsReadAlike(program_invocation_name);
 }
 
-TString<wchar_t> StandardFolders::UserLocalData()
+TString<wchar_t> StandardFolders::Data(const Program& program)
 {
-    if (CanAskWxOfUser())
+    return program.canAskWx ? FromWx(wxStandardPaths::Get().GetDataDir()) : SharedData(program);
+}
+
+TString<wchar_t> StandardFolders::UserLocalData(const Program& program)
+{
+    if (CanAskWxOfUser(program))
         return FromWx(wxStandardPaths::Get().GetUserLocalDataDir());
     const TString<wchar_t> home = Home();
-    return home.empty() ? home : TString<wchar_t>(home + L"/." + FromWx(ApplicationName()));
+    return home.empty() ? home : TString<wchar_t>(home + L"/." + FromWx(ApplicationName(program)));
 }
 
-TString<wchar_t> StandardFolders::Resources()
+TString<wchar_t> StandardFolders::Resources(const Program& program)
 {
-    return CanAskWxOfProgram() ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData();
+    return program.canAskWx ? FromWx(wxStandardPaths::Get().GetResourcesDir()) : SharedData(program);
 }
 
-TString<wchar_t> StandardFolders::Documents()
+TString<wchar_t> StandardFolders::Documents(const Program& program)
 {
-    if (CanAskWxOfUser())
+    if (CanAskWxOfUser(program))
         return FromWx(wxStandardPaths::Get().GetDocumentsDir());
     const TString<wchar_t> home = Home();
     const TString<wchar_t> listed = ListedDocuments(home);

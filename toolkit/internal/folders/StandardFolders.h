@@ -15,8 +15,6 @@ namespace Toolkit::StandardFolders
 
 // The full path of the running executable, as the bytes of the system; empty when the system does not tell.
 std::string ExecutableBytes();
-// The same as text; empty when it has no UTF-8 form.
-TString<wchar_t> Executable();
 
 // The current working directory.
 TString<wchar_t> Working();
@@ -24,10 +22,20 @@ TString<wchar_t> Working();
 // The user's home folder.
 TString<wchar_t> Home();
 
-TString<wchar_t> Data();
-TString<wchar_t> UserLocalData();
-TString<wchar_t> Resources();
-TString<wchar_t> Documents();
+// What the folders below depend on. Whoever wants several of them looks at it once.
+struct Program
+{
+    Program();
+
+    // The running executable as text; empty when it has no UTF-8 form.
+    TString<wchar_t> executable;
+    bool canAskWx;
+};
+
+TString<wchar_t> Data(const Program& program = Program());
+TString<wchar_t> UserLocalData(const Program& program = Program());
+TString<wchar_t> Resources(const Program& program = Program());
+TString<wchar_t> Documents(const Program& program = Program());
 
 // The target of a link to a running executable that the kernel gives: the kernel marks the path of an
 // executable that was deleted, and `isRealName` tells that the mark is a part of the file's name.

@@ -70,6 +70,50 @@ TEST(Event, WakesEveryWaiterAndShowsWhatWasDoneBefore)
     }
 }
 
+TEST(Event, ThreadsThatWakeEachOtherLoseNoWakeUp)
+{
+    const int rounds = 2000;
+    Event call;
+    Event answer;
+    int calls = 0;
+    std::thread other(
+        [&]
+        {
+            for (int i = 0; i < rounds; ++i)
+            {
+                call.Wait();
+                call.Reset();
+                ++calls;
+                answer.Set();
+            }
+        });
+    for (int i = 0; i < rounds; ++i)
+    {
+        call.Set();
+        EXPECT_TRUE(answer.WaitFor(10min));
+        answer.Reset();
+        EXPECT_EQ(i + 1, calls);
+    }
+    other.join();
+}
+
+TEST(Event, WhoWaitsOnIsWokenAfterAResetAndAfterOthersGaveUp)
+{
+    for (int round = 0; round < 200; ++round)
+    {
+        Event event;
+        std::thread waiter([&event] { event.Wait(); });
+        std::thread resetter([&event] { event.Reset(); });
+        EXPECT_FALSE(event.WaitFor(1us));
+        resetter.join();
+        event.Set();
+        waiter.join();
+        EXPECT_TRUE(event.IsSet());
+        event.Reset();
+        EXPECT_FALSE(event.IsSet());
+    }
+}
+
 TEST(Event, IsSetBySignalHandlers)
 {
     Event event;

@@ -19,11 +19,11 @@ using Clock = std::chrono::steady_clock;
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free, "a signal handler sets it");
 
-// Returns when the word is no longer 0, at `end` if there is one, or for no reason at all.
-void WaitWhileZero(const std::atomic<std::uint32_t>& word, const timespec* end)
+// Returns when the word is no longer `value`, at `end` if there is one, or for no reason at all.
+void WaitWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value, const timespec* end)
 {
     const int before = errno;
-    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, 0, end, nullptr, FUTEX_BITSET_MATCH_ANY);
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, end, nullptr, FUTEX_BITSET_MATCH_ANY);
     errno = before;
 }
 
@@ -31,21 +31,24 @@ void WaitWhileZero(const std::atomic<std::uint32_t>& word, const timespec* end)
 
 void Event::Set() noexcept
 {
+    if (m_uState.exchange(s_uSet, std::memory_order_acq_rel) != s_uAwaited)
+        return;
     const int before = errno;
-    m_uSet.store(1, std::memory_order_release);
-    syscall(SYS_futex, &m_uSet, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
+    syscall(SYS_futex, &m_uState, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
     errno = before;
 }
 
+// Those who wait go on waiting.
 void Event::Reset() noexcept
 {
-    m_uSet.store(0, std::memory_order_release);
+    std::uint32_t set = s_uSet;
+    m_uState.compare_exchange_strong(set, s_uUnset, std::memory_order_acq_rel);
 }
 
 void Event::Wait() const noexcept
 {
-    while (!IsSet())
-        WaitWhileZero(m_uSet, nullptr);
+    while (MustWait())
+        WaitWhile(m_uState, s_uAwaited, nullptr);
 }
 
 bool Event::WaitFor(std::chrono::nanoseconds time) const noexcept
@@ -56,13 +59,22 @@ bool Event::WaitFor(std::chrono::nanoseconds time) const noexcept
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(end.time_since_epoch());
     const timespec limit = {static_cast<std::time_t>(seconds.count()),
                             static_cast<long>((end.time_since_epoch() - seconds).count())};
-    while (!IsSet())
+    while (MustWait())
     {
         if (time.count() <= 0 || Clock::now() >= end)
             return false;
-        WaitWhileZero(m_uSet, &limit);
+        WaitWhile(m_uState, s_uAwaited, &limit);
     }
     return true;
+}
+
+// False when it is set; otherwise it is known from now on that somebody may wait.
+bool Event::MustWait() const noexcept
+{
+    std::uint32_t state = s_uUnset;
+    return m_uState.compare_exchange_strong(state, s_uAwaited, std::memory_order_acq_rel,
+                                            std::memory_order_acquire) ||
+           state != s_uSet;
 }
 
 } // namespace Toolkit

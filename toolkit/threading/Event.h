@@ -30,12 +30,12 @@ public:
     Event(const Event&) = delete;
     Event& operator=(const Event&) = delete;
 
-    /// Wakes all waiters at once; `errno` stays as it is.
+    /// Wakes all waiters at once; `errno` stays as it is. Where nobody waits it takes no system call.
     void Set() noexcept;
     /// Makes waiters block again.
     void Reset() noexcept;
     /// True from `Set` to `Reset`.
-    bool IsSet() const noexcept { return m_uSet.load(std::memory_order_acquire) != 0; }
+    bool IsSet() const noexcept { return m_uState.load(std::memory_order_acquire) == s_uSet; }
 
     /// Blocks until the event is set.
     void Wait() const noexcept;
@@ -44,8 +44,15 @@ public:
     bool WaitFor(std::chrono::nanoseconds time) const noexcept;
 
 private:
-    // What the system waits on: 0 or 1.
-    std::atomic<std::uint32_t> m_uSet{0};
+    // Not set, and nobody waits; set; not set, and somebody may wait.
+    static constexpr std::uint32_t s_uUnset = 0;
+    static constexpr std::uint32_t s_uSet = 1;
+    static constexpr std::uint32_t s_uAwaited = 2;
+
+    bool MustWait() const noexcept;
+
+    // What the system waits on.
+    mutable std::atomic<std::uint32_t> m_uState{s_uUnset};
 };
 
 } // namespace Toolkit

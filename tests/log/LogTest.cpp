@@ -284,6 +284,70 @@ TEST_F(LogTest, LineThatEverySinkDropsEvaluatesNothing)
     EXPECT_EQ(0, evaluated);
 }
 
+// What was wanted once and is wanted again: no line may be lost, and none that nobody wants is looked at.
+TEST_F(LogTest, ThresholdsFollowEachOtherUpAndDown)
+{
+    const ToolkitSession session;
+    int evaluated = 0;
+    const auto isWanted = [&evaluated](LogSeverity severity)
+    {
+        const int before = evaluated;
+        TOOLKIT_LOG(severity) << ++evaluated;
+        EXPECT_EQ(LogStatement::IsWanted(severity), evaluated != before);
+        return evaluated != before;
+    };
+    const auto aboveVerbose = static_cast<LogSeverity>(9);
+    Log::SetThreshold(aboveVerbose);
+    m_pSink->SetThreshold(LogSeverity::Info);
+    for (int round = 0; round < 2; ++round)
+    {
+        EXPECT_FALSE(isWanted(LogSeverity::Debug));
+        ToolkitTest::Record classic;
+        ILogger::SetLogger(new ToolkitTest::RecordingLogger(classic, LogSeverity::Verbose));
+        EXPECT_TRUE(isWanted(LogSeverity::Verbose));
+        EXPECT_FALSE(isWanted(aboveVerbose));
+        (*ILogger::s_pInstance)->SetThreshold(LogSeverity::Warning);
+        EXPECT_FALSE(isWanted(LogSeverity::Debug));
+        (*ILogger::s_pInstance)->SetThreshold(aboveVerbose);
+        EXPECT_TRUE(isWanted(aboveVerbose));
+        ILogger::SetLogger(smart_ptr<ILogger>());
+        EXPECT_FALSE(isWanted(LogSeverity::Debug));
+        m_pSink->SetThreshold(aboveVerbose);
+        EXPECT_TRUE(isWanted(aboveVerbose));
+        m_pSink->SetThreshold(LogSeverity::Info);
+        EXPECT_TRUE(isWanted(LogSeverity::Info));
+    }
+}
+
+TEST_F(LogTest, LineOfTheHighestThresholdArrivesWhateverOtherThreadsChange)
+{
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back(
+            [&stop]
+            {
+                while (!stop)
+                {
+                    ToolkitTest::Record record;
+                    ToolkitTest::RecordingLogger logger(record, LogSeverity::Debug);
+                    logger.SetThreshold(LogSeverity::Error);
+                }
+            });
+    for (int round = 0; round < 500; ++round)
+    {
+        ToolkitTest::Record record;
+        ToolkitTest::RecordingLogger logger(record, LogSeverity::Error);
+        m_pSink->SetThreshold(LogSeverity::Error);
+        m_pSink->SetThreshold(LogSeverity::Verbose);
+        TOOLKIT_LOG(LogSeverity::Verbose) << round;
+    }
+    stop = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_THAT(m_pSink->Messages(), SizeIs(500));
+}
+
 TEST_F(LogTest, ThresholdOfAClassicSinkMayChange)
 {
     ToolkitTest::Record classic;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -49,16 +50,6 @@ void WriteRecord(LogSeverity severity, std::uint64_t thread, std::wstring_view t
     }
     Utf8Repair::AppendWide(record.message, fields ? fields->message : text);
     Log::Write(record);
-}
-
-// The highest severity that a sink of the Log takes.
-LogSeverity WidestOfLog()
-{
-    for (const LogSeverity severity :
-         {LogSeverity::Verbose, LogSeverity::Debug, LogSeverity::Info, LogSeverity::Warning})
-        if (Log::IsWanted(severity))
-            return severity;
-    return LogSeverity::Error;
 }
 
 // Guards which bridge there is.
@@ -130,10 +121,13 @@ TOOLKIT_ONCE const TString<wchar_t> ILogger::c_strLogToken3(L"\n");
 
 ILogger::ILogger(LogSeverity threshold) : m_threshold(threshold)
 {
-    LogStatement::Widen(threshold);
+    LogStatement::AddThreshold(threshold);
 }
 
-ILogger::~ILogger() = default;
+ILogger::~ILogger()
+{
+    LogStatement::RemoveThreshold(GetThreshold());
+}
 
 smart_ptr<ILogger> ILogger::Create()
 {
@@ -157,9 +151,15 @@ void ILogger::SetThreshold(LogSeverity threshold)
 {
     const LogBridge* const bridge = LogBridge::Last();
     ILogger& changed = this == bridge ? *bridge->Below() : *this;
-    changed.m_threshold.store(threshold, std::memory_order_relaxed);
-    LogStatement::Widen(threshold);
+    changed.ChangeThreshold(threshold);
     BridgeThresholdChanged();
+}
+
+void ILogger::ChangeThreshold(LogSeverity threshold)
+{
+    const LogSeverity before = m_threshold.exchange(threshold, std::memory_order_relaxed);
+    LogStatement::AddThreshold(threshold);
+    LogStatement::RemoveThreshold(before);
 }
 
 ILogger* ILogger::BelowBridge()
@@ -187,8 +187,8 @@ void ILogger::BridgeThresholdChanged()
 {
     const std::lock_guard<std::mutex> lock(s_bridgeMutex);
     if (LogBridge* const bridge = LogBridge::Last())
-        bridge->ILogger::m_threshold.store(std::max(bridge->Below()->GetThreshold(), WidestOfLog()),
-                                           std::memory_order_relaxed);
+        bridge->ChangeThreshold(static_cast<LogSeverity>(
+            std::max(static_cast<std::int64_t>(bridge->Below()->GetThreshold()), Log::Widest())));
 }
 
 ILogger& ILogger::operator<<(const SetSeverity& selection)

@@ -120,6 +120,8 @@ private:
     static void SetBridge();
     static void BridgeThresholdChanged();
 
+    void ChangeThreshold(LogSeverity threshold);
+
     std::atomic<LogSeverity> m_threshold;
     std::atomic<LogSeverity> m_severity{LogSeverity::Verbose};
 };

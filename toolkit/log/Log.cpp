@@ -175,12 +175,15 @@ void Log::ThresholdsChanged()
 {
     {
         const std::lock_guard<std::mutex> lock(s_mutex);
-        const std::int64_t wanted = WantedOf(Installed().get());
-        s_iWanted.store(wanted, std::memory_order_relaxed);
-        if (wanted >= 0)
-            LogStatement::Widen(static_cast<LogSeverity>(wanted));
+        s_iWanted.store(WantedOf(Installed().get()));
     }
+    LogStatement::ThresholdsChanged();
     ILogger::BridgeThresholdChanged();
+}
+
+std::int64_t Log::Widest()
+{
+    return s_iWanted.load();
 }
 
 } // namespace Toolkit

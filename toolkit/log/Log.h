@@ -2,6 +2,7 @@
 #ifndef TOOLKIT_LOG_LOG_H
 #define TOOLKIT_LOG_LOG_H
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -50,12 +51,15 @@ public:
     static void Write(const LogRecord& record);
 
 private:
+    friend class ILogger;
     friend class LogSink;
     friend class LogStatement;
 
     // For a record that is wanted, on a thread that cannot be cancelled.
     static void WriteWhole(const LogRecord& record);
     static void ThresholdsChanged();
+    // The highest severity that some sink takes; -1 without one.
+    static std::int64_t Widest();
 };
 
 } // namespace Toolkit

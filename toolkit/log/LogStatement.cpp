@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/log/LogStatement.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>
 #include <cwchar>
 #include <iterator>
+#include <limits>
 #include <typeinfo>
 #include <utility>
 
@@ -36,6 +38,15 @@ const Unit s_units[] = {{1, 1000000000, "ns"}, {1, 1000000, "us"}, {1, 1000, "ms
                         {60, 1, "min"},        {3600, 1, "h"},     {86400, 1, "d"}};
 
 const std::size_t s_uMostDigits = 24;
+
+// How many ILoggers have each threshold; the last number is that of all above Verbose.
+const std::size_t s_uThresholds = LogSeverity::Verbose + 2;
+std::atomic<int> s_iLoggers[s_uThresholds];
+
+std::atomic<int>& LoggersOf(LogSeverity threshold)
+{
+    return s_iLoggers[std::min<std::size_t>(threshold, s_uThresholds - 1)];
+}
 
 std::size_t Length(const char* begin, std::to_chars_result result)
 {
@@ -90,12 +101,37 @@ LogStatement::~LogStatement()
     }
 }
 
-void LogStatement::Widen(LogSeverity severity)
+void LogStatement::AddThreshold(LogSeverity threshold)
 {
-    const auto wide = static_cast<std::int64_t>(severity);
-    std::int64_t widest = s_iWidest.load();
-    while (widest < wide && !s_iWidest.compare_exchange_weak(widest, wide))
-        continue;
+    ++LoggersOf(threshold);
+    ThresholdsChanged();
+}
+
+void LogStatement::RemoveThreshold(LogSeverity threshold)
+{
+    --LoggersOf(threshold);
+    ThresholdsChanged();
+}
+
+// Of several threads that are here, the last one to store sees what all of them changed before.
+void LogStatement::ThresholdsChanged()
+{
+    std::int64_t widest = -1;
+    do
+    {
+        widest = Widest();
+        s_iWidest.store(widest);
+    } while (widest != Widest());
+}
+
+std::int64_t LogStatement::Widest()
+{
+    std::size_t loggers = s_uThresholds;
+    while (loggers > 0 && s_iLoggers[loggers - 1] == 0)
+        --loggers;
+    if (loggers == s_uThresholds)
+        return std::numeric_limits<std::int64_t>::max();
+    return std::max(Log::Widest(), static_cast<std::int64_t>(loggers) - 1);
 }
 
 bool LogStatement::BeginsWanted(LogSeverity severity)

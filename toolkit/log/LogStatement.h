@@ -28,6 +28,9 @@
 namespace Toolkit
 {
 
+class ILogger;
+class Log;
+
 /// The text of one TOOLKIT_LOG, which hands the line on when it is destroyed. All text is UTF-8: char text of
 /// every kind, wide text, and a path with the system's own bytes and without quotation marks; what is not
 /// UTF-8 becomes U+FFFD. Numbers are those of the classic locale, a bool is 1 or 0, an enumerator its number,
@@ -71,10 +74,10 @@ public:
         return *this;
     }
 
-    /// For what raises a threshold: no line above the highest that was ever wanted is looked at twice.
-    static void Widen(LogSeverity severity);
-
 private:
+    friend class ILogger;
+    friend class Log;
+
     template <class Stream, class T, class = void>
     struct IsStreamable : std::false_type
     {
@@ -148,7 +151,14 @@ private:
     void AppendWide(std::wstring_view text);
     void AppendUnit(std::intmax_t numerator, std::intmax_t denominator);
 
-    // At least every threshold that any sink and any ILogger ever had; -1 when there was none.
+    // What an ILogger that has this threshold now, or no more, changes.
+    static void AddThreshold(LogSeverity threshold);
+    static void RemoveThreshold(LogSeverity threshold);
+    static void ThresholdsChanged();
+    static std::int64_t Widest();
+
+    // The highest severity that the Log or any ILogger wants, installed or not; -1 without one. No line above
+    // it is looked at twice.
     static std::atomic<std::int64_t> s_iWidest;
 
     const char* const m_strFile;

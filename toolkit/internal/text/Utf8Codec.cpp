@@ -249,7 +249,7 @@ TString<wchar_t> Utf8Codec::Decode(const TString<char>& bytes)
         length = std::min(length, std::char_traits<char>::length(begin));
         characters = Utf8Blocks::CountLeads(begin, length);
     }
-    TString<wchar_t> wide;
+    TString<wchar_t> wide(characters, L'\0');
     // Of a text that is no UTF-8, no more characters are decoded before that is seen.
     Overwrite(wide, characters,
               [begin, length](wchar_t* room)

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Rounds.h"
 #include "toolkit/threading/Event.h"
 
 using Toolkit::Event;
@@ -378,4 +379,27 @@ TEST(Task, ManyTasksEndAtEveryMoment)
     }
     EXPECT_EQ(320, started);
     EXPECT_EQ(320, ended);
+}
+
+TEST(Task, ManyOneAfterAnotherLeaveNothingBehind)
+{
+    ToolkitTest::Rounds rounds("tasks", "TOOLKIT_TEST_TASKS", 1000);
+    while (rounds.GoOn())
+    {
+        const unsigned long size = rounds.Size(500);
+        for (unsigned long i = 0; i < size; ++i)
+        {
+            auto task = Task<unsigned long>::Start(
+                [i](TaskContext& context)
+                {
+                    context.Report(1, 1, "a text that needs memory of its own");
+                    return i;
+                });
+            if (i % 3 == 0)
+                task.Cancel();
+            // Every other one is destroyed at whatever point it has come to.
+            EXPECT_TRUE(i % 2 != 0 || task.Get() == i);
+        }
+        rounds.Did(size);
+    }
 }

@@ -25,6 +25,7 @@
 #include "toolkit/internal/zip/ZipFile.h"
 #include "toolkit/internal/zip/ZipFileStream.h"
 #include "toolkit/internal/zip/ZipNameConverter.h"
+#include "toolkit/internal/zip/ZipRecordEntry.h"
 
 namespace Toolkit
 {
@@ -32,17 +33,9 @@ namespace Toolkit
 struct ZipEntry::Content
 {
     std::string name;
-    // As the archive has it, in whatever charset; only here a NUL shows.
-    std::string bytes;
-    std::uint64_t size = 0;
-    std::uint64_t compressed = 0;
-    // As MS-DOS writes them.
-    unsigned int time = 0;
-    unsigned int date = 0;
+    // Its name is the one in the archive; only there a NUL shows.
+    ZipFile::DirectoryRecord record;
     bool isFolder = false;
-    // As Unix writes it; 0 where nothing is known.
-    unsigned int mode = 0;
-    std::unique_ptr<const wxZipEntry> record;
     // Whose entry it is.
     const void* archive = nullptr;
 };
@@ -62,6 +55,10 @@ struct ZipLimits::Content
 
 struct ZipReader::Content
 {
+    // False for what is no archive.
+    bool ReadEntries();
+    bool ReadEntriesFrom(long long place, long long firstOffset);
+
     std::mutex mutex;
     std::string path;
     std::shared_ptr<const ZipFile> file;
@@ -87,6 +84,23 @@ std::chrono::system_clock::time_point TimeOf(unsigned int date, unsigned int tim
     return std::chrono::system_clock::from_time_t(std::mktime(&fields));
 }
 
+std::uint64_t SizeOf(const ZipFile::DirectoryRecord& record)
+{
+    return static_cast<std::uint64_t>(std::max<long long>(record.size, 0));
+}
+
+// No more than there can be.
+std::uint64_t CompressedSizeOf(const ZipFile::DirectoryRecord& record, const ZipFile& file)
+{
+    return static_cast<std::uint64_t>(std::clamp<long long>(record.compressedSize, 0, file.GetLength()));
+}
+
+// A damaged offset may be any number.
+long long Sum(long long offset, unsigned long long shift)
+{
+    return static_cast<long long>(static_cast<unsigned long long>(offset) + shift);
+}
+
 std::string NameOf(const std::string& bytes)
 {
     // What is UTF-8 stays as it is.
@@ -109,12 +123,12 @@ const std::string& ZipEntry::Name() const noexcept
 
 std::uint64_t ZipEntry::Size() const noexcept
 {
-    return m_pContent->size;
+    return SizeOf(m_pContent->record);
 }
 
 std::chrono::system_clock::time_point ZipEntry::Modified() const noexcept
 {
-    return TimeOf(m_pContent->date, m_pContent->time);
+    return TimeOf(m_pContent->record.date, m_pContent->record.time);
 }
 
 bool ZipEntry::IsFolder() const noexcept
@@ -164,6 +178,43 @@ ZipLimits& ZipLimits::Ratio(std::uint64_t most)
     return *this;
 }
 
+// wxWidgets finds the directory, wherever the end of the archive lies, and says where the first entry really
+// is, which may be behind a program that unpacks it.
+bool ZipReader::Content::ReadEntries()
+{
+    if (!file->MayBeArchive())
+        return false;
+    const WxLibrary::Silence silence;
+    auto* const source = new ZipFileStream(file);
+    wxZipInputStream directory(source, ZipNameConverter::Instance());
+    const std::unique_ptr<const wxZipEntry> first(directory.GetNextEntry());
+    if (first == nullptr)
+        return directory.GetLastError() == wxSTREAM_EOF;
+    return ReadEntriesFrom(source->GetLastRecord(), first->GetOffset());
+}
+
+// Reads all records, the first one included: as an object of wxWidgets, with a wide name and a date in the
+// local zone, each would take three times as long.
+bool ZipReader::Content::ReadEntriesFrom(long long place, long long firstOffset)
+{
+    const auto shift = static_cast<unsigned long long>(firstOffset) -
+                       static_cast<unsigned long long>(file->ReadDirectoryRecord(place).offset);
+    while (!file->IsEndOfDirectory(place))
+    {
+        auto entry = std::make_shared<ZipEntry::Content>();
+        entry->record = file->ReadDirectoryRecord(place);
+        place = entry->record.next;
+        if (place == 0)
+            return false;
+        entry->record.offset = Sum(entry->record.offset, shift);
+        entry->name = NameOf(entry->record.name);
+        entry->isFolder = !entry->record.name.empty() && entry->record.name.back() == '/';
+        entry->archive = file.get();
+        entries.push_back(ZipEntry(std::move(entry)));
+    }
+    return true;
+}
+
 ZipReader::ZipReader(std::unique_ptr<Content> content) noexcept : m_pContent(std::move(content)) {}
 ZipReader::ZipReader(ZipReader&& other) noexcept = default;
 ZipReader& ZipReader::operator=(ZipReader&& other) noexcept = default;
@@ -172,38 +223,14 @@ ZipReader::~ZipReader() = default;
 Result<ZipReader> ZipReader::Open(const std::filesystem::path& path)
 {
     const char* const attempt = "cannot read";
-    const auto malformed = [&]
-    { return Failure(Errc::Malformed, attempt + (" " + path.native()) + ": it is no ZIP archive"); };
     Descriptor descriptor = NativePath::OfBytes(path.native()).Open(O_RDONLY);
     if (!descriptor.IsOpen() && errno != ENXIO)
         return SystemFailure(attempt, path.native(), errno);
     auto content = std::make_unique<Content>();
     content->path = path.native();
     content->file = std::make_shared<const ZipFile>(std::move(descriptor));
-    if (!content->file->MayBeArchive())
-        return malformed();
-    const WxLibrary::Silence silence;
-    auto* const source = new ZipFileStream(content->file);
-    wxZipInputStream directory(source, ZipNameConverter::Instance());
-    while (auto record = std::unique_ptr<const wxZipEntry>(directory.GetNextEntry()))
-    {
-        ZipFile::DirectoryRecord raw = content->file->ReadDirectoryRecord(source->GetLastRecord());
-        auto entry = std::make_shared<ZipEntry::Content>();
-        entry->name = NameOf(raw.name);
-        entry->bytes = std::move(raw.name);
-        entry->size = static_cast<std::uint64_t>(std::max<long long>(record->GetSize(), 0));
-        entry->compressed = static_cast<std::uint64_t>(
-            std::clamp<long long>(record->GetCompressedSize(), 0, content->file->GetLength()));
-        entry->date = raw.date;
-        entry->time = raw.time;
-        entry->isFolder = !entry->bytes.empty() && entry->bytes.back() == '/';
-        entry->mode = raw.mode;
-        entry->archive = content->file.get();
-        entry->record = std::move(record);
-        content->entries.push_back(ZipEntry(std::move(entry)));
-    }
-    if (directory.GetLastError() != wxSTREAM_EOF)
-        return malformed();
+    if (!content->ReadEntries())
+        return Failure(Errc::Malformed, attempt + (" " + path.native()) + ": it is no ZIP archive");
     return ZipReader(std::move(content));
 }
 
@@ -238,13 +265,14 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
     const std::string name = content.name + " of " + m_pContent->path;
     if (content.archive != m_pContent->file.get())
         return SystemFailure("cannot read", name, EINVAL);
-    if (content.size > largest)
+    if (SizeOf(content.record) > largest)
         return Failure(Errc::LimitReached,
                        "cannot read " + name + ": it is longer than " + std::to_string(largest) + " bytes");
+    const ZipRecordEntry record(content.record);
     const std::lock_guard<std::mutex> lock(m_pContent->mutex);
     std::string bytes;
     // More than expected, so that the end is met without growing again.
-    bytes.reserve(m_pContent->file->GetCredibleLength(*content.record) + ZipContent::s_uLeastRoom);
+    bytes.reserve(m_pContent->file->GetCredibleLength(record) + ZipContent::s_uLeastRoom);
     std::size_t done = 0;
     const auto place = [&bytes, &done](std::size_t count)
     {
@@ -256,8 +284,7 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
         done += count;
         return true;
     };
-    const Result<void> read =
-        ZipContent::Decode(m_pContent->file, *content.record, "cannot read", name, place, take);
+    const Result<void> read = ZipContent::Decode(m_pContent->file, record, "cannot read", name, place, take);
     if (!read)
         return read.error();
     bytes.resize(done);
@@ -282,8 +309,9 @@ Result<void> ZipReader::Extract(const ZipEntry& entry, const std::filesystem::pa
     if (!writer)
         return writer.error();
     const int descriptor = (*writer)->Get();
+    const ZipRecordEntry record(content.record);
     const std::lock_guard<std::mutex> lock(m_pContent->mutex);
-    const Result<void> decoded = ZipContent::Decode(m_pContent->file, *content.record, "cannot extract", name,
+    const Result<void> decoded = ZipContent::Decode(m_pContent->file, record, "cannot extract", name,
                                                     [descriptor](const char* block, std::size_t count)
                                                     { return WriteAll(descriptor, block, count); });
     return decoded ? (*writer)->Finish() : decoded;
@@ -307,9 +335,9 @@ Result<ZipReport> ZipReader::ExtractAll(const std::filesystem::path& folder, con
     for (const ZipEntry& entry : m_pContent->entries)
     {
         const ZipEntry::Content& content = *entry.m_pContent;
-        const Result<void> done =
-            extraction.Extract({content.name, content.bytes, content.size, content.compressed,
-                                content.isFolder, content.mode, *content.record});
+        const std::uint64_t compressed = CompressedSizeOf(content.record, *m_pContent->file);
+        const Result<void> done = extraction.Extract(
+            {content.name, content.isFolder, SizeOf(content.record), compressed, content.record});
         if (done)
             report->extracted.push_back(content.name);
         else

@@ -7,7 +7,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <wx/zipstrm.h>
 
 #include "toolkit/internal/charsets/FoldedText.h"
 #include "toolkit/internal/system/Descriptor.h"
@@ -16,6 +15,7 @@
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/zip/ZipContent.h"
 #include "toolkit/internal/zip/ZipEntryPath.h"
+#include "toolkit/internal/zip/ZipRecordEntry.h"
 
 namespace Toolkit
 {
@@ -82,14 +82,14 @@ ZipExtraction::ZipExtraction(std::shared_ptr<const ZipFile> file, int root, std:
 
 Result<void> ZipExtraction::Extract(const Entry& entry)
 {
-    const char* const wrongName =
-        WrongInZipPath(entry.bytes.find('\0') != entry.bytes.npos ? entry.bytes : entry.name);
+    const std::string& bytes = entry.record.name;
+    const char* const wrongName = WrongInZipPath(bytes.find('\0') != bytes.npos ? bytes : entry.name);
     std::string wrong = wrongName != nullptr ? wrongName : "";
     // No system call takes a longer one.
     if (entry.name.size() >= PATH_MAX)
         return SystemFailure(c_strAttempt, entry.name, ENAMETOOLONG);
     const std::vector<std::string_view> parts = PartsOfZipPath(entry.name);
-    if (wrong.empty() && IsSpecial(entry.mode))
+    if (wrong.empty() && IsSpecial(entry.record.mode))
         wrong = "it is a link or a device";
     if (wrong.empty())
         wrong = m_names.Take(parts, entry.isFolder);
@@ -126,7 +126,8 @@ Result<void> ZipExtraction::ExtractFile(const Entry& entry, int folder, const st
         return SystemFailure(c_strAttempt, entry.name, errno);
     const auto take = [&](const char* block, std::size_t count)
     { return WriteAll(file.Get(), block, count); };
-    if (Result<void> decoded = ZipContent::Decode(m_file, entry.record, c_strAttempt, entry.name, take);
+    if (Result<void> decoded =
+            ZipContent::Decode(m_file, ZipRecordEntry(entry.record), c_strAttempt, entry.name, take);
         !decoded)
         return decoded;
     if (!file.TakePlaceOf(name.c_str()))

@@ -12,13 +12,10 @@
 #include <vector>
 
 #include "toolkit/core/Result.h"
-
-class wxZipEntry;
+#include "toolkit/internal/zip/ZipFile.h"
 
 namespace Toolkit
 {
-
-class ZipFile;
 
 // The extraction of a whole archive below one folder, which nothing leaves, whatever the archive or another
 // process does meanwhile.
@@ -29,14 +26,11 @@ public:
     struct Entry
     {
         const std::string& name;
-        // As the archive has the name; only here a NUL shows.
-        const std::string& bytes;
+        bool isFolder;
         std::uint64_t size;
         std::uint64_t compressed;
-        bool isFolder;
-        // As Unix writes it; 0 where nothing is known.
-        unsigned int mode;
-        const wxZipEntry& record;
+        // With the name as the archive has it; only there a NUL shows.
+        const ZipFile::DirectoryRecord& record;
     };
 
     // `root` is the folder, open; `bytes` and `ratio` are the limits.

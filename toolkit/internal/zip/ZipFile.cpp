@@ -36,13 +36,26 @@ const unsigned int s_uLongField = 1;
 const std::size_t s_uLongLength = 8;
 const std::size_t s_uFieldHead = 4;
 
+const unsigned int s_uDirectorySignature = 0x02014B50;
+const unsigned int s_uEndSignature = 0x06054B50;
+const unsigned int s_uLongEndSignature = 0x06064B50;
 const std::size_t s_uDirectoryRecordLength = 46;
 const std::size_t s_uDirectoryMaker = 5;
 const unsigned char s_uMadeByUnix = 3;
+const std::size_t s_uDirectoryFlags = 8;
+const std::size_t s_uDirectoryMethod = 10;
 const std::size_t s_uDirectoryTime = 12;
 const std::size_t s_uDirectoryDate = 14;
+const std::size_t s_uDirectoryChecksum = 16;
+const std::size_t s_uDirectoryCompressed = 20;
+const std::size_t s_uDirectoryLength = 24;
 const std::size_t s_uDirectoryNameLength = 28;
+const std::size_t s_uDirectoryExtraLength = 30;
+const std::size_t s_uDirectoryCommentLength = 32;
 const std::size_t s_uDirectoryMode = 40;
+const std::size_t s_uDirectoryOffset = 42;
+// At no place of a file.
+const long long s_iNowhere = 0xFFFFFFFE;
 
 // No deflated content is longer.
 const long long s_iMostExpansion = 1032;
@@ -172,18 +185,58 @@ ZipFile::DirectoryRecord ZipFile::ReadDirectoryRecord(long long offset) const
 {
     DirectoryRecord result;
     unsigned char record[s_uDirectoryRecordLength];
-    if (ReadRecord(offset, record, sizeof record) != sizeof record)
+    if (ReadRecord(offset, record, sizeof record) != sizeof record || Get32(record) != s_uDirectorySignature)
         return result;
+    result.flags = static_cast<int>(Get16(record + s_uDirectoryFlags));
+    result.method = static_cast<int>(Get16(record + s_uDirectoryMethod));
     result.time = Get16(record + s_uDirectoryTime);
     result.date = Get16(record + s_uDirectoryDate);
+    result.checksum = Get32(record + s_uDirectoryChecksum);
+    result.compressedSize = Get32(record + s_uDirectoryCompressed);
+    result.size = Get32(record + s_uDirectoryLength);
+    result.offset = Get32(record + s_uDirectoryOffset);
     if (record[s_uDirectoryMaker] == s_uMadeByUnix)
         result.mode = Get16(record + s_uDirectoryMode);
-    result.name.resize(Get16(record + s_uDirectoryNameLength));
+    const std::size_t size = Get16(record + s_uDirectoryNameLength);
+    result.name.resize(size);
     const long long name = offset + static_cast<long long>(sizeof record);
-    const std::size_t size = result.name.size();
     result.name.resize(size <= s_uWindow ? ReadRecord(name, result.name.data(), size)
                                          : ReadAt(name, result.name.data(), size));
+    const long long extra = name + static_cast<long long>(size);
+    const std::size_t extraLength = Get16(record + s_uDirectoryExtraLength);
+    ReadLongSizes(extra, extraLength, result);
+    const long long next =
+        extra + static_cast<long long>(extraLength + Get16(record + s_uDirectoryCommentLength));
+    result.next = next <= m_iLength ? next : 0;
     return result;
+}
+
+// Takes the numbers for which the record has no room from the fields that follow its name. Where those are
+// too short for them, the entry has no length, and lies at no place.
+void ZipFile::ReadLongSizes(long long offset, std::size_t length, DirectoryRecord& record) const
+{
+    std::vector<long long*> missing;
+    for (long long* const number : {&record.size, &record.compressedSize, &record.offset})
+        if (*number == s_uLongNumber)
+            missing.push_back(number);
+    if (missing.empty())
+        return;
+    std::vector<unsigned long long> numbers;
+    if (ReadLongNumbers(offset, length, missing.size(), numbers))
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            *missing[i] = static_cast<long long>(numbers[i]);
+    else
+    {
+        record.size = record.compressedSize = 0;
+        record.offset = s_iNowhere;
+    }
+}
+
+bool ZipFile::IsEndOfDirectory(long long offset) const
+{
+    unsigned char signature[4];
+    return ReadRecord(offset, signature, sizeof signature) == sizeof signature &&
+           (Get32(signature) == s_uEndSignature || Get32(signature) == s_uLongEndSignature);
 }
 
 // The window that holds all of the bytes, or else the one that went unused the longest, now filled there.

@@ -75,19 +75,32 @@ public:
     // more than 64 MiB.
     std::size_t GetCredibleLength(const wxZipEntry& entry) const;
 
-    // What the record of the directory at `offset` says of an entry in bytes, besides what wxWidgets reads.
+    // A record of the directory.
     struct DirectoryRecord
     {
+        // In whatever charset.
         std::string name;
+        int flags = 0;
+        int method = 0;
+        unsigned int checksum = 0;
+        long long compressedSize = 0;
+        long long size = 0;
+        // Where the record in front of the content lies.
+        long long offset = 0;
         // As MS-DOS writes them.
         unsigned int time = 0;
         unsigned int date = 0;
         // As Unix writes it; 0 where another system made the entry.
         unsigned int mode = 0;
+        // Where the next record lies, or the end of the directory; 0 when this one cannot be read.
+        long long next = 0;
     };
 
     // Without a name when it cannot be read.
     DirectoryRecord ReadDirectoryRecord(long long offset) const;
+
+    // True when the directory ends at `offset`.
+    bool IsEndOfDirectory(long long offset) const;
 
     static constexpr std::size_t s_uWindow = 4096;
 
@@ -101,6 +114,7 @@ private:
     };
 
     Window& FindWindow(long long offset, std::size_t count) const;
+    void ReadLongSizes(long long offset, std::size_t length, DirectoryRecord& record) const;
     bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
     bool HasLengthsOf(const wxZipEntry& entry, const LocalRecord& record) const;
     void DropUnknownLengths(LocalRecord& record) const;

@@ -16,6 +16,13 @@ const long long s_iSignatureLength = 4;
 const std::size_t s_uNumberLength = 4;
 // Behind the signature of a record of the directory: the two lengths, and the place of the entry.
 const std::size_t s_numbers[] = {16, 20, 38};
+// Of its name, of the fields and of the comment.
+const std::size_t s_lengths[] = {24, 26, 28};
+
+unsigned int Get16(const unsigned char* bytes)
+{
+    return bytes[0] | static_cast<unsigned int>(bytes[1]) << 8;
+}
 
 } // namespace
 
@@ -41,8 +48,7 @@ wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
         m_lastcount = OnSysRead(buffer, count);
     else
         wxInputStream::Read(buffer, count);
-    if (m_lastcount == s_directoryRecord.length)
-        m_iLastRecord = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
+    NoteRecord(static_cast<const unsigned char*>(buffer));
     DropUnknownNumbers(static_cast<unsigned char*>(buffer));
     const bool nameless = IsNameless(s_directoryRecord, buffer) || IsNameless(s_localRecord, buffer);
     m_iQuestionsToZero = nameless ? 2 : 0;
@@ -93,12 +99,24 @@ wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
     return position;
 }
 
+// Whatever else is read with a record, its name for one, may be as long as its beginning.
+void ZipFileStream::NoteRecord(const unsigned char* bytes)
+{
+    const long long begin = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
+    if (m_lastcount != s_directoryRecord.length || begin < m_iEndOfLastRecord || !IsBehind(s_directoryRecord))
+        return;
+    m_iLastRecord = begin;
+    m_iEndOfLastRecord = m_iPosition;
+    for (const std::size_t place : s_lengths)
+        m_iEndOfLastRecord += Get16(bytes + place);
+}
+
 // True when such a record stands before the place that was read to.
 bool ZipFileStream::IsBehind(const RecordRead& record) const
 {
     char signature[s_iSignatureLength];
     const long long begin = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
-    return m_pFile->ReadAt(begin, signature, sizeof signature) == sizeof signature &&
+    return m_pFile->ReadRecord(begin, signature, sizeof signature) == sizeof signature &&
            std::memcmp(signature, record.signature, sizeof signature) == 0;
 }
 
@@ -121,12 +139,11 @@ void ZipFileStream::DropUnknownNumbers(unsigned char* bytes) const
     std::size_t count = 0;
     for (const std::size_t place : s_numbers)
         count += isLong(place) ? 1 : 0;
-    const auto get16 = [bytes](std::size_t place)
-    { return static_cast<std::size_t>(bytes[place] | bytes[place + 1] << 8); };
-    const long long extra = m_iPosition + static_cast<long long>(get16(s_directoryRecord.nameLength));
+    const std::size_t extraLength = Get16(bytes + s_lengths[1]);
+    const long long extra = m_iPosition + static_cast<long long>(Get16(bytes + s_lengths[0]));
     std::vector<unsigned long long> numbers;
     if (count == 0 || !IsBehind(s_directoryRecord) ||
-        m_pFile->ReadLongNumbers(extra, get16(s_directoryRecord.nameLength + 2), count, numbers))
+        m_pFile->ReadLongNumbers(extra, extraLength, count, numbers))
         return;
     for (const std::size_t place : s_numbers)
         std::memset(bytes + place, 0, s_uNumberLength);

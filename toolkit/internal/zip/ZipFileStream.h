@@ -47,6 +47,7 @@ private:
     static const RecordRead s_directoryRecord;
     static const RecordRead s_localRecord;
 
+    void NoteRecord(const unsigned char* bytes);
     bool IsBehind(const RecordRead& record) const;
     void DropUnknownNumbers(unsigned char* bytes) const;
     bool IsNameless(const RecordRead& record, const void* bytes) const;
@@ -55,6 +56,8 @@ private:
     const std::shared_ptr<const ZipFile> m_pFile;
     long long m_iPosition = 0;
     long long m_iLastRecord = 0;
+    // Behind its name, its fields and its comment.
+    long long m_iEndOfLastRecord = 0;
     ZipFile::LocalRecord m_replaced;
     mutable int m_iQuestionsToZero = 0;
 };

@@ -53,21 +53,6 @@ struct ZipLimits::Content
     std::uint64_t ratio = 250;
 };
 
-struct ZipReader::Content
-{
-    // False for what is no archive.
-    bool ReadEntries();
-    bool ReadEntriesFrom(long long place, long long firstOffset);
-
-    std::mutex mutex;
-    std::string path;
-    std::shared_ptr<const ZipFile> file;
-    std::vector<ZipEntry> entries;
-    // Made by the first look for a name.
-    std::once_flag hasNumbers;
-    std::unordered_map<std::string_view, std::size_t> numbers;
-};
-
 namespace
 {
 
@@ -110,6 +95,54 @@ std::string NameOf(const std::string& bytes)
 }
 
 } // namespace
+
+struct ZipReader::Content
+{
+    // wxWidgets finds the directory, wherever the end of the archive lies, and says where the first entry
+    // really is, which may be behind a program that unpacks it. False for what is no archive.
+    bool ReadEntries()
+    {
+        if (!file->MayBeArchive())
+            return false;
+        const WxLibrary::Silence silence;
+        auto* const source = new ZipFileStream(file);
+        wxZipInputStream directory(source, ZipNameConverter::Instance());
+        const std::unique_ptr<const wxZipEntry> first(directory.GetNextEntry());
+        if (first == nullptr)
+            return directory.GetLastError() == wxSTREAM_EOF;
+        return ReadEntriesFrom(source->GetLastRecord(), first->GetOffset());
+    }
+
+    // Reads all records, the first one included: as an object of wxWidgets, with a wide name and a date in
+    // the local zone, each would take eight times as long.
+    bool ReadEntriesFrom(long long place, long long firstOffset)
+    {
+        const auto shift = static_cast<unsigned long long>(firstOffset) -
+                           static_cast<unsigned long long>(file->ReadDirectoryRecord(place).offset);
+        while (!file->IsEndOfDirectory(place))
+        {
+            auto entry = std::make_shared<ZipEntry::Content>();
+            entry->record = file->ReadDirectoryRecord(place);
+            place = entry->record.next;
+            if (place == 0)
+                return false;
+            entry->record.offset = Sum(entry->record.offset, shift);
+            entry->name = NameOf(entry->record.name);
+            entry->isFolder = !entry->record.name.empty() && entry->record.name.back() == '/';
+            entry->archive = file.get();
+            entries.push_back(ZipEntry(std::move(entry)));
+        }
+        return true;
+    }
+
+    std::mutex mutex;
+    std::string path;
+    std::shared_ptr<const ZipFile> file;
+    std::vector<ZipEntry> entries;
+    // Made by the first look for a name.
+    std::once_flag hasNumbers;
+    std::unordered_map<std::string_view, std::size_t> numbers;
+};
 
 ZipEntry::ZipEntry(std::shared_ptr<const Content> content) noexcept : m_pContent(std::move(content)) {}
 ZipEntry::ZipEntry(const ZipEntry& other) noexcept = default;
@@ -176,43 +209,6 @@ ZipLimits& ZipLimits::Ratio(std::uint64_t most)
 {
     m_pContent->ratio = most;
     return *this;
-}
-
-// wxWidgets finds the directory, wherever the end of the archive lies, and says where the first entry really
-// is, which may be behind a program that unpacks it.
-bool ZipReader::Content::ReadEntries()
-{
-    if (!file->MayBeArchive())
-        return false;
-    const WxLibrary::Silence silence;
-    auto* const source = new ZipFileStream(file);
-    wxZipInputStream directory(source, ZipNameConverter::Instance());
-    const std::unique_ptr<const wxZipEntry> first(directory.GetNextEntry());
-    if (first == nullptr)
-        return directory.GetLastError() == wxSTREAM_EOF;
-    return ReadEntriesFrom(source->GetLastRecord(), first->GetOffset());
-}
-
-// Reads all records, the first one included: as an object of wxWidgets, with a wide name and a date in the
-// local zone, each would take three times as long.
-bool ZipReader::Content::ReadEntriesFrom(long long place, long long firstOffset)
-{
-    const auto shift = static_cast<unsigned long long>(firstOffset) -
-                       static_cast<unsigned long long>(file->ReadDirectoryRecord(place).offset);
-    while (!file->IsEndOfDirectory(place))
-    {
-        auto entry = std::make_shared<ZipEntry::Content>();
-        entry->record = file->ReadDirectoryRecord(place);
-        place = entry->record.next;
-        if (place == 0)
-            return false;
-        entry->record.offset = Sum(entry->record.offset, shift);
-        entry->name = NameOf(entry->record.name);
-        entry->isFolder = !entry->record.name.empty() && entry->record.name.back() == '/';
-        entry->archive = file.get();
-        entries.push_back(ZipEntry(std::move(entry)));
-    }
-    return true;
 }
 
 ZipReader::ZipReader(std::unique_ptr<Content> content) noexcept : m_pContent(std::move(content)) {}

@@ -10,9 +10,9 @@
 
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/internal/text/AsciiText.h"
-#include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/zones/CivilTime.h"
 #include "toolkit/internal/zones/IsoText.h"
+#include "toolkit/internal/zones/IsoWriting.h"
 
 namespace Toolkit
 {
@@ -105,59 +105,6 @@ wxDateTime Moved(const wxDateTime& time, std::int64_t seconds)
 std::int64_t Duration(unsigned int hours, unsigned int minutes, unsigned int seconds)
 {
     return (std::int64_t{hours} * 60 + minutes) * 60 + seconds;
-}
-
-// Space for the six fields, of which years take the most, and what stands between and after them.
-const std::size_t s_uMostText = 64;
-
-// At least two digits.
-template <class C>
-C* WriteNumber(C* out, std::int64_t value)
-{
-    return value < 0 || value > 99 ? DecimalDigits::Write(out, value) : DecimalDigits::WriteTwo(out, value);
-}
-
-template <class C>
-C* WriteYear(C* out, std::int64_t year)
-{
-    if (year < 1000 || year > 9999)
-        return WriteNumber(out, year);
-    return WriteNumber(WriteNumber(out, year / 100), year % 100);
-}
-
-template <class C>
-C* WriteDate(C* out, const CivilTime& civil)
-{
-    out = WriteYear(out, civil.year);
-    *out++ = '-';
-    out = WriteNumber(out, civil.month);
-    *out++ = '-';
-    return WriteNumber(out, civil.day);
-}
-
-template <class C>
-C* WriteTime(C* out, const CivilTime& civil, bool utc)
-{
-    out = WriteNumber(out, civil.hour);
-    *out++ = ':';
-    out = WriteNumber(out, civil.minute);
-    *out++ = ':';
-    out = WriteNumber(out, civil.second);
-    if (utc)
-    {
-        *out++ = ' ';
-        *out++ = 'Z';
-    }
-    return out;
-}
-
-template <class C>
-void WriteIso(TString<C>& out, const CivilTime& civil, bool utc)
-{
-    C text[s_uMostText];
-    C* const date = WriteDate(text, civil);
-    *date = ' ';
-    out.assign(text, WriteTime(date + 1, civil, utc));
 }
 
 wxDateTime FromIso(const wchar_t* text, std::size_t length)
@@ -360,33 +307,34 @@ DateTime DateTime::CreateNormalizedDateTime(unsigned int year, unsigned int mont
 
 void DateTime::GetIsoDate(TString<wchar_t>& out, bool utc) const
 {
-    wchar_t text[s_uMostText];
-    out.assign(text, WriteDate(text, Fields(*m_pDateTime, utc)));
+    wchar_t text[IsoWriting::s_uMostText];
+    out.assign(text, IsoWriting::WriteDate(text, Fields(*m_pDateTime, utc)));
 }
 
 void DateTime::GetIsoTime(TString<wchar_t>& out, bool utc) const
 {
-    wchar_t text[s_uMostText];
-    out.assign(text, WriteTime(text, Fields(*m_pDateTime, utc), utc));
+    wchar_t text[IsoWriting::s_uMostText];
+    out.assign(text, IsoWriting::WriteTime(text, Fields(*m_pDateTime, utc), utc));
 }
 
 void DateTime::GetIsoString(TString<wchar_t>& out, bool utc) const
 {
-    WriteIso(out, Fields(*m_pDateTime, utc), utc);
+    IsoWriting::WriteIso(out, Fields(*m_pDateTime, utc), utc);
 }
 
 void DateTime::GetIsoString(TString<char>& out, bool utc) const
 {
-    WriteIso(out, Fields(*m_pDateTime, utc), utc);
+    IsoWriting::WriteIso(out, Fields(*m_pDateTime, utc), utc);
 }
 
 void DateTime::GetSortableString(TString<wchar_t>& out) const
 {
     const CivilTime civil = Fields(*m_pDateTime, false);
-    wchar_t text[s_uMostText];
-    wchar_t* end = WriteYear(text, civil.year);
-    end = WriteNumber(WriteNumber(end, civil.month), civil.day);
-    end = WriteNumber(WriteNumber(WriteNumber(end, civil.hour), civil.minute), civil.second);
+    wchar_t text[IsoWriting::s_uMostText];
+    wchar_t* end = IsoWriting::WriteYear(text, civil.year);
+    end = IsoWriting::WriteNumber(IsoWriting::WriteNumber(end, civil.month), civil.day);
+    end = IsoWriting::WriteNumber(
+        IsoWriting::WriteNumber(IsoWriting::WriteNumber(end, civil.hour), civil.minute), civil.second);
     out.assign(text, end);
 }
 
@@ -398,8 +346,8 @@ bool DateTime::ParseIsoString(const TString<wchar_t>& text)
 
 bool DateTime::ParseIsoString(const TString<char>& text)
 {
-    wchar_t wide[s_uMostText];
-    if (text.size() > s_uMostText || !AsciiText::Widen(text.data(), text.size(), wide))
+    wchar_t wide[IsoWriting::s_uMostText];
+    if (text.size() > IsoWriting::s_uMostText || !AsciiText::Widen(text.data(), text.size(), wide))
         return ParseIsoString(UTF8::ToUNICODE(text));
     *m_pDateTime = FromIso(wide, text.size());
     return IsValid();

@@ -10,6 +10,7 @@
 #include "toolkit/files/WholeFile.h"
 #include "toolkit/internal/ini/IniDocument.h"
 #include "toolkit/internal/system/FolderLock.h"
+#include "toolkit/internal/text/BoolText.h"
 #include "toolkit/internal/text/CodePoints.h"
 #include "toolkit/internal/text/NumberText.h"
 #include "toolkit/internal/text/TextEncoding.h"
@@ -54,28 +55,6 @@ Failure TooLarge(std::string_view section, std::string_view key, std::string_vie
 Failure Refused(std::string_view section, std::string_view key, const char* reason)
 {
     return Failure(Errc::Refused, "cannot set " + Place(section, key) + ": " + reason);
-}
-
-bool EqualsNoCase(std::string_view text, std::string_view lower)
-{
-    if (text.size() != lower.size())
-        return false;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if ((text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + ('a' - 'A')) : text[i]) !=
-            lower[i])
-            return false;
-    return true;
-}
-
-std::optional<bool> ToBool(std::string_view text)
-{
-    const std::pair<std::string_view, bool> words[] = {{"1", true},      {"0", false},  {"true", true},
-                                                       {"false", false}, {"yes", true}, {"no", false},
-                                                       {"on", true},     {"off", false}};
-    for (const auto& [word, value] : words)
-        if (EqualsNoCase(text, word))
-            return value;
-    return std::nullopt;
 }
 
 // The text of a file without its mark, as UTF-8.
@@ -366,7 +345,7 @@ Result<bool> Settings::ReadValue(std::string_view section, std::string_view key,
 {
     const auto convert = [&](std::string_view text)
     {
-        const std::optional<bool> read = ToBool(text);
+        const std::optional<bool> read = BoolText::Read(text);
         value = read.value_or(value);
         return read ? std::errc() : std::errc::invalid_argument;
     };

@@ -8,6 +8,7 @@
 #include <cwchar>
 #include <iterator>
 #include <limits>
+#include <mutex>
 #include <typeinfo>
 #include <utility>
 
@@ -42,6 +43,7 @@ const std::size_t s_uMostDigits = 24;
 // How many ILoggers have each threshold; the last number is that of all above Verbose.
 const std::size_t s_uThresholds = LogSeverity::Verbose + 2;
 std::atomic<int> s_iLoggers[s_uThresholds];
+std::mutex s_widestMutex;
 
 std::atomic<int>& LoggersOf(LogSeverity threshold)
 {
@@ -113,15 +115,11 @@ void LogStatement::RemoveThreshold(LogSeverity threshold)
     ThresholdsChanged();
 }
 
-// Of several threads that are here, the last one to store sees what all of them changed before.
+// One thread at a time: what another one has just stored must not be followed by what was true before.
 void LogStatement::ThresholdsChanged()
 {
-    std::int64_t widest = -1;
-    do
-    {
-        widest = Widest();
-        s_iWidest.store(widest);
-    } while (widest != Widest());
+    const std::lock_guard<std::mutex> lock(s_widestMutex);
+    s_iWidest.store(Widest());
 }
 
 std::int64_t LogStatement::Widest()

@@ -709,6 +709,9 @@ TEST_F(BrokenSystem, IsAnsweredByFolders)
 
 TEST_F(BrokenSystem, IsAnsweredByPlugins)
 {
+#ifdef TOOLKIT_COUNTERS
+    GTEST_SKIP() << "a plug-in that is unloaded while calls fail cannot write its counters";
+#endif
     const ToolkitTest::TemporaryFolder folder;
     for (const char* const name : {"loadable_a.so", "loadable_b.so"})
         WriteBytes(folder.Path(name), ReadBytes(TOOLKIT_TEST_PLUGINS + std::string("/") + name));

@@ -200,7 +200,7 @@ TEST_F(TextFileRights, FileThatIsMountedOnIsWrittenInPlace)
         [&]() -> ChildAnswer
         {
             if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                mount(m_folder.Path("other").c_str(), m_strPath.c_str(), nullptr, MS_BIND, nullptr) != 0)
+                mount(m_folder.Path("other").c_str(), m_strPath.c_str(), "none", MS_BIND, nullptr) != 0)
                 return ToolkitTest::NotAllowed("a mount");
             WriteAnew();
             TextFile file;

@@ -40,9 +40,9 @@ inline bool EnterOwnNetwork(const std::string& folder, const std::string& hosts)
         const std::string target = std::string("/etc/") + name;
         std::ofstream(file) << content;
         return access(target.c_str(), F_OK) != 0 ||
-               mount(file.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0;
+               mount(file.c_str(), target.c_str(), "none", MS_BIND, nullptr) == 0;
     };
-    return EnterOwnNetwork() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return EnterOwnNetwork() && mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0 &&
            cover("hosts", hosts) && cover("nsswitch.conf", "hosts: files\n");
 }
 

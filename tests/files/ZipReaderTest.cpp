@@ -436,3 +436,17 @@ with zipfile.ZipFile('a.zip', 'w') as z:
     const Result<ZipReport> all = zip->ExtractAll(folder.Path("all"), ZipLimits().Ratio(2000));
     EXPECT_EQ(4U, all->Extracted().size());
 }
+
+TEST(ZipReader, TakesAContentThatIsJustAsManyTimesAsLong)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+with zipfile.ZipFile('a.zip', 'w') as z:
+    z.writestr('stored', bytes(17 << 20))
+)");
+    const Result<ZipReader> zip = ZipReader::Open(folder.Path("a.zip"));
+    ASSERT_TRUE(zip);
+    EXPECT_EQ(1U, zip->ExtractAll(folder.Path("as-long"), ZipLimits().Ratio(1))->Extracted().size());
+    EXPECT_EQ(Errc::LimitReached,
+              zip->ExtractAll(folder.Path("never"), ZipLimits().Ratio(0))->Refused().at(0).Code());
+}

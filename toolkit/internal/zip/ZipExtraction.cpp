@@ -43,6 +43,15 @@ Descriptor OpenFolderBelow(int parent, const std::string& name)
     return Descriptor(openat(parent, name.c_str(), flags));
 }
 
+// True when a content is more than so many times as long as in the archive.
+bool IsOver(std::uint64_t ratio, std::uint64_t size, std::uint64_t compressed)
+{
+    if (ratio == 0)
+        return true;
+    const std::uint64_t least = size / ratio + (size % ratio != 0 ? 1 : 0);
+    return compressed < least;
+}
+
 // True where nothing is there, or a regular file.
 bool MayBeReplaced(int folder, const std::string& name)
 {
@@ -95,8 +104,7 @@ Result<void> ZipExtraction::Extract(const Entry& entry)
         wrong = m_names.Take(parts, entry.isFolder);
     if (!wrong.empty())
         return Failure(Errc::Refused, c_strAttempt + (" " + entry.name) + ": " + wrong);
-    if (entry.size > m_uBytes ||
-        (entry.size > s_uNoRatio && entry.size / std::max<std::uint64_t>(entry.compressed, 1) >= m_uRatio))
+    if (entry.size > m_uBytes || (entry.size > s_uNoRatio && IsOver(m_uRatio, entry.size, entry.compressed)))
         return Failure(Errc::LimitReached, c_strAttempt + (" " + entry.name) + ": it is too long");
     return ExtractInto(entry, parts);
 }

@@ -800,6 +800,25 @@ TEST_F(InstanceTest, AssignmentEndsTheOneBefore)
     EXPECT_FALSE(Claim("b").IsFirst());
 }
 
+TEST_F(InstanceTest, OneThatWasMovedFromIsNotTheFirst)
+{
+    Instance one = Claim();
+    Instance taken = std::move(one);
+    EXPECT_TRUE(taken.IsFirst());
+    // NOLINTBEGIN(bugprone-use-after-move): the header says what it does.
+    EXPECT_FALSE(one.IsFirst());
+    one.Serve(Echo);
+    EXPECT_EQ(Errc::Refused, one.Ask({"a"}).error().Code());
+    EXPECT_EQ("cannot ask the instance: it was moved elsewhere", one.Ask({"a"}, 1s).error().Message());
+    // NOLINTEND(bugprone-use-after-move)
+    one = std::move(taken);
+    Instance& same = one;
+    one = std::move(same);
+    EXPECT_TRUE(one.IsFirst());
+    one.Serve(Echo);
+    EXPECT_EQ("a", one.Ask({"a"})->Text());
+}
+
 TEST_F(InstanceTest, KilledFirstFailsItsAskersAndFreesTheWay)
 {
     ForkedCopy host(

@@ -494,6 +494,48 @@ TEST(Process, DestructionEndsTheGroupAndLeavesNothing)
     EXPECT_EQ(descriptors, OpenDescriptors());
 }
 
+TEST(Process, OneThatWasMovedFromHasNoProcess)
+{
+    Process process = Process::Start({"cat"}).value();
+    Process taken = std::move(process);
+    // NOLINTBEGIN(bugprone-use-after-move): the header says what it does.
+    EXPECT_EQ(0, process.Id());
+    process.CloseInput();
+    process.Terminate();
+    process.Terminate(1s);
+    EXPECT_EQ(Errc::Refused, process.Write("a\n").error().Code());
+    EXPECT_EQ(Errc::Refused, process.ReadLine(1s).error().Code());
+    EXPECT_EQ(Errc::Refused, process.Wait(1s).error().Code());
+    EXPECT_EQ("cannot wait for the process: it was moved elsewhere", process.Wait().error().Message());
+    // NOLINTEND(bugprone-use-after-move)
+    EXPECT_TRUE(taken.Write("still here\n"));
+    process = std::move(taken);
+    EXPECT_EQ("still here", *process.ReadLine());
+}
+
+TEST(Process, AssignedToItselfItGoesOn)
+{
+    Process process = Process::Start({"cat"}).value();
+    Process& same = process;
+    process = std::move(same);
+    EXPECT_TRUE(process.Write("still here\n"));
+    EXPECT_EQ("still here", *process.ReadLine());
+}
+
+TEST(Process, OptionsThatWereMovedFromAreAsNew)
+{
+    ProcessOptions options = ProcessOptions().Input("text");
+    const ProcessOptions taken = std::move(options);
+    EXPECT_EQ("text", Process::Run({"cat"}, taken)->Output());
+    // NOLINTBEGIN(bugprone-use-after-move): the header says what they are.
+    EXPECT_EQ("", Process::Run({"cat"}, options)->Output());
+    EXPECT_EQ(0, Process::Start({"cat"}, options)->Wait()->ExitCode());
+    const ProcessOptions copy = options;
+    EXPECT_EQ("", Process::Run({"cat"}, copy)->Output());
+    EXPECT_EQ("other", Process::Run({"cat"}, options.Input("other"))->Output());
+    // NOLINTEND(bugprone-use-after-move)
+}
+
 TEST(Process, TimeoutCountsFromTheStartOfOneThatIsTalkedWith)
 {
     Process process = StartSh(c_strForEver, ProcessOptions().Timeout(50ms));

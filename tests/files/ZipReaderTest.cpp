@@ -450,3 +450,25 @@ with zipfile.ZipFile('a.zip', 'w') as z:
     EXPECT_EQ(Errc::LimitReached,
               zip->ExtractAll(folder.Path("never"), ZipLimits().Ratio(0))->Refused().at(0).Code());
 }
+
+TEST(ZipReader, OneThatWasMovedFromHasNoEntries)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, c_strOrdinary);
+    Result<ZipReader> zip = ZipReader::Open(folder.Path("a.zip"));
+    ASSERT_TRUE(zip);
+    const ZipEntry entry = *zip->Find("a/b.txt");
+    ZipReader taken = *std::move(zip);
+    EXPECT_EQ("stored", *taken.Read(entry));
+    // NOLINTBEGIN(bugprone-use-after-move): the header says what it does.
+    EXPECT_EQ(zip->begin(), zip->end());
+    EXPECT_FALSE(zip->Find("a/b.txt"));
+    EXPECT_EQ("cannot read a/b.txt: it was moved elsewhere", zip->Read(entry).error().Message());
+    EXPECT_EQ(Errc::Refused, zip->Read(entry).error().Code());
+    EXPECT_EQ(Errc::Refused, zip->Extract(entry, folder.Path("out")).error().Code());
+    EXPECT_EQ(Errc::Refused, zip->ExtractAll(folder.Path("out")).error().Code());
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("out")));
+    // NOLINTEND(bugprone-use-after-move)
+    *zip = std::move(taken);
+    EXPECT_EQ("stored", *zip->Read(entry));
+}

@@ -114,6 +114,23 @@ TEST(ZipWriter, DroppedWriterLeavesNothing)
     EXPECT_EQ(descriptors, ToolkitTest::OpenDescriptors());
 }
 
+TEST(ZipWriter, OneThatWasMovedFromRefusesEverything)
+{
+    const TemporaryFolder folder;
+    Result<ZipWriter> zip = ZipWriter::Create(folder.Path("a.zip"));
+    ASSERT_TRUE(zip);
+    ZipWriter taken = *std::move(zip);
+    // NOLINTBEGIN(bugprone-use-after-move): the header says what it does.
+    EXPECT_EQ("cannot add a: it was moved elsewhere", zip->Add("a", "text").error().Message());
+    EXPECT_EQ(Errc::Refused, zip->Add("a", "text").error().Code());
+    EXPECT_EQ(Errc::Refused, zip->AddFile("a", folder.Path("a")).error().Code());
+    EXPECT_EQ(Errc::Refused, zip->Finish().error().Code());
+    // NOLINTEND(bugprone-use-after-move)
+    EXPECT_TRUE(taken.Add("b", "text"));
+    EXPECT_TRUE(taken.Finish());
+    EXPECT_EQ("b", ZipReader::Open(folder.Path("a.zip")).value().begin()->Name());
+}
+
 TEST(ZipWriter, ReplacesAFileAndKeepsItsPermissions)
 {
     const TemporaryFolder folder;

@@ -411,6 +411,20 @@ TEST_F(RunLogTest, OptionsAreValues)
     EXPECT_EQ(Folder(), log->File().parent_path());
 }
 
+TEST_F(RunLogTest, OptionsThatWereMovedFromHaveNoName)
+{
+    RunLogOptions options = RunLogOptions("watch").Folder(Folder());
+    const RunLogOptions taken = std::move(options);
+    EXPECT_EQ(Folder(), OpenLog(taken)->File().parent_path());
+    // NOLINTBEGIN(bugprone-use-after-move): the header says what they are.
+    EXPECT_EQ(std::errc::invalid_argument, RunLog::Open(options).error().Code());
+    const RunLogOptions copy = options;
+    EXPECT_EQ(std::errc::invalid_argument, RunLog::Open(copy).error().Code());
+    options.Folder(Folder()).Keep(1).MaxSize(1).Threshold(LogSeverity::Info).Background();
+    EXPECT_EQ(std::errc::invalid_argument, RunLog::Open(options).error().Code());
+    // NOLINTEND(bugprone-use-after-move)
+}
+
 TEST_F(RunLogTest, ThresholdOfTheFileDecides)
 {
     const std::shared_ptr<RunLog> log = OpenLog(Options().Threshold(LogSeverity::Info));

@@ -24,6 +24,7 @@
 #include "toolkit/internal/ipc/InstanceServer.h"
 #include "toolkit/internal/ipc/InstanceWire.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
+#include "toolkit/internal/system/MovedFrom.h"
 #include "toolkit/internal/system/SystemFailure.h"
 #include "toolkit/internal/system/UnsharedDescriptor.h"
 #include "toolkit/internal/text/Utf8Codec.h"
@@ -312,7 +313,10 @@ Instance::Instance(Instance&& other) noexcept = default;
 
 Instance& Instance::operator=(Instance&& other) noexcept
 {
-    const Instance before(std::exchange(m_pContent, std::move(other.m_pContent)));
+    if (this != &other)
+    {
+        const Instance before(std::exchange(m_pContent, std::move(other.m_pContent)));
+    }
     return *this;
 }
 
@@ -325,7 +329,7 @@ Instance::~Instance()
 
 bool Instance::IsFirst() const noexcept
 {
-    return m_pContent->IsFirst();
+    return m_pContent != nullptr && m_pContent->IsFirst();
 }
 
 Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments) const
@@ -336,6 +340,8 @@ Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments
 Result<Instance::Answer> Instance::Ask(const std::vector<std::string>& arguments,
                                        std::chrono::nanoseconds timeout) const
 {
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot ask the instance");
     std::optional<Clock::time_point> end;
     if (timeout < s_longest)
         end = Clock::now() + std::max(timeout, std::chrono::nanoseconds(0));

@@ -20,7 +20,8 @@ namespace Toolkit
 /// One application of its user: the first process that claims a key is the first instance until it ends,
 /// however it ends, and the others ask it to execute commands and get its answers. The lock and the socket
 /// lie in the user's runtime folder, for this user alone. An object is used by one thread at a time, but for
-/// `Ask`, which any thread may call. A forked copy of the process has no part in it. `IPCClient` and
+/// `Ask`, which any thread may call; one that was moved from is not the first, and its `Ask` fails with
+/// `Errc::Refused`. A forked copy of the process has no part in it. `IPCClient` and
 /// `IPCServer` take part under the key as their service: see `Claim`, `Ask` and `Serve`.
 ///
 /// @code

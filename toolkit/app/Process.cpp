@@ -12,6 +12,7 @@
 #include "toolkit/internal/process/ChildSettings.h"
 #include "toolkit/internal/process/ChildTalk.h"
 #include "toolkit/internal/process/ImageReplacement.h"
+#include "toolkit/internal/system/MovedFrom.h"
 #include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/system/SystemFailure.h"
 
@@ -28,14 +29,18 @@ const Clock::time_point s_never = Clock::time_point::max();
 // What the system appends to the name of a file that was removed or replaced since it was run.
 const std::string_view c_strDeleted = " (deleted)";
 const char* const c_strSelf = "/proc/self/exe";
+const char* const c_strWait = "cannot wait for the process";
 
 Failure NotAnswered(const ChildTalk& talk, const char* what)
 {
     return Failure(Errc::NotAnswered, talk.Name() + " has not " + what + " in time");
 }
 
-Result<void> Write(ChildTalk& talk, std::string_view text, Clock::time_point end)
+Result<void> Write(ChildTalk* process, std::string_view text, Clock::time_point end)
 {
+    if (process == nullptr)
+        return MovedFrom::Refused("cannot write to the process");
+    ChildTalk& talk = *process;
     bool sent = talk.AwaitSent(end);
     if (sent && talk.TakesInput())
     {
@@ -50,8 +55,11 @@ Result<void> Write(ChildTalk& talk, std::string_view text, Clock::time_point end
     return {};
 }
 
-Result<std::string> ReadLine(ChildTalk& talk, Clock::time_point end)
+Result<std::string> ReadLine(ChildTalk* process, Clock::time_point end)
 {
+    if (process == nullptr)
+        return MovedFrom::Refused("cannot read a line of the process");
+    ChildTalk& talk = *process;
     if (!talk.AwaitLine(end))
         return NotAnswered(talk, "written a line");
     if (std::optional<std::string> line = talk.TakeLine())
@@ -74,6 +82,8 @@ std::vector<std::string> OwnFiles()
 
 Result<ProcessResult> Process::Run(const std::vector<std::string>& arguments, const ProcessOptions& options)
 {
+    if (options.m_pSettings == nullptr)
+        return Run(arguments);
     const Result<std::unique_ptr<ChildTalk>> started = ChildTalk::Start(arguments, *options.m_pSettings);
     if (!started)
         return started.error();
@@ -87,6 +97,8 @@ Result<ProcessResult> Process::Run(const std::vector<std::string>& arguments, co
 
 Result<Process> Process::Start(const std::vector<std::string>& arguments, const ProcessOptions& options)
 {
+    if (options.m_pSettings == nullptr)
+        return Start(arguments);
     Result<std::unique_ptr<ChildTalk>> started = ChildTalk::Start(arguments, *options.m_pSettings);
     if (!started)
         return started.error();
@@ -118,7 +130,10 @@ Process::Process(Process&& other) noexcept = default;
 
 Process& Process::operator=(Process&& other) noexcept
 {
-    const Process before(std::exchange(m_pTalk, std::move(other.m_pTalk)));
+    if (this != &other)
+    {
+        const Process before(std::exchange(m_pTalk, std::move(other.m_pTalk)));
+    }
     return *this;
 }
 
@@ -126,36 +141,39 @@ Process::~Process() = default;
 
 int Process::Id() const noexcept
 {
-    return m_pTalk->Id();
+    return m_pTalk != nullptr ? m_pTalk->Id() : 0;
 }
 
 Result<void> Process::Write(std::string_view text)
 {
-    return Toolkit::Write(*m_pTalk, text, s_never);
+    return Toolkit::Write(m_pTalk.get(), text, s_never);
 }
 
 Result<void> Process::Write(std::string_view text, std::chrono::nanoseconds timeout)
 {
-    return Toolkit::Write(*m_pTalk, text, ChildTalk::After(timeout));
+    return Toolkit::Write(m_pTalk.get(), text, ChildTalk::After(timeout));
 }
 
 void Process::CloseInput()
 {
-    m_pTalk->EndInput();
+    if (m_pTalk != nullptr)
+        m_pTalk->EndInput();
 }
 
 Result<std::string> Process::ReadLine()
 {
-    return Toolkit::ReadLine(*m_pTalk, s_never);
+    return Toolkit::ReadLine(m_pTalk.get(), s_never);
 }
 
 Result<std::string> Process::ReadLine(std::chrono::nanoseconds timeout)
 {
-    return Toolkit::ReadLine(*m_pTalk, ChildTalk::After(timeout));
+    return Toolkit::ReadLine(m_pTalk.get(), ChildTalk::After(timeout));
 }
 
 Result<ProcessResult> Process::Wait()
 {
+    if (m_pTalk == nullptr)
+        return MovedFrom::Refused(c_strWait);
     CloseInput();
     m_pTalk->AwaitEnd(s_never);
     return ProcessResult(m_pTalk->TakeOutcome());
@@ -163,6 +181,8 @@ Result<ProcessResult> Process::Wait()
 
 Result<ProcessResult> Process::Wait(std::chrono::nanoseconds timeout)
 {
+    if (m_pTalk == nullptr)
+        return MovedFrom::Refused(c_strWait);
     if (!m_pTalk->AwaitEnd(ChildTalk::After(timeout)))
         return NotAnswered(*m_pTalk, "ended");
     return ProcessResult(m_pTalk->TakeOutcome());
@@ -170,12 +190,14 @@ Result<ProcessResult> Process::Wait(std::chrono::nanoseconds timeout)
 
 void Process::Terminate()
 {
-    m_pTalk->Terminate();
+    if (m_pTalk != nullptr)
+        m_pTalk->Terminate();
 }
 
 void Process::Terminate(std::chrono::nanoseconds patience)
 {
-    m_pTalk->Terminate(ChildTalk::After(patience));
+    if (m_pTalk != nullptr)
+        m_pTalk->Terminate(ChildTalk::After(patience));
 }
 
 } // namespace Toolkit

@@ -23,8 +23,9 @@ class ChildTalk;
 /// but these three, no signal blocked or ignored, and a process group of its own. Signals, their handlers and
 /// other children of the host are left alone. An operation that waits serves all pipes, so that neither side
 /// waits for the other for ever. It waits for the process alone: processes that this one leaves behind go on,
-/// and what they write later is lost. An object is used by one thread at a time. A forked copy of the host
-/// has no part in it.
+/// and what they write later is lost. An object is used by one thread at a time; one that was moved from has
+/// the number 0 and no process, and its operations fail with `Errc::Refused`. A forked copy of the host has
+/// no part in it.
 ///
 /// @code
 /// Toolkit::Result<Toolkit::ProcessResult> version = Toolkit::Process::Run({"git", "--version"});

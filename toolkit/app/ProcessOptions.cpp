@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "toolkit/internal/process/ChildSettings.h"
+#include "toolkit/internal/system/MovedFrom.h"
 
 namespace Toolkit
 {
@@ -11,7 +12,7 @@ namespace Toolkit
 ProcessOptions::ProcessOptions() : m_pSettings(std::make_unique<ChildSettings>()) {}
 
 ProcessOptions::ProcessOptions(const ProcessOptions& other)
-    : m_pSettings(std::make_unique<ChildSettings>(*other.m_pSettings))
+    : m_pSettings(MovedFrom::CopyOf(other.m_pSettings))
 {
 }
 
@@ -27,43 +28,43 @@ ProcessOptions::~ProcessOptions() = default;
 
 ProcessOptions& ProcessOptions::Input(std::string bytes)
 {
-    m_pSettings->m_strInput = std::move(bytes);
+    MovedFrom::Renewed(m_pSettings).m_strInput = std::move(bytes);
     return *this;
 }
 
 ProcessOptions& ProcessOptions::Folder(std::filesystem::path folder)
 {
-    m_pSettings->m_folder = std::move(folder);
+    MovedFrom::Renewed(m_pSettings).m_folder = std::move(folder);
     return *this;
 }
 
 ProcessOptions& ProcessOptions::Environment(std::string name, std::string value)
 {
-    m_pSettings->m_environment.insert_or_assign(std::move(name), std::move(value));
+    MovedFrom::Renewed(m_pSettings).m_environment.insert_or_assign(std::move(name), std::move(value));
     return *this;
 }
 
 ProcessOptions& ProcessOptions::ClearEnvironment()
 {
-    m_pSettings->m_bClearEnvironment = true;
+    MovedFrom::Renewed(m_pSettings).m_bClearEnvironment = true;
     return *this;
 }
 
 ProcessOptions& ProcessOptions::MergeErrors()
 {
-    m_pSettings->m_bMergeErrors = true;
+    MovedFrom::Renewed(m_pSettings).m_bMergeErrors = true;
     return *this;
 }
 
 ProcessOptions& ProcessOptions::Timeout(std::chrono::nanoseconds time)
 {
-    m_pSettings->m_timeout = time;
+    MovedFrom::Renewed(m_pSettings).m_timeout = time;
     return *this;
 }
 
 ProcessOptions& ProcessOptions::MaxOutput(std::uint64_t bytes)
 {
-    m_pSettings->m_uMaxOutput = bytes;
+    MovedFrom::Renewed(m_pSettings).m_uMaxOutput = bytes;
     return *this;
 }
 

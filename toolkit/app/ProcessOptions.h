@@ -15,9 +15,9 @@ namespace Toolkit
 
 struct ChildSettings;
 
-/// How a Process is run: a value with chained setters. Copies are independent of each other. What the system
-/// has no form for (a NUL in a text, a name of a variable that is empty or has a "=" in it) is refused when
-/// the process starts.
+/// How a Process is run: a value with chained setters. Copies are independent of each other; one that was
+/// moved from is as new. What the system has no form for (a NUL in a text, a name of a variable that is empty
+/// or has a "=" in it) is refused when the process starts.
 ///
 /// @code
 /// auto options = Toolkit::ProcessOptions().Input("b\na\n").Environment("LC_ALL", "C").Timeout(5s);

@@ -12,6 +12,7 @@
 #include <unistd.h>
 #include <wx/zipstrm.h>
 
+#include "toolkit/internal/system/MovedFrom.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SafeReplace.h"
 #include "toolkit/internal/system/SystemFailure.h"
@@ -232,16 +233,18 @@ Result<ZipReader> ZipReader::Open(const std::filesystem::path& path)
 
 const ZipEntry* ZipReader::begin() const noexcept
 {
-    return m_pContent->entries.data();
+    return m_pContent != nullptr ? m_pContent->entries.data() : nullptr;
 }
 
 const ZipEntry* ZipReader::end() const noexcept
 {
-    return m_pContent->entries.data() + m_pContent->entries.size();
+    return m_pContent != nullptr ? m_pContent->entries.data() + m_pContent->entries.size() : nullptr;
 }
 
 std::optional<ZipEntry> ZipReader::Find(std::string_view name) const
 {
+    if (m_pContent == nullptr)
+        return std::nullopt;
     Content& content = *m_pContent;
     std::call_once(content.hasNumbers,
                    [&content]
@@ -258,6 +261,8 @@ std::optional<ZipEntry> ZipReader::Find(std::string_view name) const
 Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) const
 {
     const ZipEntry::Content& content = *entry.m_pContent;
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot read " + content.name);
     const std::string name = content.name + " of " + m_pContent->path;
     if (content.archive != m_pContent->file.get())
         return SystemFailure("cannot read", name, EINVAL);
@@ -290,6 +295,8 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
 Result<void> ZipReader::Extract(const ZipEntry& entry, const std::filesystem::path& file) const
 {
     const ZipEntry::Content& content = *entry.m_pContent;
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot extract " + content.name);
     const std::string name = content.name + " of " + m_pContent->path;
     if (content.archive != m_pContent->file.get() || file.native().find('\0') != std::string::npos)
         return SystemFailure("cannot extract", name, EINVAL);
@@ -315,6 +322,8 @@ Result<void> ZipReader::Extract(const ZipEntry& entry, const std::filesystem::pa
 
 Result<ZipReport> ZipReader::ExtractAll(const std::filesystem::path& folder, const ZipLimits& limits) const
 {
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot extract the archive");
     const ZipLimits::Content& limit = *limits.m_pContent;
     if (m_pContent->entries.size() > limit.entries)
         return Failure(Errc::LimitReached, "cannot extract " + m_pContent->path + ": it has more than " +

@@ -115,7 +115,8 @@ private:
 /// An archive is never trusted: nothing of an entry is handed out whose checksum, length or records are
 /// wrong, and what it declares is not allocated. Any thread may use it, and several at once; they wait for
 /// each other. Failures of all operations are `Errc::Malformed` for what is damaged, `Errc::Refused` for what
-/// is encrypted or packed by an unknown method, `Errc::LimitReached`, and those of the system.
+/// is encrypted or packed by an unknown method, `Errc::LimitReached`, and those of the system. One that was
+/// moved from has no entries, and its operations fail with `Errc::Refused`.
 ///
 /// @code
 /// Toolkit::Result<Toolkit::ZipReader> zip = Toolkit::ZipReader::Open("mails.zip");

@@ -14,6 +14,7 @@
 #include <wx/zipstrm.h>
 
 #include "toolkit/internal/system/Descriptor.h"
+#include "toolkit/internal/system/MovedFrom.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SafeReplace.h"
 #include "toolkit/internal/system/SystemFailure.h"
@@ -134,6 +135,8 @@ Result<ZipWriter> ZipWriter::Create(const std::filesystem::path& path)
 
 Result<void> ZipWriter::Add(std::string_view name, std::string_view bytes)
 {
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot add " + std::string(name));
     const WxLibrary::Silence silence;
     if (Result<void> checked = m_pContent->CheckName(name); !checked)
         return checked;
@@ -147,6 +150,8 @@ Result<void> ZipWriter::Add(std::string_view name, std::string_view bytes)
 
 Result<void> ZipWriter::AddFile(std::string_view name, const std::filesystem::path& file)
 {
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot add " + std::string(name));
     const WxLibrary::Silence silence;
     if (Result<void> checked = m_pContent->CheckName(name); !checked)
         return checked;
@@ -176,6 +181,8 @@ Result<void> ZipWriter::AddFile(std::string_view name, const std::filesystem::pa
 
 Result<void> ZipWriter::Finish()
 {
+    if (m_pContent == nullptr)
+        return MovedFrom::Refused("cannot finish the archive");
     const WxLibrary::Silence silence;
     Content& content = *m_pContent;
     if (content.m_failure)

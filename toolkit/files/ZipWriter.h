@@ -16,7 +16,8 @@ namespace Toolkit
 /// writer that is dropped before leaves everything as it was. One thread at a time. Once an operation failed
 /// in the middle of an entry every later one returns that failure. A name is UTF-8, its parts are separated
 /// by "/", and one that ends with "/" is a folder's; `Errc::Refused` for one that is absolute, holds "..", a
-/// backslash or a NUL, is no UTF-8, or was added before. The other failures are those of the system.
+/// backslash or a NUL, is no UTF-8, or was added before, and for every operation of a writer that was moved
+/// from. The other failures are those of the system.
 ///
 /// @code
 /// Toolkit::Result<Toolkit::ZipWriter> zip = Toolkit::ZipWriter::Create("mails.zip");

@@ -15,6 +15,7 @@
 #include "toolkit/internal/log/LogFiles.h"
 #include "toolkit/internal/system/FalseWithoutMemory.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
+#include "toolkit/internal/system/MovedFrom.h"
 #include "toolkit/internal/system/SystemFailure.h"
 #include "toolkit/internal/system/ThreadNumber.h"
 
@@ -60,10 +61,7 @@ RunLogOptions::RunLogOptions(std::string_view name) : m_pContent(std::make_uniqu
     m_pContent->m_strName = name;
 }
 
-RunLogOptions::RunLogOptions(const RunLogOptions& other)
-    : m_pContent(std::make_unique<Content>(*other.m_pContent))
-{
-}
+RunLogOptions::RunLogOptions(const RunLogOptions& other) : m_pContent(MovedFrom::CopyOf(other.m_pContent)) {}
 
 RunLogOptions::RunLogOptions(RunLogOptions&& other) noexcept = default;
 
@@ -77,31 +75,31 @@ RunLogOptions::~RunLogOptions() = default;
 
 RunLogOptions& RunLogOptions::Folder(std::filesystem::path folder)
 {
-    m_pContent->m_folder = std::move(folder);
+    MovedFrom::Renewed(m_pContent).m_folder = std::move(folder);
     return *this;
 }
 
 RunLogOptions& RunLogOptions::Keep(unsigned int files)
 {
-    m_pContent->m_uKeep = files;
+    MovedFrom::Renewed(m_pContent).m_uKeep = files;
     return *this;
 }
 
 RunLogOptions& RunLogOptions::MaxSize(std::uint64_t bytes)
 {
-    m_pContent->m_uMaxSize = bytes;
+    MovedFrom::Renewed(m_pContent).m_uMaxSize = bytes;
     return *this;
 }
 
 RunLogOptions& RunLogOptions::Threshold(LogSeverity threshold)
 {
-    m_pContent->m_threshold = threshold;
+    MovedFrom::Renewed(m_pContent).m_threshold = threshold;
     return *this;
 }
 
 RunLogOptions& RunLogOptions::Background(std::size_t capacity)
 {
-    m_pContent->m_uCapacity = std::max<std::size_t>(capacity, 1);
+    MovedFrom::Renewed(m_pContent).m_uCapacity = std::max<std::size_t>(capacity, 1);
     return *this;
 }
 
@@ -165,7 +163,7 @@ struct RunLog::Content
 
 Result<std::shared_ptr<RunLog>> RunLog::Open(const RunLogOptions& options)
 {
-    const std::string& name = options.m_pContent->m_strName;
+    const std::string name = options.m_pContent != nullptr ? options.m_pContent->m_strName : std::string();
     if (!IsName(name))
         return Failure(std::make_error_code(std::errc::invalid_argument),
                        "cannot write the log " + name + ": that is no name of a file");

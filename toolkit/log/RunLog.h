@@ -17,7 +17,8 @@
 namespace Toolkit
 {
 
-/// How a RunLog writes: a value with chained setters. Copies are independent of each other.
+/// How a RunLog writes: a value with chained setters. Copies are independent of each other; one that was
+/// moved from is as new, but without a name.
 ///
 /// @code
 /// auto options = Toolkit::RunLogOptions("watch").Folder(logs).Keep(10).MaxSize(1 << 20).Background();

@@ -34,6 +34,7 @@
 #include "tests/support/ForkedCopy.h"
 #include "tests/support/IPCSupport.h"
 #include "tests/support/InChild.h"
+#include "tests/support/NoNewThreads.h"
 #include "tests/support/Rounds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
@@ -134,31 +135,6 @@ Instance::Handler EchoAfter(Gate& gate)
         return Echo(command);
     };
 }
-
-// No thread has as much room as it shall have, for a scope.
-class NoNewThreads
-{
-public:
-    NoNewThreads()
-    {
-        pthread_getattr_default_np(&m_before);
-        pthread_attr_t huge;
-        pthread_attr_init(&huge);
-        pthread_attr_setstacksize(&huge, std::size_t{1} << 47);
-        pthread_setattr_default_np(&huge);
-        pthread_attr_destroy(&huge);
-    }
-    ~NoNewThreads()
-    {
-        pthread_setattr_default_np(&m_before);
-        pthread_attr_destroy(&m_before);
-    }
-    NoNewThreads(const NoNewThreads&) = delete;
-    NoNewThreads& operator=(const NoNewThreads&) = delete;
-
-private:
-    pthread_attr_t m_before;
-};
 
 // Stacks of threads among them.
 std::size_t Mappings()
@@ -623,7 +599,7 @@ TEST_F(InstanceTest, FirstWithoutThreadsFailsAllAskersAndStaysTheFirst)
     Instance first = Claim();
     const Instance second = Claim();
     {
-        const NoNewThreads none;
+        const ToolkitTest::NoNewThreads none;
         first.Serve(Echo);
     }
     EXPECT_EQ("cannot ask org.example.watch: the first instance has ended",
@@ -645,7 +621,7 @@ TEST_F(InstanceTest, ExecutesInParallelWithoutThreads)
         },
         Instance::Parallel);
     const Instance second = Claim();
-    const NoNewThreads none;
+    const ToolkitTest::NoNewThreads none;
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(second.Ask({"x"}, 60s));
     EXPECT_EQ(3, calls);

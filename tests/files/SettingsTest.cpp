@@ -452,6 +452,21 @@ TEST_F(SettingsTest, SaveWaitsForAnotherThatSaves)
     EXPECT_EQ(Content(), "[a]\nb=2\n");
 }
 
+TEST_F(SettingsTest, SaveSaysThatItHasWaitedLongEnough)
+{
+    Settings settings = Of("[a]\nb=1\n");
+    EXPECT_TRUE(settings.Set("a", "b", 2));
+    const int folder = open(m_folder.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    const Result<void> saved = settings.Save();
+    EXPECT_EQ(std::errc::device_or_resource_busy, saved.error().Code());
+    EXPECT_EQ("cannot save " + Path() + ": another program has locked its folder", saved.error().Message());
+    EXPECT_EQ(Content(), "[a]\nb=1\n");
+    close(folder);
+    EXPECT_TRUE(settings.Save());
+    EXPECT_EQ(Content(), "[a]\nb=2\n");
+}
+
 TEST_F(SettingsTest, OfManyThatSaveAtOnceNoneUndoesAnother)
 {
     Write("[a]\nn=0\n");

@@ -267,6 +267,33 @@ TEST(ZipReader, EntriesOutliveTheirReaderAndBelongToIt)
         entry = zip->Find("a/b.txt");
     }
     EXPECT_EQ("a/b.txt", entry->Name());
+    const Result<ZipReader> again = ZipReader::Open(folder.Path("a.zip"));
+    EXPECT_EQ("cannot read a/b.txt of " + folder.Path("a.zip") + ": Invalid argument",
+              again->Read(*entry).error().Message());
+    EXPECT_EQ(std::errc::invalid_argument, again->Extract(*entry, folder.Path("b.txt")).error().Code());
+    entry = again->Find("a/b.txt");
+    EXPECT_EQ("stored", *again->Read(*entry));
+    ZipEntry other = *again->Find("a/");
+    other = *entry;
+    EXPECT_EQ("a/b.txt", other.Name());
+}
+
+TEST(ZipReader, LimitsAndReportsAreValues)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, c_strOrdinary);
+    const Result<ZipReader> zip = ZipReader::Open(folder.Path("a.zip"));
+    ASSERT_TRUE(zip);
+    const ZipLimits none = ZipLimits().Entries(0);
+    ZipLimits limits = none;
+    EXPECT_EQ(Errc::LimitReached, zip->ExtractAll(folder.Path("none"), limits).error().Code());
+    limits = ZipLimits();
+    ZipReport report = zip->ExtractAll(folder.Path("all"), limits).value();
+    EXPECT_THAT(report.Refused(), testing::IsEmpty());
+    EXPECT_EQ(Errc::LimitReached, zip->ExtractAll(folder.Path("none"), none).error().Code());
+    const ZipReport kept = report;
+    report = zip->ExtractAll(folder.Path("few"), ZipLimits().Bytes(0)).value();
+    EXPECT_NE(kept.Extracted(), report.Extracted());
 }
 
 TEST(ZipReader, SeveralThreadsReadAtOnce)

@@ -179,6 +179,14 @@ TEST(ZipWriter, SaysWhyItCannot)
               zip->AddFile("a", folder.Path("missing")).error().Message());
     EXPECT_EQ(Errc::Refused, zip->AddFile("a", "/dev/zero").error().Code());
     EXPECT_EQ(std::errc::is_a_directory, zip->AddFile("a", folder.Path()).error().Code());
+    EXPECT_EQ("cannot add folder/ to " + folder.Path("a.zip") + ": Is a directory",
+              zip->AddFile("folder/", folder.Path("a.zip")).error().Message());
+    EXPECT_EQ(std::errc::is_a_directory, zip->Add("folder/", "content").error().Code());
+    const std::string nul("a\0b", 3);
+    EXPECT_EQ(std::errc::invalid_argument, ZipWriter::Create(folder.Path(nul)).error().Code());
+    EXPECT_EQ(std::errc::invalid_argument, zip->AddFile("a", folder.Path(nul)).error().Code());
+    EXPECT_EQ(std::errc::filename_too_long, zip->Add(std::string(65536, 'n'), "").error().Code());
+    EXPECT_TRUE(zip->Add(std::string(65535, 'n'), ""));
     EXPECT_TRUE(zip->Add("a", "content"));
     EXPECT_TRUE(zip->Finish());
 }

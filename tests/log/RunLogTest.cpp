@@ -24,6 +24,7 @@
 
 #include "tests/support/ForkedCopy.h"
 #include "tests/support/InChild.h"
+#include "tests/support/NoNewThreads.h"
 #include "tests/support/RecordingSink.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WaitUntil.h"
@@ -447,6 +448,16 @@ TEST_F(RunLogTest, BackgroundWritesWhatIsQueuedOnFlushAndAtItsEnd)
     log->Write(RecordOf("three"));
     log.reset();
     EXPECT_THAT(MessagesIn(Folder()), ElementsAre("one", "two", "three"));
+}
+
+TEST_F(RunLogTest, OpenSaysThatTheSystemRefusesTheThread)
+{
+    const ToolkitTest::NoNewThreads none;
+    EXPECT_TRUE(RunLog::Open(Options()));
+    const auto refused = RunLog::Open(Options().Background());
+    EXPECT_EQ(std::errc::resource_unavailable_try_again, refused.error().Code());
+    EXPECT_EQ("cannot start the thread of the log watch: Resource temporarily unavailable",
+              refused.error().Message());
 }
 
 TEST_F(RunLogTest, BackgroundWritesByItself)

@@ -5,11 +5,13 @@
 #include <deque>
 #include <mutex>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/NoNewThreads.h"
 #include "tests/support/Rounds.h"
 #include "toolkit/threading/Event.h"
 
@@ -402,4 +404,20 @@ TEST(Task, ManyOneAfterAnotherLeaveNothingBehind)
         }
         rounds.Did(size);
     }
+}
+
+TEST(Task, ThreadThatTheSystemRefusesIsThrownByGet)
+{
+    bool hasRun = false;
+    const ToolkitTest::NoNewThreads none;
+    Task<int> task = Task<int>::Start(
+        [&hasRun]
+        {
+            hasRun = true;
+            return 1;
+        });
+    task.Wait();
+    EXPECT_TRUE(task.Progress().IsFinished());
+    EXPECT_THROW(task.Get(), std::system_error);
+    EXPECT_FALSE(hasRun);
 }

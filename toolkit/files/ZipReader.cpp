@@ -2,6 +2,7 @@
 #include "toolkit/files/ZipReader.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <ctime>
 #include <mutex>
@@ -38,7 +39,7 @@ struct ZipEntry::Content
     ZipFile::DirectoryRecord record;
     bool isFolder = false;
     // Whose entry it is.
-    const void* archive = nullptr;
+    std::uint64_t archive = 0;
 };
 
 struct ZipReport::Content
@@ -56,6 +57,8 @@ struct ZipLimits::Content
 
 namespace
 {
+
+std::atomic<std::uint64_t> s_uNumbers{0};
 
 std::chrono::system_clock::time_point TimeOf(unsigned int date, unsigned int time)
 {
@@ -130,13 +133,15 @@ struct ZipReader::Content
             entry->record.offset = Sum(entry->record.offset, shift);
             entry->name = NameOf(entry->record.name);
             entry->isFolder = !entry->record.name.empty() && entry->record.name.back() == '/';
-            entry->archive = file.get();
+            entry->archive = number;
             entries.push_back(ZipEntry(std::move(entry)));
         }
         return true;
     }
 
     std::mutex mutex;
+    // No two archives of a process have the same one, unlike an address.
+    const std::uint64_t number = ++s_uNumbers;
     std::string path;
     std::shared_ptr<const ZipFile> file;
     std::vector<ZipEntry> entries;
@@ -264,7 +269,7 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
     if (m_pContent == nullptr)
         return MovedFrom::Refused("cannot read " + content.name);
     const std::string name = content.name + " of " + m_pContent->path;
-    if (content.archive != m_pContent->file.get())
+    if (content.archive != m_pContent->number)
         return SystemFailure("cannot read", name, EINVAL);
     if (SizeOf(content.record) > largest)
         return Failure(Errc::LimitReached,
@@ -298,7 +303,7 @@ Result<void> ZipReader::Extract(const ZipEntry& entry, const std::filesystem::pa
     if (m_pContent == nullptr)
         return MovedFrom::Refused("cannot extract " + content.name);
     const std::string name = content.name + " of " + m_pContent->path;
-    if (content.archive != m_pContent->file.get() || file.native().find('\0') != std::string::npos)
+    if (content.archive != m_pContent->number || file.native().find('\0') != std::string::npos)
         return SystemFailure("cannot extract", name, EINVAL);
     if (content.isFolder)
         return SystemFailure("cannot extract", name, EISDIR);

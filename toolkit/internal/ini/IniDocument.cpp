@@ -220,12 +220,6 @@ std::optional<std::string_view> IniDocument::Find(std::string_view section, std:
     return entry != nullptr ? std::make_optional(entry->m_value) : std::nullopt;
 }
 
-bool IniDocument::HasSection(std::string_view section) const
-{
-    SectionKeys* const keys = m_pState->m_sections.Find(section);
-    return keys != nullptr && keys->m_uLast != s_uNone;
-}
-
 std::vector<std::string> IniDocument::Sections() const
 {
     std::vector<std::string> names;

@@ -25,7 +25,6 @@ public:
 
     // The value, until the next change.
     std::optional<std::string_view> Find(std::string_view section, std::string_view key) const;
-    bool HasSection(std::string_view section) const;
 
     // In the order of the file.
     std::vector<std::string> Sections() const;

@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/IniFile.h"
 
@@ -27,6 +28,7 @@ using Toolkit::Errc;
 using Toolkit::Failure;
 using Toolkit::Result;
 using Toolkit::Settings;
+using ToolkitTest::InChild;
 using ToolkitTest::ReadBytes;
 
 namespace
@@ -412,6 +414,25 @@ TEST_F(SettingsTest, ACopyIsASnapshot)
     EXPECT_EQ(other.Get("c", "d", 0), 2);
     EXPECT_TRUE(other.Save());
     EXPECT_EQ(settings.Save().error().Code(), Errc::ChangedByOther) << "even if both wrote the same";
+}
+
+TEST_F(SettingsTest, SavesARelativePathWhereItWasLoaded)
+{
+    ToolkitTest::WriteBytes(m_folder.Path("there.ini"), "[a]\nb=1\n");
+    std::filesystem::create_directory(m_folder.Path("other"));
+    EXPECT_TRUE(InChild(
+        [this]
+        {
+            std::filesystem::current_path(m_folder.Path());
+            Settings there = Settings::Load("there.ini").value();
+            Settings made = Settings::LoadOrNew("made.ini").value();
+            std::filesystem::current_path("other");
+            Settings copy = made;
+            return there.Set("a", "b", 2) && there.Save() && copy.Set("a", "b", 3) && copy.Save();
+        }));
+    EXPECT_EQ(ReadBytes(m_folder.Path("there.ini")), "[a]\nb=2\n");
+    EXPECT_EQ(ReadBytes(m_folder.Path("made.ini")), "[a]\nb=3\n");
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("other")));
 }
 
 TEST_F(SettingsTest, WhatWasMovedFromIsEmptyAndRefusesToChange)

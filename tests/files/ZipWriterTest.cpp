@@ -22,6 +22,7 @@ using Toolkit::ZipReader;
 using Toolkit::ZipWriter;
 using ToolkitTest::ChildAnswer;
 using ToolkitTest::CountEntries;
+using ToolkitTest::InChild;
 using ToolkitTest::ReadBytes;
 using ToolkitTest::RunIn;
 using ToolkitTest::RunPython;
@@ -112,6 +113,22 @@ TEST(ZipWriter, DroppedWriterLeavesNothing)
     EXPECT_EQ("old", ReadBytes(folder.Path("a.zip")));
     EXPECT_EQ(1U, CountEntries(folder.Path()));
     EXPECT_EQ(descriptors, ToolkitTest::OpenDescriptors());
+}
+
+TEST(ZipWriter, FinishesARelativePathWhereItWasBegun)
+{
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.Path("other"));
+    EXPECT_TRUE(InChild(
+        [&folder]
+        {
+            std::filesystem::current_path(folder.Path());
+            ZipWriter zip = ZipWriter::Create("a.zip").value();
+            std::filesystem::current_path("other");
+            return zip.Add("b", "text") && zip.Finish();
+        }));
+    EXPECT_EQ("b", ZipReader::Open(folder.Path("a.zip")).value().begin()->Name());
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path("other")));
 }
 
 TEST(ZipWriter, OneThatWasMovedFromRefusesEverything)

@@ -14,6 +14,7 @@
 #include <fcntl.h>
 
 #include "toolkit/core/LibModuleManager.h"
+#include "toolkit/internal/system/AbsolutePath.h"
 #include "toolkit/internal/system/FolderStream.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SharedLibrary.h"
@@ -256,10 +257,7 @@ std::vector<Failure> PluginsBase::LoadFolder(const std::filesystem::path& folder
 
 Result<void> PluginsBase::Load(const std::filesystem::path& file)
 {
-    std::error_code failed;
-    std::filesystem::path path = std::filesystem::absolute(file, failed);
-    if (failed)
-        path = file;
+    const std::filesystem::path path = AbsolutePath(file);
     Result<SharedLibrary> library = SharedLibrary::Load(NativePath::OfBytes(path.native()), RTLD_LOCAL);
     if (!library)
         return library.error();

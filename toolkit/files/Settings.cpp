@@ -9,6 +9,7 @@
 #include "toolkit/encoding/Text.h"
 #include "toolkit/files/WholeFile.h"
 #include "toolkit/internal/ini/IniDocument.h"
+#include "toolkit/internal/system/AbsolutePath.h"
 #include "toolkit/internal/system/FolderLock.h"
 #include "toolkit/internal/text/BoolText.h"
 #include "toolkit/internal/text/CodePoints.h"
@@ -101,9 +102,9 @@ bool IsMissing(const Failure& failure)
 
 struct Settings::Content
 {
-    Content(std::filesystem::path path, std::optional<std::string> onDisk, const TextEncoding& encoding,
-            std::string text)
-        : m_path(std::move(path)),
+    Content(const std::filesystem::path& path, std::optional<std::string> onDisk,
+            const TextEncoding& encoding, std::string text)
+        : m_path(AbsolutePath(path)),
           m_onDisk(std::move(onDisk)),
           m_encoding(encoding),
           m_document(std::move(text))
@@ -134,6 +135,7 @@ struct Settings::Content
     }
 
     mutable std::shared_mutex m_mutex;
+    // It leads to the file wherever the process works when it saves.
     const std::filesystem::path m_path;
     // The bytes of the file when it was last read or written here; nothing where there was none.
     std::optional<std::string> m_onDisk;

@@ -45,9 +45,9 @@ class TOOLKIT_API Settings
     using IfNumber = std::enable_if_t<s_bIsNumber<T>, int>;
 
 public:
-    /// Reads the file. It fails as `ReadFile` does (`std::errc::no_such_file_or_directory`,
-    /// `permission_denied`, `is_a_directory`, `Errc::LimitReached`, `Errc::Refused` ...), and with
-    /// `Errc::Malformed` when the file is no text.
+    /// Reads the file. A relative path means the same file when `Save` is called in another folder. It fails
+    /// as `ReadFile` does (`std::errc::no_such_file_or_directory`, `permission_denied`, `is_a_directory`,
+    /// `Errc::LimitReached`, `Errc::Refused` ...), and with `Errc::Malformed` when the file is no text.
     static Result<Settings> Load(const std::filesystem::path& path);
     /// The same, but a missing file is one without sections, which `Save` makes together with its folders.
     static Result<Settings> LoadOrNew(const std::filesystem::path& path);

@@ -13,6 +13,7 @@
 #include <wx/datetime.h>
 #include <wx/zipstrm.h>
 
+#include "toolkit/internal/system/AbsolutePath.h"
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/MovedFrom.h"
 #include "toolkit/internal/system/NativePath.h"
@@ -127,7 +128,7 @@ Result<ZipWriter> ZipWriter::Create(const std::filesystem::path& path)
     if (path.has_parent_path())
         std::filesystem::create_directories(path.parent_path(), ignored);
     Result<std::unique_ptr<SafeReplace::Writer>> writer =
-        SafeReplace::Writer::Begin(NativePath::OfBytes(path.native()), options);
+        SafeReplace::Writer::Begin(NativePath::OfBytes(AbsolutePath(path).native()), options);
     if (!writer)
         return writer.error();
     return ZipWriter(std::make_unique<Content>(path.native(), *std::move(writer)));

@@ -27,8 +27,9 @@ namespace Toolkit
 class TOOLKIT_API ZipWriter
 {
 public:
-    /// Begins an archive that is to lie at `path`; missing folders are made. Links are followed, and a file
-    /// that is there keeps its permissions, as with `WriteFile`.
+    /// Begins an archive that is to lie at `path`; missing folders are made. A relative path means the same
+    /// file when `Finish` is called in another folder. Links are followed, and a file that is there keeps its
+    /// permissions, as with `WriteFile`.
     static Result<ZipWriter> Create(const std::filesystem::path& path);
 
     ZipWriter(ZipWriter&& other) noexcept;

@@ -13,6 +13,7 @@
 #include "toolkit/internal/log/LineFormat.h"
 #include "toolkit/internal/log/LineQueue.h"
 #include "toolkit/internal/log/LogFiles.h"
+#include "toolkit/internal/system/AbsolutePath.h"
 #include "toolkit/internal/system/FalseWithoutMemory.h"
 #include "toolkit/internal/system/LeakOnPurpose.h"
 #include "toolkit/internal/system/MovedFrom.h"
@@ -175,10 +176,7 @@ Result<std::shared_ptr<RunLog>> RunLog::Open(const RunLogOptions& options)
             return folders.error();
         folder = folders->State() / "logs";
     }
-    std::error_code error;
-    if (const std::filesystem::path absolute = std::filesystem::absolute(folder, error); !error)
-        folder = absolute;
-
+    folder = AbsolutePath(folder);
     const std::shared_ptr<RunLog> log(new RunLog(options, folder));
     if (!log->m_pContent->m_files.Open())
         return SystemFailure("cannot write a log in", folder.native(), errno);

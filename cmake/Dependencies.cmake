@@ -5,6 +5,7 @@
 #   Toolkit::pcre2   PCRE2's 8-bit library
 #   Toolkit::pcre    PCRE's, where TOOLKIT_REGEX names it for the classic regular expressions
 #   Toolkit::icu     ICU's locale data and date patterns
+#   Toolkit::zlib    zlib, which wxWidgets' base stands on as well
 include(${CMAKE_CURRENT_LIST_DIR}/ToolkitWx.cmake)
 toolkit_import_wx(Toolkit::wx base,net "")
 if(TOOLKIT_WX_ERROR)
@@ -16,8 +17,8 @@ if(TOOLKIT_BUILD_EXAMPLES)
   toolkit_import_wx(Toolkit::wx_gui core,base,net "")
 endif()
 
-# toolkit_import_regex(<name> <header> <library>): the imported target Toolkit::<name>.
-function(toolkit_import_regex name header library)
+# toolkit_import_library(<name> <header> <library>): the imported target Toolkit::<name>.
+function(toolkit_import_library name header library)
   # A project around this one may have brought its own.
   if(TARGET Toolkit::${name})
     return()
@@ -38,10 +39,12 @@ endfunction()
 if(NOT TOOLKIT_REGEX MATCHES "^pcre2?$")
   message(FATAL_ERROR "TOOLKIT_REGEX is \"${TOOLKIT_REGEX}\", and can be pcre2 or pcre")
 endif()
-toolkit_import_regex(pcre2 pcre2.h pcre2-8)
+toolkit_import_library(pcre2 pcre2.h pcre2-8)
 if(TOOLKIT_REGEX STREQUAL "pcre")
-  toolkit_import_regex(pcre pcre.h pcre)
+  toolkit_import_library(pcre pcre.h pcre)
 endif()
+
+toolkit_import_library(zlib zlib.h z)
 
 if(NOT TARGET Toolkit::icu)
   find_path(TOOLKIT_ICU_INCLUDE unicode/udat.h)

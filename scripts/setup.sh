@@ -5,7 +5,7 @@
 packages=(
   g++ cmake ninja-build make ccache
   binutils pkg-config abigail-tools locales python3 tzdata zip gdb
-  libwxgtk3.2-dev libpcre2-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libwxgtk3.2-dev libpcre2-dev libicu-dev zlib1g-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )
 release=$(. /etc/os-release 2>/dev/null && echo "${VERSION_CODENAME:-}") || true

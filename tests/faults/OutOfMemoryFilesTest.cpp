@@ -400,6 +400,18 @@ TEST_F(OutOfMemoryFiles, IsSurvivedByArchives)
              attempt([&] { EXPECT_TRUE(zip->ExtractAll(m_folder.Path("out"))); });
              EXPECT_EQ(ToolkitTest::ContentOf("two.txt"), zip->Read(entry).value_or("none"));
          }},
+        {"ZipReader::Read of long content",
+         [&](const Attempt& attempt)
+         {
+             const std::string archive = m_folder.Path("long");
+             const std::string content(std::size_t{1} << 20, 'x');
+             Result<ZipWriter> writer = ZipWriter::Create(archive);
+             ASSERT_TRUE(writer && writer->Add("long", content) && writer->Finish());
+             const Result<ZipReader> zip = ZipReader::Open(archive);
+             const ZipEntry entry = *zip->Find("long");
+             attempt([&] { EXPECT_TRUE(zip->Read(entry)); });
+             EXPECT_EQ(content, zip->Read(entry).value_or("none"));
+         }},
         {"ZipWriter",
          [&](const Attempt& attempt)
          {

@@ -19,13 +19,17 @@
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/files/ArchiveZip.h"
 #include "toolkit/files/ZipInputStream.h"
+#include "toolkit/files/ZipReader.h"
 
 // Archives that are damaged or lie.
 
 namespace
 {
 
+using Toolkit::Errc;
+using Toolkit::Result;
 using Toolkit::TString;
+using Toolkit::ZipReader;
 using ToolkitTest::CapturedOutput;
 using ToolkitTest::ContentOf;
 using ToolkitTest::ForgedArchive;
@@ -386,6 +390,37 @@ open('a.zip', 'wb').write(local + record + end)
     OpenArchive open(folder.Wide("a.zip"));
     EXPECT_FALSE(open.UnZip(L"n", folder.Wide("out")));
     EXPECT_EQ(open.Read(L"n"), "");
+}
+
+TEST(ArchiveZipDamage, BelievesNoLengthsOfAFieldThatIsLongerThanItsPlace)
+{
+    const TemporaryFolder folder;
+    RunPython(folder, R"(
+import zlib
+content = b'content'
+def archive(name, localLength, recordLength):
+    field = struct.pack('<HHQQ', 1, localLength, 7, 7)
+    local = struct.pack('<4sHHHHHIIIHH', b'PK\3\4', 45, 0, 0, 0, 0, zlib.crc32(content), 0xFFFFFFFF, 0xFFFFFFFF,
+                        1, len(field)) + b'n' + field + content
+    field = struct.pack('<HHQQ', 1, recordLength, 7, 7)
+    record = struct.pack('<4sHHHHHHIIIHHHHHII', b'PK\1\2', 45, 45, 0, 0, 0, 0, zlib.crc32(content), 0xFFFFFFFF,
+                         0xFFFFFFFF, 1, len(field), 0, 0, 0, 0, 0) + b'n' + field
+    end = struct.pack('<4sHHHHIIH', b'PK\5\6', 0, 0, 1, 1, len(record), len(local), 0)
+    open(name, 'wb').write(local + record + end)
+archive('right.zip', 16, 16)
+archive('local.zip', 17, 16)
+archive('directory.zip', 16, 17)
+)");
+    EXPECT_EQ(OpenArchive(folder.Wide("right.zip")).Read(L"n"), "content");
+    for (const char* name : {"local.zip", "directory.zip"})
+    {
+        OpenArchive open(folder.Wide(name));
+        EXPECT_FALSE(open.UnZip(L"n", folder.Wide("out"))) << name;
+        EXPECT_EQ(open.Read(L"n"), "") << name;
+        const Result<ZipReader> zip = ZipReader::Open(folder.Path(name));
+        ASSERT_TRUE(zip) << zip.error().Message();
+        EXPECT_EQ(zip->Read(*zip->begin()).error().Code(), Errc::Malformed) << name;
+    }
 }
 
 TEST(ArchiveZipDamage, ReadsLengthsThatLieInTheirField)

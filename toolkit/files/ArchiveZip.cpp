@@ -96,7 +96,7 @@ bool Extract(ZipEntryStream& content, long long length, Target& target)
 {
     const auto roomFor = [](long long left)
     {
-        const auto most = static_cast<long long>(ZipEntryStream::s_uBlock);
+        const auto most = static_cast<long long>(ZipDecoder::s_uBlock);
         return static_cast<std::size_t>(std::clamp<long long>(left, s_iSmallestRead, most - 1)) + 1;
     };
     const std::unique_ptr<char[]> block(new char[roomFor(length)]);

@@ -75,7 +75,7 @@ ZipInputStream& ZipInputStream::operator>>(std::vector<unsigned char>& bytes)
     bytes.reserve(before + m_uCredibleLength + s_uSmallestRead);
     do
     {
-        bytes.resize(end + std::clamp(bytes.capacity() - end, s_uSmallestRead, ZipEntryStream::s_uBlock));
+        bytes.resize(end + std::clamp(bytes.capacity() - end, s_uSmallestRead, ZipDecoder::s_uBlock));
         end += m_pContent->Read(bytes.data() + end, bytes.size() - end).LastRead();
     } while (end == bytes.size());
     bytes.resize(m_pContent->IsDamaged() ? before : end);
@@ -134,8 +134,15 @@ ZipInputStream::Listed ZipInputStream::TakeNextEntry()
 ZipEntryStream* ZipInputStream::OpenEntry(const wxZipEntry& entry)
 {
     CloseEntry();
+    // An entry may come from another archive. Where this one has no directory, nothing is read; to look for
+    // it is no listing.
+    const bool listed = m_bListed;
+    const bool canRead = CanRead();
+    m_bListed = listed;
+    if (!canRead)
+        return nullptr;
     m_pContent = std::make_unique<ZipEntryStream>(m_pFile, entry);
-    m_uCredibleLength = m_pFile->GetCredibleLength(entry);
+    m_uCredibleLength = m_pContent->GetCredibleLength();
     m_pReader = std::make_unique<TextReader>(m_pContent.get());
     if (!m_pContent->IsFound())
         return nullptr;

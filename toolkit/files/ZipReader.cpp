@@ -27,7 +27,6 @@
 #include "toolkit/internal/zip/ZipFile.h"
 #include "toolkit/internal/zip/ZipFileStream.h"
 #include "toolkit/internal/zip/ZipNameConverter.h"
-#include "toolkit/internal/zip/ZipRecordEntry.h"
 
 namespace Toolkit
 {
@@ -274,11 +273,10 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
     if (SizeOf(content.record) > largest)
         return Failure(Errc::LimitReached,
                        "cannot read " + name + ": it is longer than " + std::to_string(largest) + " bytes");
-    const ZipRecordEntry record(content.record);
     const std::lock_guard<std::mutex> lock(m_pContent->mutex);
     std::string bytes;
     // More than expected, so that the end is met without growing again.
-    bytes.reserve(m_pContent->file->GetCredibleLength(record) + ZipContent::s_uLeastRoom);
+    bytes.reserve(m_pContent->file->GetCredibleLength(content.record) + ZipContent::s_uLeastRoom);
     std::size_t done = 0;
     const auto place = [&bytes, &done](std::size_t count)
     {
@@ -290,7 +288,8 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
         done += count;
         return true;
     };
-    const Result<void> read = ZipContent::Decode(m_pContent->file, record, "cannot read", name, place, take);
+    const Result<void> read =
+        ZipContent::Decode(m_pContent->file, content.record, "cannot read", name, place, take);
     if (!read)
         return read.error();
     bytes.resize(done);
@@ -317,9 +316,8 @@ Result<void> ZipReader::Extract(const ZipEntry& entry, const std::filesystem::pa
     if (!writer)
         return writer.error();
     const int descriptor = (*writer)->Get();
-    const ZipRecordEntry record(content.record);
     const std::lock_guard<std::mutex> lock(m_pContent->mutex);
-    const Result<void> decoded = ZipContent::Decode(m_pContent->file, record, "cannot extract", name,
+    const Result<void> decoded = ZipContent::Decode(m_pContent->file, content.record, "cannot extract", name,
                                                     [descriptor](const char* block, std::size_t count)
                                                     { return WriteAll(descriptor, block, count); });
     return decoded ? (*writer)->Finish() : decoded;

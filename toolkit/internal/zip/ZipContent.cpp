@@ -4,10 +4,8 @@
 #include <algorithm>
 #include <cerrno>
 
-#include <wx/zipstrm.h>
-
 #include "toolkit/internal/system/SystemFailure.h"
-#include "toolkit/internal/zip/ZipEntryStream.h"
+#include "toolkit/internal/zip/ZipDecoder.h"
 
 namespace Toolkit
 {
@@ -15,34 +13,32 @@ namespace Toolkit
 namespace
 {
 
-const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
-
 // One byte more than is left shows that the content is longer.
 std::size_t RoomFor(long long left)
 {
     const auto least = static_cast<long long>(ZipContent::s_uLeastRoom);
-    const auto most = static_cast<long long>(ZipEntryStream::s_uBlock);
+    const auto most = static_cast<long long>(ZipDecoder::s_uBlock);
     return static_cast<std::size_t>(std::clamp(left, least - 1, most - 1)) + 1;
 }
 
 } // namespace
 
-Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
-                                const std::string& attempt, const std::string& name, const Place& place,
-                                const Take& take)
+Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file,
+                                const ZipFile::ContentRecord& record, const std::string& attempt,
+                                const std::string& name, const Place& place, const Take& take)
 {
-    if ((record.GetFlags() & s_iEncrypted) != 0)
+    if (record.IsEncrypted())
         return Failure(Errc::Refused, attempt + " " + name + ": it is encrypted");
-    if (record.GetMethod() != wxZIP_METHOD_STORE && record.GetMethod() != wxZIP_METHOD_DEFLATE)
+    if (record.method != ZipFile::s_iStored && record.method != ZipFile::s_iDeflated)
         return Failure(Errc::Refused, attempt + " " + name + ": it is packed by an unknown method");
     const Failure damaged(Errc::Malformed, attempt + " " + name + ": it is damaged");
-    ZipEntryStream content(file, record);
-    long long left = record.GetSize();
+    ZipDecoder content(file, record);
+    long long left = record.size;
     while (content.IsFound())
     {
         const std::size_t room = RoomFor(left);
         char* const block = place(room);
-        const std::size_t count = content.Read(block, room).LastRead();
+        const std::size_t count = content.Read(block, room);
         left -= static_cast<long long>(count);
         if (left < 0)
             break;
@@ -54,11 +50,12 @@ Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file, cons
     return damaged;
 }
 
-Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
-                                const std::string& attempt, const std::string& name, const Take& take)
+Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file,
+                                const ZipFile::ContentRecord& record, const std::string& attempt,
+                                const std::string& name, const Take& take)
 {
     // The first is the longest.
-    const std::unique_ptr<char[]> block(new char[RoomFor(record.GetSize())]);
+    const std::unique_ptr<char[]> block(new char[RoomFor(record.size)]);
     return Decode(
         file, record, attempt, name, [&block](std::size_t) { return block.get(); }, take);
 }

@@ -8,13 +8,7 @@
 #include <string>
 
 #include "toolkit/core/Result.h"
-
-class wxZipEntry;
-
-namespace Toolkit
-{
-class ZipFile;
-}
+#include "toolkit/internal/zip/ZipFile.h"
 
 // The content of an entry, with the reason where there is none.
 namespace Toolkit::ZipContent
@@ -30,11 +24,11 @@ using Take = std::function<bool(const char*, std::size_t)>;
 
 // Decodes block by block: memory follows neither the declared length nor the real one. A failure begins with
 // the attempt and the name.
-Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
+Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const ZipFile::ContentRecord& record,
                     const std::string& attempt, const std::string& name, const Place& place,
                     const Take& take);
 // The same by way of a block of its own.
-Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const wxZipEntry& record,
+Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const ZipFile::ContentRecord& record,
                     const std::string& attempt, const std::string& name, const Take& take);
 
 } // namespace Toolkit::ZipContent

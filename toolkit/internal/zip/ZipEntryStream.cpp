@@ -5,10 +5,7 @@
 #include <cstring>
 #include <utility>
 
-#include "toolkit/internal/wx/WxLibrary.h"
-#include "toolkit/internal/zip/ZipFile.h"
-#include "toolkit/internal/zip/ZipFileStream.h"
-#include "toolkit/internal/zip/ZipNameConverter.h"
+#include <wx/zipstrm.h>
 
 namespace Toolkit
 {
@@ -21,39 +18,25 @@ const std::size_t s_uSmallBlock = 65536;
 // Decoded straight into the reader's memory.
 const std::size_t s_uLargeRead = 16;
 
-// wxWidgets' decoder, but for the zeros that it fills the reader's memory with before each read.
-class Decoder : public wxZipInputStream
+ZipFile::ContentRecord RecordOf(const wxZipEntry& entry)
 {
-public:
-    using wxZipInputStream::wxZipInputStream;
-
-    wxInputStream& Read(void* buffer, std::size_t count) override
-    {
-        m_lastcount = OnSysRead(buffer, count);
-        return *this;
-    }
-};
+    ZipFile::ContentRecord record;
+    record.flags = entry.GetFlags();
+    record.method = entry.GetMethod();
+    record.checksum = entry.GetCrc();
+    record.compressedSize = entry.GetCompressedSize();
+    record.size = entry.GetSize();
+    record.offset = entry.GetOffset();
+    return record;
+}
 
 } // namespace
 
 ZipEntryStream::ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry)
-    : m_pFile(std::move(file)), m_entry(entry)
+    : m_pFile(std::move(file)), m_entry(RecordOf(entry)), m_decoder(m_pFile, m_entry)
 {
-    m_lasterror = wxSTREAM_READ_ERROR;
-    if (!m_pFile->MayBeArchive())
-        return;
-    const WxLibrary::Silence silence;
-    auto source = std::make_unique<ZipFileStream>(m_pFile);
-    const ZipFile::LocalRecord record = m_pFile->ReadLocalRecord(entry);
-    source->Replace(record);
-    // Not made by make_unique, which would lose the source if there is no memory for the decoder.
-    std::unique_ptr<wxZipInputStream> decoder(new Decoder(source.release(), ZipNameConverter::Instance()));
-    if (!decoder->OpenEntry(m_entry))
-        return;
-    m_pDecoder = std::move(decoder);
-    m_lasterror = wxSTREAM_NO_ERROR;
-    if (record.consistent)
-        m_state = State::Open;
+    if (!m_decoder.IsFound())
+        m_lasterror = wxSTREAM_READ_ERROR;
 }
 
 ZipEntryStream::~ZipEntryStream() = default;
@@ -96,36 +79,23 @@ std::size_t ZipEntryStream::OnSysRead(void* buffer, std::size_t count)
 void ZipEntryStream::Verify()
 {
     m_bVerified = true;
-    ZipEntryStream other(m_pFile, m_entry);
+    ZipDecoder other(m_pFile, m_entry);
     const std::unique_ptr<char[]> block(new char[s_uSmallBlock]);
-    while (other.Decode(block.get(), s_uSmallBlock) > 0)
+    while (other.Read(block.get(), s_uSmallBlock) > 0)
     {
     }
     if (!other.IsDamaged())
         return;
-    m_state = State::Damaged;
+    m_decoder.GiveUp();
     m_lasterror = wxSTREAM_READ_ERROR;
     m_uEnd = 0;
 }
 
-// Decodes up to `count` bytes, fewer only where the content ends; 0 and an error after it and in damage.
 std::size_t ZipEntryStream::Decode(void* buffer, std::size_t count)
 {
-    std::size_t decoded = 0;
-    if (m_state == State::Open)
-    {
-        const WxLibrary::Silence silence;
-        decoded = m_pDecoder->Read(buffer, count).LastRead();
-        const wxStreamError error = m_pDecoder->GetLastError();
-        if (error == wxSTREAM_EOF)
-            m_state = State::Complete;
-        else if (error != wxSTREAM_NO_ERROR || decoded == 0)
-            m_state = State::Damaged;
-        if (m_state == State::Damaged)
-            decoded = 0;
-    }
+    const std::size_t decoded = m_decoder.Read(buffer, count);
     if (decoded == 0)
-        m_lasterror = m_state == State::Complete ? wxSTREAM_EOF : wxSTREAM_READ_ERROR;
+        m_lasterror = m_decoder.IsDamaged() ? wxSTREAM_READ_ERROR : wxSTREAM_EOF;
     return decoded;
 }
 

@@ -6,23 +6,21 @@
 #include <memory>
 
 #include <wx/stream.h>
-#include <wx/zipstrm.h>
+
+#include "toolkit/internal/zip/ZipDecoder.h"
+#include "toolkit/internal/zip/ZipFile.h"
+
+class wxZipEntry;
 
 namespace Toolkit
 {
 
-class ZipFile;
-
-// The content of one entry, decoded block by block by a decoder of its own: wxWidgets' one keeps
-// traces of the entry before, even of a whole one. Nothing is yielded of a block in which damage, a wrong
+// The content of one entry, decoded block by block. Nothing is yielded of a block in which damage, a wrong
 // length or a wrong checksum shows, nor after it; a reader of small pieces, who cannot take back what he has
 // used, gets nothing at all of a damaged entry.
 class ZipEntryStream : public wxInputStream
 {
 public:
-    // What is best read at a time: before each return the decoder copies 32 KiB of what it decoded last.
-    static constexpr std::size_t s_uBlock = 262144;
-
     ZipEntryStream(std::shared_ptr<const ZipFile> file, const wxZipEntry& entry);
     ~ZipEntryStream() override;
 
@@ -32,30 +30,24 @@ public:
     wxInputStream& Read(void* buffer, std::size_t count) override;
 
     // True when the entry's content was found.
-    bool IsFound() const { return m_pDecoder != nullptr; }
+    bool IsFound() const { return m_decoder.IsFound(); }
+
+    // How much of it may be expected, as ZipFile says.
+    std::size_t GetCredibleLength() const { return m_pFile->GetCredibleLength(m_entry); }
 
     // True when the content, met so far or not, cannot be read to its end.
-    bool IsDamaged() const { return m_state == State::Damaged; }
+    bool IsDamaged() const { return m_decoder.IsDamaged(); }
 
 protected:
     std::size_t OnSysRead(void* buffer, std::size_t count) override;
 
 private:
-    enum class State
-    {
-        Open,
-        Complete,
-        Damaged
-    };
-
     void Verify();
     std::size_t Decode(void* buffer, std::size_t count);
 
     const std::shared_ptr<const ZipFile> m_pFile;
-    // A copy: wxWidgets writes into the entry that it opens.
-    wxZipEntry m_entry;
-    std::unique_ptr<wxZipInputStream> m_pDecoder;
-    State m_state = State::Damaged;
+    const ZipFile::ContentRecord m_entry;
+    ZipDecoder m_decoder;
     std::unique_ptr<char[]> m_pBlock;
     bool m_bVerified = false;
     std::size_t m_uBegin = 0;

@@ -15,7 +15,6 @@
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/zip/ZipContent.h"
 #include "toolkit/internal/zip/ZipEntryPath.h"
-#include "toolkit/internal/zip/ZipRecordEntry.h"
 
 namespace Toolkit
 {
@@ -134,8 +133,7 @@ Result<void> ZipExtraction::ExtractFile(const Entry& entry, int folder, const st
         return SystemFailure(c_strAttempt, entry.name, errno);
     const auto take = [&](const char* block, std::size_t count)
     { return WriteAll(file.Get(), block, count); };
-    if (Result<void> decoded =
-            ZipContent::Decode(m_file, ZipRecordEntry(entry.record), c_strAttempt, entry.name, take);
+    if (Result<void> decoded = ZipContent::Decode(m_file, entry.record, c_strAttempt, entry.name, take);
         !decoded)
         return decoded;
     if (!file.TakePlaceOf(name.c_str()))

@@ -3,12 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-
-#include <wx/zipstrm.h>
 
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/Transfer.h"
@@ -22,6 +21,8 @@ namespace
 // The record at the end, without which no file is an archive.
 const long long s_iEndRecordLength = 22;
 
+const unsigned int s_uLocalSignature = 0x04034B50;
+const std::size_t s_uLocalRecordLength = 30;
 const std::size_t s_uLocalFlags = 6;
 const std::size_t s_uLocalMethod = 8;
 const std::size_t s_uLocalChecksum = 14;
@@ -62,7 +63,10 @@ const long long s_iMostExpansion = 1032;
 const long long s_iMostCredible = 64LL << 20;
 
 const unsigned int s_uDescriptorSignature = 0x08074B50;
-const int s_iEncrypted = wxZIP_ENCRYPTED | wxZIP_STRONG_ENC;
+
+// Of the flags: by a password or by a certificate, and that lengths and checksum follow the content.
+const int s_iEncrypted = 0x41;
+const int s_iSumsFollow = 0x08;
 
 unsigned int Get16(const unsigned char* bytes)
 {
@@ -72,25 +76,6 @@ unsigned int Get16(const unsigned char* bytes)
 unsigned int Get32(const unsigned char* bytes)
 {
     return Get16(bytes) | Get16(bytes + 2) << 16;
-}
-
-void Put32(unsigned char* bytes, unsigned int value)
-{
-    for (int i = 0; i < 4; ++i)
-        bytes[i] = static_cast<unsigned char>(value >> (8 * i));
-}
-
-// True for a length that needs no extra field.
-bool IsShort(long long length)
-{
-    return length >= 0 && length < 0xFFFFFFFF;
-}
-
-// Where the fields after the name begin.
-long long ExtraOffset(const ZipFile::LocalRecord& record)
-{
-    return record.offset + static_cast<long long>(record.bytes.size()) +
-           static_cast<long long>(Get16(&record.bytes[s_uLocalNameLength]));
 }
 
 bool IsRegular(int descriptor, long long& length)
@@ -150,35 +135,48 @@ std::size_t ZipFile::ReadRecord(long long offset, void* buffer, std::size_t coun
     return read;
 }
 
-ZipFile::LocalRecord ZipFile::ReadLocalRecord(const wxZipEntry& entry) const
+bool ZipFile::ContentRecord::IsEncrypted() const
 {
-    LocalRecord record;
-    record.offset = entry.GetOffset();
-    record.consistent =
-        record.offset >= 0 &&
-        ReadRecord(record.offset, record.bytes.data(), record.bytes.size()) == record.bytes.size() &&
-        IsConsistent(entry, record);
-    DropUnknownLengths(record);
-    const bool completed = record.consistent && IsShort(entry.GetCompressedSize()) &&
-                           IsShort(entry.GetSize()) &&
-                           (Get16(&record.bytes[s_uLocalFlags]) & wxZIP_SUMS_FOLLOW) != 0;
-    record.replaced = record.replaced || completed;
-    if (completed)
-    {
-        record.bytes[s_uLocalFlags] &= static_cast<unsigned char>(~wxZIP_SUMS_FOLLOW);
-        Put32(&record.bytes[s_uLocalChecksum], entry.GetCrc());
-        Put32(&record.bytes[s_uLocalCompressed], static_cast<unsigned int>(entry.GetCompressedSize()));
-        Put32(&record.bytes[s_uLocalLength], static_cast<unsigned int>(entry.GetSize()));
-    }
-    return record;
+    return (flags & s_iEncrypted) != 0;
 }
 
-std::size_t ZipFile::GetCredibleLength(const wxZipEntry& entry) const
+ZipFile::Content ZipFile::FindContent(const ContentRecord& entry) const
 {
-    const long long compressed = std::clamp<long long>(entry.GetCompressedSize(), 0, m_iLength);
-    const long long expansion = entry.GetMethod() == wxZIP_METHOD_STORE ? 1 : s_iMostExpansion;
+    Content content;
+    unsigned char record[s_uLocalRecordLength];
+    if (entry.offset < 0 || ReadRecord(entry.offset, record, sizeof record) != sizeof record ||
+        Get32(record) != s_uLocalSignature)
+        return content;
+    content.offset = entry.offset + static_cast<long long>(sizeof record);
+    const bool hasLengths = ReadLocalLengths(record, content);
+    content.found = content.offset <= m_iLength;
+    if ((Get16(record + s_uLocalFlags) & s_iSumsFollow) != 0)
+    {
+        content.compressedSize = entry.compressedSize;
+        content.size = entry.size;
+    }
+    content.consistent = content.found && hasLengths && IsConsistent(entry, record, content);
+    return content;
+}
+
+// Puts the lengths that are in the record, or in the field for long ones, and the end of its fields. False
+// when they are nowhere.
+bool ZipFile::ReadLocalLengths(const unsigned char* record, Content& content) const
+{
+    const long long fields = content.offset + static_cast<long long>(Get16(record + s_uLocalNameLength));
+    const std::size_t length = Get16(record + s_uLocalExtraLength);
+    content.offset = fields + static_cast<long long>(length);
+    content.size = Get32(record + s_uLocalLength);
+    content.compressedSize = Get32(record + s_uLocalCompressed);
+    return ReadLongSizes(fields, length, {&content.size, &content.compressedSize});
+}
+
+std::size_t ZipFile::GetCredibleLength(const ContentRecord& entry) const
+{
+    const long long compressed = std::clamp<long long>(entry.compressedSize, 0, m_iLength);
+    const long long expansion = entry.method == s_iStored ? 1 : s_iMostExpansion;
     return static_cast<std::size_t>(
-        std::clamp<long long>(entry.GetSize(), 0, std::min(compressed * expansion, s_iMostCredible)));
+        std::clamp<long long>(entry.size, 0, std::min(compressed * expansion, s_iMostCredible)));
 }
 
 ZipFile::DirectoryRecord ZipFile::ReadDirectoryRecord(long long offset) const
@@ -204,32 +202,31 @@ ZipFile::DirectoryRecord ZipFile::ReadDirectoryRecord(long long offset) const
                                          : ReadAt(name, result.name.data(), size));
     const long long extra = name + static_cast<long long>(size);
     const std::size_t extraLength = Get16(record + s_uDirectoryExtraLength);
-    ReadLongSizes(extra, extraLength, result);
+    // Otherwise the entry has no length, and lies at no place.
+    if (!ReadLongSizes(extra, extraLength, {&result.size, &result.compressedSize, &result.offset}))
+    {
+        result.size = result.compressedSize = 0;
+        result.offset = s_iNowhere;
+    }
     const long long next =
         extra + static_cast<long long>(extraLength + Get16(record + s_uDirectoryCommentLength));
     result.next = next <= m_iLength ? next : 0;
     return result;
 }
 
-// Takes the numbers for which the record has no room from the fields that follow its name. Where those are
-// too short for them, the entry has no length, and lies at no place.
-void ZipFile::ReadLongSizes(long long offset, std::size_t length, DirectoryRecord& record) const
+// Takes the numbers for which a record has no room from the fields that follow its name. False, and nothing
+// is taken, where those are too short for them.
+bool ZipFile::ReadLongSizes(long long offset, std::size_t length, std::initializer_list<long long*> all) const
 {
     std::vector<long long*> missing;
-    for (long long* const number : {&record.size, &record.compressedSize, &record.offset})
-        if (*number == s_uLongNumber)
-            missing.push_back(number);
-    if (missing.empty())
-        return;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(missing),
+                 [](const long long* number) { return *number == s_uLongNumber; });
     std::vector<unsigned long long> numbers;
-    if (ReadLongNumbers(offset, length, missing.size(), numbers))
-        for (std::size_t i = 0; i < numbers.size(); ++i)
-            *missing[i] = static_cast<long long>(numbers[i]);
-    else
-    {
-        record.size = record.compressedSize = 0;
-        record.offset = s_iNowhere;
-    }
+    if (!missing.empty() && !ReadLongNumbers(offset, length, missing.size(), numbers))
+        return false;
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        *missing[i] = static_cast<long long>(numbers[i]);
+    return true;
 }
 
 bool ZipFile::IsEndOfDirectory(long long offset) const
@@ -262,60 +259,21 @@ ZipFile::Window& ZipFile::FindWindow(long long offset, std::size_t count) const
     return *oldest;
 }
 
-bool ZipFile::IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const
+bool ZipFile::IsConsistent(const ContentRecord& entry, const unsigned char* record,
+                           const Content& content) const
 {
-    const auto get16 = [&](std::size_t place) { return Get16(&record.bytes[place]); };
-    const int flags = static_cast<int>(get16(s_uLocalFlags));
-    if (((flags | entry.GetFlags()) & s_iEncrypted) != 0 ||
-        static_cast<int>(get16(s_uLocalMethod)) != entry.GetMethod())
+    const int flags = static_cast<int>(Get16(record + s_uLocalFlags));
+    if (((flags | entry.flags) & s_iEncrypted) != 0 ||
+        static_cast<int>(Get16(record + s_uLocalMethod)) != entry.method)
         return false;
-    const bool stored = entry.GetMethod() == wxZIP_METHOD_STORE;
-    if (stored && entry.GetSize() != entry.GetCompressedSize())
+    const bool stored = entry.method == s_iStored;
+    if (stored && entry.size != entry.compressedSize)
         return false;
-    if ((flags & wxZIP_SUMS_FOLLOW) == 0)
-        return Get32(&record.bytes[s_uLocalChecksum]) == entry.GetCrc() &&
-               (!stored || HasLengthsOf(entry, record));
-    const std::size_t content = record.bytes.size() + get16(s_uLocalNameLength) + get16(s_uLocalExtraLength);
-    return entry.GetCompressedSize() >= 0 && entry.GetCompressedSize() <= m_iLength &&
-           HasChecksum(record.offset + static_cast<long long>(content) + entry.GetCompressedSize(),
-                       entry.GetCrc());
-}
-
-// True when the record declares the same lengths as the directory, in itself or in the field for long ones.
-bool ZipFile::HasLengthsOf(const wxZipEntry& entry, const LocalRecord& record) const
-{
-    const unsigned int length = Get32(&record.bytes[s_uLocalLength]);
-    const unsigned int compressed = Get32(&record.bytes[s_uLocalCompressed]);
-    std::vector<unsigned long long> numbers;
-    if (length == s_uLongNumber || compressed == s_uLongNumber)
-        ReadLongNumbers(ExtraOffset(record), Get16(&record.bytes[s_uLocalExtraLength]), 2, numbers);
-    const auto is = [&numbers](unsigned int number, long long expected)
-    {
-        unsigned long long real = number;
-        if (number == s_uLongNumber && !numbers.empty())
-        {
-            real = numbers.front();
-            numbers.erase(numbers.begin());
-        }
-        return real == static_cast<unsigned long long>(expected);
-    };
-    const bool hasLength = is(length, entry.GetSize());
-    return is(compressed, entry.GetCompressedSize()) && hasLength;
-}
-
-void ZipFile::DropUnknownLengths(LocalRecord& record) const
-{
-    unsigned char* const bytes = record.bytes.data();
-    const std::size_t count = static_cast<std::size_t>(Get32(bytes + s_uLocalLength) == s_uLongNumber) +
-                              static_cast<std::size_t>(Get32(bytes + s_uLocalCompressed) == s_uLongNumber);
-    std::vector<unsigned long long> numbers;
-    if (count == 0 ||
-        ReadLongNumbers(ExtraOffset(record), Get16(bytes + s_uLocalExtraLength), count, numbers))
-        return;
-    Put32(bytes + s_uLocalLength, 0);
-    Put32(bytes + s_uLocalCompressed, 0);
-    record.replaced = true;
-    record.consistent = false;
+    if ((flags & s_iSumsFollow) == 0)
+        return Get32(record + s_uLocalChecksum) == entry.checksum &&
+               (!stored || (content.size == entry.size && content.compressedSize == entry.compressedSize));
+    return entry.compressedSize >= 0 && entry.compressedSize <= m_iLength &&
+           HasChecksum(content.offset + entry.compressedSize, entry.checksum);
 }
 
 bool ZipFile::ReadLongNumbers(long long offset, std::size_t length, std::size_t count,
@@ -328,7 +286,9 @@ bool ZipFile::ReadLongNumbers(long long offset, std::size_t length, std::size_t 
         const unsigned int id = Get16(&fields[at]);
         const std::size_t end = at + s_uFieldHead + Get16(&fields[at + 2]);
         at += s_uFieldHead;
-        for (; id == s_uLongField && count > 0 && at + s_uLongLength <= std::min(end, fields.size()); --count)
+        if (id == s_uLongField && end > fields.size())
+            return false;
+        for (; id == s_uLongField && count > 0 && at + s_uLongLength <= end; --count)
         {
             numbers.push_back(Get32(&fields[at]) | static_cast<unsigned long long>(Get32(&fields[at + 4]))
                                                        << 32);

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,6 @@
 #include "toolkit/internal/system/Descriptor.h"
 
 struct stat;
-class wxZipEntry;
 
 namespace Toolkit
 {
@@ -22,19 +22,36 @@ namespace Toolkit
 class ZipFile
 {
 public:
-    // The record in front of an entry's content.
-    struct LocalRecord
+    // How content is packed.
+    static constexpr int s_iStored = 0;
+    static constexpr int s_iDeflated = 8;
+
+    // What the directory says of an entry's content.
+    struct ContentRecord
     {
+        int flags = 0;
+        int method = 0;
+        unsigned int checksum = 0;
+        long long compressedSize = 0;
+        long long size = 0;
+        // Where the record in front of the content lies.
         long long offset = 0;
-        std::array<unsigned char, 30> bytes = {};
+
+        bool IsEncrypted() const;
+    };
+
+    // Where the content of an entry lies, and how long it is, by the record in front of it; by the directory
+    // where that record leaves the lengths to what follows the content.
+    struct Content
+    {
+        // True when there is such a record.
+        bool found = false;
         // True when it and what follows the content say the same of it as the directory: nothing encrypted,
-        // the same method and the same checksum.
+        // the same method and the same checksum, and the same lengths of stored content.
         bool consistent = false;
-        // True when its bytes are not those of the file. It left lengths and checksum to what follows the
-        // content, as an archive does that was written into a pipe, and now has them from the directory:
-        // wxWidgets finds no stored content otherwise. Or its lengths are nowhere, and are 0 now: wxWidgets
-        // would take what is in memory.
-        bool replaced = false;
+        long long offset = 0;
+        long long compressedSize = 0;
+        long long size = 0;
     };
 
     explicit ZipFile(const TString<wchar_t>& path);
@@ -63,30 +80,23 @@ public:
     // places that are read again and again: the end, the beginning of the directory, an entry's record.
     std::size_t ReadRecord(long long offset, void* buffer, std::size_t count) const;
 
-    LocalRecord ReadLocalRecord(const wxZipEntry& entry) const;
+    Content FindContent(const ContentRecord& entry) const;
 
     // What a record has no room for lies in one of the fields of `length` bytes at `offset` that follow its
     // name (ZIP64). Appends the numbers that are there to `numbers`, `count` at most; true unless the field
-    // is there and holds fewer.
+    // is there and holds fewer, or is longer than all of them.
     bool ReadLongNumbers(long long offset, std::size_t length, std::size_t count,
                          std::vector<unsigned long long>& numbers) const;
 
     // The declared length of the entry's content, as far as so much can come of what is in the file; never
     // more than 64 MiB.
-    std::size_t GetCredibleLength(const wxZipEntry& entry) const;
+    std::size_t GetCredibleLength(const ContentRecord& entry) const;
 
     // A record of the directory.
-    struct DirectoryRecord
+    struct DirectoryRecord : ContentRecord
     {
         // In whatever charset.
         std::string name;
-        int flags = 0;
-        int method = 0;
-        unsigned int checksum = 0;
-        long long compressedSize = 0;
-        long long size = 0;
-        // Where the record in front of the content lies.
-        long long offset = 0;
         // As MS-DOS writes them.
         unsigned int time = 0;
         unsigned int date = 0;
@@ -114,10 +124,9 @@ private:
     };
 
     Window& FindWindow(long long offset, std::size_t count) const;
-    void ReadLongSizes(long long offset, std::size_t length, DirectoryRecord& record) const;
-    bool IsConsistent(const wxZipEntry& entry, const LocalRecord& record) const;
-    bool HasLengthsOf(const wxZipEntry& entry, const LocalRecord& record) const;
-    void DropUnknownLengths(LocalRecord& record) const;
+    bool ReadLongSizes(long long offset, std::size_t length, std::initializer_list<long long*> all) const;
+    bool ReadLocalLengths(const unsigned char* record, Content& content) const;
+    bool IsConsistent(const ContentRecord& entry, const unsigned char* record, const Content& content) const;
     bool HasChecksum(long long offset, unsigned int checksum) const;
 
     Descriptor m_file;

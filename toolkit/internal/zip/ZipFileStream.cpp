@@ -13,6 +13,10 @@ namespace
 {
 
 const long long s_iSignatureLength = 4;
+const char c_strSignature[] = "PK\x01\x02";
+// What wxWidgets reads of a record at once, after the signature, and where in it the length of the name lies.
+const std::size_t s_uRecordLength = 42;
+const std::size_t s_uNameLength = 24;
 const std::size_t s_uNumberLength = 4;
 // Behind the signature of a record of the directory: the two lengths, and the place of the entry.
 const std::size_t s_numbers[] = {16, 20, 38};
@@ -25,17 +29,6 @@ unsigned int Get16(const unsigned char* bytes)
 }
 
 } // namespace
-
-// What wxWidgets reads of a record at once, after the signature, and where in it the length of the
-// name lies.
-struct ZipFileStream::RecordRead
-{
-    const char* signature;
-    std::size_t length;
-    std::size_t nameLength;
-};
-const ZipFileStream::RecordRead ZipFileStream::s_directoryRecord = {"PK\x01\x02", 42, 24};
-const ZipFileStream::RecordRead ZipFileStream::s_localRecord = {"PK\x03\x04", 26, 22};
 
 ZipFileStream::ZipFileStream(std::shared_ptr<const ZipFile> file) : m_pFile(std::move(file)) {}
 
@@ -50,8 +43,7 @@ wxInputStream& ZipFileStream::Read(void* buffer, std::size_t count)
         wxInputStream::Read(buffer, count);
     NoteRecord(static_cast<const unsigned char*>(buffer));
     DropUnknownNumbers(static_cast<unsigned char*>(buffer));
-    const bool nameless = IsNameless(s_directoryRecord, buffer) || IsNameless(s_localRecord, buffer);
-    m_iQuestionsToZero = nameless ? 2 : 0;
+    m_iQuestionsToZero = IsNameless(buffer) ? 2 : 0;
     return *this;
 }
 
@@ -60,11 +52,6 @@ std::size_t ZipFileStream::LastRead() const
     if (m_iQuestionsToZero > 0 && --m_iQuestionsToZero == 0)
         return 0;
     return m_lastcount;
-}
-
-void ZipFileStream::Replace(const ZipFile::LocalRecord& record)
-{
-    m_replaced = record;
 }
 
 wxFileOffset ZipFileStream::GetLength() const
@@ -79,8 +66,6 @@ std::size_t ZipFileStream::OnSysRead(void* buffer, std::size_t count)
     // wxWidgets takes a name that the file cuts short with all the length that it should have.
     if (read < count)
         std::memset(static_cast<char*>(buffer) + read, 0, count - read);
-    if (m_replaced.replaced)
-        ShowReplaced(static_cast<char*>(buffer), read);
     m_iPosition += static_cast<long long>(read);
     m_lasterror = read == count ? wxSTREAM_NO_ERROR : wxSTREAM_EOF;
     return read;
@@ -103,7 +88,7 @@ wxFileOffset ZipFileStream::OnSysSeek(wxFileOffset offset, wxSeekMode mode)
 void ZipFileStream::NoteRecord(const unsigned char* bytes)
 {
     const long long begin = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
-    if (m_lastcount != s_directoryRecord.length || begin < m_iEndOfLastRecord || !IsBehind(s_directoryRecord))
+    if (m_lastcount != s_uRecordLength || begin < m_iEndOfLastRecord || !IsBehindSignature())
         return;
     m_iLastRecord = begin;
     m_iEndOfLastRecord = m_iPosition;
@@ -111,28 +96,28 @@ void ZipFileStream::NoteRecord(const unsigned char* bytes)
         m_iEndOfLastRecord += Get16(bytes + place);
 }
 
-// True when such a record stands before the place that was read to.
-bool ZipFileStream::IsBehind(const RecordRead& record) const
+// True when a record of the directory stands before the place that was read to.
+bool ZipFileStream::IsBehindSignature() const
 {
     char signature[s_iSignatureLength];
     const long long begin = m_iPosition - static_cast<long long>(m_lastcount) - s_iSignatureLength;
     return m_pFile->ReadRecord(begin, signature, sizeof signature) == sizeof signature &&
-           std::memcmp(signature, record.signature, sizeof signature) == 0;
+           std::memcmp(signature, c_strSignature, sizeof signature) == 0;
 }
 
 // True when what was read last, into `bytes`, is such a record and has a name of no length.
-bool ZipFileStream::IsNameless(const RecordRead& record, const void* bytes) const
+bool ZipFileStream::IsNameless(const void* bytes) const
 {
-    return m_lastcount == record.length &&
-           std::memcmp(static_cast<const char*>(bytes) + record.nameLength, "\0\0", 2) == 0 &&
-           IsBehind(record);
+    return m_lastcount == s_uRecordLength &&
+           std::memcmp(static_cast<const char*>(bytes) + s_uNameLength, "\0\0", 2) == 0 &&
+           IsBehindSignature();
 }
 
 // Where a record of the directory, in `bytes`, leaves numbers to a field that is too short for them,
 // wxWidgets would take what is in memory. Then the entry has no length, and lies at no place.
 void ZipFileStream::DropUnknownNumbers(unsigned char* bytes) const
 {
-    if (m_lastcount != s_directoryRecord.length)
+    if (m_lastcount != s_uRecordLength)
         return;
     const auto isLong = [bytes](std::size_t place)
     { return std::memcmp(bytes + place, "\xFF\xFF\xFF\xFF", s_uNumberLength) == 0; };
@@ -142,24 +127,11 @@ void ZipFileStream::DropUnknownNumbers(unsigned char* bytes) const
     const std::size_t extraLength = Get16(bytes + s_lengths[1]);
     const long long extra = m_iPosition + static_cast<long long>(Get16(bytes + s_lengths[0]));
     std::vector<unsigned long long> numbers;
-    if (count == 0 || !IsBehind(s_directoryRecord) ||
-        m_pFile->ReadLongNumbers(extra, extraLength, count, numbers))
+    if (count == 0 || !IsBehindSignature() || m_pFile->ReadLongNumbers(extra, extraLength, count, numbers))
         return;
     for (const std::size_t place : s_numbers)
         std::memset(bytes + place, 0, s_uNumberLength);
     std::memcpy(bytes + s_numbers[2], "\xFE\xFF\xFF\xFF", s_uNumberLength);
-}
-
-// Puts those of the replaced bytes that belong to what was read at the position.
-void ZipFileStream::ShowReplaced(char* bytes, std::size_t count) const
-{
-    long long place = m_replaced.offset - m_iPosition;
-    for (const unsigned char byte : m_replaced.bytes)
-    {
-        if (place >= 0 && place < static_cast<long long>(count))
-            bytes[place] = static_cast<char>(byte);
-        ++place;
-    }
 }
 
 } // namespace Toolkit

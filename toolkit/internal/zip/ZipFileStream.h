@@ -12,7 +12,7 @@
 namespace Toolkit
 {
 
-// What wxWidgets' ZIP stream reads from: one place of its own in a shared file.
+// What wxWidgets' ZIP stream reads the directory from: one place of its own in a shared file.
 class ZipFileStream : public wxInputStream
 {
 public:
@@ -24,9 +24,6 @@ public:
 
     // Where the record of the directory begins that was read last.
     long long GetLastRecord() const { return m_iLastRecord; }
-
-    // From now on returns the record, if it is a replaced one, in place of the one in the file.
-    void Replace(const ZipFile::LocalRecord& record);
 
     wxInputStream& Read(void* buffer, std::size_t count) override;
     // Quirk: after a record whose name is empty, the second question is answered with 0. There
@@ -43,22 +40,16 @@ protected:
     wxFileOffset OnSysTell() const override { return m_iPosition; }
 
 private:
-    struct RecordRead;
-    static const RecordRead s_directoryRecord;
-    static const RecordRead s_localRecord;
-
     void NoteRecord(const unsigned char* bytes);
-    bool IsBehind(const RecordRead& record) const;
+    bool IsBehindSignature() const;
     void DropUnknownNumbers(unsigned char* bytes) const;
-    bool IsNameless(const RecordRead& record, const void* bytes) const;
-    void ShowReplaced(char* bytes, std::size_t count) const;
+    bool IsNameless(const void* bytes) const;
 
     const std::shared_ptr<const ZipFile> m_pFile;
     long long m_iPosition = 0;
     long long m_iLastRecord = 0;
     // Behind its name, its fields and its comment.
     long long m_iEndOfLastRecord = 0;
-    ZipFile::LocalRecord m_replaced;
     mutable int m_iQuestionsToZero = 0;
 };
 

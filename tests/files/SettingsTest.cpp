@@ -431,7 +431,7 @@ TEST_F(SettingsTest, SavesARelativePathWhereItWasLoaded)
             return there.Set("a", "b", 2) && there.Save() && copy.Set("a", "b", 3) && copy.Save();
         }));
     EXPECT_EQ(ReadBytes(m_folder.Path("there.ini")), "[a]\nb=2\n");
-    EXPECT_EQ(ReadBytes(m_folder.Path("made.ini")), "[a]\nb=3\n");
+    EXPECT_EQ(ReadBytes(m_folder.Path("made.ini")), "[a]\nb = 3\n");
     EXPECT_TRUE(std::filesystem::is_empty(m_folder.Path("other")));
 }
 

@@ -28,6 +28,7 @@
 
 using namespace Toolkit;
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -389,6 +390,13 @@ TEST_F(LogTest, WhatIsNotUtf8IsReplaced)
         expected += replacement;
     expected += "a" + replacement + replacement;
     EXPECT_THAT(m_pSink->Messages(), ElementsAre(expected));
+}
+
+TEST_F(LogTest, NulStays)
+{
+    TOOLKIT_LOG(LogSeverity::Info) << "a\0b"s << '\0';
+    TOOLKIT_LOG(LogSeverity::Info) << "a\0gr\xC3\xBC\xFF"s;
+    EXPECT_THAT(m_pSink->Messages(), ElementsAre("a\0b\0"s, "a\0gr\xC3\xBC\xEF\xBF\xBD"s));
 }
 
 TEST_F(LogTest, DurationsHaveTheirUnit)

@@ -15,6 +15,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -223,6 +224,80 @@ TEST_F(RunLogTest, EscapesWhereverTheyStand)
             expected.push_back(before + "\\n" + after);
         }
     EXPECT_EQ(expected, MessagesIn(Folder()));
+}
+
+TEST_F(RunLogTest, LinesOfEveryLengthAreWhole)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    std::vector<std::string> expected;
+    // Around the lengths of a block and of a usual line.
+    for (const std::size_t from : {0U, 420U, 500U})
+        for (std::size_t length = from; length < from + 40; ++length)
+        {
+            log->Write(RecordOf(std::string(length, 'x')));
+            log->Write(RecordOf(std::string(length, 'x') + '\n'));
+            expected.emplace_back(length, 'x');
+            expected.push_back(expected.back() + "\\n");
+        }
+    EXPECT_EQ(expected, MessagesIn(Folder()));
+}
+
+TEST_F(RunLogTest, NameOfAFunctionIsEscaped)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    LogRecord record = RecordOf("m");
+    for (const auto& [function, text] :
+         std::map<std::string, std::string>{{"a\nb", "a\\nb"}, {"a function\t", "a function\\t"}})
+    {
+        record.function = function;
+        log->Write(record);
+        EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()), testing::EndsWith(" 0 " + text + " m\n"));
+    }
+}
+
+TEST_F(RunLogTest, SinksBesideTheFileGetTheWholeRecord)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options().Threshold(LogSeverity::Warning));
+    const auto before = std::make_shared<ToolkitTest::RecordingSink>();
+    const auto after = std::make_shared<ToolkitTest::RecordingSink>();
+    const InstalledSinks installed({before, log, after});
+    const unsigned int line = __LINE__ + 1;
+    TOOLKIT_LOG(LogSeverity::Warning) << "for all of them";
+    TOOLKIT_LOG(LogSeverity::Info) << "not for the file";
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("for all of them"));
+    for (const auto& sink : {before, after})
+    {
+        EXPECT_THAT(sink->Messages(), ElementsAre("for all of them", "not for the file"));
+        const LogRecord record = sink->Records()[0];
+        EXPECT_EQ(LogSeverity::Warning, record.severity);
+        EXPECT_EQ(static_cast<std::uint64_t>(syscall(SYS_gettid)), record.thread);
+        EXPECT_EQ(__FILE__, record.file);
+        EXPECT_EQ(line, record.line);
+        EXPECT_EQ("TestBody", record.function);
+        EXPECT_EQ(before->Records()[0].time, record.time);
+    }
+}
+
+TEST_F(RunLogTest, ThreadIsNotCancelledWithinALine)
+{
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    const InstalledSinks installed({log});
+    const auto logWhileCancelled = [](void* returned) -> void*
+    {
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+        pthread_cancel(pthread_self());
+        pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, nullptr);
+        TOOLKIT_LOG(LogSeverity::Info) << "whole";
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+        return returned;
+    };
+    pthread_t thread = {};
+    ASSERT_EQ(0, pthread_create(&thread, nullptr, logWhileCancelled, this));
+    void* end = nullptr;
+    ASSERT_EQ(0, pthread_join(thread, &end));
+    EXPECT_EQ(this, end);
+    TOOLKIT_LOG(LogSeverity::Info) << "after";
+    EXPECT_THAT(MessagesIn(Folder()), ElementsAre("whole", "after"));
 }
 
 TEST_F(RunLogTest, EachRunHasItsFileAndTheNewestStay)

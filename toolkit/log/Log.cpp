@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <mutex>
 #include <new>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include <unistd.h>
@@ -14,6 +16,7 @@
 #include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/log/ILogger.h"
+#include "toolkit/log/RunLog.h"
 
 namespace Toolkit
 {
@@ -21,7 +24,15 @@ namespace Toolkit
 namespace
 {
 
-using Sinks = std::vector<std::shared_ptr<LogSink>>;
+// A sink in its place.
+struct Place
+{
+    std::shared_ptr<LogSink> m_pSink;
+    // The same sink when it is a RunLog, which needs no record of a line; otherwise null.
+    RunLog* m_pFile;
+};
+
+using Sinks = std::vector<Place>;
 
 // Guards what is installed.
 std::mutex s_mutex;
@@ -49,8 +60,8 @@ std::int64_t WantedOf(const Sinks* sinks)
     if (sinks == nullptr || sinks->empty())
         return -1;
     std::int64_t most = 0;
-    for (const std::shared_ptr<LogSink>& sink : *sinks)
-        most = std::max(most, static_cast<std::int64_t>(sink->Threshold()));
+    for (const Place& place : *sinks)
+        most = std::max(most, static_cast<std::int64_t>(place.m_pSink->Threshold()));
     return std::min(most, static_cast<std::int64_t>(s_threshold.load(std::memory_order_relaxed)));
 }
 
@@ -61,7 +72,13 @@ struct Writing
     const Writing* m_pOuter;
 };
 
-thread_local const Writing* s_pWriting = nullptr;
+// The innermost sink that is writing on this thread. Not inline: finding what belongs to a thread takes a
+// while, and would be done at each use.
+[[gnu::noinline]] const Writing*& Innermost()
+{
+    thread_local const Writing* s_pWriting = nullptr;
+    return s_pWriting;
+}
 
 bool IsWriting(const Writing* writing, const LogSink& sink)
 {
@@ -71,19 +88,41 @@ bool IsWriting(const Writing* writing, const LogSink& sink)
     return false;
 }
 
-void WriteTo(LogSink& sink, const LogRecord& record, const Writing*& innermost)
+// Calls `write`, which writes to the sink.
+template <class Write>
+void WriteTo(const LogSink& sink, const Writing*& innermost, Write write)
 {
     const Writing writing{&sink, innermost};
     innermost = &writing;
     try
     {
-        sink.Write(record);
+        write();
     }
     catch (...)
     {
-        // The record is lost in this sink alone.
+        // The line is lost in this sink alone.
     }
     innermost = writing.m_pOuter;
+}
+
+LogRecord RecordOf(const LineParts& parts)
+{
+    return {parts.time,
+            static_cast<LogSeverity>(parts.severity),
+            parts.thread,
+            parts.file,
+            parts.line,
+            parts.function,
+            std::string(parts.message)};
+}
+
+Sinks PlacesOf(std::vector<std::shared_ptr<LogSink>> sinks)
+{
+    Sinks places;
+    for (std::shared_ptr<LogSink>& sink : sinks)
+        if (RunLog* const file = dynamic_cast<RunLog*>(sink.get()); sink != nullptr)
+            places.push_back({std::move(sink), file});
+    return places;
 }
 
 class ConsoleSink : public LogSink
@@ -94,16 +133,13 @@ public:
     void Write(const LogRecord& record) override
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_strLine.clear();
-        m_format.Append(m_strLine, record.time, record.severity, record.thread, record.function,
-                        record.message);
-        WriteAll(STDERR_FILENO, m_strLine.data(), m_strLine.size());
+        const std::string_view line = m_format.Of(LineParts::Of(record));
+        WriteAll(STDERR_FILENO, line.data(), line.size());
     }
 
 private:
     std::mutex m_mutex;
     LineFormat m_format;
-    std::string m_strLine;
 };
 
 // Gives up the sinks when the library is unloaded or the process ends.
@@ -119,10 +155,10 @@ const AtEnd s_atEnd;
 void Log::Install(std::vector<std::shared_ptr<LogSink>> sinks)
 {
     const NoCancellation whole;
-    sinks.erase(std::remove(sinks.begin(), sinks.end(), nullptr), sinks.end());
+    Sinks places = PlacesOf(std::move(sinks));
     std::shared_ptr<const Sinks> installed;
-    if (!sinks.empty())
-        installed = std::make_shared<const Sinks>(std::move(sinks));
+    if (!places.empty())
+        installed = std::make_shared<const Sinks>(std::move(places));
     // Those before are destroyed without the guard.
     {
         const std::lock_guard<std::mutex> lock(s_mutex);
@@ -157,18 +193,32 @@ void Log::Write(const LogRecord& record)
 {
     const NoCancellation whole;
     if (IsWanted(record.severity))
-        WriteWhole(record);
+        WriteWhole(LineParts::Of(record), &record);
 }
 
-void Log::WriteWhole(const LogRecord& record)
+void Log::WriteWhole(const LineParts& parts, const LogRecord* record)
 {
     const std::shared_ptr<const Sinks> sinks = Snapshot();
     if (sinks == nullptr)
         return;
-    const Writing*& innermost = s_pWriting;
-    for (const std::shared_ptr<LogSink>& sink : *sinks)
-        if (record.severity <= sink->Threshold() && !IsWriting(innermost, *sink))
-            WriteTo(*sink, record, innermost);
+    LogRecord made;
+    const auto whole = [&]() -> const LogRecord&
+    {
+        if (record == nullptr)
+            record = &(made = RecordOf(parts));
+        return *record;
+    };
+    const Writing*& innermost = Innermost();
+    for (const Place& place : *sinks)
+    {
+        LogSink& sink = *place.m_pSink;
+        if (parts.severity > sink.Threshold() || IsWriting(innermost, sink))
+            continue;
+        if (place.m_pFile != nullptr)
+            WriteTo(sink, innermost, [&] { place.m_pFile->WriteLine(parts); });
+        else
+            WriteTo(sink, innermost, [&] { sink.Write(whole()); });
+    }
 }
 
 void Log::ThresholdsChanged()

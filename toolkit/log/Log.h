@@ -15,6 +15,8 @@
 namespace Toolkit
 {
 
+struct LineParts;
+
 /// The log of the process for new code: what TOOLKIT_LOG and the library itself log, and what is streamed
 /// into the ILogger piece by piece, reaches every installed LogSink as a whole LogRecord. It works before, in
 /// and after a ToolkitSession, and beside an ILogger that the host installed. Any thread may call it at any
@@ -55,8 +57,9 @@ private:
     friend class LogSink;
     friend class LogStatement;
 
-    // For a record that is wanted, on a thread that cannot be cancelled.
-    static void WriteWhole(const LogRecord& record);
+    // For a line that is wanted, on a thread that cannot be cancelled. Without `record`, the first sink that
+    // needs one has it made.
+    static void WriteWhole(const LineParts& parts, const LogRecord* record = nullptr);
     static void ThresholdsChanged();
     // The highest severity that some sink takes; -1 without one.
     static std::int64_t Widest();

@@ -12,6 +12,7 @@
 #include <typeinfo>
 #include <utility>
 
+#include "toolkit/internal/log/LineParts.h"
 #include "toolkit/internal/system/NoCancellation.h"
 #include "toolkit/internal/system/ThreadNumber.h"
 #include "toolkit/internal/text/Utf8Repair.h"
@@ -93,7 +94,7 @@ LogStatement::~LogStatement()
         }
         if (Log::IsWanted(m_severity))
             Log::WriteWhole({std::chrono::system_clock::now(), m_severity, ThreadNumber(), m_strFile, m_uLine,
-                             m_strFunction, std::string(message)});
+                             m_strFunction, message});
         if (ILogger* const sink = ILogger::BelowBridge(); Takes(sink, m_severity))
             LogLine::Write(*sink, m_severity, m_uLine, m_strFunction, message);
     }

@@ -129,12 +129,12 @@ struct RunLog::Content
 
     bool WriteLost()
     {
-        LineFormat format;
-        std::string line;
+        const std::string message =
+            std::to_string(m_uLost) + (m_uLost == 1 ? " line was lost" : " lines were lost");
         const auto now = std::chrono::system_clock::now();
-        format.Append(line, now, LogSeverity::Warning, ThreadNumber(), "RunLog",
-                      std::to_string(m_uLost) + (m_uLost == 1 ? " line was lost" : " lines were lost"));
-        return m_files.Write(line, now);
+        LineFormat format;
+        return m_files.Write(format.Of({now, LogSeverity::Warning, ThreadNumber(), "", 0, "RunLog", message}),
+                             now);
     }
 
     void Drain(std::string_view lines, std::uint64_t dropped)
@@ -157,7 +157,6 @@ struct RunLog::Content
     std::uint64_t m_uLost = 0;
     // Guarded by the queue where there is one, which must not wait for the disk.
     LineFormat m_format;
-    std::string m_strLine;
     // Its thread ends before the rest is destroyed.
     std::optional<LineQueue> m_queue;
 };
@@ -215,21 +214,19 @@ void RunLog::StartQueue(std::size_t capacity)
 
 void RunLog::Write(const LogRecord& record)
 {
+    WriteLine(LineParts::Of(record));
+}
+
+void RunLog::WriteLine(const LineParts& parts)
+{
     Content& content = *m_pContent;
-    const auto append = [&content, &record](std::string& text)
-    {
-        content.m_format.Append(text, record.time, record.severity, record.thread, record.function,
-                                record.message);
-    };
     if (content.m_queue)
     {
-        content.m_queue->Push(append);
+        content.m_queue->Push([&](std::string& lines) { lines += content.m_format.Of(parts); });
         return;
     }
     const std::lock_guard<std::mutex> lock(content.m_mutex);
-    content.m_strLine.clear();
-    append(content.m_strLine);
-    content.Write(content.m_strLine, 1, record.time);
+    content.Write(content.m_format.Of(parts), 1, parts.time);
 }
 
 bool RunLog::Flush()

@@ -17,6 +17,8 @@
 namespace Toolkit
 {
 
+struct LineParts;
+
 /// How a RunLog writes: a value with chained setters. Copies are independent of each other; one that was
 /// moved from is as new, but without a name.
 ///
@@ -95,11 +97,14 @@ public:
     std::filesystem::path File() const;
 
 private:
+    friend class Log;
     struct Content;
 
     RunLog(const RunLogOptions& options, const std::filesystem::path& folder);
 
     void StartQueue(std::size_t capacity);
+    // The same as `Write`, without a record.
+    void WriteLine(const LineParts& parts);
 
     std::unique_ptr<Content> m_pContent;
 };

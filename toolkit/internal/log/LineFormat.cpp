@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "toolkit/internal/text/DecimalDigits.h"
 #include "toolkit/internal/text/SimdBlock.h"
 #include "toolkit/internal/zones/CivilTime.h"
 
@@ -14,10 +15,7 @@ namespace Toolkit
 namespace
 {
 
-// They are shorter, whatever the year.
-const std::size_t s_uMostOfFields = 128;
-// A longer line is put together where it is to be.
-const std::size_t s_uMostOfUsualLine = 512;
+using Block = Detail::SimdBlock<char>;
 
 const std::string_view s_words[] = {"error", "warning", "info", "debug", "verbose"};
 
@@ -26,23 +24,16 @@ std::string_view WordOf(unsigned int severity)
     return s_words[severity < std::size(s_words) ? severity : std::size(s_words) - 1];
 }
 
-// True when no byte is a control character, DEL, or part of a character beyond ASCII.
+// True when no byte is a control character, DEL, or part of a character beyond ASCII. There is at least a
+// block of them.
 bool IsAllPrintable(std::string_view text)
 {
-    using Block = Detail::SimdBlock<char>;
     // Bytes beyond ASCII are negative.
     const auto others = [](const char* bytes)
     {
         const Block::Vector block = Block::Load(bytes);
         return (block < ' ') | (block == '\x7F');
     };
-    if (text.size() < Block::s_uCount)
-    {
-        char padded[Block::s_uCount];
-        std::memset(padded, ' ', sizeof(padded));
-        std::memcpy(padded, text.data(), text.size());
-        return !Block::Any(others(padded));
-    }
     Block::Vector any = others(text.data() + text.size() - Block::s_uCount);
     for (std::size_t i = 0; i + Block::s_uCount <= text.size(); i += Block::s_uCount)
         any |= others(text.data() + i);
@@ -80,7 +71,7 @@ void AppendEscape(std::string& text, std::string_view control)
 
 void AppendEscaped(std::string& text, std::string_view value)
 {
-    if (IsAllPrintable(value))
+    if (value.size() >= Block::s_uCount && IsAllPrintable(value))
     {
         text += value;
         return;
@@ -109,59 +100,62 @@ char* Put(char* place, std::string_view text)
 
 } // namespace
 
-void LineFormat::Append(std::string& text, std::chrono::system_clock::time_point time, unsigned int severity,
-                        std::uint64_t thread, std::string_view function, std::string_view message)
+std::string_view LineFormat::Of(const LineParts& parts)
 {
     using std::chrono::milliseconds;
     using std::chrono::seconds;
-    auto rest = time - m_second;
+    auto rest = parts.time - m_second;
     if (rest < seconds(0) || rest >= seconds(1))
     {
-        SetSecond(std::chrono::floor<seconds>(time));
-        rest = time - m_second;
+        SetSecond(std::chrono::floor<seconds>(parts.time));
+        rest = parts.time - m_second;
     }
-    if (severity != m_uSeverity || thread != m_uThread || m_strFields.empty())
-        SetFields(severity, thread);
+    if (parts.severity != m_uSeverity || parts.thread != m_uThread || m_uFields == 0)
+        SetFields(parts.severity, parts.thread);
     SetMilliseconds(static_cast<unsigned int>(std::chrono::duration_cast<milliseconds>(rest).count()));
 
-    const std::string_view name = function.empty() ? "-" : function;
-    char line[s_uMostOfUsualLine];
-    const std::size_t size = m_strFields.size() + name.size() + 1 + message.size() + 1;
-    if (size <= sizeof(line) && IsAllPrintable(name) && IsAllPrintable(message))
-    {
-        char* end = Put(line, m_strFields);
-        end = Put(end, name);
-        *end++ = ' ';
-        end = Put(end, message);
-        *end = '\n';
-        text.append(line, size);
-        return;
-    }
-    text += m_strFields;
-    AppendEscaped(text, name);
-    text += ' ';
-    AppendEscaped(text, message);
-    text += '\n';
+    const std::string_view function = parts.function.empty() ? "-" : parts.function;
+    const std::size_t size = m_uFields + function.size() + 1 + parts.message.size() + 1;
+    if (size > sizeof(m_line))
+        return LongLine(function, parts.message);
+    char* end = Put(m_line + m_uFields, function);
+    *end++ = ' ';
+    end = Put(end, parts.message);
+    // The fields, which are printable, are longer than a block.
+    const char* const begin = m_line + m_uFields - Block::s_uCount;
+    if (!IsAllPrintable(std::string_view(begin, static_cast<std::size_t>(end - begin))))
+        return LongLine(function, parts.message);
+    *end = '\n';
+    return {m_line, size};
+}
+
+std::string_view LineFormat::LongLine(std::string_view function, std::string_view message)
+{
+    m_strLongLine.assign(m_line, m_uFields);
+    AppendEscaped(m_strLongLine, function);
+    m_strLongLine += ' ';
+    AppendEscaped(m_strLongLine, message);
+    m_strLongLine += '\n';
+    return m_strLongLine;
 }
 
 void LineFormat::SetFields(unsigned int severity, std::uint64_t thread)
 {
-    m_strFields.clear();
-    m_strFields.reserve(s_uMostOfFields);
-    m_strFields += m_strDate;
-    m_strFields += ".000";
-    m_strFields += m_strOffset;
-    m_strFields += WordOf(severity);
-    m_strFields += ' ';
-    m_strFields += std::to_string(thread);
-    m_strFields += ' ';
+    char* end = Put(m_line, m_strDate);
+    end = Put(end, ".000");
+    end = Put(end, m_strOffset);
+    end = Put(end, WordOf(severity));
+    *end++ = ' ';
+    end = DecimalDigits::Write(end, thread);
+    *end++ = ' ';
+    m_uFields = static_cast<std::size_t>(end - m_line);
     m_uSeverity = severity;
     m_uThread = thread;
 }
 
 void LineFormat::SetMilliseconds(unsigned int count)
 {
-    char* const digits = m_strFields.data() + m_strDate.size() + 1;
+    char* const digits = m_line + m_strDate.size() + 1;
     digits[0] = static_cast<char>('0' + count / 100);
     digits[1] = static_cast<char>('0' + count / 10 % 10);
     digits[2] = static_cast<char>('0' + count % 10);
@@ -169,7 +163,7 @@ void LineFormat::SetMilliseconds(unsigned int count)
 
 void LineFormat::SetSecond(Second moment)
 {
-    m_strFields.clear();
+    m_uFields = 0;
     const std::int64_t second = moment.time_since_epoch().count();
     const CivilTime local = CivilTime::Local(second);
     const std::int64_t minutes = (local.UtcInstant() - second) / 60;

@@ -3,9 +3,12 @@
 #define TOOLKIT_INTERNAL_LOG_LINEFORMAT_H
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "toolkit/internal/log/LineParts.h"
 
 namespace Toolkit
 {
@@ -17,8 +20,8 @@ namespace Toolkit
 class LineFormat
 {
 public:
-    void Append(std::string& text, std::chrono::system_clock::time_point time, unsigned int severity,
-                std::uint64_t thread, std::string_view function, std::string_view message);
+    // The line, which stays until the next one is laid out.
+    std::string_view Of(const LineParts& parts);
 
 private:
     using Second = std::chrono::time_point<std::chrono::system_clock, std::chrono::seconds>;
@@ -28,6 +31,8 @@ private:
     // All that comes before the function, but for the milliseconds.
     void SetFields(unsigned int severity, std::uint64_t thread);
     void SetMilliseconds(unsigned int count);
+    // A line that is long or must be escaped; the fields are set.
+    std::string_view LongLine(std::string_view function, std::string_view message);
 
     // Far from every time that can be logged without being set first.
     Second m_second = Second(std::chrono::hours(-1000000));
@@ -35,8 +40,10 @@ private:
     std::string m_strOffset;
     unsigned int m_uSeverity = 0;
     std::uint64_t m_uThread = 0;
-    // Empty while it must be made anew.
-    std::string m_strFields;
+    // The length of the fields, with which the line begins; 0 while they must be made anew.
+    std::size_t m_uFields = 0;
+    char m_line[512];
+    std::string m_strLongLine;
 };
 
 } // namespace Toolkit

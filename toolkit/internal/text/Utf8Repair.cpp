@@ -3,11 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include <unicode/utf8.h>
 
 #include "toolkit/internal/text/CodePoints.h"
+#include "toolkit/internal/text/Utf8Blocks.h"
 #include "toolkit/internal/text/Utf8Scan.h"
 
 namespace Toolkit
@@ -17,11 +17,6 @@ namespace
 {
 
 const char s_replacement[] = "\xEF\xBF\xBD";
-
-unsigned int ByteAt(std::string_view text, std::size_t index)
-{
-    return static_cast<unsigned char>(text[index]);
-}
 
 void AppendCodePoint(std::string& text, std::uint32_t value)
 {
@@ -45,17 +40,7 @@ void AppendCodePoint(std::string& text, std::uint32_t value)
 
 bool Utf8Repair::IsAscii(std::string_view text)
 {
-    std::uint64_t bits = 0;
-    std::size_t i = 0;
-    for (; i + sizeof(bits) <= text.size(); i += sizeof(bits))
-    {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + i, sizeof(word));
-        bits |= word;
-    }
-    for (; i < text.size(); ++i)
-        bits |= ByteAt(text, i);
-    return (bits & 0x8080808080808080U) == 0;
+    return Utf8Blocks::IsAscii(text.data(), text.size());
 }
 
 void Utf8Repair::Repair(std::string& text)

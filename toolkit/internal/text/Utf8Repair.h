@@ -11,7 +11,7 @@
 namespace Toolkit::Utf8Repair
 {
 
-// True when every byte is ASCII.
+// True when every byte is ASCII and no NUL.
 bool IsAscii(std::string_view text);
 
 // Replaces each byte that belongs to no well-formed character.

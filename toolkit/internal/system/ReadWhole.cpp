@@ -11,6 +11,7 @@
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/system/NativePath.h"
 #include "toolkit/internal/system/SystemFailure.h"
+#include "toolkit/internal/text/WrittenText.h"
 
 namespace Toolkit
 {
@@ -42,21 +43,25 @@ ssize_t ReadOnce(int descriptor, char* buffer, std::size_t size)
 bool ReadToEnd(int descriptor, std::size_t expected, std::size_t largest, std::string& bytes)
 {
     const std::size_t most = std::max(largest, largest + 1);
-    std::size_t have = 0;
     // One more than expected: a file gives less than was asked for at its end alone, so that the end is met
     // without another read. One whose length the system does not tell may do so anywhere.
-    bytes.resize(std::min(expected + 1, most));
-    for (bool ended = false; !ended && have < most;)
+    std::size_t room = std::min(expected + 1, most);
+    ssize_t count = 0;
+    const WriteText read = [&](char* memory, std::size_t size)
     {
-        if (have == bytes.size())
-            bytes.resize(std::min(have + have / 2 + s_uSlice, most));
-        const ssize_t count = ReadOnce(descriptor, &bytes[have], bytes.size() - have);
+        count = ReadOnce(descriptor, memory, size);
+        return static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    };
+    bytes.clear();
+    for (bool ended = false; !ended && bytes.size() < most;)
+    {
+        if (bytes.size() == room)
+            room = std::min(room + room / 2 + s_uSlice, most);
+        AppendWritten(bytes, room - bytes.size(), read);
         if (count < 0)
             return false;
-        have += static_cast<std::size_t>(count);
-        ended = count == 0 || (have == expected && have < bytes.size());
+        ended = count == 0 || (bytes.size() == expected && bytes.size() < room);
     }
-    bytes.resize(have);
     return true;
 }
 

@@ -21,6 +21,7 @@
 #include "toolkit/internal/system/Transfer.h"
 #include "toolkit/internal/text/Utf8Codec.h"
 #include "toolkit/internal/text/Utf8Scan.h"
+#include "toolkit/internal/text/WrittenText.h"
 #include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/zip/ZipContent.h"
 #include "toolkit/internal/zip/ZipExtraction.h"
@@ -277,22 +278,15 @@ Result<std::string> ZipReader::Read(const ZipEntry& entry, std::size_t largest) 
     std::string bytes;
     // More than expected, so that the end is met without growing again.
     bytes.reserve(m_pContent->file->GetCredibleLength(content.record) + ZipContent::s_uLeastRoom);
-    std::size_t done = 0;
-    const auto place = [&bytes, &done](std::size_t count)
+    const ZipContent::Block append = [&bytes](std::size_t room, const WriteText& decode)
     {
-        bytes.resize(done + count);
-        return bytes.data() + done;
-    };
-    const auto take = [&done](const char*, std::size_t count)
-    {
-        done += count;
+        AppendWritten(bytes, room, decode);
         return true;
     };
     const Result<void> read =
-        ZipContent::Decode(m_pContent->file, content.record, "cannot read", name, place, take);
+        ZipContent::Decode(m_pContent->file, content.record, "cannot read", name, append);
     if (!read)
         return read.error();
-    bytes.resize(done);
     return bytes;
 }
 

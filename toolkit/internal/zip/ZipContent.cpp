@@ -25,7 +25,7 @@ std::size_t RoomFor(long long left)
 
 Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file,
                                 const ZipFile::ContentRecord& record, const std::string& attempt,
-                                const std::string& name, const Place& place, const Take& take)
+                                const std::string& name, const Block& block)
 {
     if (record.IsEncrypted())
         return Failure(Errc::Refused, attempt + " " + name + ": it is encrypted");
@@ -34,15 +34,17 @@ Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file,
     const Failure damaged(Errc::Malformed, attempt + " " + name + ": it is damaged");
     ZipDecoder content(file, record);
     long long left = record.size;
-    while (content.IsFound())
+    std::size_t count = 0;
+    const WriteText decode = [&](char* memory, std::size_t room)
+    {
+        count = content.Read(memory, room);
+        left -= static_cast<long long>(count);
+        return left < 0 ? 0 : count;
+    };
+    while (content.IsFound() && left >= 0)
     {
         const std::size_t room = RoomFor(left);
-        char* const block = place(room);
-        const std::size_t count = content.Read(block, room);
-        left -= static_cast<long long>(count);
-        if (left < 0)
-            break;
-        if (count > 0 && !take(block, count))
+        if (!block(room, decode))
             return SystemFailure(attempt, name, errno);
         if (count < room)
             return left == 0 && !content.IsDamaged() ? Result<void>() : damaged;
@@ -55,9 +57,13 @@ Result<void> ZipContent::Decode(const std::shared_ptr<const ZipFile>& file,
                                 const std::string& name, const Take& take)
 {
     // The first is the longest.
-    const std::unique_ptr<char[]> block(new char[RoomFor(record.size)]);
-    return Decode(
-        file, record, attempt, name, [&block](std::size_t) { return block.get(); }, take);
+    const std::unique_ptr<char[]> memory(new char[RoomFor(record.size)]);
+    const Block block = [&](std::size_t room, const WriteText& decode)
+    {
+        const std::size_t count = decode(memory.get(), room);
+        return count == 0 || take(memory.get(), count);
+    };
+    return Decode(file, record, attempt, name, block);
 }
 
 } // namespace Toolkit

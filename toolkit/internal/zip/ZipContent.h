@@ -8,6 +8,7 @@
 #include <string>
 
 #include "toolkit/core/Result.h"
+#include "toolkit/internal/text/WrittenText.h"
 #include "toolkit/internal/zip/ZipFile.h"
 
 // The content of an entry, with the reason where there is none.
@@ -17,17 +18,17 @@ namespace Toolkit::ZipContent
 // What is asked for at least, at the end as well.
 constexpr std::size_t s_uLeastRoom = 16;
 
-// Where the next so many bytes are decoded to.
-using Place = std::function<char*(std::size_t)>;
+// Has the next block, of up to so many bytes, decoded into memory of its own; false, and the reason in errno,
+// when it cannot take it.
+using Block = std::function<bool(std::size_t room, const WriteText& decode)>;
 // What takes content block by block; false, and the reason in errno, when it cannot.
 using Take = std::function<bool(const char*, std::size_t)>;
 
 // Decodes block by block: memory follows neither the declared length nor the real one. A failure begins with
 // the attempt and the name.
 Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const ZipFile::ContentRecord& record,
-                    const std::string& attempt, const std::string& name, const Place& place,
-                    const Take& take);
-// The same by way of a block of its own.
+                    const std::string& attempt, const std::string& name, const Block& block);
+// The same by way of memory that is not the taker's.
 Result<void> Decode(const std::shared_ptr<const ZipFile>& file, const ZipFile::ContentRecord& record,
                     const std::string& attempt, const std::string& name, const Take& take);
 

@@ -199,6 +199,37 @@ TEST_F(RunLogTest, TimeIsThatOfTheRecordInTheLocalZone)
     }
 }
 
+TEST_F(RunLogTest, TimeMayBeTheFirstAndTheLastOfTheClock)
+{
+    using TimePoint = std::chrono::system_clock::time_point;
+    const ScopedEnvironment zone("TZ", "UTC0");
+    const std::shared_ptr<RunLog> log = OpenLog(Options());
+    LogRecord record = RecordOf("m");
+    for (const auto& [time, text] : {std::pair(TimePoint::max(), "2262-04-11T23:47:16.854"),
+                                     {TimePoint::min(), "1677-09-21T00:12:43.145"},
+                                     {TimePoint::max(), "2262-04-11T23:47:16.854"}})
+    {
+        record.time = time;
+        log->Write(record);
+        EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()),
+                    testing::EndsWith(text + std::string("+00:00 info 0 f m\n")));
+    }
+}
+
+TEST_F(RunLogTest, FirstLineMayBeOfAnySecond)
+{
+    const ScopedEnvironment zone("TZ", "UTC0");
+    LogRecord record = RecordOf("m");
+    for (const int hours : {0, -1000000})
+    {
+        const std::shared_ptr<RunLog> log = OpenLog(Options());
+        record.time = std::chrono::system_clock::time_point(std::chrono::hours(hours));
+        log->Write(record);
+        EXPECT_THAT(ToolkitTest::ReadBytes(log->File().string()),
+                    testing::HasSubstr(":00:00.000+00:00 info"));
+    }
+}
+
 TEST_F(RunLogTest, OneLineStaysOneLine)
 {
     const std::shared_ptr<RunLog> log = OpenLog(Options());

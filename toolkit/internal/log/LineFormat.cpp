@@ -17,6 +17,10 @@ namespace
 
 using Block = Detail::SimdBlock<char>;
 
+// In nanoseconds.
+const std::int64_t s_nMillisecond = 1000000;
+const std::int64_t s_nSecond = 1000 * s_nMillisecond;
+
 const std::string_view s_words[] = {"error", "warning", "info", "debug", "verbose"};
 
 std::string_view WordOf(unsigned int severity)
@@ -102,17 +106,20 @@ char* Put(char* place, std::string_view text)
 
 std::string_view LineFormat::Of(const LineParts& parts)
 {
-    using std::chrono::milliseconds;
-    using std::chrono::seconds;
-    auto rest = parts.time - m_second;
-    if (rest < seconds(0) || rest >= seconds(1))
+    // Divided and not subtracted: the clock's first second begins before its first moment.
+    const std::int64_t count = std::chrono::nanoseconds(parts.time.time_since_epoch()).count();
+    std::int64_t second = count / s_nSecond;
+    std::int64_t rest = count % s_nSecond;
+    if (rest < 0)
     {
-        SetSecond(std::chrono::floor<seconds>(parts.time));
-        rest = parts.time - m_second;
+        rest += s_nSecond;
+        --second;
     }
+    if (second != m_nSecond || m_strDate.empty())
+        SetSecond(second);
     if (parts.severity != m_uSeverity || parts.thread != m_uThread || m_uFields == 0)
         SetFields(parts.severity, parts.thread);
-    SetMilliseconds(static_cast<unsigned int>(std::chrono::duration_cast<milliseconds>(rest).count()));
+    SetMilliseconds(static_cast<unsigned int>(rest / s_nMillisecond));
 
     const std::string_view function = parts.function.empty() ? "-" : parts.function;
     const std::size_t size = m_uFields + function.size() + 1 + parts.message.size() + 1;
@@ -161,10 +168,9 @@ void LineFormat::SetMilliseconds(unsigned int count)
     digits[2] = static_cast<char>('0' + count % 10);
 }
 
-void LineFormat::SetSecond(Second moment)
+void LineFormat::SetSecond(std::int64_t second)
 {
     m_uFields = 0;
-    const std::int64_t second = moment.time_since_epoch().count();
     const CivilTime local = CivilTime::Local(second);
     const std::int64_t minutes = (local.UtcInstant() - second) / 60;
     const std::int64_t distance = minutes < 0 ? -minutes : minutes;
@@ -177,7 +183,7 @@ void LineFormat::SetSecond(Second moment)
                   static_cast<int>(distance / 60 % 100), static_cast<int>(distance % 60));
     m_strDate = date;
     m_strOffset = offset;
-    m_second = moment;
+    m_nSecond = second;
 }
 
 } // namespace Toolkit

@@ -24,18 +24,17 @@ public:
     std::string_view Of(const LineParts& parts);
 
 private:
-    using Second = std::chrono::time_point<std::chrono::system_clock, std::chrono::seconds>;
-
-    // The parts of the time that stay the same for a second.
-    void SetSecond(Second second);
+    // The parts of the time that stay the same for a second, which is counted from 1970 on.
+    void SetSecond(std::int64_t second);
     // All that comes before the function, but for the milliseconds.
     void SetFields(unsigned int severity, std::uint64_t thread);
     void SetMilliseconds(unsigned int count);
     // A line that is long or must be escaped; the fields are set.
     std::string_view LongLine(std::string_view function, std::string_view message);
 
-    // Far from every time that can be logged without being set first.
-    Second m_second = Second(std::chrono::hours(-1000000));
+    // Of the last line.
+    std::int64_t m_nSecond = 0;
+    // Empty before the first line.
     std::string m_strDate;
     std::string m_strOffset;
     unsigned int m_uSeverity = 0;

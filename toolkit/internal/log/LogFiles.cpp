@@ -136,7 +136,11 @@ void LogFiles::TakeBack(std::size_t written)
 bool LogFiles::IsTimeToLook(std::chrono::system_clock::time_point time)
 {
     using std::chrono::nanoseconds;
-    const nanoseconds gap = time - std::exchange(m_lastWrite, time);
+    // What is further apart than can be counted is not close.
+    const auto count = [](auto moment) { return nanoseconds(moment.time_since_epoch()).count(); };
+    std::int64_t counted = 0;
+    const bool isFar = __builtin_sub_overflow(count(time), count(std::exchange(m_lastWrite, time)), &counted);
+    const nanoseconds gap(isFar ? -1 : counted);
     // The clock may be set; and the first line has none before it.
     const bool isClose = gap >= nanoseconds(0) && gap < 6 * m_usualGap && m_usualGap < s_closeGap;
     m_usualGap += (std::clamp<nanoseconds>(gap, nanoseconds(0), s_longestGap) - m_usualGap) / 8;

@@ -611,6 +611,12 @@ TEST_F(BrokenSystem, IsAnsweredByProcesses)
              EXPECT_TRUE(result || FailingSystem::GetFault() != FailingSystem::Interrupted);
              EXPECT_TRUE(waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD);
          }},
+    });
+}
+
+TEST_F(BrokenSystem, IsAnsweredByReplaceSelf)
+{
+    ToolkitTest::FailEachCall({
         {"Process::ReplaceSelf",
          [](const Faults& faults)
          {

@@ -290,7 +290,7 @@ TEST(Pattern, DeepPatternsGetTheMemoryThatTheyMayHave)
 
 TEST(Pattern, StepsAreLimited)
 {
-    const std::string text = Repeated("a", 22) + "!";
+    const std::string text = Repeated("a", 16) + "!";
     EXPECT_EQ(nullptr, Compiled("(a+)+$").Find(text).Error());
     PatternLimits limits;
     limits.Steps(1000).Memory(1 << 20);

@@ -561,9 +561,8 @@ TEST_F(RunLogTest, OpenSaysThatTheSystemRefusesTheThread)
     const ToolkitTest::NoNewThreads none;
     EXPECT_TRUE(RunLog::Open(Options()));
     const auto refused = RunLog::Open(Options().Background());
-    EXPECT_EQ(std::errc::resource_unavailable_try_again, refused.error().Code());
-    EXPECT_EQ("cannot start the thread of the log watch: Resource temporarily unavailable",
-              refused.error().Message());
+    EXPECT_FALSE(refused);
+    EXPECT_THAT(refused.error().Message(), HasSubstr("cannot start the thread of the log watch: "));
 }
 
 TEST_F(RunLogTest, BackgroundWritesByItself)

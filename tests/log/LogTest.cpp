@@ -21,6 +21,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "toolkit/app/RestartManagment.h"
 #include "toolkit/core/ToolkitSession.h"
+#include "toolkit/files/IniFile.h"
 #include "toolkit/log/CallbackLog.h"
 #include "toolkit/log/LogLine.h"
 #include "toolkit/log/NullLogger.h"
@@ -137,6 +138,23 @@ TEST_F(LogTest, LibrarysOwnTracesArriveWhole)
     EXPECT_EQ(">>> RestartProcessFinish()", records[0].message);
     EXPECT_THAT(records.back().message, testing::StartsWith("<<< RestartProcessFinish()="));
     EXPECT_NE(0U, records[0].line);
+}
+
+TEST_F(LogTest, LibrarysOwnLinesArriveOnceBesideAClassicSink)
+{
+    ToolkitTest::Record classic;
+    const ToolkitSession session;
+    IniFile(L"/nowhere/a.ini");
+    ILogger::SetLogger(new ToolkitTest::RecordingLogger(classic, LogSeverity::Info));
+    RestartManagment::RestartProcessFinish();
+    EXPECT_THAT(m_pSink->Messages(),
+                ElementsAre("Unable to open file : /nowhere/a.ini", ">>> RestartProcessFinish()",
+                            "<<< RestartProcessFinish()=0"));
+    EXPECT_THAT(classic.Pieces(), SizeIs(20));
+    EXPECT_TRUE(std::regex_match(
+        classic.Text(),
+        std::wregex(L"2 \\d+ : \\d+ : RestartProcessFinish : >>> RestartProcessFinish\\(\\)\n"
+                    L"2 \\d+ : \\d+ : RestartProcessFinish : <<< RestartProcessFinish\\(\\)=0\n")));
 }
 
 TEST_F(LogTest, ClassicLineOfPiecesIsTakenApart)

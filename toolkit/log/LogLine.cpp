@@ -114,8 +114,13 @@ void LogLine::Stream(LogSeverity severity, unsigned int line, const TString<char
     *sink << SetSeverity(severity);
     if (severity > sink->GetThreshold())
         return;
-    ForEachFieldBefore(severity, line, [sink](const auto& field) { *sink << field; });
-    *sink << function << ILogger::c_strLogToken2 << message << ILogger::c_strLogToken3;
+    // Not as a chain, which would go on in the installed logger: its bridge made records of the rest again.
+    const auto stream = [sink](const auto& field) { *sink << field; };
+    ForEachFieldBefore(severity, line, stream);
+    stream(function);
+    stream(ILogger::c_strLogToken2);
+    stream(message);
+    stream(ILogger::c_strLogToken3);
 }
 
 void LogLine::Write(ILogger& sink, LogSeverity severity, unsigned int line, const char* function,

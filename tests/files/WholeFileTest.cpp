@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -408,6 +409,37 @@ TEST(WriteFile, SeveralAtOnceLeaveTheContentOfOne)
     for (std::thread& writer : writers)
         writer.join();
     EXPECT_EQ(1U, CountEntries(folder.Path()));
+}
+
+TEST(WriteFile, IsNoAccessThatTheFolderNotes)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.Path("file");
+    WriteBytes(path, "old");
+    // The system notes an access when it is a day old, or older than the last change.
+    const timespec longAgo[] = {{1000000000, 0}, {1000000000, 0}};
+    ASSERT_EQ(0, utimensat(AT_FDCWD, folder.Path().c_str(), longAgo, 0));
+    EXPECT_EQ("written", ToWrite(path));
+    struct stat status = {};
+    ASSERT_EQ(0, stat(folder.Path().c_str(), &status));
+    EXPECT_EQ(1000000000, status.st_atim.tv_sec);
+    EXPECT_NE(1000000000, status.st_mtim.tv_sec);
+}
+
+// Whose folder it is not may not ask for that.
+TEST(WriteFile, RemovesWhatAKilledWriterLeftInAnothersFolder)
+{
+    const TemporaryFolder folder;
+    const pid_t ended = fork();
+    if (ended == 0)
+        _exit(0);
+    ASSERT_EQ(ended, waitpid(ended, nullptr, 0));
+    const std::string left = folder.Path(".toolkit-" + std::to_string(ended) + "-1");
+    WriteBytes(left, "left behind");
+    ASSERT_EQ(0, chmod(folder.Path().c_str(), 0777));
+    EXPECT_TRUE(ToolkitTest::AsNobody([&] { return Compare("written", ToWrite(folder.Path("file"))); }));
+    EXPECT_FALSE(std::filesystem::exists(left));
+    EXPECT_EQ("new", ReadBytes(folder.Path("file")));
 }
 
 TEST(WriteFile, HoldsNoDescriptor)

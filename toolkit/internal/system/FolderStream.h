@@ -21,6 +21,10 @@ using FolderStream = std::unique_ptr<DIR, CloseFolder>;
 // is AT_FDCWD. Null, and the reason in errno, on failure.
 FolderStream OpenFolder(int from, const char* path);
 
+// The same for a look that is nobody's but ours: where this user may ask for it, it is no access that the
+// folder notes. A note would go to the disk with the next sync of the folder.
+FolderStream OpenFolderUnnoted(int from, const char* path);
+
 } // namespace Toolkit
 
 #endif

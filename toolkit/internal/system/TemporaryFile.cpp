@@ -159,7 +159,7 @@ void TemporaryFile::RemoveLeftBehind(int folder)
     struct stat status = {};
     if (fstat(folder, &status) != 0 || !s_folders.IsDue(status))
         return;
-    const FolderStream stream = OpenFolder(folder, ".");
+    const FolderStream stream = OpenFolderUnnoted(folder, ".");
     std::size_t entries = 0;
     while (const dirent* const entry = stream != nullptr ? readdir(stream.get()) : nullptr)
     {

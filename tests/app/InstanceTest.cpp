@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -435,14 +436,14 @@ TEST_F(InstanceTest, EachOfManyAskersGetsItsOwnAnswer)
         }
         return true;
     };
-    std::vector<std::unique_ptr<ForkedCopy>> askers;
+    std::deque<ForkedCopy> askers;
     for (unsigned long i = 0; i < processes; ++i)
-        askers.push_back(std::make_unique<ForkedCopy>(ask));
+        askers.emplace_back(ask);
     Instance first = Claim();
     EXPECT_TRUE(first.IsFirst());
     first.Serve(Echo);
-    for (const auto& asker : askers)
-        EXPECT_EQ("", asker->Wait());
+    for (ForkedCopy& asker : askers)
+        EXPECT_EQ("", asker.Wait());
 }
 
 TEST_F(InstanceTest, FrozenFirstCostsTheTimeAlone)

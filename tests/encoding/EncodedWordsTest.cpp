@@ -188,6 +188,10 @@ TEST(EncodedWords, SaysWhatItCannotEncode)
     // A name that ICU knows, and that is longer than most.
     const std::string name = "Extended_UNIX_Code_Packed_Format_for_Japanese";
     EXPECT_EQ("\u5c71", EncodedWords::Decode(EncodedWords::Encode("\u5c71", name).value_or("failed")));
+    EXPECT_EQ("cannot encode in ISO_8859-1:1987: its name cannot stand in a word",
+              EncodedWords::Encode("\u00fc", "ISO_8859-1:1987").error().Message());
+    EXPECT_EQ(std::errc::invalid_argument, EncodedWords::Encode("\u00fc", "utf-8?").error().Code());
+    EXPECT_EQ("plain", *EncodedWords::Encode("plain", "ISO_8859-1:1987"));
     const std::string longest = "UTF" + std::string(55, '-') + "8";
     EXPECT_EQ("cannot encode in " + longest + ": its name leaves a word no room",
               EncodedWords::Encode("a smile: \U0001F600", longest).error().Message());

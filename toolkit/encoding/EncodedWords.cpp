@@ -29,6 +29,8 @@ const std::string_view s_blanks = " \t\r\n";
 const std::size_t s_uEncoding = 3;
 const std::size_t s_uLongestCharset = 64;
 const std::size_t s_uLongestWord = 75;
+// What the name of a charset in a word must not hold (RFC 2047, 2); ICU knows some of these as names.
+const char c_strNeverInNames[] = "()<>@,;:\"/[]?.= \t\r\n";
 // The most bytes of UTF-8 that may become one byte of another charset.
 const std::size_t s_uMostBytesForOne = 3;
 
@@ -298,6 +300,9 @@ Result<std::string> EncodedWords::Encode(std::string_view utf8, const std::strin
         return bytes.error();
     if (IsPlainHeader(utf8))
         return std::string(utf8);
+    if (charset.find_first_of(c_strNeverInNames) != charset.npos)
+        return Failure(std::make_error_code(std::errc::invalid_argument),
+                       "cannot encode in " + charset + ": its name cannot stand in a word");
     // Words that are mostly plain stay readable.
     const bool isQ = EncodeQ(*bytes).size() <= (Codec::s_uEscape + 1) * bytes->size() / 2;
     const std::string begin = std::string(s_begin) + charset + (isQ ? "?Q?" : "?B?");

@@ -36,7 +36,8 @@ public:
     /// The text itself when it is of printable ASCII and holds no "=?". Otherwise all of it in words of at
     /// most 75 characters, each of whole characters, with a single space between them, at which the header
     /// may be folded. `Errc::Malformed` for a text that is no UTF-8 or has no form in the charset,
-    /// `std::errc::invalid_argument` for a charset that is unknown or whose name leaves a word no room.
+    /// `std::errc::invalid_argument` for a charset that is unknown, or whose name leaves a word no room or
+    /// has a character that no word may have there, such as ":".
     static Result<std::string> Encode(std::string_view utf8, const std::string& charset = "utf-8");
 };
 

@@ -261,8 +261,10 @@ LogFiles::Moment LogFiles::NewestMoment() const
 
 void LogFiles::RemoveOldest() const
 {
+    if (m_uKeep == 0)
+        return;
     std::vector<fs::path> files = Files();
-    if (m_uKeep == 0 || files.size() <= m_uKeep)
+    if (files.size() <= m_uKeep)
         return;
     files.resize(files.size() - m_uKeep);
     for (const fs::path& path : files)

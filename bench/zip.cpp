@@ -87,6 +87,9 @@ void RegisterReader(const std::filesystem::path& path)
                             [zip, big] { benchmark::DoNotOptimize((*zip)->Read(big)->size()); });
     ToolkitBench::Operation("ReaderExtract/Toolkit", [zip, big, target = ToolkitBench::Folder() / "read"]
                             { benchmark::DoNotOptimize((*zip)->Extract(big, target).has_value()); });
+    const auto whole = std::make_shared<Result<ZipReader>>(ZipReader::Open(WriteArchive(0)));
+    ToolkitBench::Operation("ReaderExtractAll/Toolkit", [whole, target = ToolkitBench::Folder() / "all"]
+                            { benchmark::DoNotOptimize((*whole)->ExtractAll(target)->Extracted().size()); });
 }
 
 void RegisterToolkit(const std::filesystem::path& archivePath)

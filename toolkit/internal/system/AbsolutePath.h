@@ -13,8 +13,10 @@ namespace Toolkit
 inline std::filesystem::path AbsolutePath(const std::filesystem::path& path)
 {
     std::error_code failed;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, failed);
-    return failed || path.empty() ? path : absolute;
+    std::filesystem::path absolute = std::filesystem::absolute(path, failed);
+    if (failed || path.empty())
+        return path;
+    return absolute;
 }
 
 } // namespace Toolkit

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #ifdef __SSE2__
-#include <immintrin.h>
+#include <emmintrin.h>
 #endif
 
 #include "toolkit/internal/text/SimdBlock.h"
@@ -53,38 +53,6 @@ inline bool NarrowAscii(const wchar_t* text, char* to)
     return true;
 }
 
-// Narrows four blocks at a time while they are ASCII without a NUL, and returns the elements.
-__attribute__((target("avx2"))) inline std::size_t NarrowAsciiFours(const wchar_t* text, std::size_t length,
-                                                                    char* to)
-{
-    // Either half of a vector is packed by itself.
-    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    // From the second time on, no load goes across two lines of the cache.
-    const std::size_t unaligned = reinterpret_cast<std::uintptr_t>(text) % sizeof(__m256i) / sizeof(wchar_t);
-    std::size_t i = 0;
-    while (length - i >= 4 * s_uBlock)
-    {
-        const __m256i* from = reinterpret_cast<const __m256i*>(text + i);
-        __m256i bytes[2];
-        for (__m256i& pair : bytes)
-        {
-            const __m256i low = _mm256_packs_epi32(_mm256_loadu_si256(from), _mm256_loadu_si256(from + 1));
-            const __m256i high =
-                _mm256_packs_epi32(_mm256_loadu_si256(from + 2), _mm256_loadu_si256(from + 3));
-            pair = _mm256_packus_epi16(low, high);
-            from += 4;
-        }
-        const __m256i ascii = _mm256_cmpgt_epi8(_mm256_min_epi8(bytes[0], bytes[1]), _mm256_setzero_si256());
-        if (_mm256_movemask_epi8(ascii) != -1)
-            break;
-        const auto into = reinterpret_cast<__m256i*>(to + i);
-        _mm256_storeu_si256(into, _mm256_permutevar8x32_epi32(bytes[0], order));
-        _mm256_storeu_si256(into + 1, _mm256_permutevar8x32_epi32(bytes[1], order));
-        i += 4 * s_uBlock - (i == 0 ? unaligned : 0);
-    }
-    return i;
-}
-
 #else
 
 inline bool WidenAscii(const char* text, wchar_t* to)
@@ -122,10 +90,6 @@ inline bool NarrowAscii(const wchar_t* text, char* to)
 inline std::size_t NarrowAsciiRun(const wchar_t* text, std::size_t length, char* to)
 {
     std::size_t i = 0;
-#ifdef __SSE2__
-    if (__builtin_cpu_supports("avx2"))
-        i = NarrowAsciiFours(text, length, to);
-#endif
     while (length - i >= s_uBlock && NarrowAscii(text + i, to + i))
         i += s_uBlock;
     const bool tail = length - i < s_uBlock && length >= s_uBlock;

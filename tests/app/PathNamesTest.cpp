@@ -34,7 +34,8 @@ TEST(PathNames, SplitsTheExecutablesPathIntoFolderAndName)
     };
     for (const auto& row : rows)
     {
-        const PathNames::Executable split = PathNames::SplitExecutable(row.path, L'/', L"/work folder");
+        const PathNames::Executable split =
+            PathNames::SplitExecutable(row.path, L'/', [] { return TString<wchar_t>(L"/work folder"); });
         EXPECT_EQ(split.m_strFolder, row.folder) << testing::PrintToString(std::wstring(row.path));
         EXPECT_EQ(split.m_strName, row.name) << testing::PrintToString(std::wstring(row.path));
     }

@@ -20,6 +20,9 @@ namespace
 
 void CreateFolders(const TString<wchar_t>& path)
 {
+    // As at every start but the first.
+    if (NativePath(path).IsFolder())
+        return;
     std::error_code ignored;
     std::filesystem::create_directories(PathNames::ToNative(path).c_str(), ignored);
 }
@@ -48,7 +51,7 @@ PathManager::PathManager()
 
     const StandardFolders::Program program;
     PathNames::Executable executable =
-        PathNames::SplitExecutable(program.executable, separator, StandardFolders::Working());
+        PathNames::SplitExecutable(program.executable, separator, &StandardFolders::Working);
     m_strApplicationPath = std::move(executable.m_strFolder);
     m_strApplicationName = std::move(executable.m_strName);
 

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/internal/folders/StandardFolders.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 
 #include <sys/stat.h>
+#include <unistd.h>
 #include <wx/app.h>
 #include <wx/filename.h>
 #include <wx/stdpaths.h>
@@ -26,6 +30,23 @@ namespace
 using StandardFolders::Program;
 
 const char* const c_strSelf = "/proc/self/exe";
+// What the kernel writes behind the path of an executable that was deleted.
+const std::string_view s_strMark = " (deleted)";
+
+bool IsMarked(const std::string& link)
+{
+    return link.size() >= s_strMark.size() &&
+           link.compare(link.size() - s_strMark.size(), s_strMark.size(), s_strMark) == 0;
+}
+
+// True when the file of that name is the one that runs.
+bool IsRunning(const std::string& path)
+{
+    struct stat named = {};
+    struct stat running = {};
+    return stat(path.c_str(), &named) == 0 && stat(c_strSelf, &running) == 0 &&
+           named.st_dev == running.st_dev && named.st_ino == running.st_ino;
+}
 
 // True when wxWidgets, which converts by the current locale, reads the bytes as UTF-8 does.
 bool IsReadAlike(const char* bytes)
@@ -113,15 +134,13 @@ TString<wchar_t> ListedDocuments(const TString<wchar_t>& home)
 
 } // namespace
 
+// The system gives no path that is longer.
 std::string StandardFolders::ExecutableBytes()
 {
-    std::error_code ignored;
-    const std::string link = std::filesystem::read_symlink(c_strSelf, ignored).string();
-    struct stat named = {};
-    struct stat running = {};
-    const bool real = stat(link.c_str(), &named) == 0 && stat(c_strSelf, &running) == 0 &&
-                      named.st_dev == running.st_dev && named.st_ino == running.st_ino;
-    return Unmark(link, real);
+    std::array<char, PATH_MAX> bytes;
+    const ssize_t length = readlink(c_strSelf, bytes.data(), bytes.size());
+    const std::string link(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    return IsMarked(link) ? Unmark(link, IsRunning(link)) : link;
 }
 
 TString<wchar_t> StandardFolders::Working()
@@ -175,10 +194,7 @@ TString<wchar_t> StandardFolders::Documents(const Program& program)
 
 std::string StandardFolders::Unmark(const std::string& link, bool isRealName)
 {
-    const std::string_view mark = " (deleted)";
-    const bool marked =
-        link.size() >= mark.size() && link.compare(link.size() - mark.size(), mark.size(), mark) == 0;
-    return marked && !isRealName ? link.substr(0, link.size() - mark.size()) : link;
+    return IsMarked(link) && !isRealName ? link.substr(0, link.size() - s_strMark.size()) : link;
 }
 
 TString<wchar_t> StandardFolders::InstallPrefix(const TString<wchar_t>& executable)

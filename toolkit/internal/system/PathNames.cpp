@@ -10,11 +10,11 @@ namespace Toolkit
 {
 
 PathNames::Executable PathNames::SplitExecutable(const TString<wchar_t>& path, wchar_t separator,
-                                                 const TString<wchar_t>& workingFolder)
+                                                 TString<wchar_t> (*workingFolder)())
 {
     const std::size_t last = path.rfind(separator);
     if (last == TString<wchar_t>::npos)
-        return {workingFolder, TString<wchar_t>()};
+        return {workingFolder(), TString<wchar_t>()};
     const std::size_t dot = path.rfind(L'.');
     const std::size_t end = dot != TString<wchar_t>::npos && dot > last ? dot : path.size();
     return {path.substr(0, last), path.substr(last + 1, end - last - 1)};

@@ -15,9 +15,9 @@ struct Executable
 };
 
 // The folder, and the file name without its last extension, of an executable's full path. Without a
-// separator in it the folder is `workingFolder` and the name is empty.
+// separator in it the folder is what `workingFolder` returns, and the name is empty.
 Executable SplitExecutable(const TString<wchar_t>& path, wchar_t separator,
-                           const TString<wchar_t>& workingFolder);
+                           TString<wchar_t> (*workingFolder)());
 
 // Folder without separators and colons, name and user, each character through the narrow `tolower`.
 TString<wchar_t> MakeUniqueInstanceName(const TString<wchar_t>& folder, const TString<wchar_t>& name,

@@ -33,7 +33,7 @@ struct Run
 // What the program itself counts in its main function; nothing of this process.
 void CountMemory(benchmark::State& state, const char* program)
 {
-    std::FILE* const told = popen((std::string("BENCH_TALLY=1 ") + program).c_str(), "r");
+    std::FILE* const told = popen((std::string(program) + "_counted").c_str(), "r");
     unsigned long allocations = 0;
     unsigned long peak = 0;
     if (told != nullptr && std::fscanf(told, "%lu %lu", &allocations, &peak) == 2)

@@ -2,15 +2,18 @@
 #ifndef TOOLKIT_BENCH_LOAD_TALLY_H
 #define TOOLKIT_BENCH_LOAD_TALLY_H
 
+#ifdef BENCH_COUNTED
 #include <cstdio>
-#include <cstdlib>
 
 #include "bench/Memory.h"
+#endif
 
 namespace ToolkitBench
 {
 
-// Prints what memory was asked for while it lived, where the environment wants to know.
+#ifdef BENCH_COUNTED
+
+// Prints what memory was asked for while it lived.
 class Tally
 {
 public:
@@ -18,8 +21,7 @@ public:
     ~Tally()
     {
         const std::size_t peak = Peak();
-        if (std::getenv("BENCH_TALLY") != nullptr)
-            std::printf("%zu %zu\n", Allocations() - m_uBefore, peak);
+        std::printf("%zu %zu\n", Allocations() - m_uBefore, peak);
     }
     Tally(const Tally&) = delete;
     Tally& operator=(const Tally&) = delete;
@@ -27,6 +29,16 @@ public:
 private:
     const std::size_t m_uBefore;
 };
+
+#else
+
+// Nothing, in the program whose time is measured.
+struct Tally
+{
+    Tally() {}
+};
+
+#endif
 
 } // namespace ToolkitBench
 

@@ -20,7 +20,7 @@ install(
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 # The library looks for its parts in that folder beside itself.
 install(
-  TARGETS toolkit_icu toolkit_regex
+  TARGETS toolkit_icu toolkit_regex toolkit_net
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/toolkit
           COMPONENT Toolkit_Runtime)
 install(
@@ -95,6 +95,10 @@ foreach(flag IN LISTS toolkit_wx_flags)
       set(flag -l:${CMAKE_MATCH_1})
     endif()
     unset(toolkit_wx_file)
+  endif()
+  # As in CMake: a program does not load what it calls nothing of.
+  if(flag MATCHES "^-l")
+    set(flag -Wl,--push-state,--as-needed,${flag},--pop-state)
   endif()
   string(APPEND toolkit_pc_libs " ${flag}")
 endforeach()

@@ -34,7 +34,7 @@ toolkit_package_files(libtoolkit-dev Toolkit_Development)
 # The symbols lie where every debugger looks for them, by the number that the linker gave each library.
 find_program(TOOLKIT_READELF readelf REQUIRED)
 mark_as_advanced(TOOLKIT_READELF)
-foreach(library toolkit toolkit_icu toolkit_regex)
+foreach(library toolkit toolkit_icu toolkit_regex toolkit_net)
   set(toolkit_symbols ${toolkit_docs}/${library}.debug)
   install(
     CODE "

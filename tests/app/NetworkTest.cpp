@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "toolkit/app/Network.h"
 
+#include <filesystem>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -28,11 +29,14 @@ struct Probe
 };
 
 // One probe inside a network of its own, never in that of this machine; nothing where none can be made.
-std::optional<Probe> ProbeOf(const std::string& network, const std::string& caller, int seconds)
+// `environment` is what the shell sets for it.
+std::optional<Probe> ProbeOf(const std::string& network, const std::string& caller, int seconds,
+                             const std::string& environment = "")
 {
     const TemporaryFolder folder;
-    const ProgramResult result = RunInShell(Quoted(TOOLKIT_PROBE_NETWORK) + " " + network + " " + caller +
-                                            " " + std::to_string(seconds) + " " + Quoted(folder.Path()));
+    const ProgramResult result =
+        RunInShell(environment + " " + Quoted(TOOLKIT_PROBE_NETWORK) + " " + network + " " + caller + " " +
+                   std::to_string(seconds) + " " + Quoted(folder.Path()));
     if (result.m_iExitCode == 77)
     {
         [] { GTEST_SKIP() << "not allowed: a network of its own"; }();
@@ -68,6 +72,22 @@ TEST(Network, IsThereWhenTheHostTakesAConnection)
             EXPECT_TRUE(probe->m_bAnswer) << caller;
             EXPECT_EQ(probe->m_strReceived, "0") << caller;
         }
+}
+
+// Where the part of the library cannot be loaded that has wxWidgets' sockets.
+TEST(Network, IsAskedForWithoutWxWidgetsSockets)
+{
+    const TemporaryFolder folder;
+    std::filesystem::copy_file(TOOLKIT_LIBRARY, folder.Path("libtoolkit.so.1"));
+    const std::string alone = "LD_LIBRARY_PATH=" + Quoted(folder.Path());
+    if (const auto probe = ProbeOf("reachable", "started", 5, alone))
+    {
+        EXPECT_TRUE(probe->m_bAnswer);
+    }
+    if (const auto probe = ProbeOf("refused", "started", 5, alone))
+    {
+        EXPECT_FALSE(probe->m_bAnswer);
+    }
 }
 
 TEST(Network, IsNotThereWhenTheHostRefuses)

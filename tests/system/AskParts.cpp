@@ -3,14 +3,16 @@
 //   AskParts <step>...
 // session: starts and ends one; maps: which parts are mapped, and what they are linked with; folder=<path>:
 // goes there; short, full: memory for 8 MiB more, or for all; copy=<from>=<to>: copies a file; date, format,
-// charset, names: what needs ICU; find, classic, record: what needs PCRE2; dates, finds: 8 threads ask at
-// once for a date, or find a pattern; child: a forked child finds a pattern.
+// charset, names: what needs ICU; find, classic, record: what needs PCRE2; server: what needs wxWidgets'
+// net library; dates, finds: 8 threads ask at once for a date, or find a pattern; child: a forked
+// child finds a pattern.
 
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,6 +21,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "toolkit/app/IPCServer.h"
 #include "toolkit/core/ToolkitSession.h"
 #include "toolkit/datetime/Locales.h"
 #include "toolkit/datetime/Timestamp.h"
@@ -26,6 +29,8 @@
 #include "toolkit/encoding/UTF8.h"
 #include "toolkit/files/ZipReader.h"
 #include "toolkit/files/ZipWriter.h"
+#include "toolkit/log/CallbackLog.h"
+#include "toolkit/log/Log.h"
 #include "toolkit/regExp/Pattern.h"
 #include "toolkit/regExp/RegExp.Exceptions"
 #include "toolkit/regExp/RegExp.h"
@@ -41,7 +46,8 @@ std::string Maps()
     std::ifstream maps("/proc/self/maps");
     std::vector<std::string> found;
     for (std::string line; std::getline(maps, line);)
-        for (const char* const name : {"libtoolkit-icu", "libicuuc", "libtoolkit-regex", "libpcre2-8"})
+        for (const char* const name : {"libtoolkit-icu", "libicuuc", "libtoolkit-regex", "libpcre2-8",
+                                       "libtoolkit-net", "libwx_baseu_net-3.2"})
             if (line.find(" r-xp ") != line.npos && line.find("/" + std::string(name) + ".so") != line.npos)
                 found.push_back(name);
     std::sort(found.begin(), found.end());
@@ -131,6 +137,20 @@ std::string Record()
         });
 }
 
+// A server is made, and listens twice; what it logs.
+std::string Server()
+{
+    std::string text;
+    const auto note = [&text](const LogRecord& record) { text += "; " + std::string(record.message); };
+    const ToolkitSession session;
+    Log::Install({std::make_shared<CallbackLog>(LogSeverity::Error, note)});
+    IPCServer server(L"channel");
+    const bool first = server.Run();
+    const bool second = server.Run();
+    Log::Install({});
+    return (first && second ? "listens" : "does not listen") + text;
+}
+
 std::string OnThreads(std::string (*work)())
 {
     const std::string expected = work == &Date ? "2. M\u00E4rz 2026 um 14:05:09 UTC" : "key";
@@ -188,6 +208,8 @@ std::string Do(const std::string& step)
         return Classic();
     if (step == "record")
         return Record();
+    if (step == "server")
+        return Server();
     if (step == "dates" || step == "finds")
         return OnThreads(step == "dates" ? &Date : &Find);
     if (step == "child")

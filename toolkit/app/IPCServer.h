@@ -2,6 +2,7 @@
 #ifndef TOOLKIT_APP_IPCSERVER_H
 #define TOOLKIT_APP_IPCSERVER_H
 
+#include <cstddef>
 #include <memory>
 
 #include "toolkit/app/IPCConnectionEvent.h"
@@ -9,10 +10,11 @@
 #include "toolkit/core/TString.h"
 #include "toolkit/threading/EventNotifier.h"
 
+class wxServerBase;
+class wxString;
+
 namespace Toolkit
 {
-
-class IPCInternalServer;
 
 /// Listens on a local channel and announces each command that a client (`IPCClient`) sends to its listeners.
 /// It belongs to wxWidgets' main thread, whose event loop (or an `EventPump`) delivers the commands
@@ -20,7 +22,8 @@ class IPCInternalServer;
 /// holds up no other, and stays until it leaves; only when descriptors or memory run out, those are dropped
 /// that were silent for longest. A forked copy of the process takes no part in it, and keeps no socket of it.
 /// On a port any user of this machine may send commands: prefer a local socket, which only this user reaches.
-/// `Run` returns whether it failed; nothing is logged but a listener's exception.
+/// `Run` returns whether it failed; nothing is logged but a listener's exception, and an installation of this
+/// library that is not whole.
 ///
 /// @code
 /// Toolkit::IPCServer server(L"/tmp/desk.socket");
@@ -59,7 +62,23 @@ public:
     static TString<wchar_t> ServiceOrDefault(const TString<wchar_t>& service);
 
 private:
-    std::unique_ptr<IPCInternalServer> m_pServer;
+    friend class IPCConnectionEventHelper;
+    friend class IPCInternalServer;
+
+    // The listening of an internal server.
+    struct Listening
+    {
+        virtual ~Listening() = default;
+        virtual bool Open(const wxString& service) = 0;
+    };
+
+    // What the friends call. It is virtual, so that they need not be linked with this library: a part of it
+    // has them that stands alone.
+    virtual std::unique_ptr<Listening> Listen(wxServerBase& server);
+    virtual void Execute(const void* data, std::size_t size, int format);
+
+    // An `IPCInternalServer`; null while the part cannot be loaded that makes it.
+    std::unique_ptr<wxServerBase> m_pServer;
     TString<wchar_t> m_strService;
 };
 

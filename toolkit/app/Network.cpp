@@ -10,10 +10,10 @@
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <wx/socket.h>
 #include <wx/thread.h>
 
 #include "toolkit/encoding/UTF8.h"
+#include "toolkit/internal/net/NetPart.h"
 #include "toolkit/internal/system/Descriptor.h"
 #include "toolkit/internal/wx/WxLibrary.h"
 #include "toolkit/internal/wx/WxText.h"
@@ -27,15 +27,10 @@ namespace
 const unsigned short s_uPort = 80;
 
 // wxWidgets' sockets keep a graphical host alive while they wait; they work on its main thread only.
-bool ConnectOnMainThread(int timeoutSeconds)
+bool ConnectByWx(const NetCalls& net, int timeoutSeconds)
 {
     const WxLibrary::Silence silence;
-    wxIPV4address address;
-    if (!address.Hostname(ToWx(Network::c_strProbedHost)) || !address.Service(s_uPort))
-        return false;
-    wxSocketClient client(wxSOCKET_NONE);
-    client.SetTimeout(timeoutSeconds);
-    return client.Connect(address, true);
+    return net.connect(ToWx(Network::c_strProbedHost), s_uPort, timeoutSeconds);
 }
 
 using AddressList = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
@@ -85,8 +80,10 @@ TOOLKIT_ONCE const TString<wchar_t> Network::c_strProbedHost = L"www.example.com
 bool Network::TestNetwork(int timeoutSeconds)
 {
     const int timeout = std::max(timeoutSeconds, 0);
-    return WxLibrary::IsStarted() && wxThread::IsMain() ? ConnectOnMainThread(timeout)
-                                                        : ConnectOnAnyThread(timeout);
+    if (WxLibrary::IsStarted() && wxThread::IsMain())
+        if (const Result<const NetCalls*> net = LoadNet())
+            return ConnectByWx(**net, timeout);
+    return ConnectOnAnyThread(timeout);
 }
 
 } // namespace Toolkit

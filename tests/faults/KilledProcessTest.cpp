@@ -96,7 +96,8 @@ protected:
         return files;
     }
 
-    // The next start is the first, and one beside it is not; both leave nothing behind.
+    // The next start is the first, and one beside it is not; both leave nothing behind, of the killed one
+    // neither.
     void ExpectNextIsFirst() const
     {
         EXPECT_TRUE(InChild(
@@ -105,11 +106,12 @@ protected:
                 const ToolkitSession session;
                 if (!IsFirst())
                     return "not the first";
+                const ChildAnswer second = SecondStart();
                 if (const std::vector<std::string> files = Files();
                     files.size() != 1 ||
                     ReadBytes(files[0]) != std::to_string(getpid()) + std::string(1, '\0'))
-                    return "no lock of its own";
-                return SecondStart();
+                    return "no lock of its own alone";
+                return second;
             }));
         EXPECT_THAT(Files(), testing::IsEmpty());
     }

@@ -6,8 +6,6 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <new>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -27,9 +25,8 @@ namespace
 
 const mode_t s_uOwnerOnly = 0600;
 const int s_iSafeFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
-// A starting process may wait for others that start; an ending one is not to be held up by any that hangs.
-const std::chrono::seconds s_startLimit(5);
-const std::chrono::milliseconds s_endLimit(250);
+// A starting process may wait for others that start.
+const std::chrono::seconds s_turnLimit(5);
 // For the number of a process that is writing it.
 const std::chrono::seconds s_writeLimit(1);
 const std::chrono::milliseconds s_pause(5);
@@ -38,16 +35,13 @@ const char* const c_strTurnExtension = ".turn";
 const int s_iMostTries = 10000;
 const pid_t s_iUnknownProcess = -1;
 
-// Keeps other processes from looking at, making or removing the lock file meanwhile: whoever takes over a
-// dead process's file might remove that of the one who was quicker. If that takes too long, or there can be
-// no such lock, it does without.
+// Keeps other processes from looking at the lock file and taking it over meanwhile: whoever takes over a dead
+// process's file might remove that of the one who was quicker. If that takes too long, or there can be no
+// such lock, it does without.
 class Turn
 {
 public:
-    Turn(const NativePath& file, std::chrono::milliseconds limit)
-        : m_lock(file.GetBytes() + c_strTurnExtension, limit)
-    {
-    }
+    explicit Turn(const NativePath& file) : m_lock(file.GetBytes() + c_strTurnExtension, s_turnLimit) {}
 
     bool IsTaken() const { return m_lock.IsLocked(); }
 
@@ -119,26 +113,19 @@ bool LockAndWrite(int descriptor)
 
 } // namespace
 
+// Where no file lies, as at most starts, nobody needs a turn: it comes into place at once and whole.
 InstanceLock::InstanceLock(const NativePath& file) : m_file(file)
 {
-    const Turn turn(m_file, s_startLimit);
+    if (MakeUnnamed() == Made::Yes)
+        return;
+    const Turn turn(m_file);
     FindFirst(turn.IsTaken());
 }
 
+// Nor here: nobody takes over the file of a process that lives.
 InstanceLock::~InstanceLock()
 {
-    if (m_iMaker != getpid())
-        return;
-    std::optional<Turn> turn;
-    try
-    {
-        turn.emplace(m_file, s_endLimit);
-    }
-    catch (const std::bad_alloc&)
-    {
-        // Then it is removed without a turn.
-    }
-    if (IsInPlace(m_status))
+    if (m_iMaker == getpid() && IsInPlace(m_status))
         unlink(m_file.c_str());
 }
 

@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -57,32 +63,85 @@ Toolkit::Result<Toolkit::Instance> ServeCommands()
     return instance;
 }
 
-void RegisterLoad(const std::string& name, const char* program, bool isAsking = false)
+// Programs that are compared with each other. They are started in turn, so that what else the machine does
+// delays each alike.
+class Row
 {
-    benchmark::RegisterBenchmark(name.c_str(),
-                                 [program, isAsking](benchmark::State& state)
-                                 {
-                                     const auto first = isAsking
-                                                            ? ServeCommands()
-                                                            : Toolkit::Failure(Toolkit::Errc::Refused, "");
-                                     const Run run{program};
-                                     for (auto _ : state)
-                                         run();
-                                     CountMemory(state, program);
-                                 })
-        ->UseRealTime()
-        ->Unit(benchmark::kMicrosecond);
+public:
+    using Seconds = std::chrono::duration<double>;
+
+    struct Load
+    {
+        std::string whose;
+        const char* program;
+    };
+
+    Row(std::vector<Load> loads, bool isAsking) : m_loads(std::move(loads)), m_bAsking(isAsking) {}
+
+    const std::vector<Load>& Loads() const { return m_loads; }
+
+    // The time of one program, which is given away once: of the rounds that gave one to each.
+    Seconds Take(const std::string& whose)
+    {
+        if (m_times.count(whose) == 0)
+            Measure();
+        return m_times.extract(whose).mapped();
+    }
+
+private:
+    // A neighbour delays whole seconds by half. The quickest tenth tells of the programs alone.
+    void Measure()
+    {
+        const auto first = m_bAsking ? ServeCommands() : Toolkit::Failure(Toolkit::Errc::Refused, "");
+        std::map<std::string, std::vector<Seconds>> times;
+        for (int round = 0; round < (ToolkitBench::IsBrief() ? 1 : s_iRounds); ++round)
+            for (const Load& load : m_loads)
+                times[load.whose].push_back(TimeOf(load.program));
+        for (auto& [whose, all] : times)
+        {
+            const auto tenth = all.begin() + static_cast<std::ptrdiff_t>(all.size() / 10);
+            std::nth_element(all.begin(), tenth, all.end());
+            m_times[whose] = *tenth;
+        }
+    }
+
+    static Seconds TimeOf(const char* program)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        Run{program}();
+        return std::chrono::steady_clock::now() - start;
+    }
+
+    static constexpr int s_iRounds = 51;
+    const std::vector<Load> m_loads;
+    const bool m_bAsking;
+    std::map<std::string, Seconds> m_times;
+};
+
+void RegisterRow(const std::string& name, const std::shared_ptr<Row>& row)
+{
+    for (const Row::Load& load : row->Loads())
+        benchmark::RegisterBenchmark((name + '/' + load.whose).c_str(),
+                                     [row, load](benchmark::State& state)
+                                     {
+                                         for (auto _ : state)
+                                             state.SetIterationTime(row->Take(load.whose).count());
+                                         CountMemory(state, load.program);
+                                     })
+            ->Iterations(1)
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
 }
 
 } // namespace
 
 void ToolkitBench::Register()
 {
-    RegisterLoad("LoadToUnload/Toolkit", BENCH_LOAD_toolkit);
-    RegisterLoad("LoadToUnload/limit", BENCH_LOAD_base);
+    std::vector<Row::Load> session = {{"Toolkit", BENCH_LOAD_toolkit}, {"limit", BENCH_LOAD_base}};
 #ifdef BENCH_LOAD_qt
-    RegisterLoad("LoadToUnload/Qt", BENCH_LOAD_qt);
+    session.push_back({"Qt", BENCH_LOAD_qt});
 #endif
-    RegisterLoad("HandOver/Toolkit", BENCH_LOAD_handover, true);
-    RegisterLoad("HandOver/limit", BENCH_LOAD_base);
+    const std::vector<Row::Load> handOver = {{"Toolkit", BENCH_LOAD_handover}, {"limit", BENCH_LOAD_base}};
+    RegisterRow("LoadToUnload", std::make_shared<Row>(session, false));
+    RegisterRow("HandOver", std::make_shared<Row>(handOver, true));
 }

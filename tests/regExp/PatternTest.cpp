@@ -301,6 +301,26 @@ TEST(Pattern, StepsAreLimited)
     EXPECT_TRUE(Compiled("a", Pattern::Default, copy).Find(text));
 }
 
+// Machine code of PCRE2 10.42 would remember what the group captured before "y" was missing.
+TEST(Pattern, GroupOfAnAttemptThatFailedTakesNoPart)
+{
+    for (const char* const group :
+         {"(b)*+", "(b){0,}+", "(?<n>b)*+", "(b+)*+", "(b|)*+", "(c)*(b)*+", "()*+", "(b)(?#+)*(?#c)+",
+          "(?x:(b) *#*+)\n +)", "(b)\\Q\\E*\\Q\\E+", "(?:(b))*+", "(b)*", "(b)++", "(b)?+", "(b){2,}+",
+          "(?>(b)*)", "(?=(b)*+)", "(a)*(b)*+"})
+        for (const char* const code : {"", "(*NO_JIT)"})
+        {
+            const std::string text = std::string(code) + "x(?:" + group + "y|bbK)";
+            const Match match = Compiled(text).Find("xbbK");
+            ASSERT_TRUE(match) << text;
+            EXPECT_EQ("xbbK", match[0]) << text;
+            for (std::size_t i = 1; i < match.Count(); ++i)
+                EXPECT_FALSE(match.Has(i)) << text;
+            EXPECT_EQ("xbbK", Compiled(text + "(?(1)Z)").Find("xbbKZ")[0]) << text;
+        }
+    EXPECT_EQ((Texts{"K@3"}), AllOf(Compiled("(?:(b)*+y)*K(?(1)Z|)"), "bxbKZ"));
+}
+
 TEST(Pattern, PatternThatCallsItselfForEverEndsWithAnError)
 {
     const Match match = Compiled("(?R)").Find("a");

@@ -22,7 +22,8 @@ namespace Toolkit
 
 class CompiledPattern;
 
-/// A regular expression in PCRE2's syntax that is compiled once, into machine code where PCRE2 can. Patterns
+/// A regular expression in PCRE2's syntax that is compiled once, into machine code where PCRE2 can (that of
+/// PCRE2 10.42 goes wrong where "*+" repeats a group: such a pattern goes without, and is slower). Patterns
 /// and texts are UTF-8, positions are bytes, and a text that is not UTF-8 never matches. A value that is
 /// cheap to copy; any number of threads may search with one at once, each with what it needs for itself.
 /// Matches are parts of the text that was searched, which is why a temporary `std::string` is refused.

@@ -7,6 +7,7 @@
 
 #include <pthread.h>
 
+#include "toolkit/internal/regex/MachineCode.h"
 #include "toolkit/internal/regex/Pcre2Contexts.h"
 #include "toolkit/internal/text/CodePoints.h"
 
@@ -87,6 +88,8 @@ std::shared_ptr<const CompiledPattern> CompiledPattern::Compile(std::string_view
     if (code != nullptr)
     {
         std::shared_ptr<CompiledPattern> compiled(new CompiledPattern(std::move(code), settings));
+        if (compiled->m_uGroups == 0 || MachineCode::IsRight(pattern, settings.options | PCRE2_UTF))
+            compiled->MakeMachineCode();
         compiled->m_bRefusesEmpty = pattern.find("(*NOTEMPTY") != pattern.npos;
         return compiled;
     }
@@ -113,6 +116,10 @@ CompiledPattern::CompiledPattern(Pcre2Ptr<pcre2_code> code, const Settings& sett
     m_uGroups = groups;
     m_bCrlf =
         lineEnd == PCRE2_NEWLINE_CRLF || lineEnd == PCRE2_NEWLINE_ANY || lineEnd == PCRE2_NEWLINE_ANYCRLF;
+}
+
+void CompiledPattern::MakeMachineCode()
+{
     std::size_t machineCode = 0;
     pcre2_jit_compile(m_pCode.get(), PCRE2_JIT_COMPLETE);
     pcre2_pattern_info(m_pCode.get(), PCRE2_INFO_JITSIZE, &machineCode);

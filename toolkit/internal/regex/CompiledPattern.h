@@ -46,8 +46,8 @@ struct PatternSearch
 };
 
 // A pattern that was compiled once, with just-in-time code where PCRE2 has some for this machine and this
-// pattern. Any number of threads may search with it at once. All of it is in the part of `RegexPart.h`; what
-// is static is called from outside.
+// pattern, and that code finds what it should. Any number of threads may search with it at once. All of it is
+// in the part of `RegexPart.h`; what is static is called from outside.
 class CompiledPattern
 {
 public:
@@ -111,6 +111,7 @@ private:
     using SearchPtr = std::unique_ptr<PatternSearch, ReleaseSearch>;
 
     CompiledPattern(Pcre2Ptr<pcre2_code> code, const Settings& settings);
+    void MakeMachineCode();
     static SearchPtr NewSearch(std::shared_ptr<const CompiledPattern> pattern, std::string_view subject);
     void FindNext(PatternSearch& search) const;
     void Find(PatternSearch& search, std::size_t start, std::uint32_t options) const;

@@ -117,6 +117,8 @@ TEST(OutOfMemory, IsSurvivedByPatterns)
     ToolkitTest::FailEachAllocation({
         {"Pattern::Compile", [](const Attempt& attempt)
          { attempt([] { EXPECT_TRUE(Pattern::Compile(std::string_view(c_strPattern)).has_value()); }); }},
+        {"Pattern::Compile(a group repeated by *+)", [](const Attempt& attempt)
+         { attempt([] { EXPECT_FALSE(Pattern::Compile("(a)*+b|ac")->Find("ac").Has(1)); }); }},
         {"Pattern::Compile(invalid)", [](const Attempt& attempt)
          { attempt([] { EXPECT_FALSE(Pattern::Compile("(a pattern that is not closed").has_value()); }); }},
         {"Pattern::Find",

@@ -304,10 +304,26 @@ TEST(Pattern, StepsAreLimited)
 // Machine code of PCRE2 10.42 would remember what the group captured before "y" was missing.
 TEST(Pattern, GroupOfAnAttemptThatFailedTakesNoPart)
 {
-    for (const char* const group :
-         {"(b)*+", "(b){0,}+", "(?<n>b)*+", "(b+)*+", "(b|)*+", "(c)*(b)*+", "()*+", "(b)(?#+)*(?#c)+",
-          "(?x:(b) *#*+)\n +)", "(b)\\Q\\E*\\Q\\E+", "(?:(b))*+", "(b)*", "(b)++", "(b)?+", "(b){2,}+",
-          "(?>(b)*)", "(?=(b)*+)", "(a)*(b)*+"})
+    for (const char* const group : {"(b)*+",
+                                    "(b){0,}+",
+                                    "(?<n>b)*+",
+                                    "(b+)*+",
+                                    "(b|)*+",
+                                    "(c)*(b)*+",
+                                    "()*+",
+                                    "(b)(?#+)*(?#c)+",
+                                    "(?x:(b) *#*+)\n +)",
+                                    "(b)\\Q\\E*\\Q\\E+",
+                                    "(?:(b))*+",
+                                    "(b)*",
+                                    "(b)++",
+                                    "(b)?+",
+                                    "(b){2,}+",
+                                    "(?>(b)*)",
+                                    "(?=(b)*+)",
+                                    "(b(?C1)(?#c))*+",
+                                    "(?x:(b(?C) )*+)",
+                                    "(a)*(b)*+"})
         for (const char* const code : {"", "(*NO_JIT)"})
         {
             const std::string text = std::string(code) + "x(?:" + group + "y|bbK)";

@@ -35,12 +35,14 @@ bool MayHoldQuantifier(Text text)
     return begin != Text::npos && text.find('+', begin) != Text::npos;
 }
 
-// PCRE2 lists the end of a group with the quantifier that follows, and with what stands between them.
+// PCRE2 lists the end of a group with the quantifier that follows, and with white space and comments before
+// it and between them.
 int IsRepeatedGroup(pcre2_callout_enumerate_block* block, void* argument)
 {
     const Text& pattern = *static_cast<const Text*>(argument);
     const Text item = pattern.substr(block->pattern_position, block->next_item_length);
-    return !item.empty() && item[0] == ')' && MayHoldQuantifier(item) ? 1 : 0;
+    const std::size_t end = item.find(')');
+    return end != Text::npos && MayHoldQuantifier(item.substr(end)) ? 1 : 0;
 }
 
 bool MayRepeatGroup(Text pattern, std::uint32_t options)

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -92,7 +93,9 @@ private:
     // A neighbour delays whole seconds by half. The quickest tenth tells of the programs alone.
     void Measure()
     {
-        const auto first = m_bAsking ? ServeCommands() : Toolkit::Failure(Toolkit::Errc::Refused, "");
+        std::optional<Toolkit::Result<Toolkit::Instance>> first;
+        if (m_bAsking)
+            first = ServeCommands();
         std::map<std::string, std::vector<Seconds>> times;
         for (int round = 0; round < (ToolkitBench::IsBrief() ? 1 : s_iRounds); ++round)
             for (const Load& load : m_loads)

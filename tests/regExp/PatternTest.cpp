@@ -335,6 +335,8 @@ TEST(Pattern, GroupOfAnAttemptThatFailedTakesNoPart)
             EXPECT_EQ("xbbK", Compiled(text + "(?(1)Z)").Find("xbbKZ")[0]) << text;
         }
     EXPECT_EQ((Texts{"K@3"}), AllOf(Compiled("(?:(b)*+y)*K(?(1)Z|)"), "bxbKZ"));
+    // So long that PCRE2 cannot list its items.
+    EXPECT_FALSE(Compiled("x(?:(b)*+y|bbK)|" + Repeated("a", 20000)).Find("xbbK").Has(1));
 }
 
 TEST(Pattern, PatternThatCallsItselfForEverEndsWithAnError)

@@ -57,12 +57,6 @@ std::uint32_t ToKiB(std::size_t bytes)
     return static_cast<std::uint32_t>(std::min<std::size_t>(bytes >> 10, UINT32_MAX));
 }
 
-PCRE2_SPTR ToPcre2(std::string_view text)
-{
-    // PCRE2 takes no null pointer for an empty text.
-    return reinterpret_cast<PCRE2_SPTR>(text.data() != nullptr ? text.data() : "");
-}
-
 } // namespace
 
 PatternSearch::PatternSearch(Pcre2Ptr<pcre2_match_data> matchData)

@@ -15,19 +15,6 @@ namespace
 
 using Text = std::string_view;
 
-PCRE2_SPTR ToPcre2(Text text)
-{
-    return reinterpret_cast<PCRE2_SPTR>(text.data());
-}
-
-Pcre2Ptr<pcre2_code> Compile(Text pattern, std::uint32_t options)
-{
-    int number = 0;
-    std::size_t offset = 0;
-    return Pcre2Ptr<pcre2_code>(pcre2_compile(ToPcre2(pattern), pattern.size(), options, &number, &offset,
-                                              Pcre2Contexts::Get().Compile()));
-}
-
 // True when there is "*+" or "{0,}+", with white space and comments between as well; for other texts, too.
 bool MayHoldQuantifier(Text text)
 {
@@ -48,15 +35,17 @@ int IsRepeatedGroup(pcre2_callout_enumerate_block* block, void* argument)
 bool MayRepeatGroup(Text pattern, std::uint32_t options)
 {
     // A pattern with callouts lists its items, unless they make it too large.
-    const Pcre2Ptr<pcre2_code> code = Compile(pattern, options | PCRE2_AUTO_CALLOUT);
+    const Pcre2Ptr<pcre2_code> code =
+        TryCompile(pattern, options | PCRE2_AUTO_CALLOUT, Pcre2Contexts::Get().Compile());
     return code == nullptr || pcre2_callout_enumerate(code.get(), IsRepeatedGroup, &pattern) != 0;
 }
 
 // Asks this PCRE2 itself. Without machine code there is nothing to lose.
 bool KeepsCaptures()
 {
-    const Pcre2Ptr<pcre2_code> code = Compile("(a)*+b|ac", 0);
-    const Pcre2Ptr<pcre2_match_data> found(pcre2_match_data_create(2, Pcre2Contexts::Get().General()));
+    const Pcre2Contexts& contexts = Pcre2Contexts::Get();
+    const Pcre2Ptr<pcre2_code> code = TryCompile("(a)*+b|ac", 0, contexts.Compile());
+    const Pcre2Ptr<pcre2_match_data> found(pcre2_match_data_create(2, contexts.General()));
     if (code == nullptr || found == nullptr)
         throw std::bad_alloc();
     return pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE) != 0 ||

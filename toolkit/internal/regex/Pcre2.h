@@ -2,7 +2,10 @@
 #ifndef TOOLKIT_INTERNAL_REGEX_PCRE2_H
 #define TOOLKIT_INTERNAL_REGEX_PCRE2_H
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <string_view>
 
 // PCRE2's 8-bit library.
 #define PCRE2_CODE_UNIT_WIDTH 8
@@ -22,6 +25,22 @@ struct FreePcre2
 // What PCRE2 made, for as long as it has an owner.
 template <class T>
 using Pcre2Ptr = std::unique_ptr<T, FreePcre2>;
+
+// PCRE2 takes no null pointer for an empty text.
+inline PCRE2_SPTR ToPcre2(std::string_view text)
+{
+    return reinterpret_cast<PCRE2_SPTR>(text.data() != nullptr ? text.data() : "");
+}
+
+// Null for a text that is no pattern or too large for one, and without memory.
+inline Pcre2Ptr<pcre2_code> TryCompile(std::string_view pattern, std::uint32_t options,
+                                       pcre2_compile_context* context)
+{
+    int number = 0;
+    std::size_t offset = 0;
+    return Pcre2Ptr<pcre2_code>(
+        pcre2_compile(ToPcre2(pattern), pattern.size(), options, &number, &offset, context));
+}
 
 } // namespace Toolkit
 

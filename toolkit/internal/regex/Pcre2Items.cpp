@@ -86,12 +86,9 @@ bool HasLineEndOfOneCharacter(const pcre2_code* code)
 
 std::optional<std::size_t> Pcre2Items::FindReach(std::string_view pattern)
 {
-    int number = 0;
-    std::size_t offset = 0;
     // A pattern with callouts lists them: there is one before each item.
-    const Pcre2Ptr<pcre2_code> code(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.data()),
-                                                  pattern.size(), PCRE2_UTF | PCRE2_AUTO_CALLOUT, &number,
-                                                  &offset, Pcre2Contexts::Get().CompileAsPcre()));
+    const Pcre2Ptr<pcre2_code> code =
+        TryCompile(pattern, PCRE2_UTF | PCRE2_AUTO_CALLOUT, Pcre2Contexts::Get().CompileAsPcre());
     Items items;
     items.pattern = pattern;
     if (code == nullptr || !HasLineEndOfOneCharacter(code.get()) ||
